@@ -1,0 +1,8 @@
+// The runtime's way to the shell.
+#ifndef HOST_INTERFACE_SHELL_H
+#define HOST_INTERFACE_SHELL_H
+
+/// Runs a shell command, returns when it has ended; the result is its status, as the runtime reports it.
+int sys_base_do_system(const char* command);
+
+#endif
