@@ -1,0 +1,7 @@
+// The order of retention entries.
+#include "define_header/address_records.h"
+
+bool compare(const structMaintenance& a, const structMaintenance& b)
+{
+    return a.address.index < b.address.index;
+}

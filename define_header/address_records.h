@@ -1,0 +1,48 @@
+// The records that name ranges of cells in the runtime's areas, and their order.
+#ifndef DEFINE_HEADER_ADDRESS_RECORDS_H
+#define DEFINE_HEADER_ADDRESS_RECORDS_H
+
+#include "define_header/export.h"
+
+#include <QtCore/QString>
+
+/// The runtime's address record: a place in an area. A value: copies share nothing that can change.
+struct _ADDRESS_ // NOLINT(bugprone-reserved-identifier): the runtime's own name
+{
+    QString link;      ///< link text; handed back to the runtime when values are restored
+    int station = 0;   ///< station number; carried along
+    QString block;     ///< area name: "LB", "LW" or "RWI"
+    QString number;    ///< number text; carried along
+    int index = 0;     ///< first cell of the range
+    QString spareText; ///< carried along; the module never fills it
+    int length = 0;    ///< length value of the address; not the range's number of cells
+    int bitOrWord = 0; ///< bit/word selector; carried along
+};
+
+/// One configured retention entry: the cells address.index to address.index + addressLength - 1 are to be
+/// kept.
+struct structMaintenance
+{
+    _ADDRESS_ address;
+    QString addressType;     ///< "Bit", "Word" or "Double Word"; carried along, never scales addressLength
+    int addressLength = 0;   ///< number of cells
+    char dataArea[400] = {}; ///< all zero; copied with the entry, otherwise unused
+};
+
+/// The runtime's read-address record. The module only streams it.
+struct READADDRESS
+{
+    _ADDRESS_ address;
+    QString extraText;
+    int extra1 = 0;
+    int extra2 = 0;
+    int extra3 = 0;
+    int extra4 = 0;
+    int extra5 = 0;
+};
+
+/// The order in which entries are sorted: by address.index, signed. Nothing else takes part, so entries with
+/// equal index are equivalent.
+POWEROFF_PROTECT_EXPORT bool compare(const structMaintenance& a, const structMaintenance& b);
+
+#endif
