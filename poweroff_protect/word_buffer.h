@@ -1,0 +1,24 @@
+// A buffer for the values of a word block, which may be too large to have.
+#ifndef POWEROFF_PROTECT_WORD_BUFFER_H
+#define POWEROFF_PROTECT_WORD_BUFFER_H
+
+#include <QtCore/QtGlobal>
+
+#include <cstdlib>
+#include <memory>
+
+struct FreeMemory
+{
+    void operator()(void* memory) const { std::free(memory); }
+};
+
+typedef std::unique_ptr<ushort, FreeMemory> WordBuffer;
+
+/// `bytes` zeroed bytes; null when `bytes` is not positive or the memory is not to be had.
+inline WordBuffer makeWordBuffer(int bytes)
+{
+    return WordBuffer(bytes > 0 ? static_cast<ushort*>(std::calloc(static_cast<std::size_t>(bytes), 1))
+                                : nullptr);
+}
+
+#endif

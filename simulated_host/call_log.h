@@ -1,0 +1,20 @@
+// A record of the calls that a model makes to its host, for tests that check their order.
+#ifndef SIMULATED_HOST_CALL_LOG_H
+#define SIMULATED_HOST_CALL_LOG_H
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+/// Where calls are recorded, one line each; null (at the start) records nothing. The list stays the caller's
+/// and must outlive the recording.
+void setCallLog(QStringList* log);
+QStringList* callLog();
+
+/// Records the line that `describe` returns; it is only called when there is a log.
+template <typename Describe> void logCall(Describe describe)
+{
+    if (QStringList* const log = callLog())
+        log->append(describe());
+}
+
+#endif

@@ -1,0 +1,58 @@
+// The areas "LB", "LW" and "RWI": one memory that serves as raw image and as cells.
+#ifndef SIMULATED_HOST_MEMORY_AREAS_H
+#define SIMULATED_HOST_MEMORY_AREAS_H
+
+#include <QtCore/QString>
+
+#include <array>
+#include <optional>
+#include <vector>
+
+/// One area of 65536 cells. A bit cell takes one byte, 0 or 1 when written as a cell; a word cell takes two,
+/// low byte first.
+class MemoryArea
+{
+public:
+    static constexpr int cellCount = 65536;
+
+    MemoryArea(QString name, int areaCode, bool bits);
+
+    const QString& name() const { return areaName; }
+    int areaCode() const { return code; } ///< as in InterfaceComm::getAreaMemory()
+    bool isBits() const { return bits; }
+
+    std::vector<unsigned char>& memory() { return bytes; }
+    const std::vector<unsigned char>& memory() const { return bytes; }
+
+    /// The cell's value: of a bit 0 or 1 (any non-zero byte), of a word its 16 bits. Nothing outside the
+    /// area.
+    std::optional<ushort> cell(int address) const;
+    /// Sets the cell (a bit: to 1 for any non-zero value). False, with no effect, outside the area.
+    bool setCell(int address, ushort value);
+
+private:
+    QString areaName;
+    int code;
+    bool bits;
+    std::vector<unsigned char> bytes;
+};
+
+/// The three areas, all zero at the start, in the order "LB", "LW", "RWI".
+class MemoryAreas
+{
+public:
+    MemoryAreas();
+
+    std::array<MemoryArea, 3>& all() { return areas; }
+    const std::array<MemoryArea, 3>& all() const { return areas; }
+
+    /// Null when there is no such area.
+    MemoryArea* named(const QString& name);
+    const MemoryArea* named(const QString& name) const;
+    MemoryArea* withCode(int areaCode);
+
+private:
+    std::array<MemoryArea, 3> areas;
+};
+
+#endif

@@ -1,0 +1,48 @@
+// The simulated panel: areas, a project and one model, driven in the order in which the real runtime does it.
+#ifndef SIMULATED_HOST_PANEL_H
+#define SIMULATED_HOST_PANEL_H
+
+#include "simulated_host/memory_areas.h"
+#include "simulated_host/module_library.h"
+#include "simulated_host/project_tree.h"
+#include "simulated_host/simulated_comm.h"
+#include "simulated_host/watch_list.h"
+
+#include "host_interface/extend_func_model_base.h"
+
+#include <vector>
+
+/// Members may be used directly between the steps. Destroying the panel destroys the model, which is an
+/// orderly stop; a power cut is the end of the whole process.
+class Panel
+{
+public:
+    /// `project` may be null; it and `library` stay the caller's and must outlive the panel.
+    Panel(const ModuleLibrary& library, object* project);
+
+    /// Runs the whole start-up: open(), init(), watch().
+    void start();
+    void open();  ///< extModelOpen()
+    void init();  ///< extModelInit()
+    void watch(); ///< asks the model which cells to watch
+
+    /// Writes values into consecutive cells, then reports each watched one of them to the model. False, with
+    /// no effect, when a cell lies outside the area or the area does not exist.
+    bool setCells(const QString& area, int address, const std::vector<ushort>& values);
+    /// Reports a change of the cell to the model, watched or not.
+    void reportChange(const QString& area, int address);
+
+    /// Tells the model's base that time has passed, which runs the cyclic call when it is due.
+    void advance(long long elapsedMs) { model->ArriveTimeCyclicRun(elapsedMs); }
+
+    MemoryAreas areas;
+    SimulatedComm comm;
+    ModelPointer model; ///< null when the library is not loaded
+    WatchList watched;
+    bool started = false; ///< start() is complete
+
+private:
+    object* project;
+};
+
+#endif

@@ -1,0 +1,27 @@
+// Projects as XML files: nested "object" elements with "property" children.
+#ifndef SIMULATED_HOST_PROJECT_READER_H
+#define SIMULATED_HOST_PROJECT_READER_H
+
+#include "simulated_host/project_tree.h"
+
+#include <QtCore/QIODevice>
+#include <QtCore/QString>
+
+#include <memory>
+
+/// Either a project or the reason why there is none, never both.
+struct ProjectReading
+{
+    std::unique_ptr<object> project; ///< the root object
+    QString error;                   ///< "FILE:LINE:COLUMN: what is wrong"
+};
+
+/// Reads a project such as
+///     <object name="project">
+///       <object name="DataRetention">
+///         <property name="Save Time" type="uint32">5</property>
+/// with the types "int32", "uint32" (decimal) and "string". `fileName` is only used in messages.
+ProjectReading readProject(QIODevice& device, const QString& fileName);
+ProjectReading readProjectFile(const QString& fileName);
+
+#endif

@@ -1,0 +1,39 @@
+// The project's configuration tree as this host keeps it: the types that models only see as pointers.
+#ifndef SIMULATED_HOST_PROJECT_TREE_H
+#define SIMULATED_HOST_PROJECT_TREE_H
+
+#include "host_interface/configuration_tree.h"
+
+#include <QtCore/QString>
+
+#include <memory>
+#include <vector>
+
+/// A named value: a 32-bit number or a text. Read as the other kind it counts as absent; a signed number read
+/// as unsigned, and the other way round, keeps its 32 bits.
+struct property
+{
+    QString name;
+    bool isText = false;
+    quint32 number = 0;
+    QString text;
+};
+
+/// A node; owns its properties and children, which keep their addresses as long as it lives.
+struct object
+{
+    QString name;
+    object* next = nullptr; ///< next child of the same parent
+    std::vector<std::unique_ptr<property>> properties;
+    std::vector<std::unique_ptr<object>> children;
+
+    object& addChild(const QString& childName);
+    object& setNumber(const QString& propertyName, qint64 value); ///< keeps the low 32 bits
+    object& setText(const QString& propertyName, const QString& value);
+
+    /// Null when there is none of that name; the first of several.
+    property* findProperty(const QString& propertyName) const;
+    object* findChild(const QString& childName) const;
+};
+
+#endif

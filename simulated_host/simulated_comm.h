@@ -1,0 +1,32 @@
+// The communication interface over the simulated areas.
+#ifndef SIMULATED_HOST_SIMULATED_COMM_H
+#define SIMULATED_HOST_SIMULATED_COMM_H
+
+#include "host_interface/interface_comm.h"
+#include "simulated_host/memory_areas.h"
+
+#include <QtCore/QSet>
+
+/// Reads and writes cells of `areas`, whatever `link` and `selector` are; cells outside an area are left out.
+/// Every call goes to the call log. The areas stay the caller's.
+class SimulatedComm : public InterfaceComm
+{
+public:
+    explicit SimulatedComm(MemoryAreas& areas) : areas(areas) {}
+
+    /// From now on getAreaMemory() answers null for this code, as on a panel without the area.
+    void removeAreaMemory(int areaCode) { removedCodes.insert(areaCode); }
+
+    void* getAreaMemory(int areaCode) override;
+    /// Both return the number of cells inside the area.
+    int writeRegisterValues(const QString& link, const QString& area, int address, int selector, int count,
+                            const ushort* data) override;
+    int readRegisterValues(const QString& link, const QString& area, int address, int selector, int count,
+                           ushort* data) override;
+
+private:
+    MemoryAreas& areas;
+    QSet<int> removedCodes;
+};
+
+#endif

@@ -1,0 +1,40 @@
+// The cells whose changes a model wants reported.
+#ifndef SIMULATED_HOST_WATCH_LIST_H
+#define SIMULATED_HOST_WATCH_LIST_H
+
+#include "host_interface/exchange_records.h"
+
+#include <QtCore/QHash>
+#include <QtCore/QList>
+#include <QtCore/QString>
+
+#include <set>
+#include <vector>
+
+/// Consecutive watched cells of one area.
+struct WatchedRange
+{
+    QString area;
+    int first;
+    int last;
+};
+
+class WatchList
+{
+public:
+    /// Adds the cells of a model's records.
+    void add(const QList<RegisterValueChangeSize>& records);
+
+    bool contains(const QString& area, int address) const;
+
+    /// The watched cells in ranges as wide as they go, by area in the order "LB", "LW", "RWI" and others.
+    std::vector<WatchedRange> ranges() const;
+
+private:
+    QHash<QString, std::set<int>> cells;
+};
+
+/// The message that reports a change of that cell. Area names longer than its field are cut off.
+_ExtendTriggerMsg_t changeMessage(const QString& area, int address);
+
+#endif
