@@ -1,0 +1,91 @@
+// Birth and death of the module object, and its entry points.
+#include "tests/support/module_test.h"
+
+#include <QtCore/QDir>
+
+namespace {
+
+class ModuleObject : public ModuleTest
+{
+};
+
+bool directoryExists(const char* path)
+{
+    return QDir(QString::fromLatin1(path)).exists();
+}
+
+TEST_F(ModuleObject, CreatesTheProjectDirectoryWithItsParent)
+{
+    ASSERT_FALSE(directoryExists("/usr/tavrin"));
+    const ModelPointer model = moduleLibrary().createModel();
+    EXPECT_NE(model, nullptr);
+    EXPECT_TRUE(directoryExists(fixedProjectDirectory));
+}
+
+TEST_F(ModuleObject, LeavesAnExistingProjectDirectoryAsItIs)
+{
+    writeRetentionFile(QStringLiteral("other.txt"), "kept");
+    const ModelPointer model = moduleLibrary().createModel();
+    EXPECT_EQ(QDir(QLatin1String(fixedProjectDirectory)).entryList(QDir::Files),
+              QStringList(QStringLiteral("other.txt")));
+}
+
+TEST_F(ModuleObject, LivesOnWhenItsDirectoryCannotBeMade)
+{
+    QDir().mkpath(QStringLiteral("/usr/tavrin"));
+    QFile file(QStringLiteral("/usr/tavrin/project"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const ModelPointer model = moduleLibrary().createModel();
+    EXPECT_NE(model, nullptr);
+    EXPECT_FALSE(directoryExists(fixedProjectDirectory));
+}
+
+TEST_F(ModuleObject, DestroyingNullDoesNothing)
+{
+    ModelPointer model = moduleLibrary().createModel();
+    model.get_deleter()(nullptr);
+    EXPECT_TRUE(calls.isEmpty());
+}
+
+TEST_F(ModuleObject, DestroyingAModuleThatWasNeverOpenedWritesNothingAndRunsNothing)
+{
+    moduleLibrary().createModel().reset();
+    EXPECT_TRUE(QDir(QLatin1String(fixedProjectDirectory)).entryList(QDir::Files).isEmpty());
+    EXPECT_TRUE(calls.isEmpty());
+}
+
+TEST_F(ModuleObject, KeepsTheOperatorLogType)
+{
+    const ModelPointer model = moduleLibrary().createModel();
+    model->setOptLogType(65535);
+    EXPECT_EQ(model->getOptLogType(), 65535);
+    model->setOptLogType(7);
+    EXPECT_EQ(model->getOptLogType(), 7);
+}
+
+TEST_F(ModuleObject, OtherCallsOfTheRootInterfaceChangeNothing)
+{
+    const ModelPointer model = moduleLibrary().createModel();
+    model->setOptLogType(3);
+    model->keyboardReflash(QStringLiteral("x"));
+    model->execComplete(1, QStringLiteral("x"));
+    model->exportData();
+    model->insertOperatorLog(QStringLiteral("x"));
+    model->insertOperatorLog(QStringList(QStringLiteral("x")));
+    EXPECT_EQ(model->getOptLogType(), 3);
+    EXPECT_TRUE(calls.isEmpty());
+}
+
+TEST_F(ModuleObject, RebuildingDoesNothing)
+{
+    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 4}});
+    const auto panel = startPanel(project.get());
+    calls.clear();
+    panel->model->rebuildExtModelAddr();
+    EXPECT_TRUE(calls.isEmpty());
+    QList<RegisterValueChangeSize> watched;
+    panel->model->getMonitorTriggerAddr(watched);
+    EXPECT_EQ(watched.size(), 4);
+}
+
+} // namespace

@@ -1,0 +1,70 @@
+// What tests of the module binary share: a fresh fixed directory, the loaded library, files, projects, the
+// call log.
+#ifndef TESTS_SUPPORT_MODULE_TEST_H
+#define TESTS_SUPPORT_MODULE_TEST_H
+
+#include "simulated_host/call_log.h"
+#include "simulated_host/panel.h"
+#include "simulated_host/private_directory.h"
+#include "simulated_host/shell.h"
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+inline const char* const bitFileName = "maintenance-bit.dat";
+inline const char* const wordFileName = "maintenance-word.dat";
+inline const char* const rwiFileName = "maintenance-RWI.dat";
+
+/// The module binary under test, loaded once.
+const ModuleLibrary& moduleLibrary();
+
+/// Path of a file in the fixed directory.
+QString retentionPath(const QString& fileName);
+/// The file's bytes; nothing when there is no such file.
+std::optional<QByteArray> retentionFile(const QString& fileName);
+/// Makes the file, with the directory if need be.
+void writeRetentionFile(const QString& fileName, const QByteArray& bytes);
+
+/// A project whose "DataRetention" has these numbers; a missing one is left out.
+std::unique_ptr<object> wholeAreaProject(std::optional<qint64> saveAll, std::optional<qint64> saveTime);
+
+/// One per-address entry.
+struct Entry
+{
+    QString area;
+    int index;
+    int length;
+};
+/// A project in per-address mode.
+std::unique_ptr<object> perAddressProject(const std::vector<Entry>& entries);
+void addEntry(object& retention, const Entry& entry);
+
+/// Every test begins without /usr/tavrin, with an empty call log that records, and with a shell that only
+/// counts.
+class ModuleTest : public testing::Test
+{
+protected:
+    ModuleTest();
+    ~ModuleTest() override;
+
+    /// A panel that is not started yet.
+    std::unique_ptr<Panel> makePanel(object* project);
+    /// A panel that went through the whole start-up.
+    std::unique_ptr<Panel> startPanel(object* project);
+
+    /// The recorded calls that begin with one of these words, in order.
+    QStringList callsTo(const QStringList& words) const;
+    int syncs() const { return calls.count(QStringLiteral("sync")); }
+
+    QStringList calls;
+};
+
+#endif

@@ -1,0 +1,20 @@
+// The start of every test program: its own /usr/tavrin first, then the tests.
+#include "simulated_host/private_directory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <iostream>
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleMock(&argc, argv);
+    if (!GTEST_FLAG_GET(list_tests)) {
+        const QString error = enterPrivateUsr();
+        if (!error.isEmpty()) {
+            std::cerr << "no private /usr/tavrin: " << error.toStdString() << '\n';
+            return 2;
+        }
+    }
+    return RUN_ALL_TESTS();
+}
