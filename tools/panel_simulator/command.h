@@ -1,0 +1,39 @@
+// The command language of the simulated panel.
+#ifndef TOOLS_PANEL_SIMULATOR_COMMAND_H
+#define TOOLS_PANEL_SIMULATOR_COMMAND_H
+
+#include <QtCore/QString>
+
+#include <vector>
+
+struct Command
+{
+    enum class Kind
+    {
+        Nothing,
+        Get,
+        Set,
+        Cycle,
+        Watch,
+        Status,
+        PowerCut,
+        Stop,
+        Help
+    };
+
+    Kind kind = Kind::Nothing;
+    QString area;               ///< Get, Set: "LB", "LW" or "RWI"
+    int address = 0;            ///< Get, Set: first cell
+    int count = 0;              ///< Get: number of cells, at least 1, inside the area
+    std::vector<ushort> values; ///< Set: at least one, inside the area
+    QString error;              ///< what was expected instead; empty for a good command
+};
+
+/// Understands one line. Blank lines and lines that begin with '#' are Nothing. Numbers are decimal, or
+/// hexadecimal with 0x; a word takes -32768 to 65535, a bit 0 or 1.
+Command parseCommand(const QString& line);
+
+/// The commands, one a line, for people.
+QString commandHelp();
+
+#endif

@@ -1,0 +1,193 @@
+// panel_simulator: options, start-up, and the loop between commands and cyclic calls.
+#include "simulated_host/panel.h"
+#include "simulated_host/private_directory.h"
+#include "simulated_host/project_reader.h"
+#include "tools/panel_simulator/command.h"
+#include "tools/panel_simulator/session.h"
+
+#include <QtCore/QCommandLineParser>
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
+#include <climits>
+#include <iostream>
+#include <poll.h>
+#include <unistd.h>
+
+namespace {
+
+const int usageStatus = 2;
+
+struct Options
+{
+    QString project;
+    QString module;
+    QString directory;
+    QString script; ///< empty: commands come from standard input
+};
+
+[[noreturn]] void giveUp(const QString& message)
+{
+    std::cerr << "panel_simulator: " << message.toStdString() << std::endl;
+    std::exit(usageStatus);
+}
+
+Options readOptions(QCoreApplication& application)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral(
+            "Runs the retention module against a project, as the panel's runtime would.\n"
+            "The module's fixed directory shows --project-dir, in a mount namespace of this process only.\n\n"
+            "Commands, from the terminal, a pipe or a script ('#' begins a comment line):\n") +
+        commandHelp());
+    parser.addHelpOption();
+    parser.addPositionalArgument(QStringLiteral("PROJECT.xml"), QStringLiteral("The panel's project."));
+    const QCommandLineOption module(
+        QStringLiteral("module"), QStringLiteral("The module binary."), QStringLiteral("PATH"),
+        QCoreApplication::applicationDirPath() + QLatin1String("/" MODULE_BESIDE_TOOL));
+    const QCommandLineOption directory(
+        QStringLiteral("project-dir"),
+        QStringLiteral(
+            "Where the retention files lie; made when it is missing. Without it: PROJECT.retention, here."),
+        QStringLiteral("DIR"));
+    const QCommandLineOption script(QStringLiteral("script"),
+                                    QStringLiteral("Commands to run; the first bad one ends with status 2."),
+                                    QStringLiteral("FILE"));
+    parser.addOptions({module, directory, script});
+    if (!parser.parse(application.arguments()))
+        giveUp(parser.errorText() + QStringLiteral(" (see --help)"));
+    if (parser.isSet(QStringLiteral("help")))
+        parser.showHelp(0);
+    if (parser.positionalArguments().size() != 1)
+        giveUp(
+            QStringLiteral("expected one project file: panel_simulator PROJECT.xml [options] (see --help)"));
+
+    const QString project = parser.positionalArguments().constFirst();
+    return {project, parser.value(module),
+            parser.isSet(directory) ? parser.value(directory)
+                                    : QFileInfo(project).completeBaseName() + QLatin1String(".retention"),
+            parser.value(script)};
+}
+
+/// Lines from a file descriptor, with time passing for the model while it waits for the next one.
+class LineSource
+{
+public:
+    LineSource(int descriptor, Panel& panel) : descriptor(descriptor), panel(panel) { clock.start(); }
+
+    /// False at the end of the input; a last line without a line feed counts.
+    bool next(QString& line)
+    {
+        for (;;) {
+            const int end = pending.indexOf('\n');
+            if (end >= 0 || (ended && !pending.isEmpty())) {
+                line = QString::fromUtf8(pending.left(end));
+                pending.remove(0, end >= 0 ? end + 1 : pending.size());
+                return true;
+            }
+            if (ended)
+                return false;
+            wait();
+        }
+    }
+
+private:
+    void wait()
+    {
+        const ExtendFuncModelBase& model = *panel.model;
+        const long long untilCycle = std::clamp<long long>(model.cycleRemainingMs, 0, INT_MAX);
+        pollfd waiting = {descriptor, POLLIN, 0};
+        const int ready = poll(&waiting, 1, model.cyclePeriodMs > 0 ? static_cast<int>(untilCycle) : -1);
+        panel.advance(clock.restart());
+        if (ready <= 0)
+            return;
+        char buffer[4096];
+        const ssize_t length = read(descriptor, buffer, sizeof buffer);
+        if (length > 0)
+            pending.append(buffer, static_cast<int>(length));
+        else
+            ended = true;
+    }
+
+    int descriptor;
+    Panel& panel;
+    QElapsedTimer clock;
+    QByteArray pending;
+    bool ended = false;
+};
+
+int runCommands(int descriptor, const Options& options, Panel& panel)
+{
+    const bool terminal = isatty(descriptor);
+    LineSource lines(descriptor, panel);
+    QString line;
+    for (int lineNumber = 1;; ++lineNumber) {
+        if (terminal)
+            std::cout << "panel> " << std::flush;
+        if (!lines.next(line))
+            return 0;
+        const Command command = parseCommand(line);
+        if (!command.error.isEmpty()) {
+            const std::string message = command.error.toStdString();
+            if (!options.script.isEmpty()) {
+                std::cerr << options.script.toStdString() << ':' << lineNumber << ": " << message
+                          << std::endl;
+                return usageStatus;
+            }
+            std::cerr << message << std::endl;
+            continue;
+        }
+        const bool goOn = runCommand(command, panel, options.directory, std::cout);
+        std::cout.flush();
+        if (!goOn)
+            return 0;
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    const Options options = readOptions(application);
+
+    const ProjectReading reading = readProjectFile(options.project);
+    if (!reading.project)
+        giveUp(reading.error);
+    QFile input;
+    if (options.script.isEmpty()) {
+        input.open(STDIN_FILENO, QIODevice::ReadOnly);
+    } else {
+        input.setFileName(options.script);
+        if (!input.open(QIODevice::ReadOnly))
+            giveUp(QStringLiteral("%1: cannot be read: %2").arg(options.script, input.errorString()));
+    }
+    if (!QDir().mkpath(options.directory))
+        giveUp(QStringLiteral("%1: cannot be made a directory; name another one with --project-dir")
+                   .arg(options.directory));
+    const QString directory = QFileInfo(options.directory).canonicalFilePath();
+    const QString module = QFileInfo(options.module).absoluteFilePath();
+
+    QString error = enterPrivateUsr();
+    if (error.isEmpty())
+        error = mapProjectDirectory(directory);
+    if (!error.isEmpty())
+        giveUp(error);
+    const ModuleLibrary library(module);
+    if (!library.isLoaded())
+        giveUp(library.error());
+
+    Panel panel(library, reading.project.get());
+    panel.start();
+    std::cout << "started: " << modeText(*panel.model).toStdString() << std::endl;
+    if (panel.model->retentionMode == 1 && panel.model->cyclePeriodMs <= 0)
+        std::cout << "no cyclic calls: the period is " << panel.model->cyclePeriodMs << " ms" << std::endl;
+    const int status = runCommands(input.handle(), options, panel);
+    std::cout << "stopped" << std::endl;
+    return status;
+}

@@ -1,0 +1,17 @@
+// Carries out commands on a simulated panel and tells the user what happened.
+#ifndef TOOLS_PANEL_SIMULATOR_SESSION_H
+#define TOOLS_PANEL_SIMULATOR_SESSION_H
+
+#include "simulated_host/panel.h"
+#include "tools/panel_simulator/command.h"
+
+#include <ostream>
+
+/// What `command` does to `panel`, with its answer on `out`; `directory` is the folder that the retention
+/// files really lie in. PowerCut does not return. False when the panel is to stop.
+bool runCommand(const Command& command, Panel& panel, const QString& directory, std::ostream& out);
+
+/// The chosen mode and period in a line or two, for the start.
+QString modeText(const ExtendFuncModelBase& model);
+
+#endif
