@@ -87,10 +87,11 @@ ProjectReading readProject(QIODevice& device, const QString& fileName)
     QXmlStreamReader xml(&device);
     auto root = std::make_unique<object>();
     if (xml.readNextStartElement()) {
-        if (xml.name() != QLatin1String("object"))
+        if (xml.name() == QLatin1String("object"))
+            root->name = requiredAttribute(xml, "name");
+        else
             xml.raiseError(
                 QStringLiteral("<%1> where the project's <object> was expected").arg(xml.name().toString()));
-        root->name = requiredAttribute(xml, "name");
         if (!xml.hasError())
             readObjectContents(xml, *root, 1);
     }

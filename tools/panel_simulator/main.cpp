@@ -86,8 +86,9 @@ public:
         for (;;) {
             const int end = pending.indexOf('\n');
             if (end >= 0 || (ended && !pending.isEmpty())) {
-                line = QString::fromUtf8(pending.left(end));
-                pending.remove(0, end >= 0 ? end + 1 : pending.size());
+                const int length = end >= 0 ? end : pending.size();
+                line = QString::fromUtf8(pending.left(length));
+                pending.remove(0, length + 1);
                 return true;
             }
             if (ended)

@@ -1,0 +1,20 @@
+// Runs a compiled tool as a user would and keeps what it said.
+#ifndef TESTS_SUPPORT_RUN_TOOL_H
+#define TESTS_SUPPORT_RUN_TOOL_H
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+struct ToolRun
+{
+    int status;     ///< exit status; minus the signal number when a signal ended it
+    QByteArray out; ///< standard output
+    QByteArray err; ///< standard error
+};
+
+/// Runs `program` with `input` on its standard input and waits for its end, a minute at most. The words of
+/// the environment variable TEST_EMULATOR, if any, come before the program.
+ToolRun runTool(const QString& program, const QStringList& arguments, const QByteArray& input = QByteArray());
+
+#endif
