@@ -19,8 +19,9 @@ void poweroff_protect::extModelOpen(object* project, QString text, InterfaceComm
 
     if (saveAllEnabled) {
         retentionMode = 1;
-        cycleRemainingMs = 60000 * saveTimeMinutes;
-        cyclePeriodMs = cycleRemainingMs;
+        const int period = 60000 * saveTimeMinutes; // any 16-bit value fits
+        cycleRemainingMs = period;
+        cyclePeriodMs = period;
         for (const RetentionArea& area : RetentionArea::all)
             initFile(this->*area.file, QLatin1String(area.fileName), area.wholeAreaCode);
     } else if (object_first_child(retention)) {
