@@ -6,20 +6,61 @@
 #include <QtCore/QByteArray>
 
 #include <cstring>
+#include <new>
 
 namespace {
 
 /// The one bit cell whose changes are never written through.
 const int ignoredBitAddress = 60100;
 
-/// Makes room for all records at once, as far as a list can hold them.
+/// Makes room for all records at once. Without the memory for it the list grows record by record.
 void reserveRecords(QList<RegisterValueChangeSize>& watched, const QList<MaintenanceFileInfo>& blocks)
 {
+    const int mostRecords = 1000000; // beyond it a mistyped length would cost memory before it is used
     qint64 size = watched.size();
     for (int k = 0; k < blocks.size(); ++k)
         size += qMax(0, blocks.at(k).count);
-    if (size <= 1000000)
+    if (size > mostRecords)
+        return;
+    try {
         watched.reserve(static_cast<int>(size));
+    } catch (const std::bad_alloc&) {
+    }
+}
+
+bool contains(const MaintenanceFileInfo& block, int address)
+{
+    return block.address.index <= address && address < block.address.index + block.count;
+}
+
+/// Writes the runtime's value of the bit cell `address` of `block` into its bit of the file.
+void writeBitThrough(poweroff_protect& module, InterfaceComm& comm, std::fstream& file,
+                     const MaintenanceFileInfo& block, const QString& area, int address)
+{
+    ushort value = 0;
+    comm.readRegisterValues(area, area, address, 0, 1, &value);
+    const int bit = (address - block.address.index) + block.bitOffset;
+    // Negative counts before the block can put it before its own byte; it then has no cell in the file.
+    if (bit < 0)
+        return;
+    const int offset = block.fileOffset + bit / 8;
+    const int mask = 1 << (bit % 8);
+    unsigned char byte = 0;
+    module.readFile(file, reinterpret_cast<char*>(&byte), 1, offset);
+    byte = static_cast<unsigned char>(value != 0 ? byte | mask : byte & ~mask);
+    module.writeFile(file, reinterpret_cast<char*>(&byte), 1, offset);
+}
+
+/// Writes the runtime's values of all cells of the word block `block` to their place in the file.
+void writeWordsThrough(poweroff_protect& module, InterfaceComm& comm, std::fstream& file,
+                       const MaintenanceFileInfo& block, const QString& area)
+{
+    const int bytes = block.count * 2;
+    const WordBuffer words = makeWordBuffer(bytes);
+    if (!words)
+        return;
+    comm.readRegisterValues(area, area, block.address.index, 0, block.count, words.get());
+    module.writeFile(file, reinterpret_cast<char*>(words.get()), bytes, block.fileOffset);
 }
 
 } // namespace
@@ -40,9 +81,15 @@ void poweroff_protect::_getMonitorTriggerAddr(QList<MaintenanceFileInfo>& blocks
     record.changeSize = 1;
     for (int k = 0; k < blocks.size(); ++k) {
         const MaintenanceFileInfo& block = blocks.at(k);
-        for (int j = 0; j < block.count; ++j) {
-            record.address = block.address.index + j;
-            watched.append(record);
+        const int before = watched.size();
+        try {
+            for (int j = 0; j < block.count; ++j) {
+                record.address = block.address.index + j;
+                watched.append(record);
+            }
+        } catch (const std::bad_alloc&) {
+            // A block that does not fit into memory is not watched; the others are.
+            watched.erase(watched.begin() + before, watched.end());
         }
     }
 }
@@ -62,36 +109,19 @@ void poweroff_protect::poweroffMaintenance(std::basic_fstream<char>& file, QList
 {
     if (!areaName || !interfaceComm)
         return;
-    const QString areaText = QLatin1String(areaName);
     const RetentionArea* const area = RetentionArea::named(areaName);
     for (int k = 0; k < blocks.size(); ++k) {
         const MaintenanceFileInfo& block = blocks.at(k);
-        const int start = block.address.index;
-        if (address < start || address >= start + block.count)
+        if (!contains(block, address))
             continue;
-        checkFile(file, fileName);
-        if (!area)
-            continue;
-        if (area->bits) {
-            ushort value = 0;
-            interfaceComm->readRegisterValues(areaText, areaText, address, 0, 1, &value);
-            const int bit = (address - start) + block.bitOffset;
-            // Negative counts before the block can put it before its own byte; it then has no cell in the
-            // file.
-            if (bit < 0)
-                continue;
-            const int offset = block.fileOffset + bit / 8;
-            unsigned char byte = 0;
-            readFile(file, reinterpret_cast<char*>(&byte), 1, offset);
-            const int mask = 1 << (bit % 8);
-            byte = static_cast<unsigned char>(value != 0 ? byte | mask : byte & ~mask);
-            writeFile(file, reinterpret_cast<char*>(&byte), 1, offset);
-        } else {
-            const int bytes = block.count * 2;
-            if (const WordBuffer words = makeWordBuffer(bytes)) {
-                interfaceComm->readRegisterValues(areaText, areaText, start, 0, block.count, words.get());
-                writeFile(file, reinterpret_cast<char*>(words.get()), bytes, block.fileOffset);
-            }
+        try {
+            checkFile(file, fileName);
+            if (area && area->bits)
+                writeBitThrough(*this, *interfaceComm, file, block, QLatin1String(area->name), address);
+            else if (area)
+                writeWordsThrough(*this, *interfaceComm, file, block, QLatin1String(area->name));
+        } catch (const std::bad_alloc&) {
+            // Without memory the block keeps its last values in the file; the other blocks go on.
         }
     }
     sys_base_do_system("sync");

@@ -2,6 +2,8 @@
 #include "poweroff_protect/poweroff_protect.h"
 #include "poweroff_protect/retention_area.h"
 
+#include <new>
+
 void poweroff_protect::extModelOpen(object* project, QString text, InterfaceComm* comm)
 {
     projectObject = project;
@@ -34,9 +36,14 @@ void poweroff_protect::extModelInit()
 {
     // Without per-address entries too: the files are then made for empty block lists.
     if (!saveAllEnabled) {
-        for (const RetentionArea& area : RetentionArea::all)
-            initFile(this->*area.file, this->*area.fileInfo, QLatin1String(area.fileName), this->*area.blocks,
-                     area.perAddressCode);
+        for (const RetentionArea& area : RetentionArea::all) {
+            try {
+                initFile(this->*area.file, this->*area.fileInfo, QLatin1String(area.fileName),
+                         this->*area.blocks, area.perAddressCode);
+            } catch (const std::bad_alloc&) {
+                // Without memory this file is not restored; the other files go on.
+            }
+        }
     }
     modelReady = true;
 }

@@ -33,13 +33,14 @@ void poweroff_protect::initAddrInfo()
         if (const RetentionArea* const area = RetentionArea::named(entry.address.block))
             entries[area - RetentionArea::all].append(entry);
     }
-    for (QVector<structMaintenance>& ofArea : entries)
-        std::sort(ofArea.begin(), ofArea.end(), compare);
 
-    for (const RetentionArea& area : RetentionArea::all)
-        (this->*area.blocks).clear();
-    for (const RetentionArea& area : RetentionArea::all)
-        memoryPartition(entries[&area - RetentionArea::all], this->*area.blocks);
-    for (const RetentionArea& area : RetentionArea::all)
-        fileMemoryMap(this->*area.blocks);
+    // Made aside: without memory for all of them the module keeps no half-placed blocks.
+    QList<MaintenanceFileInfo> blocks[3];
+    for (int k = 0; k < 3; ++k) {
+        std::sort(entries[k].begin(), entries[k].end(), compare);
+        memoryPartition(entries[k], blocks[k]);
+        fileMemoryMap(blocks[k]);
+    }
+    for (int k = 0; k < 3; ++k)
+        qSwap(this->*RetentionArea::all[k].blocks, blocks[k]);
 }
