@@ -181,4 +181,45 @@ TEST_F(PanelSimulator, SaysThatAZeroPeriodMeansNoCyclicCalls)
     EXPECT_THAT(result.out.toStdString(), HasSubstr("no cyclic calls: the period is 0 ms\n"));
 }
 
+class PanelSimulatorOnATerminal : public PanelSimulator
+{
+protected:
+    ToolRun type(const char* example, const QByteArray& keys)
+    {
+        return runToolOnTerminal(QStringLiteral(PANEL_SIMULATOR_PATH),
+                                 {QStringLiteral(EXAMPLES_DIR "/%1.xml").arg(QLatin1String(example)),
+                                  QStringLiteral("--project-dir"), scratch.filePath(QStringLiteral("data"))},
+                                 keys);
+    }
+};
+
+TEST_F(PanelSimulatorOnATerminal, EditsLinesAndRecallsThem)
+{
+    // A wrong digit taken back, then the line once more from the history with another last digit.
+    const ToolRun run = type("address_ranges", "set LW 203 8\b7\r\x1b[A\b9\rget LW 203\rstop\r");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("panel> "));
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("LW 203: 9\r\n"));
+}
+
+TEST_F(PanelSimulatorOnATerminal, ShowsTheRunningPanelLive)
+{
+    const std::string out =
+        type("whole_areas", "live\rset RWI 7 1234\rcycle\rlive\rstop\r").out.toStdString();
+    EXPECT_THAT(out, HasSubstr("whole areas (1)   next cyclic call in 4:5"));
+    EXPECT_THAT(out, HasSubstr("of 5:00   syncs run 0"));
+    EXPECT_THAT(out, HasSubstr("of 5:00   syncs run 1"));
+    EXPECT_THAT(out,
+                HasSubstr("RWI     0 cells watched,     1 not zero   maintenance-RWI.dat  131072 bytes"));
+    EXPECT_THAT(out, HasSubstr("changed   RWI 7 = 1234 (0 s)"));
+    EXPECT_THAT(out, HasSubstr("\x1b[r")) << "the terminal gets its scrolling region back";
+}
+
+TEST_F(PanelSimulator, ShowsNothingLiveWithoutATerminal)
+{
+    const ToolRun tool = run("whole_areas", "live\nstop\n");
+    EXPECT_EQ(tool.status, 0);
+    EXPECT_EQ(tool.err, "live: expected a terminal of at least 12 lines\n");
+}
+
 } // namespace

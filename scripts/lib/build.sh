@@ -1,7 +1,10 @@
 # Configures and builds; source it after packages.sh, in the top folder.
 
-# The packages of every build with tests.
-build_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libgtest-dev libgmock-dev)
+# The libraries of every build with tests: installed for this machine, unpacked by scripts/armhf_sysroot for the panel.
+library_packages=(qtbase5-dev libgtest-dev libgmock-dev libedit-dev)
+# All packages of a build for this machine, and of one for the panel's processor.
+build_packages=(g++ cmake ninja-build pkg-config "${library_packages[@]}")
+armhf_packages=(g++-arm-linux-gnueabihf cmake ninja-build pkg-config qemu-user)
 
 # build_preset PRESET: an up-to-date build in build/PRESET. Says nothing unless something fails.
 build_preset() {

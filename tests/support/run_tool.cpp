@@ -7,6 +7,7 @@
 
 #include <vector>
 
+#include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,6 +19,17 @@ int statusOf(int waited)
     return WIFSIGNALED(waited) ? -WTERMSIG(waited) : WEXITSTATUS(waited);
 }
 
+/// The command to execute, with the emulator's words before it.
+QList<QByteArray> commandWords(const QString& program, const QStringList& arguments)
+{
+    QList<QByteArray> words = qgetenv("TEST_EMULATOR").simplified().split(' ');
+    words.removeAll(QByteArray());
+    words.append(program.toLocal8Bit());
+    for (const QString& argument : arguments)
+        words.append(argument.toLocal8Bit());
+    return words;
+}
+
 std::vector<char*> pointersTo(QList<QByteArray>& words)
 {
     std::vector<char*> pointers;
@@ -25,6 +37,21 @@ std::vector<char*> pointersTo(QList<QByteArray>& words)
         pointers.push_back(word.data());
     pointers.push_back(nullptr);
     return pointers;
+}
+
+/// Becomes the program, for a minute at most.
+[[noreturn]] void becomeProgram(const std::vector<char*>& argv)
+{
+    alarm(60);
+    execvp(argv.front(), argv.data());
+    _exit(127);
+}
+
+int statusAfter(pid_t child)
+{
+    int waited = 0;
+    EXPECT_EQ(waitpid(child, &waited, 0), child);
+    return statusOf(waited);
 }
 
 QByteArray contents(QTemporaryFile& file)
@@ -44,24 +71,39 @@ ToolRun runTool(const QString& program, const QStringList& arguments, const QByt
     in.write(input);
     in.seek(0);
 
-    QList<QByteArray> words = qgetenv("TEST_EMULATOR").simplified().split(' ');
-    words.removeAll(QByteArray());
-    words.append(program.toLocal8Bit());
-    for (const QString& argument : arguments)
-        words.append(argument.toLocal8Bit());
+    QList<QByteArray> words = commandWords(program, arguments);
     const std::vector<char*> argv = pointersTo(words);
 
     // Files instead of pipes: nothing to pump, and whatever was printed before a SIGKILL is there.
     const pid_t child = fork();
     if (child == 0) {
-        alarm(60);
         dup2(in.handle(), STDIN_FILENO);
         dup2(out.handle(), STDOUT_FILENO);
         dup2(err.handle(), STDERR_FILENO);
-        execvp(argv.front(), argv.data());
-        _exit(127);
+        becomeProgram(argv);
     }
-    int waited = 0;
-    EXPECT_EQ(waitpid(child, &waited, 0), child);
-    return {statusOf(waited), contents(out), contents(err)};
+    const int status = statusAfter(child);
+    return {status, contents(out), contents(err)};
+}
+
+ToolRun runToolOnTerminal(const QString& program, const QStringList& arguments, const QByteArray& keys)
+{
+    QList<QByteArray> words = commandWords(program, arguments);
+    const std::vector<char*> argv = pointersTo(words);
+    winsize size = {};
+    size.ws_row = 30;
+    size.ws_col = 120;
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, &size);
+    if (child == 0) {
+        setenv("TERM", "xterm", 1);
+        becomeProgram(argv);
+    }
+    EXPECT_EQ(write(terminal, keys.constData(), static_cast<std::size_t>(keys.size())), keys.size());
+    QByteArray out;
+    char buffer[4096];
+    for (ssize_t length; (length = read(terminal, buffer, sizeof buffer)) > 0;)
+        out.append(buffer, static_cast<int>(length));
+    close(terminal);
+    return {statusAfter(child), out, QByteArray()};
 }

@@ -17,4 +17,8 @@ struct ToolRun
 /// the environment variable TEST_EMULATOR, if any, come before the program.
 ToolRun runTool(const QString& program, const QStringList& arguments, const QByteArray& input = QByteArray());
 
+/// The same with a terminal of 30 lines as standard input, output and error, on which `keys` are typed at
+/// once.
+ToolRun runToolOnTerminal(const QString& program, const QStringList& arguments, const QByteArray& keys);
+
 #endif

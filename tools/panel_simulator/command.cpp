@@ -24,6 +24,7 @@ const Form forms[] = {
     {"cycle", Command::Kind::Cycle, "", "one cyclic call now"},
     {"watch", Command::Kind::Watch, "", "the cells that the module asked to watch"},
     {"status", Command::Kind::Status, "", "mode, period, syncs, files"},
+    {"live", Command::Kind::Live, "", "show or hide a view of the running panel above the commands"},
     {"power-cut", Command::Kind::PowerCut, "", "end at once, as without power"},
     {"stop", Command::Kind::Stop, "", "end in good order"},
     {"help", Command::Kind::Help, "", "this list"},

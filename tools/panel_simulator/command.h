@@ -16,6 +16,7 @@ struct Command
         Cycle,
         Watch,
         Status,
+        Live,
         PowerCut,
         Stop,
         Help

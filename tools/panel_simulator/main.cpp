@@ -3,19 +3,17 @@
 #include "simulated_host/private_directory.h"
 #include "simulated_host/project_reader.h"
 #include "tools/panel_simulator/command.h"
+#include "tools/panel_simulator/line_source.h"
+#include "tools/panel_simulator/live_view.h"
 #include "tools/panel_simulator/session.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
-#include <algorithm>
-#include <climits>
 #include <iostream>
-#include <poll.h>
 #include <unistd.h>
 
 namespace {
@@ -74,62 +72,20 @@ Options readOptions(QCoreApplication& application)
             parser.value(script)};
 }
 
-/// Lines from a file descriptor, with time passing for the model while it waits for the next one.
-class LineSource
+void toggle(LiveView& view)
 {
-public:
-    LineSource(int descriptor, Panel& panel) : descriptor(descriptor), panel(panel) { clock.start(); }
-
-    /// False at the end of the input; a last line without a line feed counts.
-    bool next(QString& line)
-    {
-        for (;;) {
-            const int end = pending.indexOf('\n');
-            if (end >= 0 || (ended && !pending.isEmpty())) {
-                const int length = end >= 0 ? end : pending.size();
-                line = QString::fromUtf8(pending.left(length));
-                pending.remove(0, length + 1);
-                return true;
-            }
-            if (ended)
-                return false;
-            wait();
-        }
-    }
-
-private:
-    void wait()
-    {
-        const ExtendFuncModelBase& model = *panel.model;
-        const long long untilCycle = std::clamp<long long>(model.cycleRemainingMs, 0, INT_MAX);
-        pollfd waiting = {descriptor, POLLIN, 0};
-        const int ready = poll(&waiting, 1, model.cyclePeriodMs > 0 ? static_cast<int>(untilCycle) : -1);
-        panel.advance(clock.restart());
-        if (ready <= 0)
-            return;
-        char buffer[4096];
-        const ssize_t length = read(descriptor, buffer, sizeof buffer);
-        if (length > 0)
-            pending.append(buffer, static_cast<int>(length));
-        else
-            ended = true;
-    }
-
-    int descriptor;
-    Panel& panel;
-    QElapsedTimer clock;
-    QByteArray pending;
-    bool ended = false;
-};
+    if (view.isShown())
+        view.hide();
+    else if (!view.show())
+        std::cerr << "live: expected a terminal of at least 12 lines" << std::endl;
+}
 
 int runCommands(int descriptor, const Options& options, Panel& panel)
 {
-    const bool terminal = isatty(descriptor);
-    LineSource lines(descriptor, panel);
+    LiveView view(panel);
+    LineSource lines(descriptor, panel, view);
     QString line;
     for (int lineNumber = 1;; ++lineNumber) {
-        if (terminal)
-            std::cout << "panel> " << std::flush;
         if (!lines.next(line))
             return 0;
         const Command command = parseCommand(line);
@@ -143,6 +99,12 @@ int runCommands(int descriptor, const Options& options, Panel& panel)
             std::cerr << message << std::endl;
             continue;
         }
+        if (command.kind == Command::Kind::Live) {
+            toggle(view);
+            continue;
+        }
+        if (command.kind == Command::Kind::PowerCut)
+            view.hide(); // while there is time to
         const bool goOn = runCommand(command, panel, options.directory, std::cout);
         std::cout.flush();
         if (!goOn)

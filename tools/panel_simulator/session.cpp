@@ -115,6 +115,7 @@ bool runCommand(const Command& command, Panel& panel, const QString& directory, 
 {
     switch (command.kind) {
     case Command::Kind::Nothing:
+    case Command::Kind::Live:
         break;
     case Command::Kind::Get:
         get(command, panel, out);

@@ -8,7 +8,8 @@
 #include <ostream>
 
 /// What `command` does to `panel`, with its answer on `out`; `directory` is the folder that the retention
-/// files really lie in. PowerCut does not return. False when the panel is to stop.
+/// files really lie in. PowerCut does not return; Live is the terminal's business and does nothing here.
+/// False when the panel is to stop.
 bool runCommand(const Command& command, Panel& panel, const QString& directory, std::ostream& out);
 
 /// The chosen mode and period in a line or two, for the start.
