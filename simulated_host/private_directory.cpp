@@ -86,8 +86,9 @@ QString enterPrivateUsr()
     const QByteArray scratchPath = QFile::encodeName(scratch.path());
     if (mount("tmpfs", scratchPath.constData(), "tmpfs", 0, "mode=0755") != 0)
         return failure(QStringLiteral("cannot mount a scratch file system"));
+    // By way of /proc, because qemu-user shows its library folder's /usr to whoever asks for /usr.
     const QFileInfoList entries =
-        QDir(QStringLiteral("/usr"))
+        QDir(QStringLiteral("/proc/self/root/usr"))
             .entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
     for (const QFileInfo& entry : entries) {
         if (entry.fileName() == QLatin1String("tavrin"))
