@@ -23,22 +23,22 @@ struct _ADDRESS_ // NOLINT(bugprone-reserved-identifier): the runtime's own name
 /// kept.
 struct structMaintenance
 {
-    _ADDRESS_ address;
+    _ADDRESS_ address;       ///< where the range begins
     QString addressType;     ///< "Bit", "Word" or "Double Word"; carried along, never scales addressLength
     int addressLength = 0;   ///< number of cells
     char dataArea[400] = {}; ///< all zero; copied with the entry, otherwise unused
 };
 
-/// The runtime's read-address record. The module only streams it.
+/// The runtime's read-address record. The module only streams it and gives the extra fields no meaning.
 struct READADDRESS
 {
-    _ADDRESS_ address;
-    QString extraText;
-    int extra1 = 0;
-    int extra2 = 0;
-    int extra3 = 0;
-    int extra4 = 0;
-    int extra5 = 0;
+    _ADDRESS_ address; ///< the place that is read
+    QString extraText; ///< the runtime's
+    int extra1 = 0;    ///< the runtime's
+    int extra2 = 0;    ///< the runtime's
+    int extra3 = 0;    ///< the runtime's
+    int extra4 = 0;    ///< the runtime's
+    int extra5 = 0;    ///< the runtime's
 };
 
 /// The order in which entries are sorted: by address.index, signed. Nothing else takes part, so entries with

@@ -11,13 +11,13 @@ class InterfaceAll
 {
 public:
     virtual ~InterfaceAll() {}
-    virtual void keyboardReflash(const QString&) {}
-    virtual void execComplete(const int&, const QString&) {}
-    virtual ushort getOptLogType() { return optLogType; }
-    virtual void setOptLogType(ushort type) { optLogType = type; }
-    virtual void exportData() {}
-    virtual void insertOperatorLog(QString) {}
-    virtual void insertOperatorLog(const QStringList&) {}
+    virtual void keyboardReflash(const QString&) {}                ///< does nothing
+    virtual void execComplete(const int&, const QString&) {}       ///< does nothing
+    virtual ushort getOptLogType() { return optLogType; }          ///< what setOptLogType() stored
+    virtual void setOptLogType(ushort type) { optLogType = type; } ///< any value
+    virtual void exportData() {}                                   ///< does nothing
+    virtual void insertOperatorLog(QString) {}                     ///< does nothing
+    virtual void insertOperatorLog(const QStringList&) {}          ///< does nothing
 
     /// Operator-log type; its meaning is the runtime's. 0 until somebody sets it.
     ushort optLogType = 0;

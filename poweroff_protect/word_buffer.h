@@ -7,11 +7,14 @@
 #include <cstdlib>
 #include <memory>
 
+/// Gives memory back to std::free().
 struct FreeMemory
 {
+    /// `memory` comes from std::calloc(), or is null.
     void operator()(void* memory) const { std::free(memory); }
 };
 
+/// Owns its words; null when there are none.
 typedef std::unique_ptr<ushort, FreeMemory> WordBuffer;
 
 /// `bytes` zeroed bytes; null when `bytes` is not positive or the memory is not to be had.

@@ -13,16 +13,17 @@
 class MemoryArea
 {
 public:
-    static constexpr int cellCount = 65536;
+    static constexpr int cellCount = 65536; ///< addresses 0 to 65535
 
+    /// All cells zero.
     MemoryArea(QString name, int areaCode, bool bits);
 
-    const QString& name() const { return areaName; }
-    int areaCode() const { return code; } ///< as in InterfaceComm::getAreaMemory()
-    bool isBits() const { return bits; }
+    const QString& name() const { return areaName; } ///< as models name it
+    int areaCode() const { return code; }            ///< as in InterfaceComm::getAreaMemory()
+    bool isBits() const { return bits; }             ///< otherwise words
 
-    std::vector<unsigned char>& memory() { return bytes; }
-    const std::vector<unsigned char>& memory() const { return bytes; }
+    std::vector<unsigned char>& memory() { return bytes; }             ///< 65536 or 131072 bytes
+    const std::vector<unsigned char>& memory() const { return bytes; } ///< 65536 or 131072 bytes
 
     /// The cell's value: of a bit 0 or 1 (any non-zero byte), of a word its 16 bits. Nothing outside the
     /// area.
@@ -43,13 +44,13 @@ class MemoryAreas
 public:
     MemoryAreas();
 
-    std::array<MemoryArea, 3>& all() { return areas; }
-    const std::array<MemoryArea, 3>& all() const { return areas; }
+    std::array<MemoryArea, 3>& all() { return areas; }             ///< in the order above
+    const std::array<MemoryArea, 3>& all() const { return areas; } ///< in the order above
 
     /// Null when there is no such area.
     MemoryArea* named(const QString& name);
-    const MemoryArea* named(const QString& name) const;
-    MemoryArea* withCode(int areaCode);
+    const MemoryArea* named(const QString& name) const; ///< null when there is no such area
+    MemoryArea* withCode(int areaCode); ///< by MemoryArea::areaCode(); null for any other code
 
 private:
     std::array<MemoryArea, 3> areas;

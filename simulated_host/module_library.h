@@ -19,8 +19,9 @@ public:
     /// Loads the library. On failure isLoaded() is false and error() says what is wrong with the file.
     explicit ModuleLibrary(const QString& path);
 
+    /// Whether createModel() makes models.
     bool isLoaded() const { return create != nullptr && destroy != nullptr; }
-    const QString& error() const { return errorText; }
+    const QString& error() const { return errorText; } ///< empty when the library is loaded
 
     /// A new model object; null when nothing is loaded.
     ModelPointer createModel() const;

@@ -35,10 +35,10 @@ public:
     /// Tells the model's base that time has passed, which runs the cyclic call when it is due.
     void advance(long long elapsedMs) { model->ArriveTimeCyclicRun(elapsedMs); }
 
-    MemoryAreas areas;
-    SimulatedComm comm;
-    ModelPointer model; ///< null when the library is not loaded
-    WatchList watched;
+    MemoryAreas areas;    ///< the cells, as operators and programs see them
+    SimulatedComm comm;   ///< the model's way to them
+    ModelPointer model;   ///< null when the library is not loaded
+    WatchList watched;    ///< the cells whose changes setCells() reports
     bool started = false; ///< start() is complete
 
 private:

@@ -13,27 +13,27 @@
 /// as unsigned, and the other way round, keeps its 32 bits.
 struct property
 {
-    QString name;
-    bool isText = false;
-    quint32 number = 0;
-    QString text;
+    QString name;        ///< unique among the properties of a node, unless a file repeats it
+    bool isText = false; ///< which of the two values counts
+    quint32 number = 0;  ///< the 32 bits of a number, signed or not
+    QString text;        ///< the text
 };
 
 /// A node; owns its properties and children, which keep their addresses as long as it lives.
 struct object
 {
-    QString name;
-    object* next = nullptr; ///< next child of the same parent
-    std::vector<std::unique_ptr<property>> properties;
-    std::vector<std::unique_ptr<object>> children;
+    QString name;                                      ///< need not be unique among its siblings
+    object* next = nullptr;                            ///< next child of the same parent
+    std::vector<std::unique_ptr<property>> properties; ///< in the order in which they were set
+    std::vector<std::unique_ptr<object>> children;     ///< in the order in which they were added
 
-    object& addChild(const QString& childName);
-    object& setNumber(const QString& propertyName, qint64 value); ///< keeps the low 32 bits
-    object& setText(const QString& propertyName, const QString& value);
+    object& addChild(const QString& childName);                         ///< the new, last child
+    object& setNumber(const QString& propertyName, qint64 value);       ///< keeps the low 32 bits; this node
+    object& setText(const QString& propertyName, const QString& value); ///< this node
 
     /// Null when there is none of that name; the first of several.
     property* findProperty(const QString& propertyName) const;
-    object* findChild(const QString& childName) const;
+    object* findChild(const QString& childName) const; ///< as findProperty()
 };
 
 #endif

@@ -12,6 +12,7 @@
 class SimulatedComm : public InterfaceComm
 {
 public:
+    /// `areas` stay the caller's and must outlive the object.
     explicit SimulatedComm(MemoryAreas& areas) : areas(areas) {}
 
     /// From now on getAreaMemory() answers null for this code, as on a panel without the area.

@@ -14,17 +14,19 @@
 /// Consecutive watched cells of one area.
 struct WatchedRange
 {
-    QString area;
-    int first;
-    int last;
+    QString area; ///< as the model named it
+    int first;    ///< the lowest address
+    int last;     ///< the highest address
 };
 
+/// The watched cells of any areas; a cell is in it once, however often it was asked for.
 class WatchList
 {
 public:
     /// Adds the cells of a model's records.
     void add(const QList<RegisterValueChangeSize>& records);
 
+    /// Whether that cell is watched.
     bool contains(const QString& area, int address) const;
 
     /// The watched cells in ranges as wide as they go, by area in the order "LB", "LW", "RWI" and others.
