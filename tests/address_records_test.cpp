@@ -1,0 +1,376 @@
+// Address records: defaults, copies, order, type texts and the bytes of the wire format.
+#include "define_header/define_header.h"
+
+#include <QtCore/QByteArray>
+#include <QtCore/QIODevice>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+namespace {
+
+// What Qt writes for numbers and texts, most significant byte first.
+
+QByteArray encoded(int value)
+{
+    QByteArray bytes;
+    for (int shift = 24; shift >= 0; shift -= 8)
+        bytes.append(static_cast<char>((static_cast<unsigned>(value) >> shift) & 0xff));
+    return bytes;
+}
+
+QByteArray encoded(const QString& text)
+{
+    if (text.isNull())
+        return encoded(-1);
+    QByteArray bytes = encoded(2 * text.size());
+    for (const QChar letter : text)
+        bytes.append(static_cast<char>(letter.row())).append(static_cast<char>(letter.cell()));
+    return bytes;
+}
+
+QByteArray encoded(const _ADDRESS_& a)
+{
+    return encoded(a.link) + encoded(a.station) + encoded(a.block) + encoded(a.number) + encoded(a.index) +
+           encoded(a.spareText) + encoded(a.length) + encoded(a.bitOrWord);
+}
+
+/// Every field has a value of its own.
+_ADDRESS_ fullAddress()
+{
+    _ADDRESS_ address;
+    address.link = QStringLiteral("Local");
+    address.station = 1;
+    address.block = QStringLiteral("LW");
+    address.number = QString::fromUtf8("\xc3\xa9\xe2\x82\xac"); // two letters, one beyond Latin-1
+    address.index = -2;
+    address.spareText = QStringLiteral("spare");
+    address.length = 3;
+    address.bitOrWord = std::numeric_limits<int>::min();
+    return address;
+}
+
+READADDRESS fullReadAddress()
+{
+    READADDRESS record;
+    record.address = fullAddress();
+    record.extraText = QStringLiteral("extra");
+    record.extra1 = 101;
+    record.extra2 = 102;
+    record.extra3 = 103;
+    record.extra4 = 104;
+    record.extra5 = -105;
+    return record;
+}
+
+template <typename Record> QByteArray written(const Record& record)
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    EXPECT_EQ(&(stream << record), &stream) << "the operator returns its stream";
+    return bytes;
+}
+
+template <typename Record> Record readFrom(const QByteArray& bytes, Record record = Record())
+{
+    QDataStream stream(bytes);
+    EXPECT_EQ(&(stream >> record), &stream) << "the operator returns its stream";
+    EXPECT_EQ(stream.status(), QDataStream::Ok);
+    EXPECT_TRUE(stream.atEnd()) << "nothing is left over";
+    return record;
+}
+
+/// Equal texts that are also null, empty or filled alike.
+void expectSameText(const QString& got, const QString& expected, const char* field)
+{
+    EXPECT_TRUE(got == expected) << field << " is '" << got.toStdString() << "'";
+    EXPECT_EQ(got.isNull(), expected.isNull()) << field << ": null and empty are not the same";
+}
+
+void expectSame(const _ADDRESS_& got, const _ADDRESS_& expected)
+{
+    expectSameText(got.link, expected.link, "link");
+    EXPECT_EQ(got.station, expected.station);
+    expectSameText(got.block, expected.block, "block");
+    expectSameText(got.number, expected.number, "number");
+    EXPECT_EQ(got.index, expected.index);
+    expectSameText(got.spareText, expected.spareText, "spareText");
+    EXPECT_EQ(got.length, expected.length);
+    EXPECT_EQ(got.bitOrWord, expected.bitOrWord);
+}
+
+structMaintenance entryAt(int index, int addressLength = 0)
+{
+    structMaintenance entry;
+    entry.address.index = index;
+    entry.addressLength = addressLength;
+    return entry;
+}
+
+TEST(AddressRecords, BeginWithNullTextsAndZeros)
+{
+    const structMaintenance entry;
+    expectSame(entry.address, _ADDRESS_());
+    EXPECT_TRUE(entry.address.link.isNull());
+    EXPECT_TRUE(entry.address.block.isNull());
+    EXPECT_TRUE(entry.address.number.isNull());
+    EXPECT_TRUE(entry.address.spareText.isNull());
+    EXPECT_EQ(entry.address.station, 0);
+    EXPECT_EQ(entry.address.index, 0);
+    EXPECT_EQ(entry.address.length, 0);
+    EXPECT_EQ(entry.address.bitOrWord, 0);
+    EXPECT_TRUE(entry.addressType.isNull());
+    EXPECT_EQ(entry.addressLength, 0);
+    EXPECT_EQ(sizeof entry.dataArea, 400U);
+    EXPECT_TRUE(
+        std::all_of(std::begin(entry.dataArea), std::end(entry.dataArea), [](char c) { return c == 0; }));
+}
+
+TEST(AddressRecords, AnEntryOnTheHeapBeginsWithAZeroDataAreaToo)
+{
+    for (int round = 0; round < 3; ++round) {
+        std::vector<structMaintenance> entries(3);
+        for (structMaintenance& entry : entries) {
+            for (const char c : entry.dataArea)
+                ASSERT_EQ(c, 0);
+            std::fill(std::begin(entry.dataArea), std::end(entry.dataArea), '\xaa');
+        }
+    }
+}
+
+TEST(AddressRecords, ACopiedEntryHasAllFieldsAndAll400BytesOfItsDataArea)
+{
+    structMaintenance entry;
+    entry.address = fullAddress();
+    entry.addressType = QStringLiteral("Word");
+    entry.addressLength = -7;
+    for (int i = 0; i < 400; ++i)
+        entry.dataArea[i] = static_cast<char>(i * 7 + 1);
+    const structMaintenance copy = entry;
+    structMaintenance assigned;
+    assigned = entry;
+    for (const structMaintenance& other : {copy, assigned}) {
+        expectSame(other.address, fullAddress());
+        EXPECT_TRUE(other.addressType == QStringLiteral("Word"));
+        EXPECT_EQ(other.addressLength, -7);
+        EXPECT_TRUE(std::equal(std::begin(entry.dataArea), std::end(entry.dataArea), other.dataArea));
+    }
+    entry.address.link[0] = QLatin1Char('X');
+    EXPECT_TRUE(copy.address.link == QStringLiteral("Local")) << "a copy does not change with its original";
+}
+
+TEST(AddressRecords, GiveTheirTextsBackWhenTheyEnd)
+{
+    QString text = QString(40, QLatin1Char('x'));
+    {
+        structMaintenance entry;
+        entry.address.link = entry.address.block = entry.address.number = entry.address.spareText =
+            entry.addressType = text;
+        const structMaintenance copy = entry;
+        EXPECT_FALSE(text.isDetached());
+    }
+    EXPECT_TRUE(text.isDetached()) << "nothing shares the text any more";
+}
+
+TEST(AddressRecords, AreOrderedBySignedIndex)
+{
+    EXPECT_TRUE(compare(entryAt(-5), entryAt(3)));
+    EXPECT_FALSE(compare(entryAt(3), entryAt(-5)));
+    EXPECT_TRUE(compare(entryAt(std::numeric_limits<int>::min()), entryAt(std::numeric_limits<int>::max())));
+    EXPECT_FALSE(compare(entryAt(std::numeric_limits<int>::max()), entryAt(std::numeric_limits<int>::min())));
+    const structMaintenance same = entryAt(7);
+    EXPECT_FALSE(compare(same, same));
+}
+
+TEST(AddressRecords, AreEquivalentAtEqualIndexWhateverElseTheyHold)
+{
+    structMaintenance a = entryAt(4, 1);
+    structMaintenance b = entryAt(4, 9);
+    a.address.length = 8;
+    b.address.station = 2;
+    b.address.block = QStringLiteral("LB");
+    b.addressType = QStringLiteral("Bit");
+    EXPECT_FALSE(compare(a, b));
+    EXPECT_FALSE(compare(b, a));
+}
+
+TEST(AddressTypes, HaveTheTextsOfTheCodesOneTwoAndFour)
+{
+    EXPECT_TRUE(addressType2QString(1) == QStringLiteral("Bit"));
+    EXPECT_TRUE(addressType2QString(2) == QStringLiteral("Word"));
+    EXPECT_TRUE(addressType2QString(4) == QStringLiteral("Double Word"));
+}
+
+TEST(AddressTypes, GiveAnEmptyTextThatIsNotNullForAnyOtherCode)
+{
+    for (const int code :
+         {0, 3, 5, 6, 7, 8, -1, -2, 257, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+        EXPECT_TRUE(addressType2QString(code).isEmpty()) << code;
+        EXPECT_FALSE(addressType2QString(code).isNull()) << code;
+    }
+}
+
+TEST(AddressTypes, HaveTheCodesOfExactlyTheirTexts)
+{
+    EXPECT_EQ(addressType2Int(QStringLiteral("Bit")), 1);
+    EXPECT_EQ(addressType2Int(QStringLiteral("Word")), 2);
+    EXPECT_EQ(addressType2Int(QStringLiteral("Double Word")), 4);
+    for (const char* text : {"bit", "BIT", "Word ", " Word", "word", "DoubleWord", "Double  Word",
+                             "Double word", "Bits", "1", "2", "4", ""})
+        EXPECT_EQ(addressType2Int(QString::fromLatin1(text)), -1) << '"' << text << '"';
+    EXPECT_EQ(addressType2Int(QString()), -1);
+}
+
+TEST(AddressStream, WritesADefaultAddressAsFourNullTextsAndFourZeros)
+{
+    EXPECT_EQ(written(_ADDRESS_()).toHex(), QByteArray("ffffffff"
+                                                       "00000000"
+                                                       "ffffffff"
+                                                       "ffffffff"
+                                                       "00000000"
+                                                       "ffffffff"
+                                                       "00000000"
+                                                       "00000000"));
+}
+
+TEST(AddressStream, WritesAnAddressInTheOrderOfItsFields)
+{
+    _ADDRESS_ address;
+    address.link = QStringLiteral("A");
+    address.station = 1;
+    address.block = QStringLiteral("");
+    address.index = 0x01020304;
+    address.length = -1;
+    address.bitOrWord = 2;
+    EXPECT_EQ(written(address).toHex(), QByteArray("000000020041" // "A"
+                                                   "00000001"
+                                                   "00000000" // empty
+                                                   "ffffffff" // null
+                                                   "01020304"
+                                                   "ffffffff" // null
+                                                   "ffffffff" // -1
+                                                   "00000002"));
+    EXPECT_EQ(written(fullAddress()).toHex(), encoded(fullAddress()).toHex());
+}
+
+TEST(AddressStream, WritesAReadAddressInItsOwnOrder)
+{
+    const READADDRESS record = fullReadAddress();
+    EXPECT_EQ(written(record).toHex(),
+              (encoded(102) + encoded(-105) + encoded(103) + encoded(record.address) + encoded(101) +
+               encoded(QStringLiteral("extra")) + encoded(104))
+                  .toHex());
+}
+
+TEST(AddressStream, ReadsAReadAddressInThatOrderToo)
+{
+    const _ADDRESS_ none;
+    const READADDRESS record = readFrom<READADDRESS>(encoded(2) + encoded(5) + encoded(3) + encoded(none) +
+                                                     encoded(1) + encoded(QString()) + encoded(4));
+    EXPECT_EQ(record.extra1, 1);
+    EXPECT_EQ(record.extra2, 2);
+    EXPECT_EQ(record.extra3, 3);
+    EXPECT_EQ(record.extra4, 4);
+    EXPECT_EQ(record.extra5, 5);
+    expectSame(record.address, none);
+    EXPECT_TRUE(record.extraText.isNull());
+}
+
+TEST(AddressStream, BringsEveryFieldBack)
+{
+    expectSame(readFrom<_ADDRESS_>(written(fullAddress())), fullAddress());
+    const READADDRESS expected = fullReadAddress();
+    const READADDRESS got = readFrom<READADDRESS>(written(expected));
+    expectSame(got.address, expected.address);
+    expectSameText(got.extraText, expected.extraText, "extraText");
+    EXPECT_EQ(got.extra1, expected.extra1);
+    EXPECT_EQ(got.extra2, expected.extra2);
+    EXPECT_EQ(got.extra3, expected.extra3);
+    EXPECT_EQ(got.extra4, expected.extra4);
+    EXPECT_EQ(got.extra5, expected.extra5);
+}
+
+TEST(AddressStream, KeepsNullAndEmptyTextsApartInEveryTextField)
+{
+    QString _ADDRESS_::*const fields[] = {&_ADDRESS_::link, &_ADDRESS_::block, &_ADDRESS_::number,
+                                          &_ADDRESS_::spareText};
+    for (QString _ADDRESS_::*empty : fields) {
+        _ADDRESS_ address; // all null but one
+        address.*empty = QStringLiteral("");
+        expectSame(readFrom<_ADDRESS_>(written(address)), address);
+    }
+    READADDRESS record;
+    expectSameText(readFrom<READADDRESS>(written(record)).extraText, QString(), "extraText");
+    record.extraText = QStringLiteral("");
+    expectSameText(readFrom<READADDRESS>(written(record)).extraText, QStringLiteral(""), "extraText");
+}
+
+TEST(AddressStream, ReadingReplacesWhatTheRecordHeld)
+{
+    expectSame(readFrom<_ADDRESS_>(written(_ADDRESS_()), fullAddress()), _ADDRESS_());
+    const READADDRESS record = readFrom<READADDRESS>(written(READADDRESS()), fullReadAddress());
+    expectSame(record.address, _ADDRESS_());
+    EXPECT_TRUE(record.extraText.isNull());
+    EXPECT_EQ(record.extra1 | record.extra2 | record.extra3 | record.extra4 | record.extra5, 0);
+}
+
+TEST(AddressStream, KeepsTheStreamsByteOrderAndVersion)
+{
+    _ADDRESS_ address;
+    address.link = QStringLiteral("A");
+    address.station = 1;
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out.setByteOrder(QDataStream::LittleEndian);
+    out.setVersion(QDataStream::Qt_4_6);
+    out << address;
+    EXPECT_EQ(out.byteOrder(), QDataStream::LittleEndian);
+    EXPECT_EQ(out.version(), QDataStream::Qt_4_6);
+    EXPECT_EQ(bytes.left(10).toHex(), QByteArray("02000000"
+                                                 "4100"
+                                                 "01000000"));
+    QDataStream in(bytes);
+    in.setByteOrder(QDataStream::LittleEndian);
+    in.setVersion(QDataStream::Qt_4_6);
+    _ADDRESS_ back;
+    in >> back;
+    expectSame(back, address);
+    EXPECT_EQ(in.byteOrder(), QDataStream::LittleEndian);
+    EXPECT_EQ(in.version(), QDataStream::Qt_4_6);
+}
+
+TEST(AddressStream, WritesAndReadsRecordsBackToBack)
+{
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out << fullReadAddress() << fullAddress() << _ADDRESS_();
+    QDataStream in(bytes);
+    READADDRESS first;
+    _ADDRESS_ second;
+    _ADDRESS_ third = fullAddress();
+    in >> first >> second >> third;
+    expectSame(first.address, fullAddress());
+    expectSame(second, fullAddress());
+    expectSame(third, _ADDRESS_());
+    EXPECT_TRUE(in.atEnd());
+}
+
+TEST(AddressStream, GoesOnThroughARecordThatBreaksOff)
+{
+    const QByteArray whole = encoded(fullAddress());
+    const QByteArray begun = whole.left(encoded(QStringLiteral("Local")).size() + 4 + 3);
+    QDataStream stream(begun);
+    _ADDRESS_ address = fullAddress();
+    address.station = 99;
+    address.index = 99;
+    stream >> address;
+    EXPECT_EQ(stream.status(), QDataStream::ReadPastEnd);
+    EXPECT_TRUE(address.link == QStringLiteral("Local"));
+    EXPECT_EQ(address.station, 1) << "what was there is assigned";
+    EXPECT_EQ(address.index, 0) << "and what was not there is assigned as what the stream gave";
+}
+
+} // namespace
