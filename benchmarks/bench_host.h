@@ -1,0 +1,68 @@
+// The host of the benchmarks: as little work as a runtime can do, so that the module's own cost shows.
+#ifndef BENCHMARKS_BENCH_HOST_H
+#define BENCHMARKS_BENCH_HOST_H
+
+#include "host_interface/interface_comm.h"
+#include "poweroff_protect/poweroff_protect.h"
+#include "simulated_host/project_tree.h"
+
+#include <QtCore/QString>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+/// Cells of one array, whatever the area is called; the areas' whole memories lie elsewhere.
+class BenchComm : public InterfaceComm
+{
+public:
+    BenchComm();
+
+    void* getAreaMemory(int areaCode) override;
+    int writeRegisterValues(const QString& link, const QString& area, int address, int selector, int count,
+                            const ushort* data) override;
+    int readRegisterValues(const QString& link, const QString& area, int address, int selector, int count,
+                           ushort* data) override;
+
+    std::vector<ushort> cells;                      ///< 65536 of them
+    std::vector<std::vector<unsigned char>> images; ///< by whole-area code
+};
+
+/// What the module's shell commands do from now on; nothing at the start.
+void setShell(std::function<void()> run);
+
+/// One configured range.
+struct Range
+{
+    const char* area;
+    int index;
+    int length;
+};
+
+std::unique_ptr<object> wholeAreaProject();
+std::unique_ptr<object> perAddressProject(const std::vector<Range>& ranges);
+/// `count` blocks of `length` words with a gap after each, in an order that is not that of their addresses.
+std::vector<Range> scatteredWordRanges(int count, int length);
+
+/// The module on a project, with an emptied project directory.
+class BenchModule
+{
+public:
+    explicit BenchModule(std::unique_ptr<object> project);
+    ~BenchModule();
+
+    void start(); ///< the runtime's calls up to extModelInit()
+    void change(const char* area, int address);
+
+    BenchComm comm;
+    std::unique_ptr<object> project;
+    poweroff_protect* module;
+};
+
+/// Path of a file in the module's directory.
+QByteArray filePath(const char* name);
+/// Removes every file of the module's directory.
+void emptyProjectDirectory();
+void writeFileBytes(const char* name, const QByteArray& bytes);
+
+#endif

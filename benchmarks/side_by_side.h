@@ -1,0 +1,17 @@
+// Alternating measurement: what disturbs the machine disturbs all sides alike.
+#ifndef BENCHMARKS_SIDE_BY_SIDE_H
+#define BENCHMARKS_SIDE_BY_SIDE_H
+
+#include "benchmarks/operation.h"
+
+#include <benchmark/benchmark.h>
+
+/// Makes the rows' benchmarks. Each iteration is one round: a batch of every side, in turning order. The
+/// counters are medians over the rounds: "module_ns", "bare_ns" and "same_calls_ns" of CPU time for one
+/// operation, and the median of the rounds' own ratios as "ratio" and "ratio_same_calls".
+void registerSideBySide(const std::vector<Workload>& rows);
+
+/// The middle of the values, which must not be empty.
+double medianOf(std::vector<double> values);
+
+#endif

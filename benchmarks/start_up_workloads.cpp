@@ -1,0 +1,123 @@
+// From the project to the address list and the watch list, and a whole start-up.
+#include "benchmarks/bench_host.h"
+#include "benchmarks/operation.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+namespace {
+
+/// Reads what the module reads of every entry, in its order, and sorts the records.
+void readAndSort(object* project, std::size_t entries)
+{
+    std::vector<structMaintenance> records;
+    records.reserve(entries);
+    object* const retention = object_get_child(project, "DataRetention");
+    for (object* node = object_first_child(retention); node; node = object_next(node)) {
+        object* const source = object_get_child(node, "sourceAddress");
+        records.emplace_back();
+        structMaintenance& record = records.back();
+        record.addressLength = object_get_property_value_type_int32(node, "addressLength", 0);
+        record.addressType = object_get_property_value_type_string(node, "addressType", QString());
+        record.address.link = object_get_property_value_type_string(source, "Link", QString());
+        record.address.block = object_get_property_value_type_string(source, "Block", QString());
+        record.address.number = object_get_property_value_type_string(source, "No", QString());
+        record.address.index = object_get_property_value_type_int32(source, "index", 0);
+        record.address.station = object_get_property_value_type_int32(source, "station", 0);
+        record.address.length = object_get_property_value_type_int32(source, "length", 0);
+        record.address.bitOrWord = object_get_property_value_type_int32(source, "Bit_or_Word", 0);
+    }
+    std::sort(records.begin(), records.end(), compare);
+}
+
+Sides addressList(int entries)
+{
+    const auto host = std::make_shared<BenchModule>(perAddressProject(scatteredWordRanges(entries, 1)));
+    host->start();
+    Sides sides;
+    sides.module.run = [host](int times) {
+        for (int i = 0; i < times; ++i)
+            host->module->initAddrInfo();
+    };
+    sides.bare.run = [host, entries](int times) {
+        for (int i = 0; i < times; ++i)
+            readAndSort(host->project.get(), static_cast<std::size_t>(entries));
+    };
+    return sides;
+}
+
+using WatchLists = std::vector<QList<RegisterValueChangeSize>>;
+
+/// Fills lists; their giving back is not measured.
+Operation fillLists(std::function<void(QList<RegisterValueChangeSize>&)> fill)
+{
+    const auto lists = std::make_shared<WatchLists>();
+    return {[lists, fill = std::move(fill)](int) {
+                for (auto& list : *lists)
+                    fill(list);
+            },
+            [lists](int times) { lists->resize(static_cast<std::size_t>(times)); },
+            [lists] { lists->clear(); }};
+}
+
+Sides watchList(int cells)
+{
+    const auto host = std::make_shared<BenchModule>(perAddressProject({{"LW", 0, cells}}));
+    host->start();
+    Sides sides;
+    sides.module = fillLists(
+        [host](QList<RegisterValueChangeSize>& list) { host->module->getMonitorTriggerAddr(list); });
+    sides.bare = fillLists([cells](QList<RegisterValueChangeSize>& list) {
+        RegisterValueChangeSize record = {};
+        record.hostWord4 = -1;
+        std::strcpy(record.areaName, "LW");
+        record.changeSize = 1;
+        list.reserve(cells);
+        for (int address = 0; address < cells; ++address) {
+            record.address = address;
+            list.append(record);
+        }
+    });
+    return sides;
+}
+
+/// From createModel() to the watch list, on existing files.
+Sides startUp(int entries)
+{
+    const auto host = std::make_shared<BenchModule>(perAddressProject(scatteredWordRanges(entries, 1)));
+    host->start();
+    const auto started = std::make_shared<std::vector<ExtendFuncModelBase*>>();
+    Sides sides;
+    sides.module.run = [host, started](int times) {
+        for (int i = 0; i < times; ++i) {
+            started->push_back(createModel());
+            ExtendFuncModelBase* const model = started->back();
+            model->extModelOpen(host->project.get(), QString(), &host->comm);
+            model->extModelInit();
+            QList<RegisterValueChangeSize> watched;
+            model->getMonitorTriggerAddr(watched);
+        }
+    };
+    sides.module.tidy = [started] {
+        for (ExtendFuncModelBase* const model : *started)
+            deletModel(model);
+        started->clear();
+    };
+    return sides;
+}
+
+} // namespace
+
+std::vector<Workload> startUpWorkloads()
+{
+    std::vector<Workload> rows;
+    for (const int entries : {1000, 10000})
+        rows.push_back(
+            {"address_list/" + std::to_string(entries), 1.1, [entries] { return addressList(entries); }});
+    for (const int cells : {1000, 65536})
+        rows.push_back({"watch_list/" + std::to_string(cells), 1.1, [cells] { return watchList(cells); }});
+    for (const int entries : {10, 100, 1000, 10000})
+        rows.push_back({"start_up/" + std::to_string(entries), 0, [entries] { return startUp(entries); }});
+    return rows;
+}

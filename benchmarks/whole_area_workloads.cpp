@@ -1,0 +1,96 @@
+// Whole-area mode: one save and one restore of the three images.
+#include "benchmarks/bare_file.h"
+#include "benchmarks/operation.h"
+
+#include <sys/stat.h>
+
+#include <array>
+#include <deque>
+#include <fstream>
+
+namespace {
+
+struct Image
+{
+    const char* fileName;
+    int areaCode;
+    std::size_t bytes;
+};
+
+const Image images[] = {{"maintenance-bit.dat", 1, 65536},
+                        {"maintenance-word.dat", 0, 131072},
+                        {"maintenance-RWI.dat", 2, 131072}};
+
+Sides save()
+{
+    const auto host = std::make_shared<BenchModule>(wholeAreaProject());
+    host->start();
+    const auto files = std::make_shared<std::deque<BareFile>>();
+    for (const Image& image : images)
+        files->emplace_back(image.fileName);
+    InterfaceComm* const comm = &host->comm;
+    Sides sides;
+    sides.module.run = [host](int times) {
+        for (int i = 0; i < times; ++i)
+            host->module->cyclicRun();
+    };
+    sides.bare.run = [host, files, comm](int times) {
+        for (int i = 0; i < times; ++i) {
+            auto file = files->begin();
+            for (const Image& image : images)
+                mustMove(pwrite((file++)->fd, comm->getAreaMemory(image.areaCode), image.bytes, 0),
+                         image.bytes);
+        }
+    };
+    return sides;
+}
+
+Sides restore()
+{
+    const auto host = std::make_shared<BenchModule>(wholeAreaProject());
+    host->start();
+    Sides sides;
+
+    // Opening is part of the job, closing is not; neither is the making of the streams, which the module
+    // object carries from its birth.
+    const auto streams = std::make_shared<std::deque<std::fstream>>();
+    sides.module.prepare = [streams](int times) { streams->resize(3 * static_cast<std::size_t>(times)); };
+    sides.module.run = [host, streams](int times) {
+        auto stream = streams->begin();
+        for (int i = 0; i < times; ++i)
+            for (const Image& image : images)
+                host->module->initFile(*stream++, QLatin1String(image.fileName), image.areaCode);
+    };
+    sides.module.tidy = [streams] { streams->clear(); };
+
+    const auto opened = std::make_shared<std::vector<int>>();
+    std::array<QByteArray, 3> paths;
+    for (std::size_t i = 0; i < paths.size(); ++i)
+        paths[i] = filePath(images[i].fileName);
+    InterfaceComm* const comm = &host->comm;
+    sides.bare.prepare = [opened](int times) { opened->reserve(3 * static_cast<std::size_t>(times)); };
+    sides.bare.run = [host, comm, opened, paths](int times) {
+        for (int i = 0; i < times; ++i)
+            for (std::size_t k = 0; k < paths.size(); ++k) {
+                struct stat status;
+                mustMove(stat(paths[k].constData(), &status), 0);
+                const int fd = open(paths[k].constData(), O_RDWR);
+                opened->push_back(fd);
+                const Image& image = images[k];
+                mustMove(pread(fd, comm->getAreaMemory(image.areaCode), image.bytes, 0), image.bytes);
+            }
+    };
+    sides.bare.tidy = [opened] {
+        for (const int fd : *opened)
+            close(fd);
+        opened->clear();
+    };
+    return sides;
+}
+
+} // namespace
+
+std::vector<Workload> wholeAreaWorkloads()
+{
+    return {{"whole_area_save", 1.05, save}, {"whole_area_restore", 1.05, restore}};
+}

@@ -1,0 +1,14 @@
+// All rows of the table.
+#include "benchmarks/operation.h"
+
+const std::vector<Workload>& workloads()
+{
+    static const std::vector<Workload> all = [] {
+        std::vector<Workload> rows;
+        for (const auto& part :
+             {wholeAreaWorkloads(), changeWorkloads(), restoreWorkloads(), startUpWorkloads()})
+            rows.insert(rows.end(), part.begin(), part.end());
+        return rows;
+    }();
+    return all;
+}
