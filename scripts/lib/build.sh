@@ -6,11 +6,12 @@ library_packages=(qtbase5-dev libgtest-dev libgmock-dev libedit-dev)
 build_packages=(g++ cmake ninja-build pkg-config "${library_packages[@]}")
 armhf_packages=(g++-arm-linux-gnueabihf cmake ninja-build pkg-config qemu-user)
 
-# build_preset PRESET: an up-to-date build in build/PRESET. Says nothing unless something fails.
+# build_preset PRESET [TARGET...]: an up-to-date build in build/PRESET, of everything or of the targets. Says nothing
+# unless something fails.
 build_preset() {
     local log
     log=$(mktemp)
-    if ! { cmake --preset "$1" && cmake --build --preset "$1"; } >"$log" 2>&1; then
+    if ! { cmake --preset "$1" && cmake --build --preset "$1" ${2:+--target "${@:2}"}; } >"$log" 2>&1; then
         tail -n 60 "$log" >&2
         rm -f "$log"
         echo "The build '$1' failed." >&2
