@@ -1,0 +1,53 @@
+// Storage in odd states: file systems of their own on the fixed directory, files as text.
+#ifndef TESTS_SUPPORT_STORAGE_H
+#define TESTS_SUPPORT_STORAGE_H
+
+#include "simulated_host/private_directory.h"
+
+#include <QtCore/QByteArray>
+#include <QtCore/QDir>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include <sys/mount.h>
+
+/// Puts a file system with these options ("size=8k") on the fixed directory. The fixture takes it away again.
+inline void mountOnProjectDirectory(const char* options)
+{
+    QDir().mkpath(QLatin1String(fixedProjectDirectory));
+    ASSERT_EQ(mount("tmpfs", fixedProjectDirectory, "tmpfs", 0, options), 0) << strerror(errno);
+}
+
+/// Changes that file system: its size, or with MS_RDONLY whether it can be written.
+inline void remountProjectDirectory(const char* options, unsigned long flags = 0)
+{
+    ASSERT_EQ(mount(nullptr, fixedProjectDirectory, nullptr, MS_REMOUNT | flags, options), 0)
+        << strerror(errno);
+}
+
+/// A file in the place of the fixed directory, so that there is none and none can be made.
+inline void blockProjectDirectory()
+{
+    QDir(QLatin1String(fixedProjectDirectory)).removeRecursively();
+    QDir().mkpath(QStringLiteral("/usr/tavrin"));
+    ASSERT_TRUE(QFile(QLatin1String(fixedProjectDirectory)).open(QIODevice::WriteOnly));
+}
+
+/// Bytes as hexadecimal digits, for messages.
+inline std::string hex(const std::optional<QByteArray>& bytes)
+{
+    return bytes ? bytes->toHex(' ').toStdString() : "no such file";
+}
+
+/// Recorded calls one a line, for messages.
+inline std::string lines(const QStringList& calls)
+{
+    return calls.join(QLatin1Char('\n')).toStdString();
+}
+
+#endif
