@@ -121,7 +121,22 @@ def report(life_folder, findings, options):
     (life_folder / "findings.txt").write_text("\n".join(lines) + "\n", encoding="utf-8")
     for line in findings[:FINDINGS_SHOWN]:
         print(line, file=sys.stderr)
-    print(f"{len(findings)} findings; serial logs and storage images are in {life_folder}", file=sys.stderr)
+    print(f"{len(findings)} findings; serial logs and storage images are in {life_folder}, what was booted is in "
+          f"{options.parts}", file=sys.stderr)
+
+
+def conclude(failed, counts, options):
+    """The exit status: 0 when all is as it must be, 1 when not, 2 when that remains open."""
+    if options.break_sync:
+        print(f'"sync" did nothing, and {"this was found" if failed else "nothing was found lost"}', file=sys.stderr)
+        return 0 if failed else 1
+    if failed:
+        report(*failed, options)
+        return 1
+    if counts.synced == 0:
+        print("no change was ever synced, so nothing was tested; make more cuts", file=sys.stderr)
+        return 2
+    return 0
 
 
 def parse_options():
@@ -154,17 +169,11 @@ def main():
         return 130
     finally:
         progress("")
-    if failed:
-        report(*failed, options)
-    else:
+    status = conclude(failed, counts, options)
+    if status != 1 or options.break_sync:
         shutil.rmtree(folder)
     print(f"seed {options.seed}: {counts}")
-    if not failed and counts.synced == 0:
-        print("no change was ever synced, so nothing was tested; make more cuts", file=sys.stderr)
-        return 2
-    if options.break_sync and not failed:
-        print('"sync" did nothing, but no value was found lost', file=sys.stderr)
-    return 0 if bool(failed) == options.break_sync else 1
+    return status
 
 
 if __name__ == "__main__":
