@@ -63,7 +63,9 @@ class Emulator:
         ]
         with theirs:
             self._process = subprocess.Popen(
-                ["qemu-system-arm", *(a.format(parts=parts, image=image) for a in machine.arguments),
+                # No emulator outlives a run that is killed.
+                ["setpriv", "--pdeathsig", "KILL", "qemu-system-arm",
+                 *(a.format(parts=parts, image=image) for a in machine.arguments),
                  "-nic", "none", "-display", "none", "-no-reboot", "-serial", "stdio",
                  "-chardev", f"socket,id=control,fd={theirs.fileno()}", "-mon", "chardev=control,mode=control",
                  "-kernel", f"{parts}/vmlinuz", "-initrd", f"{parts}/initramfs",
