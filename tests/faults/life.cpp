@@ -1,0 +1,173 @@
+// The scripted life.
+#include "tests/faults/life.h"
+
+#include <QtCore/QDir>
+
+#include <algorithm>
+
+const std::array<LifeArea, 3> lifeAreas = {{{"LB", bitFileName, true, 65536},
+                                            {"LW", wordFileName, false, 131072},
+                                            {"RWI", rwiFileName, false, 131072}}};
+
+// The second bit block begins in the middle of a byte that both share.
+const std::vector<LifeBlock> lifeBlocks = {{0, 20, 12, 0},  {0, 40, 9, 12}, {1, 100, 10, 0},
+                                           {1, 200, 5, 20}, {2, 0, 4, 0},   {2, 300, 6, 8}};
+
+const std::vector<Change> lifeChanges = {{0, 25, 1},     {1, 103, 1111}, {2, 2, 7},     {0, 45, 1},
+                                         {1, 204, 2222}, {2, 305, 8},    {1, 100, 333}, {0, 25, 0},
+                                         {2, 0, 65535},  {1, 203, 4},    {0, 31, 1},    {2, 300, 9}};
+
+namespace {
+
+QByteArray pattern(int size, int seed)
+{
+    QByteArray bytes(size, '\0');
+    for (int i = 0; i < size; ++i)
+        bytes[i] = static_cast<char>((i * 31 + i / 251 + seed) & 0xff);
+    return bytes;
+}
+
+/// Length of an area's file in that mode.
+int fileLength(Mode mode, int area)
+{
+    if (mode == Mode::WholeAreas)
+        return lifeAreas[static_cast<std::size_t>(area)].imageBytes;
+    return std::array<int, 3>{21 / 8 + 1, 2 * 15, 2 * 10}[static_cast<std::size_t>(area)];
+}
+
+std::unique_ptr<object> projectFor(Mode mode)
+{
+    if (mode == Mode::WholeAreas)
+        return wholeAreaProject(1, 5);
+    std::vector<Entry> entries;
+    for (const LifeBlock& block : lifeBlocks)
+        entries.push_back({QString::fromLatin1(lifeAreas[static_cast<std::size_t>(block.area)].name),
+                           block.first, block.count});
+    return perAddressProject(entries);
+}
+
+void setMemory(MemoryAreas& areas, const LifeArea& area, const QByteArray& image)
+{
+    std::copy(image.begin(), image.end(), areas.named(QString::fromLatin1(area.name))->memory().begin());
+}
+
+Images memoriesOf(MemoryAreas& areas)
+{
+    Images images;
+    for (std::size_t a = 0; a < images.size(); ++a) {
+        const auto& memory = areas.named(QString::fromLatin1(lifeAreas[a].name))->memory();
+        images[a] = QByteArray(reinterpret_cast<const char*>(memory.data()), static_cast<int>(memory.size()));
+    }
+    return images;
+}
+
+/// The n-th event of a life, from 0.
+void runEvent(Mode mode, MemoryAreas& areas, ExtendFuncModelBase& model, int event, const StepRunner& run)
+{
+    if (mode == Mode::WholeAreas) {
+        for (const LifeArea& area : lifeAreas)
+            setMemory(areas, area, imageForCycle(area, event + 1));
+        run(FirstEvent + event, [&] { model.cyclicRun(); });
+        return;
+    }
+    const Change& change = lifeChanges[static_cast<std::size_t>(event)];
+    const QString area = QString::fromLatin1(lifeAreas[static_cast<std::size_t>(change.area)].name);
+    areas.named(area)->setCell(change.address, change.value);
+    const _ExtendTriggerMsg_t message = changeMessage(area, change.address);
+    run(FirstEvent + event, [&] { model.addrOptChangeMsg(&message); });
+}
+
+int syncsRun = 0;
+
+} // namespace
+
+// Stands before the simulated host's, which keeps its own books in allocated memory.
+int sys_base_do_system(const char* command)
+{
+    syncsRun += qstrcmp(command, "sync") == 0;
+    return 0;
+}
+
+int eventsOf(Mode mode)
+{
+    return mode == Mode::WholeAreas ? lifeCycles : static_cast<int>(lifeChanges.size());
+}
+
+LifeRecord live(Mode mode, const StepRunner& run)
+{
+    const auto project = projectFor(mode);
+    MemoryAreas areas;
+    for (const LifeArea& area : lifeAreas)
+        setMemory(areas, area, imageAtStart(area));
+    SimulatedComm comm(areas);
+    LifeRecord record;
+    const int syncsBefore = syncsRun;
+
+    ModelPointer model;
+    run(Create, [&] { model = moduleLibrary().createModel(); });
+    if (!model)
+        return record;
+    run(Open, [&] { model->extModelOpen(project.get(), QString(), &comm); });
+    run(Init, [&] { model->extModelInit(); });
+    run(Watch, [&] { model->getMonitorTriggerAddr(record.watched); });
+    record.restored = memoriesOf(areas);
+    for (int event = 0; event < eventsOf(mode); ++event)
+        runEvent(mode, areas, *model, event, run);
+    run(FirstEvent + eventsOf(mode), [&] { model.reset(); });
+    record.syncs = syncsRun - syncsBefore;
+    return record;
+}
+
+QByteArray imageAtStart(const LifeArea& area)
+{
+    static const QByteArray words = pattern(131072, 77);
+    static const QByteArray bits = [] {
+        QByteArray image = pattern(65536, 77);
+        for (char& cell : image)
+            cell = static_cast<char>(cell & 1);
+        return image;
+    }();
+    return area.bits ? bits : words;
+}
+
+QByteArray imageForCycle(const LifeArea& area, int cycle)
+{
+    static const QByteArray images[lifeCycles] = {pattern(131072, 101), pattern(131072, 102),
+                                                  pattern(131072, 103)};
+    return images[cycle - 1].left(area.imageBytes);
+}
+
+Files filesAtStart(Mode mode, StartFiles kind)
+{
+    static const QByteArray bytes = pattern(131072, 30);
+    Files files;
+    for (int a = 0; a < 3; ++a) {
+        const QByteArray full = bytes.left(fileLength(mode, a));
+        auto& file = files[static_cast<std::size_t>(a)];
+        if (kind == StartFiles::Kept)
+            file = full;
+        else if (kind == StartFiles::Shorter)
+            file = full.left(full.size() / 2);
+        else if (kind == StartFiles::Empty)
+            file = QByteArray("");
+    }
+    return files;
+}
+
+void lay(const Files& files, bool withDirectory)
+{
+    QDir(QStringLiteral("/usr/tavrin")).removeRecursively();
+    if (withDirectory)
+        QDir().mkpath(QLatin1String(fixedProjectDirectory));
+    for (std::size_t a = 0; a < files.size(); ++a)
+        if (files[a])
+            writeRetentionFile(QLatin1String(lifeAreas[a].fileName), *files[a]);
+}
+
+Files filesNow()
+{
+    Files files;
+    for (std::size_t a = 0; a < files.size(); ++a)
+        files[a] = retentionFile(QLatin1String(lifeAreas[a].fileName));
+    return files;
+}
