@@ -89,7 +89,9 @@ void poweroff_protect::_getMonitorTriggerAddr(QList<MaintenanceFileInfo>& blocks
             }
         } catch (const std::bad_alloc&) {
             // A block that does not fit into memory is not watched; the others are.
-            watched.erase(watched.begin() + before, watched.end());
+            // One by one, because an empty list would need memory even to be asked for its beginning.
+            while (watched.size() > before)
+                watched.removeLast();
         }
     }
 }

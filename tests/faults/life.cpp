@@ -109,7 +109,9 @@ LifeRecord live(Mode mode, const StepRunner& run)
         return record;
     run(Open, [&] { model->extModelOpen(project.get(), QString(), &comm); });
     run(Init, [&] { model->extModelInit(); });
-    run(Watch, [&] { model->getMonitorTriggerAddr(record.watched); });
+    QList<RegisterValueChangeSize> watched;
+    run(Watch, [&] { model->getMonitorTriggerAddr(watched); });
+    record.watched.assign(watched.begin(), watched.end());
     record.restored = memoriesOf(areas);
     for (int event = 0; event < eventsOf(mode); ++event)
         runEvent(mode, areas, *model, event, run);

@@ -90,7 +90,7 @@ struct LifeRecord
 {
     Images restored; ///< the memories after start-up
     int syncs = 0;   ///< during the whole life
-    QList<RegisterValueChangeSize> watched;
+    std::vector<RegisterValueChangeSize> watched;
 };
 
 /// Lives through it. When the module is not even created, nothing else happens.

@@ -1,10 +1,10 @@
 // Every call to storage fails in turn: what a life leaves must be exactly what the account of it says.
+#include "tests/faults/current_life.h"
 #include "tests/faults/life.h"
 #include "tests/faults/storage_faults.h"
 #include "tests/faults/storage_oracle.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <iostream>
@@ -48,19 +48,6 @@ const char* nameOf(Extent extent)
     return "?";
 }
 
-/// The life in progress, for a crash or a hang.
-char currentLife[200];
-
-extern "C" void tellLife(int signal)
-{
-    const char intro[] = "\nwhile: ";
-    (void)!write(STDERR_FILENO, intro, sizeof intro - 1);
-    (void)!write(STDERR_FILENO, currentLife, strnlen(currentLife, sizeof currentLife));
-    (void)!write(STDERR_FILENO, "\n", 1);
-    std::signal(signal, SIG_DFL);
-    raise(signal);
-}
-
 void describeLife(const StorageFault& fault, Mode mode, StartFiles kind)
 {
     const char* const kinds[] = {"no directory", "kept files", "shorter files", "empty files"};
@@ -75,8 +62,7 @@ protected:
     StorageFaults()
     {
         setCallLog(nullptr);
-        for (const int signal : {SIGSEGV, SIGABRT, SIGALRM})
-            std::signal(signal, tellLife);
+        tellLifeOnCrash();
     }
     ~StorageFaults() override { alarm(0); }
 

@@ -1,0 +1,29 @@
+// Memory that runs out on demand: malloc, calloc, realloc and the aligned ones, interposed for the whole
+// process.
+//
+// Part of the shared library `fault_injection`; see storage_faults.h for how it gets its place before the C
+// library. The operators new of the C++ library end in malloc and so fail with it.
+#ifndef TESTS_FAULTS_MEMORY_FAULTS_H
+#define TESTS_FAULTS_MEMORY_FAULTS_H
+
+struct MemoryFault
+{
+    int nth;      ///< which allocation fails, from 1
+    bool lasting; ///< and all later ones
+};
+
+/// Counting starts anew. Allocations count and fail only between enterModule() and leaveModule().
+void planMemoryFault(const MemoryFault& fault);
+/// Back to memory without end.
+void endMemoryFaults();
+
+void enterModule();
+void leaveModule();
+
+/// Whether the planned allocation has come.
+bool memoryFaultHappened();
+
+/// Number of blocks that were allocated between enterModule() and leaveModule() and are not freed yet.
+int moduleBlocksInUse();
+
+#endif
