@@ -1,0 +1,119 @@
+// The check of files against a project, and its forecast held against the module's next start.
+#include "tests/support/module_test.h"
+#include "tools/retention_inspector/file_check.h"
+
+#include <sys/stat.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const std::vector<Entry> tenWordsTwelveBits = {{QStringLiteral("LW"), 100, 10},
+                                               {QStringLiteral("LB"), 20, 12}};
+
+class FileCheckTest : public ModuleTest
+{
+protected:
+    FileCheckTest()
+    {
+        writeRetentionFile(QString::fromLatin1(bitFileName), QByteArray("\xff\x0f", 2));
+        writeRetentionFile(QString::fromLatin1(wordFileName), QByteArray(20, '\1'));
+        writeRetentionFile(QString::fromLatin1(rwiFileName), QByteArray());
+    }
+
+    static Report check(object* project)
+    {
+        return checkReport(makeLayout(readSettings(project)),
+                           openRetentionFiles(QLatin1String(fixedProjectDirectory)));
+    }
+
+    static std::vector<std::string> kinds(object* project)
+    {
+        std::vector<std::string> result;
+        for (const Finding& finding : check(project).findings)
+            result.push_back(finding.area.toStdString() + ' ' + finding.kind);
+        return result;
+    }
+
+    static std::string nextStart(object* project, std::size_t area)
+    {
+        return check(project).tables.front().rows[area].back().text.toStdString();
+    }
+
+    std::unique_ptr<object> project = perAddressProject(tenWordsTwelveBits);
+    std::unique_ptr<object> images = wholeAreaProject(1, 5);
+};
+
+TEST_F(FileCheckTest, FindsNothingInFilesThatFit)
+{
+    EXPECT_THAT(kinds(project.get()), IsEmpty());
+    EXPECT_EQ(nextStart(project.get(), 1), "restored");
+    const auto panel = startPanel(project.get());
+    EXPECT_EQ(panel->areas.named(QStringLiteral("LW"))->cell(109), ushort(0x0101));
+}
+
+TEST_F(FileCheckTest, FindsMissingFilesAndKnowsThatTheyAreMade)
+{
+    QFile::remove(retentionPath(QString::fromLatin1(wordFileName)));
+    QFile::remove(retentionPath(QString::fromLatin1(rwiFileName)));
+    EXPECT_THAT(kinds(project.get()), ElementsAre("LW missing")) << "no RWI cell is retained";
+    EXPECT_EQ(nextStart(project.get(), 1), "made with 20 zero bytes; LW keeps the panel's start values");
+    startPanel(project.get());
+    EXPECT_EQ(retentionFile(QString::fromLatin1(wordFileName)), QByteArray(20, '\0'));
+}
+
+TEST_F(FileCheckTest, FindsEmptyFilesAndKnowsThatTheyStayEmpty)
+{
+    writeRetentionFile(QString::fromLatin1(bitFileName), QByteArray());
+    EXPECT_THAT(kinds(project.get()), ElementsAre("LB empty"));
+    EXPECT_EQ(nextStart(project.get(), 0), "left empty; LB keeps the panel's start values");
+    startPanel(project.get());
+    EXPECT_EQ(retentionFile(QString::fromLatin1(bitFileName)), QByteArray());
+}
+
+TEST_F(FileCheckTest, FindsShorterAndLongerFiles)
+{
+    writeRetentionFile(QString::fromLatin1(wordFileName), QByteArray(17, '\1'));
+    writeRetentionFile(QString::fromLatin1(rwiFileName), QByteArray(2, '\1'));
+    const Report report = check(project.get());
+    EXPECT_THAT(kinds(project.get()), ElementsAre("LW shorter", "RWI longer"));
+    EXPECT_EQ(report.findings.front().cells.text(), QStringLiteral("108 to 109"));
+}
+
+TEST_F(FileCheckTest, FindsTheLengthOfTheOtherMode)
+{
+    writeRetentionFile(QString::fromLatin1(wordFileName), QByteArray(131072, '\1'));
+    EXPECT_THAT(kinds(project.get()), ElementsAre("LW other-mode"));
+    EXPECT_THAT(kinds(images.get()), ElementsAre("LB shorter", "RWI empty"));
+    EXPECT_EQ(nextStart(images.get(), 0), "emptied and filled with zeros; all of LB starts at 0");
+    startPanel(images.get());
+    EXPECT_EQ(retentionFile(QString::fromLatin1(bitFileName)), QByteArray(65536, '\0'));
+    EXPECT_EQ(retentionFile(QString::fromLatin1(wordFileName)), QByteArray(131072, '\1'));
+}
+
+TEST_F(FileCheckTest, FindsLongerImages)
+{
+    startPanel(images.get());
+    EXPECT_THAT(kinds(images.get()), IsEmpty());
+    writeRetentionFile(QString::fromLatin1(rwiFileName), QByteArray(131073, '\1'));
+    EXPECT_THAT(kinds(images.get()), ElementsAre("RWI longer"));
+}
+
+TEST_F(FileCheckTest, FindsBitsBehindTheLastCell)
+{
+    writeRetentionFile(QString::fromLatin1(bitFileName), QByteArray("\xff\x1f", 2));
+    EXPECT_THAT(kinds(project.get()), ElementsAre("LB bits-behind-last"));
+}
+
+TEST_F(FileCheckTest, FindsWhatIsNoFileWithoutWaitingForIt)
+{
+    QFile::remove(retentionPath(QString::fromLatin1(bitFileName)));
+    QFile::remove(retentionPath(QString::fromLatin1(wordFileName)));
+    ASSERT_EQ(mkfifo(retentionPath(QString::fromLatin1(bitFileName)).toLatin1().constData(), 0600), 0);
+    ASSERT_EQ(mkdir(retentionPath(QString::fromLatin1(wordFileName)).toLatin1().constData(), 0700), 0);
+    EXPECT_THAT(kinds(project.get()), ElementsAre("LB unreadable", "LW unreadable"));
+    EXPECT_THAT(kinds(images.get()), ElementsAre("LB unreadable", "LW unreadable", "RWI empty"));
+}
+
+} // namespace

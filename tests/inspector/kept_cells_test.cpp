@@ -1,0 +1,153 @@
+// The cells that the tool calls kept are those that come back through the module, for any project.
+#include "tests/support/module_test.h"
+#include "tools/retention_inspector/layout.h"
+
+#include <random>
+
+namespace {
+
+std::vector<Entry> randomEntries(std::mt19937& random, int lowestLength)
+{
+    const QString areas[] = {QStringLiteral("LB"), QStringLiteral("LW"), QStringLiteral("RWI"),
+                             QStringLiteral("lw")};
+    const int bases[] = {-5, 0, 60085, 65500};
+    std::vector<Entry> entries(std::uniform_int_distribution<std::size_t>(1, 12)(random));
+    for (Entry& entry : entries) {
+        entry.area = areas[std::uniform_int_distribution<std::size_t>(0, 12)(random) % 4];
+        entry.index = bases[std::uniform_int_distribution<std::size_t>(0, 3)(random)] +
+                      std::uniform_int_distribution<int>(0, 40)(random);
+        entry.length = std::uniform_int_distribution<int>(lowestLength, 20)(random);
+    }
+    return entries;
+}
+
+class KeptCells : public ModuleTest
+{
+protected:
+    /// Gives every cell that an entry names a value, cuts the power and returns the cells that are back.
+    std::array<CellRanges, 3> cellsThatComeBack(object& project, const std::vector<Entry>& entries)
+    {
+        for (const char* name : {bitFileName, wordFileName, rwiFileName})
+            QFile::remove(retentionPath(QString::fromLatin1(name)));
+        const auto before = startPanel(&project);
+        for (const RetentionArea& area : RetentionArea::all)
+            lengths[&area - RetentionArea::all] =
+                retentionFile(QString::fromLatin1(area.fileName)).value_or(QByteArray()).size();
+        for (const Entry& entry : entries)
+            for (int cell = entry.index; cell < entry.index + entry.length; ++cell)
+                before->setCells(entry.area, cell, {1});
+        const auto after = startPanel(&project);
+        std::array<CellRanges, 3> back;
+        for (const RetentionArea& area : RetentionArea::all) {
+            std::vector<CellRange> cells;
+            for (int cell = 0; cell < MemoryArea::cellCount; ++cell)
+                if (after->areas.named(QString::fromLatin1(area.name))->cell(cell) == ushort(1))
+                    cells.push_back({cell, cell});
+            back[&area - RetentionArea::all] = CellRanges(std::move(cells));
+        }
+        return back;
+    }
+
+    std::array<qint64, 3> lengths; ///< of the new files
+};
+
+std::string describe(const std::vector<Entry>& entries)
+{
+    std::string text;
+    for (const Entry& entry : entries)
+        text += entry.area.toStdString() + ' ' + std::to_string(entry.index) + '+' +
+                std::to_string(entry.length) + "; ";
+    return text;
+}
+
+TEST_F(KeptCells, AreThoseThatComeBackThroughTheModule)
+{
+    std::mt19937 random(8);
+    qint64 kept = 0;
+    qint64 lost = 0;
+    for (int round = 0; round < 150; ++round) {
+        const std::vector<Entry> entries = randomEntries(random, 0);
+        const auto project = perAddressProject(entries);
+        const Layout layout = makeLayout(readSettings(project.get()));
+        const auto back = cellsThatComeBack(*project, entries);
+        for (std::size_t i = 0; i < 3; ++i) {
+            ASSERT_EQ(layout.areas[i].kept.text(), back[i].text()) << describe(entries);
+            ASSERT_EQ(layout.areas[i].fileLength, lengths[i]) << describe(entries);
+            kept += back[i].count();
+        }
+        for (const Entry& entry : entries)
+            if (const RetentionArea* const area = RetentionArea::named(entry.area))
+                lost += CellRanges({{entry.index, entry.index + entry.length - 1}})
+                            .minus(back[static_cast<std::size_t>(area - RetentionArea::all)])
+                            .count();
+    }
+    EXPECT_GT(kept, 1000) << "the projects keep too little to tell";
+    EXPECT_GT(lost, 100) << "the projects lose too little to tell";
+}
+
+TEST_F(KeptCells, ComeBackAlsoWhenEntriesHaveNegativeLengths)
+{
+    std::mt19937 random(9);
+    qint64 kept = 0;
+    for (int round = 0; round < 150; ++round) {
+        const std::vector<Entry> entries = randomEntries(random, -4);
+        const auto project = perAddressProject(entries);
+        const Layout layout = makeLayout(readSettings(project.get()));
+        const auto back = cellsThatComeBack(*project, entries);
+        for (std::size_t i = 0; i < 3; ++i) {
+            ASSERT_EQ(layout.areas[i].kept.minus(back[i]).text(), QString()) << describe(entries);
+            ASSERT_EQ(layout.areas[i].fileLength, lengths[i]) << describe(entries);
+            kept += layout.areas[i].kept.count();
+        }
+    }
+    EXPECT_GT(kept, 500);
+}
+
+TEST_F(KeptCells, AreAllCellsInWholeAreaMode)
+{
+    const auto project = wholeAreaProject(1, 5);
+    const Layout layout = makeLayout(readSettings(project.get()));
+    const auto before = startPanel(project.get());
+    for (const RetentionArea& area : RetentionArea::all) {
+        const AreaLayout& areaLayout = layout.of(area);
+        EXPECT_EQ(areaLayout.kept.text(), QStringLiteral("0 to 65535"));
+        EXPECT_EQ(areaLayout.fileLength, retentionFile(QString::fromLatin1(area.fileName))->size());
+        for (const int cell : {0, unwrittenBit, 65535})
+            before->setCells(QString::fromLatin1(area.name), cell, {1});
+    }
+    before->model->cyclicRun();
+    const auto after = startPanel(project.get());
+    for (const RetentionArea& area : RetentionArea::all)
+        for (const int cell : {0, unwrittenBit, 65535})
+            EXPECT_EQ(after->areas.named(QString::fromLatin1(area.name))->cell(cell), ushort(1));
+}
+
+TEST_F(KeptCells, StayInBoundsForHugeAndWrappingEntries)
+{
+    const int largest = std::numeric_limits<int>::max();
+    const int lowest = std::numeric_limits<int>::min();
+    for (const QString& area : {QStringLiteral("LB"), QStringLiteral("LW"), QStringLiteral("RWI")}) {
+        for (const int index : {lowest, -1, 0, 100, 65535, 65536, largest}) {
+            for (const int length : {lowest, -1, 1, 65536, largest / 2, largest / 2 + 1, largest}) {
+                const auto project = perAddressProject(
+                    {{area, index, length}, {area, 100, 10}, {area, largest, 5}, {area, 3, 4}});
+                const Layout layout = makeLayout(readSettings(project.get()));
+                for (const AreaLayout& of : layout.areas) {
+                    EXPECT_TRUE(of.kept.minus(CellRanges({{0, 65535}})).isEmpty());
+                    EXPECT_GE(of.fileLength, 0);
+                }
+            }
+        }
+    }
+}
+
+TEST_F(KeptCells, OfABlockTooLargeForTheModuleAreNone)
+{
+    const auto project = perAddressProject(
+        {{QStringLiteral("LW"), 100, std::numeric_limits<int>::max()}, {QStringLiteral("RWI"), 0, 4}});
+    const Layout layout = makeLayout(readSettings(project.get()));
+    EXPECT_TRUE(layout.areas[1].kept.isEmpty());
+    EXPECT_EQ(layout.areas[2].kept.text(), QStringLiteral("0 to 3"));
+}
+
+} // namespace

@@ -1,0 +1,118 @@
+// Values by address: what the module wrote is what the tool reads.
+#include "tests/support/module_test.h"
+#include "tools/retention_inspector/kept_values.h"
+
+namespace {
+
+Layout layoutOf(const std::vector<Entry>& entries)
+{
+    return makeLayout(readSettings(perAddressProject(entries).get()));
+}
+
+const std::vector<Entry> someEntries = {{QStringLiteral("LB"), 3, 7},
+                                        {QStringLiteral("LB"), 100, 12},
+                                        {QStringLiteral("LW"), 0, 4},
+                                        {QStringLiteral("LW"), 2, 8},
+                                        {QStringLiteral("RWI"), 65530, 6}};
+
+class KeptValuesOfModule : public ModuleTest
+{
+};
+
+TEST_F(KeptValuesOfModule, AreReadFromPackedBlocks)
+{
+    const auto project = perAddressProject(someEntries);
+    const auto panel = startPanel(project.get());
+    panel->setCells(QStringLiteral("LB"), 3, {1, 0, 1, 1, 0, 0, 1});
+    panel->setCells(QStringLiteral("LB"), 100, {0, 1, 1, 0, 1, 1, 1, 0, 0, 0, 1, 1});
+    panel->setCells(QStringLiteral("LW"), 0, {1, 0x1234, 0xffff, 4, 5, 6, 7, 8, 9, 10});
+    panel->setCells(QStringLiteral("RWI"), 65530, {0, 0, 3, 0, 0, 9});
+    const Layout layout = layoutOf(someEntries);
+    const KeptValues values = keptValues(layout, openRetentionFiles(QLatin1String(fixedProjectDirectory)));
+    for (std::size_t i = 0; i < 3; ++i) {
+        const MemoryArea& memory = panel->areas.all()[i];
+        for (const CellRange& range : layout.areas[i].kept)
+            for (qint64 cell = range.first; cell <= range.last; ++cell)
+                EXPECT_EQ(values[i].values[static_cast<std::size_t>(cell)],
+                          memory.cell(static_cast<int>(cell)))
+                    << memory.name().toStdString() << ' ' << cell;
+        EXPECT_EQ(values[i].cellsIn(CellState::Kept).text(), layout.areas[i].kept.text());
+    }
+}
+
+TEST_F(KeptValuesOfModule, AreReadFromImages)
+{
+    const auto project = wholeAreaProject(1, 5);
+    const auto panel = startPanel(project.get());
+    panel->setCells(QStringLiteral("LB"), 60100, {1});
+    panel->setCells(QStringLiteral("LW"), 65535, {0xabcd});
+    panel->model->cyclicRun();
+    const Layout layout = makeLayout(readSettings(project.get()));
+    const KeptValues values = keptValues(layout, openRetentionFiles(QLatin1String(fixedProjectDirectory)));
+    EXPECT_EQ(values[0].values[60100], 1);
+    EXPECT_EQ(values[0].values[60099], 0);
+    EXPECT_EQ(values[1].values[65535], 0xabcd);
+    EXPECT_EQ(values[1].cellsIn(CellState::Kept).count(), 65536);
+}
+
+TEST(KeptValues, OfShortFilesEndWhereTheFileEnds)
+{
+    const Layout layout = layoutOf({{QStringLiteral("LW"), 10, 4}, {QStringLiteral("LB"), 0, 20}});
+    const AreaValues words =
+        areaValues(layout, memoryFile(RetentionArea::all[1], QByteArray("\1\0\2\0\3", 5)));
+    EXPECT_EQ(words.cellsIn(CellState::Kept).text(), QStringLiteral("10 to 11"));
+    EXPECT_EQ(words.cellsIn(CellState::NoValue).text(), QStringLiteral("12 to 13"));
+    const AreaValues bits = areaValues(layout, memoryFile(RetentionArea::all[0], QByteArray("\0\1", 2)));
+    EXPECT_EQ(bits.cellsIn(CellState::StartValue).text(), QStringLiteral("0 to 7"));
+    EXPECT_EQ(bits.cellsIn(CellState::Kept).text(), QStringLiteral("8 to 15"));
+    EXPECT_EQ(bits.cellsIn(CellState::NoValue).text(), QStringLiteral("16 to 19"));
+}
+
+TEST(KeptValues, OfAnImageThatIsTooShortAreNone)
+{
+    const Layout layout = makeLayout(readSettings(wholeAreaProject(1, 5).get()));
+    const AreaValues words = areaValues(layout, memoryFile(RetentionArea::all[1], QByteArray(131071, '\1')));
+    EXPECT_EQ(words.cellsIn(CellState::NoValue).count(), 65536);
+}
+
+TEST(KeptValues, CountBytesOfABitImageThatAreNoBits)
+{
+    const Layout layout = makeLayout(readSettings(wholeAreaProject(1, 5).get()));
+    const AreaValues bits =
+        areaValues(layout, memoryFile(RetentionArea::all[0], QByteArray(65536, '\1') + '\7'));
+    EXPECT_EQ(bits.oddBytes, 0);
+    EXPECT_EQ(areaValues(layout, memoryFile(RetentionArea::all[0], QByteArray(65536, '\3'))).oddBytes, 65536);
+}
+
+TEST(KeptValues, AreReadFromBlocksThatLeaveTheArea)
+{
+    const Layout layout = layoutOf({{QStringLiteral("LW"), -2, 4}, {QStringLiteral("LW"), 65535, 3}});
+    const QByteArray bytes("\1\0\2\0\3\0\4\0\5\0\6\0\7\0", 14);
+    const AreaValues words = areaValues(layout, memoryFile(RetentionArea::all[1], bytes));
+    EXPECT_EQ(words.values[0], 3);
+    EXPECT_EQ(words.values[1], 4);
+    EXPECT_EQ(words.values[65535], 5);
+    EXPECT_EQ(words.cellsIn(CellState::Kept).text(), QStringLiteral("0 to 1, 65535"));
+}
+
+TEST(KeptValues, OfAProjectWithoutRetentionAreNone)
+{
+    const Layout layout = makeLayout(readSettings(nullptr));
+    for (const RetentionArea& area : RetentionArea::all)
+        EXPECT_EQ(areaValues(layout, memoryFile(area, QByteArray(100, '\1')))
+                      .cellsIn(CellState::NotRetained)
+                      .count(),
+                  65536);
+}
+
+TEST(StrayBits, AreCountedBehindTheLastCell)
+{
+    const Layout layout = layoutOf({{QStringLiteral("LB"), 0, 12}});
+    const RetentionArea& lb = RetentionArea::all[0];
+    EXPECT_EQ(strayBits(layout, memoryFile(lb, QByteArray("\xff\x0f", 2))), 0);
+    EXPECT_EQ(strayBits(layout, memoryFile(lb, QByteArray("\xff\x9f", 2))), 2);
+    EXPECT_EQ(strayBits(layout, memoryFile(lb, QByteArray("\xff\x0f\x01", 3))), 1);
+    EXPECT_EQ(strayBits(layout, memoryFile(lb, QByteArray("\xff", 1))), 0);
+}
+
+} // namespace

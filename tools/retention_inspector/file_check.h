@@ -1,0 +1,10 @@
+// The command "check": do these files fit this project, and what does the next start make of them?
+#ifndef TOOLS_RETENTION_INSPECTOR_FILE_CHECK_H
+#define TOOLS_RETENTION_INSPECTOR_FILE_CHECK_H
+
+#include "tools/retention_inspector/kept_values.h"
+#include "tools/retention_inspector/report.h"
+
+Report checkReport(const Layout& layout, const RetentionFiles& files);
+
+#endif

@@ -1,0 +1,51 @@
+// Where a project's retained cells lie in its files, as the module's own partition and map place them.
+#ifndef TOOLS_RETENTION_INSPECTOR_LAYOUT_H
+#define TOOLS_RETENTION_INSPECTOR_LAYOUT_H
+
+#include "tools/retention_inspector/cell_ranges.h"
+#include "tools/retention_inspector/project_settings.h"
+
+#include <array>
+#include <vector>
+
+/// The one bit whose changes the module never writes in per-address mode.
+inline constexpr int unwrittenBit = 60100;
+
+/// One block of a file: consecutive cells in consecutive places.
+struct LayoutBlock
+{
+    int number = 0;           ///< in its area, from 1
+    qint64 first = 0;         ///< first cell
+    qint64 count = 0;         ///< number of cells; zero or negative ones hold nothing
+    qint64 byte = 0;          ///< place of the first cell: offset in the file
+    int bit = 0;              ///< and bit in that byte; 0 in word files and images
+    int maker = 0;            ///< number of the entry that it was made from; 0 in whole-area mode
+    std::vector<int> entries; ///< numbers of all entries with cells in it, ascending
+    QString problem;          ///< why its values do not come back; empty for a sound block
+
+    qint64 last() const { return first + count - 1; }
+};
+
+struct AreaLayout
+{
+    const RetentionArea* area = nullptr;
+    std::vector<LayoutBlock> blocks; ///< ascending by first cell
+    qint64 cells = 0;                ///< sum of the blocks' counts
+    qint64 fileLength = 0;           ///< bytes of a new file
+    CellRanges kept;                 ///< cells of the area whose values come back after a power cut
+};
+
+struct Layout
+{
+    ProjectSettings settings;
+    std::array<AreaLayout, 3> areas; ///< in the order of RetentionArea::all
+
+    const AreaLayout& of(const RetentionArea& area) const { return areas[&area - RetentionArea::all]; }
+    /// In whole-area mode the files are images of the areas, one byte a bit; otherwise packed blocks.
+    bool images() const { return settings.mode == RetentionMode::WholeAreas; }
+};
+
+/// The layout that the module makes of these settings, whatever their values.
+Layout makeLayout(ProjectSettings settings);
+
+#endif

@@ -1,0 +1,15 @@
+// The command "layout": mode, files, blocks and what becomes of each entry.
+#ifndef TOOLS_RETENTION_INSPECTOR_LAYOUT_REPORT_H
+#define TOOLS_RETENTION_INSPECTOR_LAYOUT_REPORT_H
+
+#include "tools/retention_inspector/layout.h"
+#include "tools/retention_inspector/report.h"
+
+Report layoutReport(const Layout& layout);
+
+/// "whole areas", "per-address entries" or "none".
+QString modeText(RetentionMode mode);
+/// "whole-area", "per-address" or "none".
+QString modeKey(RetentionMode mode);
+
+#endif
