@@ -3,8 +3,8 @@
 # The libraries of every build with tests: installed for this machine, unpacked by scripts/armhf_sysroot for the panel.
 library_packages=(qtbase5-dev libgtest-dev libgmock-dev libedit-dev)
 # All packages of a build for this machine, and of one for the panel's processor.
-build_packages=(g++ cmake ninja-build pkg-config "${library_packages[@]}")
-armhf_packages=(g++-arm-linux-gnueabihf cmake ninja-build pkg-config qemu-user)
+build_packages=(g++ cmake ninja-build pkg-config python3 "${library_packages[@]}")
+armhf_packages=(g++-arm-linux-gnueabihf cmake ninja-build pkg-config python3 qemu-user)
 
 # build_preset PRESET [TARGET...]: an up-to-date build in build/PRESET, of everything or of the targets. Says nothing
 # unless something fails.

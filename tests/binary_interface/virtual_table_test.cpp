@@ -1,0 +1,170 @@
+// The virtual table of the shipped binary against the slots in virtual_table.txt.
+#include "tests/support/module_test.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QRegularExpression>
+
+#include <cstring>
+
+#include <cxxabi.h>
+#include <dlfcn.h>
+#include <link.h>
+
+namespace {
+
+struct Slot
+{
+    int number;
+    QString supplier;  ///< "module", "inherited" or "runtime"
+    QString operation; ///< with its class and parameters
+};
+
+std::vector<Slot> recordedSlots()
+{
+    QFile file(QStringLiteral(VIRTUAL_TABLE_FILE));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text)) << VIRTUAL_TABLE_FILE;
+    static const QRegularExpression row(QStringLiteral("^ *(\\d+) +(\\w+) +(.+)$"));
+    std::vector<Slot> rows;
+    while (!file.atEnd()) {
+        const QRegularExpressionMatch match = row.match(QString::fromUtf8(file.readLine()).trimmed());
+        if (match.hasMatch())
+            rows.push_back({match.captured(1).toInt(), match.captured(2), match.captured(3)});
+    }
+    return rows;
+}
+
+/// The slot that calls of a virtual operation go through, out of the representation of its member pointer.
+template <typename MemberPointer> int slotOf(MemberPointer operation)
+{
+    struct
+    {
+        std::intptr_t function;
+        std::intptr_t adjustment;
+    } parts;
+    static_assert(sizeof parts == sizeof operation, "a member pointer of the Itanium C++ ABI");
+    std::memcpy(&parts, &operation, sizeof parts);
+    // The mark of a virtual operation is the lowest bit: on ARM, whose functions may be odd, of the
+    // adjustment.
+#ifdef __arm__
+    EXPECT_EQ(parts.adjustment & 1, 1);
+    return static_cast<int>(parts.function / std::intptr_t{sizeof(void*)});
+#else
+    EXPECT_EQ(parts.function & 1, 1);
+    return static_cast<int>((parts.function - 1) / std::intptr_t{sizeof(void*)});
+#endif
+}
+
+/// The exported symbol at an address, demangled.
+std::string symbolAt(const void* address)
+{
+    Dl_info info{};
+    if (dladdr(address, &info) == 0 || info.dli_sname == nullptr)
+        return "nothing exported";
+    int status = 0;
+    const std::unique_ptr<char, void (*)(void*)> text(
+        abi::__cxa_demangle(info.dli_sname, nullptr, nullptr, &status), std::free);
+    // The demangled names of the destructors are one. D0 marks the one that also frees the memory.
+    const bool deleting = std::strstr(info.dli_sname, "D0Ev") != nullptr;
+    return (status == 0 ? text.get() : info.dli_sname) + std::string(deleting ? ", deleting" : "");
+}
+
+std::string libraryOf(const void* address)
+{
+    Dl_info info{};
+    return dladdr(address, &info) != 0 ? info.dli_fname : "no library";
+}
+
+const std::string destructors[] = {"poweroff_protect::~poweroff_protect()",
+                                   "poweroff_protect::~poweroff_protect(), deleting"};
+
+void* const* tableOf(const ExtendFuncModelBase* model)
+{
+    void* const* table = nullptr;
+    std::memcpy(&table, model, sizeof table);
+    return table;
+}
+
+/// The virtual table of the module object, beside that of the runtime's base class.
+class VirtualTable : public ModuleTest
+{
+protected:
+    ModelPointer model = moduleLibrary().createModel();
+    void* const* table = tableOf(model.get());
+    const ExtendFuncModelBase base;
+    void* const* runtimeTable = tableOf(&base);
+};
+
+TEST_F(VirtualTable, HasOneEntryForEveryRecordedSlotAndNoMore)
+{
+    Dl_info info{};
+    void* symbol = nullptr;
+    ASSERT_NE(dladdr1(const_cast<void**>(table), &info, &symbol, RTLD_DL_SYMENT), 0);
+    ASSERT_STREQ(info.dli_sname, "_ZTV16poweroff_protect");
+    constexpr std::size_t headerEntries = 2; // offset to top, type information
+    const auto entries = static_cast<const ElfW(Sym)*>(symbol)->st_size / sizeof(void*) - headerEntries;
+    EXPECT_EQ(entries, recordedSlots().size());
+}
+
+TEST_F(VirtualTable, IsSuppliedSlotBySlotAsRecorded)
+{
+    const std::vector<Slot> rows = recordedSlots();
+    ASSERT_EQ(rows.size(), 21U);
+    for (std::size_t number = 0; number < rows.size(); ++number) {
+        const Slot& slot = rows[number];
+        SCOPED_TRACE("slot " + std::to_string(number) + ", recorded as " + slot.operation.toStdString());
+        EXPECT_EQ(slot.number, static_cast<int>(number));
+
+        if (slot.supplier == QLatin1String("runtime")) {
+            EXPECT_EQ(table[number], runtimeTable[number]) << "found " << symbolAt(table[number]);
+            continue;
+        }
+        EXPECT_NE(table[number], runtimeTable[number]) << "not supplied by the module";
+        EXPECT_EQ(libraryOf(table[number]), libraryOf(table)) << "not supplied by the module";
+        if (slot.supplier == QLatin1String("module")) {
+            const QString name = slot.operation.section(QLatin1String("::"), 1, -1);
+            EXPECT_EQ(symbolAt(table[number]),
+                      number < 2 ? destructors[number] : "poweroff_protect::" + name.toStdString());
+        }
+    }
+}
+
+TEST_F(VirtualTable, IsDeclaredSlotBySlotAsRecorded)
+{
+    using All = InterfaceAll;
+    using Base = ExtendFuncModelBase;
+    const std::map<QString, int> declared = {
+        {"InterfaceAll::keyboardReflash", slotOf(&All::keyboardReflash)},
+        {"InterfaceAll::execComplete", slotOf(&All::execComplete)},
+        {"InterfaceAll::getOptLogType", slotOf(&All::getOptLogType)},
+        {"InterfaceAll::setOptLogType", slotOf(&All::setOptLogType)},
+        {"InterfaceAll::exportData", slotOf(&All::exportData)},
+        {"InterfaceAll::insertOperatorLog(QString)", slotOf<void (All::*)(QString)>(&All::insertOperatorLog)},
+        {"InterfaceAll::insertOperatorLog(QStringList const&)",
+         slotOf<void (All::*)(const QStringList&)>(&All::insertOperatorLog)},
+        {"ExtendFuncModelBase::extModelOpen", slotOf(&Base::extModelOpen)},
+        {"ExtendFuncModelBase::getAttribute", slotOf(&Base::getAttribute)},
+        {"ExtendFuncModelBase::extModelInit", slotOf(&Base::extModelInit)},
+        {"ExtendFuncModelBase::cyclicRun", slotOf(&Base::cyclicRun)},
+        {"ExtendFuncModelBase::rebuildExtModelAddr", slotOf(&Base::rebuildExtModelAddr)},
+        {"ExtendFuncModelBase::getMonitorMessageName", slotOf(&Base::getMonitorMessageName)},
+        {"ExtendFuncModelBase::extModelProcessMessage", slotOf(&Base::extModelProcessMessage)},
+        {"ExtendFuncModelBase::ArriveTimeCyclicRun", slotOf(&Base::ArriveTimeCyclicRun)},
+        {"ExtendFuncModelBase::getMonitorTriggerAddr", slotOf(&Base::getMonitorTriggerAddr)},
+        {"ExtendFuncModelBase::addrOptChangeMsg", slotOf(&Base::addrOptChangeMsg)},
+        {"ExtendFuncModelBase::addrOptResetMsg", slotOf(&Base::addrOptResetMsg)},
+        {"ExtendFuncModelBase::addrOptSceneReset", slotOf(&Base::addrOptSceneReset)}};
+    int compared = 0;
+    for (const Slot& slot : recordedSlots()) {
+        if (slot.number < 2) // there are no pointers to destructors
+            continue;
+        auto found = declared.find(slot.operation);
+        if (found == declared.end())
+            found = declared.find(slot.operation.section(QLatin1Char('('), 0, 0));
+        ASSERT_NE(found, declared.end()) << slot.operation.toStdString() << " is not declared";
+        EXPECT_EQ(found->second, slot.number) << slot.operation.toStdString() << " has moved";
+        ++compared;
+    }
+    EXPECT_EQ(compared, static_cast<int>(declared.size()));
+}
+
+} // namespace
