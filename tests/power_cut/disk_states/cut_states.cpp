@@ -1,0 +1,199 @@
+// Subsets and orders of what was pending.
+#include "tests/power_cut/disk_states/cut_states.h"
+
+#include <algorithm>
+#include <numeric>
+#include <set>
+
+namespace {
+
+using Ops = std::vector<DiskOp>;
+
+/// The contents that one file may come out with.
+struct Outcomes
+{
+    std::vector<QByteArray> contents;
+    bool complete = true;
+};
+
+bool isData(const DiskOp& op)
+{
+    return op.kind == DiskOp::Kind::Data;
+}
+
+qint64 sectorOf(const DiskOp& data)
+{
+    return data.offset / 512;
+}
+
+bool changesNothing(const DiskFile& file, const DiskOp& op)
+{
+    return isData(op) && file.data.mid(static_cast<int>(op.offset), op.bytes.size()) == op.bytes;
+}
+
+/// Leaves out data that has no effect in any order. A write of the same bytes has one when another write of
+/// the sector or a change of the length may come before it.
+Ops effectiveOps(const DiskFile& file, const Ops& ops)
+{
+    if (!std::all_of(ops.begin(), ops.end(), isData))
+        return ops;
+    std::set<qint64> changed;
+    for (const DiskOp& op : ops)
+        if (!changesNothing(file, op))
+            changed.insert(sectorOf(op));
+    Ops effective;
+    std::copy_if(ops.begin(), ops.end(), std::back_inserter(effective),
+                 [&](const DiskOp& op) { return changed.count(sectorOf(op)) != 0; });
+    return effective;
+}
+
+bool areIndependent(const Ops& ops)
+{
+    std::set<qint64> sectors;
+    return std::all_of(ops.begin(), ops.end(),
+                       [&](const DiskOp& op) { return isData(op) && sectors.insert(sectorOf(op)).second; });
+}
+
+void addSubsets(const DiskFile& file, const Ops& ops, std::set<QByteArray>& contents)
+{
+    for (unsigned subset = 0; subset < 1U << ops.size(); ++subset) {
+        DiskFile result = file;
+        for (std::size_t i = 0; i < ops.size(); ++i)
+            if (subset & 1U << i)
+                result.apply(ops[i]);
+        contents.insert(result.visible());
+    }
+}
+
+void addOrderedSubsets(const DiskFile& file, const Ops& left, std::set<QByteArray>& contents)
+{
+    contents.insert(file.visible());
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        DiskFile next = file;
+        next.apply(left[i]);
+        Ops rest = left;
+        rest.erase(rest.begin() + static_cast<std::ptrdiff_t>(i));
+        addOrderedSubsets(next, rest, contents);
+    }
+}
+
+/// Marks what arrives: a part of everything, a beginning, an end, all but one, or one alone.
+std::vector<bool> randomArrivals(std::size_t count, Random& random)
+{
+    const int size = static_cast<int>(count);
+    const int style = random.below(7);
+    const int place = random.below(size);
+    std::vector<bool> arrives(count);
+    for (int i = 0; i < size; ++i) {
+        const bool choices[] = {random.oneIn(2), random.oneIn(20), !random.oneIn(20), i < place,
+                                i >= place,      i != place,       i == place};
+        arrives[static_cast<std::size_t>(i)] = choices[style];
+    }
+    return arrives;
+}
+
+QByteArray randomContent(const DiskFile& file, const Ops& ops, Random& random)
+{
+    std::vector<std::size_t> order(ops.size());
+    std::iota(order.begin(), order.end(), 0);
+    if (random.oneIn(2))
+        std::shuffle(order.begin(), order.end(), random.engine);
+    const std::vector<bool> arrives = randomArrivals(ops.size(), random);
+    DiskFile result = file;
+    for (const std::size_t i : order)
+        if (arrives[i])
+            result.apply(ops[i]);
+    return result.visible();
+}
+
+Outcomes outcomesOf(const DiskFile& file, const Ops& allOps, Random& random, int samples)
+{
+    const Ops ops = effectiveOps(file, allOps);
+    std::set<QByteArray> contents;
+    Outcomes outcomes;
+    if (ops.size() <= 8 && areIndependent(ops)) {
+        addSubsets(file, ops, contents);
+    } else if (ops.size() <= 5) {
+        addOrderedSubsets(file, ops, contents);
+    } else {
+        outcomes.complete = false;
+        DiskFile all = file;
+        for (const DiskOp& op : ops)
+            all.apply(op);
+        contents = {file.visible(), all.visible()};
+        for (int i = 0; i < samples; ++i)
+            contents.insert(randomContent(file, ops, random));
+    }
+    outcomes.contents.assign(contents.begin(), contents.end());
+    return outcomes;
+}
+
+/// The names that exist, and every combination of their contents.
+bool visitContents(const Disk& names, const std::map<FileId, Outcomes>& outcomes, Random& random, int samples,
+                   const std::function<void(const DiskImage&)>& visit)
+{
+    DiskImage image;
+    image.directory = names.directory;
+    if (!image.directory) {
+        visit(image);
+        return true;
+    }
+    bool complete = true;
+    std::size_t product = 1;
+    for (const auto& [name, file] : names.names) {
+        product = std::min<std::size_t>(product * outcomes.at(file).contents.size(), 1U << 30);
+        complete = complete && outcomes.at(file).complete;
+    }
+    const bool all = product <= 4096;
+    const std::size_t rounds = all ? product : static_cast<std::size_t>(samples);
+    for (std::size_t round = 0; round < rounds; ++round) {
+        std::size_t digits = all ? round : random.engine();
+        for (const auto& [name, file] : names.names) {
+            const auto& contents = outcomes.at(file).contents;
+            image.files[name] = contents[digits % contents.size()];
+            digits = all ? digits / contents.size() : random.engine();
+        }
+        visit(image);
+    }
+    return complete && all;
+}
+
+} // namespace
+
+bool forEachCutState(const Disk& synced, const std::vector<DiskOp>& pending, Random& random, int samples,
+                     const std::function<void(const DiskImage&)>& visit)
+{
+    Ops nameOps;
+    std::map<FileId, Ops> fileOps;
+    for (const auto& [file, content] : synced.files)
+        fileOps[file] = {};
+    for (const DiskOp& op : pending) {
+        if (op.isInFile())
+            fileOps[op.file].push_back(op);
+        else
+            nameOps.push_back(op);
+        if (op.kind == DiskOp::Kind::Make)
+            fileOps[op.file];
+    }
+    std::map<FileId, Outcomes> outcomes;
+    for (const auto& [file, ops] : fileOps) {
+        const auto found = synced.files.find(file);
+        outcomes[file] =
+            outcomesOf(found == synced.files.end() ? DiskFile() : found->second, ops, random, samples);
+    }
+
+    // A module makes three files: there are few subsets of names.
+    const bool allNames = nameOps.size() <= 10;
+    const std::size_t rounds =
+        allNames ? std::size_t(1) << nameOps.size() : static_cast<std::size_t>(samples);
+    bool complete = allNames;
+    for (std::size_t round = 0; round < rounds; ++round) {
+        const std::size_t subset = allNames ? round : random.engine();
+        Disk disk = synced;
+        for (std::size_t i = 0; i < nameOps.size(); ++i)
+            if (subset >> (i % 64) & 1)
+                disk.apply(nameOps[i]);
+        complete &= visitContents(disk, outcomes, random, samples, visit);
+    }
+    return complete;
+}

@@ -1,0 +1,162 @@
+// The enumeration of disk states: nothing that a cut can leave is missing, nothing else is in it.
+#include "tests/power_cut/disk_states/cut_states.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace {
+
+using Kind = DiskOp::Kind;
+using testing::UnorderedElementsAre;
+
+const QString name = QStringLiteral("maintenance-word.dat");
+
+/// A directory with one file, number 1.
+Disk diskWith(const QByteArray& bytes)
+{
+    Disk disk;
+    disk.directory = true;
+    disk.names[name] = 1;
+    disk.files[1] = {bytes, bytes.size()};
+    return disk;
+}
+
+std::vector<DiskOp> pendingAtoms(const Disk& disk, const std::vector<DiskOp>& ops)
+{
+    Disk now = disk;
+    std::vector<DiskOp> atoms;
+    for (const DiskOp& op : ops) {
+        for (const DiskOp& atom : atomsOf(op, op.isInFile() ? now.files[op.file].length : 0))
+            atoms.push_back(atom);
+        now.apply(op);
+    }
+    return atoms;
+}
+
+DiskOp data(qint64 offset, const QByteArray& bytes)
+{
+    return {Kind::Data, 1, {}, {}, 0, offset, bytes};
+}
+
+struct States
+{
+    std::set<QByteArray> contents; ///< of the file; "missing" and "no directory" without it
+    bool complete = false;
+};
+
+States statesOf(const Disk& disk, const std::vector<DiskOp>& ops, int samples = 50)
+{
+    States states;
+    Random random(1);
+    states.complete =
+        forEachCutState(disk, pendingAtoms(disk, ops), random, samples, [&](const DiskImage& image) {
+            const auto file = image.files.find(name);
+            if (!image.directory)
+                states.contents.insert("no directory");
+            else if (file == image.files.end())
+                states.contents.insert("missing");
+            else
+                states.contents.insert(file->second);
+        });
+    EXPECT_TRUE(states.complete || !states.contents.empty());
+    return states;
+}
+
+TEST(CutStates, WithNothingPendingThereIsTheSyncedStateAlone)
+{
+    EXPECT_THAT(statesOf(diskWith("old"), {}).contents, UnorderedElementsAre("old"));
+}
+
+TEST(CutStates, AWriteInOneSectorIsThereOrNot)
+{
+    EXPECT_THAT(statesOf(diskWith("old!"), {data(0, "new")}).contents, UnorderedElementsAre("old!", "new!"));
+}
+
+TEST(CutStates, AWriteOverTwoSectorsIsTornBetweenThem)
+{
+    const QByteArray old(1024, 'o');
+    const auto with = [&](const QByteArray& first, const QByteArray& second) {
+        return old.left(510) + first + second + old.left(510);
+    };
+    EXPECT_THAT(statesOf(diskWith(old), {data(510, "abcd")}).contents,
+                UnorderedElementsAre(with("oo", "oo"), with("ab", "oo"), with("oo", "cd"), with("ab", "cd")));
+}
+
+TEST(CutStates, TwoWritesOfOneSectorArriveInAnyOrder)
+{
+    EXPECT_THAT(statesOf(diskWith("ooo"), {data(0, "aa"), data(1, "bb")}).contents,
+                UnorderedElementsAre("ooo", "aao", "obb", "abb", "aab"));
+}
+
+TEST(CutStates, AWriteOfTheBytesThatAreThereMattersOnlyBesideAnother)
+{
+    EXPECT_THAT(statesOf(diskWith("ooo"), {data(0, "o")}).contents, UnorderedElementsAre("ooo"));
+    EXPECT_THAT(statesOf(diskWith("ooo"), {data(0, "ab"), data(0, "o")}).contents,
+                UnorderedElementsAre("ooo", "abo", "obo"));
+}
+
+TEST(CutStates, ANewFileMayBeMissingEmptyOrOfItsLength)
+{
+    Disk disk;
+    disk.directory = true;
+    EXPECT_THAT(statesOf(disk, {{Kind::Make, 1, name}, {Kind::SetLength, 1, {}, {}, 3}}).contents,
+                UnorderedElementsAre("missing", "", QByteArray(3, '\0')));
+}
+
+TEST(CutStates, WithoutItsNewDirectoryThereIsNoFile)
+{
+    EXPECT_THAT(statesOf({}, {{Kind::MakeDirectory}, {Kind::Make, 1, name}}).contents,
+                UnorderedElementsAre("no directory", "missing", ""));
+}
+
+TEST(CutStates, AWritePastTheEndMayLoseItsLengthItsBytesOrBoth)
+{
+    EXPECT_THAT(statesOf(diskWith("ab"), {{Kind::GrowTo, 1, {}, {}, 4}, data(2, "cd")}).contents,
+                UnorderedElementsAre("ab", QByteArray("ab\0\0", 4), "abcd"));
+}
+
+TEST(CutStates, AnEmptiedFileMayBeFoundEmpty)
+{
+    EXPECT_THAT(
+        statesOf(diskWith("old"),
+                 {{Kind::SetLength, 1, {}, {}, 0}, {Kind::GrowTo, 1, {}, {}, 3}, data(0, "new")})
+            .contents,
+        testing::IsSupersetOf({QByteArray("old"), QByteArray(), QByteArray(3, '\0'), QByteArray("new")}));
+}
+
+TEST(CutStates, AFileRenamedOverAnotherMayLackItsBytes)
+{
+    Disk disk = diskWith("old");
+    const std::vector<DiskOp> ops = {{Kind::Make, 2, QStringLiteral("new")},
+                                     {Kind::GrowTo, 2, {}, {}, 3},
+                                     {Kind::Data, 2, {}, {}, 0, 0, "new"},
+                                     {Kind::Rename, 0, QStringLiteral("new"), name}};
+    EXPECT_THAT(statesOf(disk, ops).contents, UnorderedElementsAre("old", "", QByteArray(3, '\0'), "new"));
+}
+
+TEST(CutStates, ManySectorsAreSampledWithBothEndsAmongThem)
+{
+    const QByteArray old(20 * 512, 'o');
+    const QByteArray fresh(20 * 512, 'f');
+    const States states = statesOf(diskWith(old), {data(0, fresh)}, 200);
+    EXPECT_FALSE(states.complete);
+    EXPECT_THAT(states.contents, testing::IsSupersetOf({old, fresh}));
+    EXPECT_GT(states.contents.size(), 100U);
+    for (const QByteArray& content : states.contents)
+        for (int sector = 0; sector < 20; ++sector)
+            EXPECT_THAT(content.mid(sector * 512, 512), testing::AnyOf(old.left(512), fresh.left(512)));
+}
+
+TEST(CutStates, SectorsThatKeepTheirBytesDoNotCount)
+{
+    const QByteArray old(20 * 512, 'o');
+    QByteArray fresh = old;
+    fresh[5000] = 'f';
+    const States states = statesOf(diskWith(old), {data(0, fresh)});
+    EXPECT_TRUE(states.complete);
+    EXPECT_THAT(states.contents, UnorderedElementsAre(old, fresh));
+}
+
+} // namespace

@@ -1,0 +1,72 @@
+// What a program does to the disk, and what the disk then holds.
+#ifndef TESTS_POWER_CUT_DISK_STATES_DISK_H
+#define TESTS_POWER_CUT_DISK_STATES_DISK_H
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+#include <map>
+#include <vector>
+
+/// Identity of a file, whatever its name.
+using FileId = int;
+
+/// One change of the disk, in the project directory. A write is one GrowTo, if it reaches past the end of the
+/// file, and Data.
+struct DiskOp
+{
+    enum class Kind
+    {
+        MakeDirectory, ///< the project directory itself
+        Make,          ///< an empty file
+        Rename,        ///< `name` to `newName`, over any file of that name
+        Remove,
+        SetLength, ///< what lies behind is gone; new bytes are zero
+        GrowTo,    ///< `length` at least
+        Data
+    };
+    Kind kind;
+    FileId file = 0; ///< of Make and of what happens in files
+    QString name = {};
+    QString newName = {};
+    qint64 length = 0;
+    qint64 offset = 0; ///< of Data
+    QByteArray bytes = {};
+
+    bool isInFile() const { return kind >= Kind::SetLength; }
+    QString text() const;
+};
+
+/// The pieces of it that a cut may keep or lose, each for itself: Data and GrowTo by sectors of 512 bytes.
+std::vector<DiskOp> atomsOf(const DiskOp& op, qint64 lengthBefore);
+
+/// What a start finds: the directory and its files.
+struct DiskImage
+{
+    bool directory = false;
+    std::map<QString, QByteArray> files;
+
+    std::map<QString, qint64> lengths() const;
+    std::size_t hash() const;
+};
+
+struct DiskFile
+{
+    QByteArray data; ///< may be longer than the file, when its length was lost, or shorter: the rest is zero
+    qint64 length = 0;
+
+    void apply(const DiskOp& op);
+    QByteArray visible() const;
+};
+
+struct Disk
+{
+    bool directory = false;
+    std::map<QString, FileId> names;
+    std::map<FileId, DiskFile> files;
+
+    void apply(const DiskOp& op);
+    DiskImage image() const;
+};
+
+#endif

@@ -1,0 +1,142 @@
+// Going through the cut points of a panel's lives.
+#include "tests/power_cut/disk_states/history.h"
+
+#include "tests/power_cut/disk_states/cut_states.h"
+#include "tests/power_cut/disk_states/recorder.h"
+
+namespace {
+
+const int samplesOfCutPoint = 24;
+
+PanelProject projectOfHistory(quint64 number, Random& random)
+{
+    switch (number % 4) {
+    case 0:
+    case 1:
+        return randomRanges(random, ProjectSize::Small);
+    case 2:
+        return randomRanges(random, ProjectSize::Large);
+    default:
+        return projectOf({});
+    }
+}
+
+} // namespace
+
+History::History(const ModuleLibrary& library, quint64 seed, quint64 number, Evidence& evidence,
+                 StateCounts& totals)
+    : library(library), seed(seed), number(number), random(seed, number),
+      project(projectOfHistory(number, random)), promise(project), evidence(evidence), totals(totals)
+{
+}
+
+void History::run(qint64 mostStates)
+{
+    most = mostStates;
+    for (int left = random.between(1, 4); left > 0 && totals.counts.units < most; --left)
+        live();
+}
+
+void History::live()
+{
+    ++lives;
+    statesOfLife = 0;
+    checked.clear();
+    const int steps = number % 4 == 2 ? random.between(10, 40) : random.between(1, 4);
+    life = recordLife(library, project, nextStart, steps, random);
+    if (!life.error.isEmpty())
+        giveUp(life.error);
+
+    Disk now = life.start;
+    Disk synced = life.start;
+    std::vector<DiskOp> pending;
+    for (std::size_t i = 0; i < life.events.size() && totals.counts.units < most; ++i) {
+        const Event& event = life.events[i];
+        if (event.kind == Event::Kind::Op) {
+            const qint64 length = event.op.isInFile() ? now.files[event.op.file].length : 0;
+            const std::vector<DiskOp> atoms = atomsOf(event.op, length);
+            pending.insert(pending.end(), atoms.begin(), atoms.end());
+            now.apply(event.op);
+        } else if (event.kind == Event::Kind::Sync) {
+            ++totals.counts.synced;
+            pending.clear();
+            synced = now;
+        }
+        applyPromise(event, now);
+        cutHere(synced, pending, i + 1);
+    }
+    if (statesOfLife == 0) // the life changed nothing
+        return;
+    // The next life begins on a state that was started.
+    promise.restart(nextRestored);
+    lengths.keep(nextStart.lengths());
+}
+
+void History::applyPromise(const Event& event, const Disk& now)
+{
+    switch (event.kind) {
+    case Event::Kind::Give:
+        promise.give(event.change);
+        break;
+    case Event::Kind::BeginSave:
+        promise.beginSave(*event.images);
+        break;
+    case Event::Kind::Keep:
+    case Event::Kind::CompleteSave:
+        event.kind == Event::Kind::Keep ? promise.keep(event.change.cell) : promise.completeSave();
+        lengths.keep(now.image().lengths());
+        checked.clear(); // the promise became stricter
+        break;
+    case Event::Kind::Op:
+    case Event::Kind::Sync:
+        break;
+    }
+}
+
+void History::cutHere(const Disk& synced, const std::vector<DiskOp>& pending, std::size_t eventsDone)
+{
+    ++totals.cutPoints;
+    const bool complete =
+        forEachCutState(synced, pending, random, samplesOfCutPoint, [&](const DiskImage& image) {
+            if (totals.counts.units < most && checked.insert(image.hash()).second)
+                startOn(image, eventsDone);
+        });
+    totals.exhausted += complete;
+}
+
+void History::startOn(const DiskImage& image, std::size_t eventsDone)
+{
+    ++totals.counts.units;
+    ++statesOfLife;
+    writeProjectDirectory(image);
+    Verdict verdict = lengths.check(image.lengths());
+    {
+        Panel panel(library, project.root.get());
+        panel.start();
+        verdict += promise.check(panel.areas);
+        if (random.oneIn(static_cast<int>(statesOfLife))) {
+            nextStart = image;
+            nextRestored = panel.areas;
+        }
+    }
+    LengthPromise ofState;
+    ofState.keep(image.lengths());
+    verdict += ofState.check(readProjectDirectory().lengths());
+
+    totals.counts.checked += verdict.checked;
+    totals.counts.lost += verdict.lost.size();
+    if (verdict.lost.isEmpty())
+        return;
+    QStringList report = {QStringLiteral("life %1 of panel %2, seed %3, cut after event %4:")
+                              .arg(lives)
+                              .arg(number)
+                              .arg(seed)
+                              .arg(eventsDone)};
+    report += verdict.lost;
+    report += QStringLiteral("Events of this life until the cut:");
+    for (std::size_t i = 0; i < eventsDone; ++i)
+        report += QStringLiteral("  %1  %2").arg(i + 1).arg(life.events[i].text());
+    evidence.add(
+        QStringLiteral("seed-%1-panel-%2-life-%3-event-%4").arg(seed).arg(number).arg(lives).arg(eventsDone),
+        project, image.files, report);
+}

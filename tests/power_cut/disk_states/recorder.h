@@ -1,0 +1,32 @@
+// Records what this process does to the project directory, by standing in for the C library's file functions.
+#ifndef TESTS_POWER_CUT_DISK_STATES_RECORDER_H
+#define TESTS_POWER_CUT_DISK_STATES_RECORDER_H
+
+#include "tests/power_cut/disk_states/disk.h"
+
+#include <functional>
+
+/// While it exists, every change of the project directory by any library in this process goes to `sink`,
+/// after it was made. One at a time, in one thread. Writes by other means than the usual calls (mmap, stdio
+/// buffers) are not seen: compare the record with the directory.
+class Recorder
+{
+public:
+    explicit Recorder(std::function<void(const DiskOp&)> sink);
+    ~Recorder();
+    Recorder(const Recorder&) = delete;
+    Recorder& operator=(const Recorder&) = delete;
+
+    /// What the directory held when the recording began.
+    const Disk& initialDisk() const { return initial; }
+
+private:
+    Disk initial;
+};
+
+/// The project directory as it is.
+DiskImage readProjectDirectory();
+/// Makes the project directory that, and nothing else. Nothing of it is recorded.
+void writeProjectDirectory(const DiskImage& image);
+
+#endif
