@@ -21,6 +21,12 @@ property& propertyToSet(object& node, const QString& name)
     return *node.properties.back();
 }
 
+/// For the call log.
+QString nameOf(const object* node)
+{
+    return node ? node->name : QStringLiteral("nothing");
+}
+
 } // namespace
 
 object& object::addChild(const QString& childName)
@@ -89,14 +95,22 @@ quint32 property_get_value_type_uint32(property* value, quint32 defaultValue)
 
 int object_get_property_value_type_int32(object* node, const char* name, int defaultValue)
 {
-    logCall([&] { return QStringLiteral("int32 %1").arg(QLatin1String(name)); });
+    logCall([&] {
+        return QStringLiteral("int32 %1 of=%2 default=%3")
+            .arg(QLatin1String(name), nameOf(node), QString::number(defaultValue));
+    });
     const property* const found = node ? node->findProperty(QLatin1String(name)) : nullptr;
     return found && !found->isText ? static_cast<int>(found->number) : defaultValue;
 }
 
 QString object_get_property_value_type_string(object* node, const char* name, const QString& defaultValue)
 {
-    logCall([&] { return QStringLiteral("string %1").arg(QLatin1String(name)); });
+    logCall([&] {
+        return QStringLiteral("string %1 of=%2 default=%3")
+            .arg(QLatin1String(name), nameOf(node),
+                 defaultValue.isNull() ? QStringLiteral("null")
+                                       : QLatin1Char('"') + defaultValue + QLatin1Char('"'));
+    });
     const property* const found = node ? node->findProperty(QLatin1String(name)) : nullptr;
     return found && found->isText ? found->text : defaultValue;
 }

@@ -1,0 +1,219 @@
+// The file set-up and the restore called with blocks, codes and streams of the test's choosing.
+#include "poweroff_protect/poweroff_protect.h"
+#include "tests/support/module_test.h"
+#include "tests/support/scripted_comm.h"
+#include "tests/support/storage.h"
+
+#include <limits>
+
+namespace {
+
+/// Blocks carry places of their own: those in a list need not fit together.
+MaintenanceFileInfo blockAt(const char* area, int index, int count, int fileOffset = 0, int bitOffset = 0)
+{
+    MaintenanceFileInfo block;
+    block.address.link = QStringLiteral("link of %1").arg(index);
+    block.address.block = QString::fromLatin1(area);
+    block.address.index = index;
+    block.count = count;
+    block.fileOffset = fileOffset;
+    block.bitOffset = bitOffset;
+    return block;
+}
+
+class RestoreOperations : public ModuleTest
+{
+protected:
+    /// A module whose three streams are open on these files.
+    void openFiles(const QByteArray& bits, const QByteArray& words, const QByteArray& rwis)
+    {
+        writeRetentionFile(bitFileName, bits);
+        writeRetentionFile(wordFileName, words);
+        writeRetentionFile(rwiFileName, rwis);
+        model.extModelOpen(nullptr, QString(), &comm);
+        model.extModelInit();
+        ASSERT_TRUE(comm.calls.empty());
+    }
+
+    /// "area address: values" of every write of that restore.
+    std::string restored(QList<MaintenanceFileInfo> blocks)
+    {
+        comm.calls.clear();
+        model.initMaintenance(blocks);
+        std::string text;
+        for (const ScriptedComm::Call& call : comm.calls) {
+            EXPECT_TRUE(call.write);
+            EXPECT_EQ(call.selector, -1);
+            text += call.area.toStdString() + ' ' + std::to_string(call.address) + ':';
+            for (const ushort value : call.data)
+                text += ' ' + std::to_string(value);
+            text += '\n';
+        }
+        return text;
+    }
+
+    /// The length of the file that the set-up makes; -1 without a file.
+    int madeLength(const std::vector<int>& counts, int code)
+    {
+        QFile::remove(retentionPath(QStringLiteral("some.dat")));
+        QList<MaintenanceFileInfo> blocks;
+        for (const int count : counts)
+            blocks.append(blockAt("of no importance", 0, count));
+        std::fstream file;
+        QFileInfo info;
+        model.initFile(file, info, QStringLiteral("some.dat"), blocks, code);
+        EXPECT_FALSE(file.is_open());
+        EXPECT_TRUE(file.good());
+        const auto made = retentionFile(QStringLiteral("some.dat"));
+        EXPECT_EQ(made.value_or(QByteArray()).count('\0'), made.value_or(QByteArray()).size()) << "all zero";
+        return made ? made->size() : -1;
+    }
+
+    ScriptedComm comm;
+    poweroff_protect model;
+};
+
+TEST_F(RestoreOperations, TheCodeDecidesTheLengthOfANewFile)
+{
+    EXPECT_EQ(madeLength({10, 5}, 1), 2);
+    EXPECT_EQ(madeLength({10, 6}, 1), 3);
+    EXPECT_EQ(madeLength({}, 1), 1);
+    for (const int code : {2, 5}) {
+        EXPECT_EQ(madeLength({10, 5}, code), 30) << code;
+        EXPECT_EQ(madeLength({}, code), 0) << code;
+        EXPECT_EQ(madeLength({0}, code), 0) << code;
+    }
+    for (const int code : {0, 3, 4, 6, -1, 258, std::numeric_limits<int>::max()})
+        EXPECT_EQ(madeLength({10, 5}, code), 0) << code;
+}
+
+TEST_F(RestoreOperations, TheFileInformationPointsAtTheFile)
+{
+    std::fstream file;
+    QFileInfo info;
+    QList<MaintenanceFileInfo> blocks;
+    model.initFile(file, info, QStringLiteral("some.dat"), blocks, 2);
+    EXPECT_EQ(info.filePath().toStdString(), "/usr/tavrin/project/some.dat");
+}
+
+TEST_F(RestoreOperations, AnExistingFileIsOpenedOnTheGivenStream)
+{
+    writeRetentionFile("some.dat", QByteArray(3, '\x11'));
+    std::fstream file;
+    QFileInfo info;
+    QList<MaintenanceFileInfo> blocks;
+    for (const int code : {1, 7}) {
+        file.close();
+        file.clear();
+        model.initFile(file, info, QStringLiteral("some.dat"), blocks, code);
+        EXPECT_TRUE(file.is_open());
+        EXPECT_TRUE(file.good());
+        EXPECT_EQ(retentionFile("some.dat"), QByteArray(3, '\x11'));
+    }
+    char bytes[3] = {};
+    EXPECT_TRUE(file.read(bytes, 3));
+    EXPECT_TRUE(file.seekp(0) && file.write("\x22", 1).flush()) << "it can be written too";
+}
+
+TEST_F(RestoreOperations, OpeningAStreamThatIsOpenFailsItAndTheRestoreGoesOn)
+{
+    openFiles(QByteArray("\x01"), QByteArray(2, '\x11'), QByteArray(2, '\x22'));
+    writeRetentionFile("some.dat", QByteArray(3, '\x11'));
+    std::fstream file;
+    QFileInfo info;
+    QList<MaintenanceFileInfo> blocks = {blockAt("RWI", 4, 1)};
+    for (int round = 0; round < 2; ++round) {
+        comm.calls.clear();
+        model.initFile(file, info, QStringLiteral("some.dat"), blocks, 5);
+        EXPECT_EQ(file.fail(), round == 1);
+        ASSERT_EQ(comm.calls.size(), 1U) << "restored from the module's own file, whatever the stream";
+        EXPECT_THAT(comm.calls[0].data, testing::ElementsAre(0x2222));
+    }
+}
+
+TEST_F(RestoreOperations, AnEmptyListRestoresNothing)
+{
+    openFiles(QByteArray("\x01"), QByteArray(2, '\x11'), QByteArray(2, '\x22'));
+    EXPECT_EQ(restored({}), "");
+}
+
+TEST_F(RestoreOperations, TheBlocksOwnAreaChoosesTheFileAndItsLinkIsHandedOn)
+{
+    openFiles(QByteArray("\x05"), QByteArray::fromHex("0102"), QByteArray::fromHex("0304"));
+    EXPECT_EQ(restored({blockAt("RWI", 7, 1), blockAt("LB", 8, 2), blockAt("LW", 9, 1)}),
+              "RWI 7: 1027\nLB 8: 1\nLB 9: 0\nLW 9: 513\n");
+    EXPECT_EQ(comm.calls[0].link.toStdString(), "link of 7");
+    EXPECT_EQ(comm.calls[1].link.toStdString(), "link of 8");
+    EXPECT_EQ(comm.calls[3].link.toStdString(), "link of 9");
+}
+
+TEST_F(RestoreOperations, BitsAreFoundByTheirRunningNumberAndNotByTheBlocksPlace)
+{
+    openFiles(QByteArray::fromHex("0180"), QByteArray(1, '\0'), QByteArray(1, '\0'));
+    EXPECT_EQ(
+        restored({blockAt("LB", 0, 1, 1, 7), blockAt("LB", 100, 14, 50, 3), blockAt("LB", 200, 1, 0, 0)}),
+        "LB 0: 1\nLB 100: 0\nLB 101: 0\nLB 102: 0\nLB 103: 0\nLB 104: 0\nLB 105: 0\nLB 106: 0\nLB 107: "
+        "0\nLB 108: 0\nLB 109: 0\nLB 110: 0\nLB 111: 0\nLB 112: 0\nLB 113: 0\nLB 200: 1\n");
+}
+
+TEST_F(RestoreOperations, WordsAreFoundByTheirBlocksPlace)
+{
+    openFiles(QByteArray(1, '\0'), QByteArray::fromHex("010002000300"), QByteArray::fromHex("010002000300"));
+    for (const char* area : {"LW", "RWI"})
+        EXPECT_EQ(restored({blockAt(area, 7, 1, 4), blockAt(area, 8, 2, 1)}),
+                  std::string(area) + " 7: 3\n" + area + " 8: 512 768\n");
+}
+
+TEST_F(RestoreOperations, AReadPastTheEndDoesNotHinderTheNextBlock)
+{
+    openFiles(QByteArray::fromHex("01"), QByteArray::fromHex("0100"), QByteArray::fromHex("0200"));
+    for (const char* area : {"LW", "RWI"}) {
+        const std::string value = std::string(area) == "LW" ? "1" : "2";
+        EXPECT_EQ(restored({blockAt(area, 1, 2, 50), blockAt(area, 5, 2, 0), blockAt(area, 9, 1, 0)}),
+                  std::string(area) + " 1: 0 0\n" + area + " 5: " + value + " 0\n" + area + " 9: " + value +
+                      "\n");
+    }
+}
+
+TEST_F(RestoreOperations, BlocksWithoutCellsDoNotMoveTheRunningNumber)
+{
+    openFiles(QByteArray::fromHex("05"), QByteArray(1, '\0'), QByteArray(1, '\0'));
+    EXPECT_EQ(restored({blockAt("LB", 0, 0), blockAt("LB", 1, -5), blockAt("LB", 2, 1), blockAt("LW", 1, -3),
+                        blockAt("LB", 3, 0), blockAt("LB", 4, 2)}),
+              "LB 2: 1\nLB 4: 0\nLB 5: 1\n");
+}
+
+TEST_F(RestoreOperations, WordBlocksMoveTheRunningNumberAndRwiBlocksDoNot)
+{
+    openFiles(QByteArray::fromHex("21"), QByteArray(20, '\0'), QByteArray(20, '\0'));
+    EXPECT_EQ(restored({blockAt("RWI", 0, 5), blockAt("LB", 7, 1)}), "RWI 0: 0 0 0 0 0\nLB 7: 1\n");
+    EXPECT_EQ(restored({blockAt("LW", 0, 5), blockAt("LB", 7, 1)}), "LW 0: 0 0 0 0 0\nLB 7: 1\n");
+    EXPECT_EQ(restored({blockAt("LW", 0, 4), blockAt("LB", 7, 1)}), "LW 0: 0 0 0 0\nLB 7: 0\n");
+}
+
+TEST_F(RestoreOperations, OtherAreasAreNotRestoredAndMoveTheRunningNumber)
+{
+    openFiles(QByteArray::fromHex("21"), QByteArray(20, '\x11'), QByteArray(20, '\x11'));
+    for (const char* other : {"lb", "", "LWX", "RW"}) {
+        EXPECT_EQ(restored({blockAt(other, 0, 5), blockAt("LB", 7, 1)}), "LB 7: 1\n") << other;
+        EXPECT_EQ(restored({blockAt(other, 0, 4), blockAt("LB", 7, 1)}), "LB 7: 0\n") << other;
+    }
+}
+
+TEST_F(RestoreOperations, TheHostsResultDoesNotMatter)
+{
+    openFiles(QByteArray::fromHex("03"), QByteArray::fromHex("0100"), QByteArray(1, '\0'));
+    for (const int result : {-1, 0, 1}) {
+        comm.result = result;
+        EXPECT_EQ(restored({blockAt("LB", 0, 2), blockAt("LW", 0, 1)}), "LB 0: 1\nLB 1: 1\nLW 0: 1\n");
+    }
+}
+
+TEST_F(RestoreOperations, ClosedStreamsGiveZeroWordsAndNoBits)
+{
+    model.extModelOpen(nullptr, QString(), &comm);
+    EXPECT_EQ(restored({blockAt("LB", 0, 2), blockAt("LW", 0, 2), blockAt("RWI", 3, 1)}),
+              "LW 0: 0 0\nRWI 3: 0\n");
+}
+
+} // namespace
