@@ -82,15 +82,26 @@ void History::applyPromise(const Event& event, const Disk& now)
         promise.beginSave(*event.images);
         break;
     case Event::Kind::Keep:
+        if (promisesNothing(event.change.cell))
+            break;
+        promise.keep(event.change.cell);
+        becomeStricter(now);
+        break;
     case Event::Kind::CompleteSave:
-        event.kind == Event::Kind::Keep ? promise.keep(event.change.cell) : promise.completeSave();
-        lengths.keep(now.image().lengths());
-        checked.clear(); // the promise became stricter
+        promise.completeSave();
+        becomeStricter(now);
         break;
     case Event::Kind::Op:
     case Event::Kind::Sync:
         break;
     }
+}
+
+/// All that was written is promised now, and every state is to be checked again.
+void History::becomeStricter(const Disk& now)
+{
+    lengths.keep(now.image().lengths());
+    checked.clear();
 }
 
 void History::cutHere(const Disk& synced, const std::vector<DiskOp>& pending, std::size_t eventsDone)

@@ -29,6 +29,7 @@ public:
 private:
     void live();
     void applyPromise(const Event& event, const Disk& now);
+    void becomeStricter(const Disk& now);
     void cutHere(const Disk& synced, const std::vector<DiskOp>& pending, std::size_t eventsDone);
     void startOn(const DiskImage& image, std::size_t eventsDone);
 

@@ -8,12 +8,6 @@ namespace {
 
 const int sectorBytes = 512;
 
-/// Its changes are never written, so that it may come back with any value it had.
-bool isNeverWritten(const Cell& cell)
-{
-    return cell.area == 0 && cell.address == 60100;
-}
-
 QString valuesText(const std::vector<ushort>& values)
 {
     QStringList texts;
@@ -28,6 +22,11 @@ bool sameSector(const unsigned char* sector, const QByteArray& image, int offset
 }
 
 } // namespace
+
+bool promisesNothing(const Cell& cell)
+{
+    return cell.area == 0 && cell.address == 60100;
+}
 
 Images imagesOf(const MemoryAreas& areas)
 {
@@ -65,7 +64,7 @@ void Promise::give(const Change& change)
 void Promise::keep(const Cell& cell)
 {
     const auto found = possible.find(cell);
-    if (found == possible.end() || isNeverWritten(cell))
+    if (found == possible.end() || promisesNothing(cell))
         return;
     std::vector<ushort>& values = found->second;
     values.erase(values.begin(), values.end() - 1);

@@ -31,6 +31,9 @@ struct Change
     ushort value;
 };
 
+/// True of "LB" 60100: reports of its changes do nothing, so that it may come back with any value it had.
+bool promisesNothing(const Cell& cell);
+
 /// The memory of the three areas.
 using Images = std::array<QByteArray, 3>;
 Images imagesOf(const MemoryAreas& areas);
@@ -52,7 +55,7 @@ public:
 
     /// The panel gave the cell that value.
     void give(const Change& change);
-    /// The "sync" of the cell's last change has returned.
+    /// The "sync" of the cell's last change has returned. Without effect for a cell that promises nothing.
     void keep(const Cell& cell);
     /// The panel has these areas and begins to save them.
     void beginSave(const Images& images);
