@@ -19,3 +19,13 @@ build_preset() {
     fi
     rm -f "$log"
 }
+
+# run_tests PRESET [OPTION...]: runs the tests of build/PRESET, with these options of ctest.
+run_tests() {
+    local preset=$1 private=()
+    shift
+    # An ordinary user needs a user namespace to get a private /usr/tavrin. An emulated program cannot enter one
+    # itself, because the emulator has threads, so it is entered here.
+    [ "$preset" != armhf ] || [ "$(id -u)" -eq 0 ] || private=(unshare --map-root-user --mount)
+    "${private[@]}" ctest --preset "$preset" -j"$(nproc)" "$@"
+}
