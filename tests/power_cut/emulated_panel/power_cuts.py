@@ -165,7 +165,7 @@ def main():
         print(f"{error}; what there is of it is in {folder}", file=sys.stderr)
         return 2
     except KeyboardInterrupt:
-        print(f"interrupted; the storage of this run is in {folder}", file=sys.stderr)
+        print(f"interrupted after {counts}; the storage of this run is in {folder}", file=sys.stderr)
         return 130
     finally:
         progress("")
