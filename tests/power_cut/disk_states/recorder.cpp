@@ -37,15 +37,15 @@ const char* recordedName(const char* path)
     return path + length + 1;
 }
 
-FileId newId(const struct stat& file)
+FileId newId(const struct stat64& file)
 {
     return recording.ids[file.st_ino] = ++recording.lastId;
 }
 
 /// The recorded file behind a descriptor; null for any other.
-const FileId* recordedFile(int descriptor, struct stat& file)
+const FileId* recordedFile(int descriptor, struct stat64& file)
 {
-    if (!recording.sink || fstat(descriptor, &file) != 0 || !S_ISREG(file.st_mode))
+    if (!recording.sink || fstat64(descriptor, &file) != 0 || !S_ISREG(file.st_mode))
         return nullptr;
     const auto found = recording.ids.find(file.st_ino);
     return found == recording.ids.end() ? nullptr : &found->second;
@@ -67,10 +67,10 @@ void recordData(FileId file, qint64 lengthBefore, qint64 offset, const QByteArra
 template <typename Open> auto recordOpen(const char* path, int flags, Open open)
 {
     const char* const name = recordedName(path);
-    struct stat file = {};
-    const bool existed = name && stat(path, &file) == 0;
+    struct stat64 file = {};
+    const bool existed = name && stat64(path, &file) == 0;
     const auto result = open();
-    if (!name || stat(path, &file) != 0 || !S_ISREG(file.st_mode))
+    if (!name || stat64(path, &file) != 0 || !S_ISREG(file.st_mode))
         return result;
     if (!existed)
         recording.sink({DiskOp::Kind::Make, newId(file), QString::fromLocal8Bit(name)});
@@ -83,7 +83,7 @@ template <typename Open> auto recordOpen(const char* path, int flags, Open open)
 template <typename Write>
 ssize_t recordWrite(int descriptor, off64_t position, const QByteArray& bytes, Write write)
 {
-    struct stat file = {};
+    struct stat64 file = {};
     const FileId* const id = recordedFile(descriptor, file);
     if (!id)
         return write();
@@ -97,7 +97,7 @@ ssize_t recordWrite(int descriptor, off64_t position, const QByteArray& bytes, W
 
 template <typename Resize> int recordResize(int descriptor, off64_t length, Resize resize)
 {
-    struct stat file = {};
+    struct stat64 file = {};
     const FileId* const id = recordedFile(descriptor, file);
     const int result = resize();
     if (id && result == 0)
@@ -213,8 +213,8 @@ FTRUNCATE(ftruncate64, off64_t)
     {                                                                                                        \
         static const auto next = real<int (*)(const char*, OFFSET)>(#NAME);                                  \
         const int result = next(path, length);                                                               \
-        struct stat file = {};                                                                               \
-        if (result == 0 && recordedName(path) && stat(path, &file) == 0)                                     \
+        struct stat64 file = {};                                                                             \
+        if (result == 0 && recordedName(path) && stat64(path, &file) == 0)                                   \
             recordLength(recording.ids.at(file.st_ino), length);                                             \
         return result;                                                                                       \
     }
@@ -261,8 +261,8 @@ Recorder::Recorder(std::function<void(const DiskOp&)> sink)
     initial.directory = image.directory;
     for (const auto& [name, bytes] : image.files) {
         const QByteArray path = fixedProjectDirectory + QByteArray("/") + name.toLocal8Bit();
-        struct stat file = {};
-        if (stat(path.constData(), &file) != 0)
+        struct stat64 file = {};
+        if (stat64(path.constData(), &file) != 0)
             qFatal("%s: gone while it was looked at", path.constData());
         const FileId id = newId(file);
         initial.names[name] = id;
