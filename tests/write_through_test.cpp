@@ -202,4 +202,17 @@ TEST_F(WriteThrough, ABlockInFrontOfTheFileFailsTheStreamForGood)
     EXPECT_EQ(lines(calls), "sync");
 }
 
+TEST_F(WriteThrough, ABitInFrontOfItsBlocksByteHasNoCellInTheFile)
+{
+    writeRetentionFile(fileName, QByteArray(4, '\x77'));
+    blocks = {blockAt(0, 8, 2, -3)}; // as behind a negative count
+    comm.value = [](const QString&, int) { return 1; };
+    for (int address = 0; address < 3; ++address) {
+        EXPECT_EQ(changed("LB", address), "77 77 77 77") << address;
+        EXPECT_EQ(readsOf(comm), "LB " + std::to_string(address) + " 1\n");
+        EXPECT_EQ(lines(calls), "sync");
+    }
+    EXPECT_EQ(changed("LB", 6), "77 77 7f 77") << "from its fourth cell on the block lies in its byte";
+}
+
 } // namespace
