@@ -41,6 +41,8 @@ int main(int argc, char** argv)
     Evidence evidence(options.evidence);
     CutCounts totals;
     {
+        // A first start tells how long one takes here.
+        PanelSeries(library, options.seed, 0, log, evidence, totals).finish();
         Progress progress(options.total, QStringLiteral("cuts"));
         for (quint64 number = 0; totals.counts.units < options.total; ++number) {
             PanelSeries panel(library, options.seed, number, log, evidence, totals);

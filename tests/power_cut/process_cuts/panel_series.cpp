@@ -6,6 +6,7 @@
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -43,17 +44,18 @@ LengthPromise::Lengths lengthsOf(const std::map<QString, QByteArray>& files)
     return lengths;
 }
 
-/// Some of the cuts are meant for the start-up, which takes well under a millisecond.
-Microseconds randomLife(Random& random)
+/// In units of an undisturbed start. Some cuts are meant for the start-up; on a busy machine all come early.
+double randomLife(Random& random)
 {
+    const double part = random.below(1000) / 1000.0;
     switch (random.below(6)) {
     case 0:
     case 1:
-        return Microseconds(random.below(1000));
+        return 1.5 * part;
     case 2:
-        return Microseconds(random.below(15000));
+        return 1 + 30 * part;
     default:
-        return Microseconds(random.below(4000));
+        return 1 + 10 * part;
     }
 }
 
@@ -82,9 +84,9 @@ PanelSeries::PanelSeries(const ModuleLibrary& library, quint64 seed, quint64 num
 
 void PanelSeries::cut()
 {
-    const Microseconds life = randomLife(random);
+    const double life = randomLife(random);
     const pid_t child = startPanel(true);
-    waitFor(life);
+    waitFor(std::chrono::duration_cast<Microseconds>(totals.startTime * life));
     kill(child, SIGKILL);
     ++totals.counts.units;
     totals.inStart += !log.started;
@@ -102,6 +104,7 @@ int PanelSeries::startPanel(bool working)
 {
     ++starts;
     new (&log) SharedLog();
+    begin = std::chrono::steady_clock::now();
     const pid_t child = fork();
     if (child < 0)
         giveUp(QStringLiteral("no new process: %1").arg(QString::fromLocal8Bit(std::strerror(errno))));
@@ -119,6 +122,7 @@ void PanelSeries::live(bool working)
     Panel panel(library, project.root.get());
     panel.start();
     copyAreas(panel.areas, log.restored);
+    log.startTime = std::chrono::steady_clock::now() - begin;
     log.started = true;
     if (working) {
         Load load(panel, project, numbers, writer);
@@ -141,6 +145,7 @@ void PanelSeries::check(int child, int signal)
     if (WIFSIGNALED(status) ? WTERMSIG(status) != signal : signal != 0 || WEXITSTATUS(status) != 0)
         verdict.lost.append(QStringLiteral("the panel ended by itself (wait status %1)").arg(status));
     if (log.started) {
+        totals.startTime = std::min(totals.startTime, log.startTime);
         MemoryAreas restored;
         copyAreas(log.restored, restored);
         verdict += promise.check(restored);

@@ -5,6 +5,7 @@
 #include "tests/power_cut/support/load.h"
 
 #include <atomic>
+#include <chrono>
 
 /// Raw bytes of the three areas in their order.
 using AreaBytes = std::array<unsigned char, 65536 + 2 * 131072>;
@@ -17,12 +18,13 @@ struct SharedLog
 {
     static constexpr int mostChanges = 8192;
 
-    std::atomic<bool> started; ///< the start-up is complete and `restored` is filled
+    std::atomic<bool> started; ///< the start-up is complete; `restored` and `startTime` are filled
     std::atomic<int> given;    ///< of `changes`
     std::atomic<int> kept;     ///< of `changes`
     std::atomic<int> syncs;
     std::atomic<int> saveSteps; ///< one when a save begins and one when it is complete; odd: one is under way
     AreaBytes restored;
+    std::chrono::nanoseconds startTime; ///< from the fork until `restored` was filled
     std::array<Change, mostChanges> changes;
     std::array<AreaBytes, 2> saves;
 
