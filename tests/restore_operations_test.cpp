@@ -186,7 +186,7 @@ TEST_F(RestoreOperations, BlocksWithoutCellsDoNotMoveTheRunningNumber)
 TEST_F(RestoreOperations, WordBlocksMoveTheRunningNumberAndRwiBlocksDoNot)
 {
     openFiles(QByteArray::fromHex("21"), QByteArray(20, '\0'), QByteArray(20, '\0'));
-    EXPECT_EQ(restored({blockAt("RWI", 0, 5), blockAt("LB", 7, 1)}), "RWI 0: 0 0 0 0 0\nLB 7: 1\n");
+    EXPECT_EQ(restored({blockAt("RWI", 0, 4), blockAt("LB", 7, 1)}), "RWI 0: 0 0 0 0\nLB 7: 1\n");
     EXPECT_EQ(restored({blockAt("LW", 0, 5), blockAt("LB", 7, 1)}), "LW 0: 0 0 0 0 0\nLB 7: 1\n");
     EXPECT_EQ(restored({blockAt("LW", 0, 4), blockAt("LB", 7, 1)}), "LW 0: 0 0 0 0\nLB 7: 0\n");
 }
