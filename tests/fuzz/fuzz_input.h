@@ -1,0 +1,34 @@
+// Numbers and texts taken from a fuzzer's bytes.
+#ifndef TESTS_FUZZ_FUZZ_INPUT_H
+#define TESTS_FUZZ_FUZZ_INPUT_H
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+#include <cstddef>
+#include <cstdint>
+
+/// Reads from the front of the bytes; past their end everything is zero or empty.
+class FuzzInput
+{
+public:
+    FuzzInput(const std::uint8_t* data, std::size_t size) : data(data), size(size) {}
+
+    bool atEnd() const { return size == 0; }
+    std::uint8_t byte();
+    /// Any 32-bit value. Its first byte chooses how many more it takes, so that everyday numbers are short
+    /// and numbers at the borders frequent.
+    std::int32_t number();
+    /// The next bytes, as many as the first one says.
+    QByteArray bytes();
+    QString text() { return QString::fromUtf8(bytes()); }
+    QByteArray rest();
+
+private:
+    std::uint32_t littleEndian(int bytes);
+
+    const std::uint8_t* data;
+    std::size_t size;
+};
+
+#endif

@@ -1,0 +1,179 @@
+// The rules for files and cells, one by one.
+#include "tests/fuzz/kept_files_model.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+int imageBytes(std::size_t area)
+{
+    return area == 0 ? 65536 : 131072;
+}
+
+/// What the file has at that place, zeros behind its end. A negative place breaks the stream.
+QByteArray readAt(ModelFile& file, std::int32_t offset, std::int32_t length)
+{
+    QByteArray result;
+    if (file.open && offset < 0)
+        file.failed = true;
+    if (file.open && !file.failed)
+        result = file.bytes->mid(offset, length);
+    result.append(QByteArray(length - result.size(), '\0'));
+    return result;
+}
+
+void writeAt(ModelFile& file, std::int32_t offset, const QByteArray& data)
+{
+    if (file.open && offset < 0)
+        file.failed = true;
+    if (!file.open || file.failed)
+        return;
+    if (file.bytes->size() < offset + data.size())
+        file.bytes->append(QByteArray(offset + data.size() - file.bytes->size(), '\0'));
+    file.bytes->replace(offset, data.size(), data);
+}
+
+ushort unitAt(const QByteArray& bytes, int unit)
+{
+    return static_cast<ushort>(static_cast<unsigned char>(bytes.at(2 * unit)) |
+                               static_cast<unsigned char>(bytes.at(2 * unit + 1)) << 8);
+}
+
+} // namespace
+
+KeptFilesModel::KeptFilesModel(RetentionModel retention, MemoryAreas& areas,
+                               std::array<std::optional<QByteArray>, 3> start)
+    : retention(std::move(retention)), areas(areas)
+{
+    for (std::size_t a = 0; a < 3; ++a)
+        files[a].bytes = std::move(start[a]);
+}
+
+void KeptFilesModel::open()
+{
+    if (retention.mode == 1)
+        for (std::size_t a = 0; a < 3; ++a)
+            restoreImage(a);
+}
+
+void KeptFilesModel::restoreImage(std::size_t area)
+{
+    ModelFile& file = files[area];
+    if (!file.bytes || file.bytes->size() < imageBytes(area))
+        file.bytes = QByteArray(imageBytes(area), '\0');
+    file.open = true;
+    std::copy_n(file.bytes->constData(), imageBytes(area), memory(area).memory().begin());
+}
+
+void KeptFilesModel::init()
+{
+    ready = true;
+    if (retention.saveAll)
+        return;
+    for (std::size_t a = 0; a < 3; ++a) {
+        if (!files[a].bytes) {
+            makeFile(a);
+        } else if (!files[a].bytes->isEmpty()) {
+            files[a].open = true;
+            if (a == 0)
+                restoreBits();
+            else
+                restoreWords(a);
+        }
+    }
+}
+
+void KeptFilesModel::makeFile(std::size_t area)
+{
+    std::int32_t total = 0;
+    for (const ModelBlock& block : retention.blocks[area])
+        total = plus(total, block.count);
+    const std::int32_t length = area == 0 ? total / 8 + 1 : plus(total, total);
+    files[area].bytes = QByteArray(std::max(0, length), '\0');
+}
+
+void KeptFilesModel::restoreBits()
+{
+    std::int32_t running = 0;
+    for (const ModelBlock& block : retention.blocks[0]) {
+        for (std::int32_t j = 0; j < block.count; ++j) {
+            const std::int32_t bit = running + j;
+            const int byte = static_cast<unsigned char>(readAt(files[0], bit / 8, 1).at(0));
+            if (byte != 0)
+                memory(0).setCell(plus(block.entry.index, j), byte >> (bit % 8) & 1);
+        }
+        running += std::max(0, block.count);
+    }
+}
+
+void KeptFilesModel::restoreWords(std::size_t area)
+{
+    for (const ModelBlock& block : retention.blocks[area]) {
+        if (block.count < 1)
+            continue;
+        const QByteArray words = readAt(files[area], block.fileOffset, 2 * block.count);
+        for (std::int32_t j = 0; j < block.count; ++j) {
+            const std::int64_t address = std::int64_t(block.entry.index) + j;
+            if (address >= 0 && address < MemoryArea::cellCount)
+                memory(area).setCell(static_cast<int>(address), unitAt(words, j));
+        }
+    }
+}
+
+void KeptFilesModel::cyclicRun()
+{
+    if (!retention.saveAll)
+        return;
+    for (std::size_t a = 0; a < 3; ++a) {
+        const auto& image = memory(a).memory();
+        writeAt(files[a], 0, QByteArray(reinterpret_cast<const char*>(image.data()), imageBytes(a)));
+    }
+    ++syncCount;
+}
+
+void KeptFilesModel::change(const QByteArray& nameField, std::int32_t address)
+{
+    if (!ready)
+        return;
+    for (std::size_t a = 0; a < 3; ++a) {
+        if (nameField.left(nameField.indexOf('\0')) != modelAreas[a] || !nameField.contains('\0'))
+            continue;
+        if (a == 0 && address == 60100)
+            return;
+        for (const ModelBlock& block : retention.blocks[a]) {
+            if (block.entry.index > address || address >= plus(block.entry.index, block.count))
+                continue;
+            files[a].open = files[a].bytes.has_value();
+            if (a == 0)
+                writeBit(block, address);
+            else
+                writeWords(a, block);
+        }
+        ++syncCount;
+    }
+}
+
+void KeptFilesModel::writeBit(const ModelBlock& block, std::int32_t address)
+{
+    const std::int32_t bit = plus(minus(address, block.entry.index), block.bitOffset);
+    if (bit < 0) // in front of its own byte: it has no cell in the file
+        return;
+    const std::int32_t offset = plus(block.fileOffset, bit / 8);
+    const int byte = readAt(files[0], offset, 1).at(0);
+    const int mask = 1 << (bit % 8);
+    const bool set = memory(0).cell(address).value_or(0) != 0;
+    writeAt(files[0], offset, QByteArray(1, static_cast<char>(set ? byte | mask : byte & ~mask)));
+}
+
+void KeptFilesModel::writeWords(std::size_t area, const ModelBlock& block)
+{
+    QByteArray words;
+    for (std::int32_t j = 0; j < block.count; ++j) {
+        const std::int64_t address = std::int64_t(block.entry.index) + j;
+        const bool inside = address >= 0 && address < MemoryArea::cellCount;
+        const ushort value = inside ? *memory(area).cell(static_cast<int>(address)) : 0;
+        words.append(static_cast<char>(value & 0xff)).append(static_cast<char>(value >> 8));
+    }
+    writeAt(files[area], block.fileOffset, words);
+}

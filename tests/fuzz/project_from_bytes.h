@@ -1,0 +1,15 @@
+// Project trees from a fuzzer's bytes.
+#ifndef TESTS_FUZZ_PROJECT_FROM_BYTES_H
+#define TESTS_FUZZ_PROJECT_FROM_BYTES_H
+
+#include "simulated_host/project_tree.h"
+#include "tests/fuzz/fuzz_input.h"
+
+#include <memory>
+
+/// Follows the input to its end as a list of building steps: open an object, close it, set a number or a
+/// text, or append a whole retention entry. Names and texts are often those that the module looks for. Trees
+/// have at most some thousand objects.
+std::unique_ptr<object> projectFromBytes(FuzzInput& input);
+
+#endif

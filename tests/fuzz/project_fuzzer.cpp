@@ -1,0 +1,133 @@
+// Hostile projects: any tree in both modes must lead to exactly the mode, the period and the blocks that the
+// rules say.
+#include "poweroff_protect/poweroff_protect.h"
+#include "simulated_host/memory_areas.h"
+#include "simulated_host/simulated_comm.h"
+#include "tests/fuzz/fuzz_check.h"
+#include "tests/fuzz/fuzz_start.h"
+#include "tests/fuzz/project_from_bytes.h"
+#include "tests/fuzz/retention_model.h"
+
+#include <QtCore/QVector>
+
+#include <cstring>
+
+namespace {
+
+/// Above it the watch list is not asked for: comparing it would take all the time.
+const std::int64_t mostWatched = 500;
+
+std::int64_t cellsIn(const RetentionModel& model)
+{
+    std::int64_t cells = 0;
+    for (const auto& blocks : model.blocks)
+        for (const ModelBlock& block : blocks)
+            cells += std::max(0, block.count);
+    return cells;
+}
+
+void checkWatchList(poweroff_protect& module, const RetentionModel& model)
+{
+    QList<RegisterValueChangeSize> watched;
+    module.getMonitorTriggerAddr(watched);
+    int at = 0;
+    for (std::size_t a = 0; a < 3; ++a) {
+        for (const ModelBlock& block : model.blocks[a]) {
+            for (std::int32_t j = 0; j < block.count; ++j, ++at) {
+                FUZZ_CHECK(at < watched.size());
+                const RegisterValueChangeSize& record = watched.at(at);
+                FUZZ_CHECK(record.address == plus(block.entry.index, j));
+                FUZZ_CHECK(std::strcmp(record.areaName, modelAreas[a]) == 0);
+                FUZZ_CHECK(record.hostWord0 == 0 && record.hostWord4 == -1 && record.hostWord12 == 0);
+                FUZZ_CHECK(record.hostFlag48 == 0 && record.changeSize == 1);
+            }
+        }
+    }
+    FUZZ_CHECK(at == watched.size());
+}
+
+QVector<structMaintenance> recordsOf(const std::vector<ModelEntry>& entries)
+{
+    QVector<structMaintenance> records;
+    for (const ModelEntry& entry : entries) {
+        structMaintenance record;
+        record.addressLength = entry.addressLength;
+        record.addressType = entry.type;
+        record.address.link = entry.link;
+        record.address.block = entry.block;
+        record.address.number = entry.number;
+        record.address.index = entry.index;
+        record.address.station = entry.station;
+        record.address.length = entry.length;
+        record.address.bitOrWord = entry.bitOrWord;
+        records.append(record);
+    }
+    return records;
+}
+
+bool isSame(const QString& one, const QString& other)
+{
+    return one == other && one.isNull() == other.isNull();
+}
+
+void checkBlocks(const std::vector<ModelEntry>& entries, const std::vector<ModelBlock>& expected)
+{
+    QVector<structMaintenance> records = recordsOf(entries);
+    QList<MaintenanceFileInfo> blocks;
+    poweroff_protect::memoryPartition(records, blocks);
+    poweroff_protect::fileMemoryMap(blocks);
+    FUZZ_CHECK(static_cast<std::size_t>(blocks.size()) == expected.size());
+    for (int k = 0; k < blocks.size(); ++k) {
+        const MaintenanceFileInfo& block = blocks.at(k);
+        const ModelBlock& model = expected[static_cast<std::size_t>(k)];
+        FUZZ_CHECK(block.count == model.count);
+        FUZZ_CHECK(block.fileOffset == model.fileOffset);
+        FUZZ_CHECK(block.bitOffset == model.bitOffset);
+        FUZZ_CHECK(block.address.index == model.entry.index);
+        FUZZ_CHECK(block.address.station == model.entry.station);
+        FUZZ_CHECK(block.address.length == model.entry.length);
+        FUZZ_CHECK(block.address.bitOrWord == model.entry.bitOrWord);
+        FUZZ_CHECK(isSame(block.address.link, model.entry.link));
+        FUZZ_CHECK(isSame(block.address.block, model.entry.block));
+        FUZZ_CHECK(isSame(block.address.number, model.entry.number));
+        FUZZ_CHECK(block.address.spareText.isNull());
+    }
+}
+
+/// A panel without area memory: the whole-area mode makes and opens its files and moves no image.
+SimulatedComm& commWithoutMemory()
+{
+    static MemoryAreas areas;
+    static SimulatedComm comm(areas);
+    for (int code = 0; code < 3; ++code)
+        comm.removeAreaMemory(code);
+    return comm;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    return startFuzzing();
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    FuzzInput input(data, size);
+    const auto project = projectFromBytes(input);
+    const RetentionModel model = modelOf(*project);
+
+    poweroff_protect module;
+    module.extModelOpen(project.get(), QStringLiteral("text"), &commWithoutMemory());
+    FUZZ_CHECK(module.retentionMode == model.mode);
+    FUZZ_CHECK(module.cyclePeriodMs == model.periodMs && module.cycleRemainingMs == model.periodMs);
+    FUZZ_CHECK(module.extModelParam == 10 && module.extModelString == QStringLiteral("text"));
+    if (cellsIn(model) <= mostWatched)
+        checkWatchList(module, model);
+    for (std::size_t a = 0; a < 3; ++a) {
+        checkBlocks(model.entries[a], model.blocks[a]);
+        std::vector<ModelEntry> reversed(model.entries[a].rbegin(), model.entries[a].rend());
+        checkBlocks(reversed, modelBlocks(reversed, a == 0));
+    }
+    return 0;
+}

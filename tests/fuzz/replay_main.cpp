@@ -1,0 +1,72 @@
+// Runs a fuzzer without a fuzzing engine: over the files of its corpus, then over changed copies of them,
+// always the same ones.
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+extern "C" __attribute__((weak)) int LLVMFuzzerInitialize(int* argc, char*** argv);
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+std::vector<Bytes> readCorpus(const std::filesystem::path& folder)
+{
+    std::vector<std::filesystem::path> paths;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        paths.push_back(entry.path());
+    std::sort(paths.begin(), paths.end());
+    std::vector<Bytes> corpus;
+    for (const auto& path : paths) {
+        std::ifstream file(path, std::ios::binary);
+        corpus.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    }
+    return corpus;
+}
+
+Bytes changed(Bytes bytes, std::mt19937& random)
+{
+    for (unsigned changes = 1 + random() % 4; changes > 0; --changes) {
+        const std::size_t at = random() % (bytes.size() + 1);
+        const auto place = bytes.begin() + static_cast<std::ptrdiff_t>(at);
+        const auto value = static_cast<std::uint8_t>(random());
+        if (at == bytes.size() || random() % 3 == 0)
+            bytes.insert(place, value);
+        else if (random() % 2 == 0)
+            bytes.erase(place);
+        else
+            *place = value;
+    }
+    return bytes;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 3) {
+        std::cerr << "usage: " << argv[0] << " CORPUS CHANGED_COPIES\n";
+        return 2;
+    }
+    if (LLVMFuzzerInitialize)
+        LLVMFuzzerInitialize(&argc, &argv);
+    const std::vector<Bytes> corpus = readCorpus(argv[1]);
+    for (const Bytes& bytes : corpus)
+        LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
+    std::mt19937 random(1); // NOLINT(cert-msc51-cpp): the same copies in every run
+    const int copies = std::atoi(argv[2]);
+    for (int k = 0; k < copies && !corpus.empty(); ++k) {
+        const Bytes bytes = changed(corpus[random() % corpus.size()], random);
+        LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
+    }
+    std::cout << corpus.size() << " files and " << copies << " changed copies\n";
+    return corpus.empty() ? 1 : 0;
+}
