@@ -67,10 +67,20 @@ TEST(EntryVerdict, NamesTheCellLostInAFold)
                 ElementsAre("folded into block 1", "folded into block 1", "folded into block 1 less 21"));
 }
 
+TEST(EntryVerdict, NamesAnEntryThatAFoldLosesAltogether)
+{
+    EXPECT_THAT(verdictsOf({lw(0, 8), lw(7, 1)}),
+                ElementsAre("folded into block 1 less 7", "not retained less 7"));
+    EXPECT_THAT(
+        findingTexts({lw(0, 8), lw(7, 1)}),
+        ElementsAre(HasSubstr("lost-in-fold entries 1 \"Entry\" and 2 \"Entry\", LW 7 -> Replace them by one "
+                              "entry with index 0 and addressLength 8")));
+}
+
 TEST(EntryVerdict, CountsACellLostInAFoldAsKeptWhenAnotherBlockHoldsIt)
 {
     EXPECT_THAT(verdictsOf({lw(0, 10), lw(5, 10), lw(14, 1)}),
-                ElementsAre("folded into block 1", "folded into block 1", "folded into block 2"));
+                ElementsAre("folded into block 1", "folded into block 1", "retained whole"));
     EXPECT_THAT(findingsOf({lw(0, 10), lw(5, 10), lw(14, 1)}), IsEmpty());
 }
 

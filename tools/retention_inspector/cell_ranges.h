@@ -38,6 +38,8 @@ public:
     CellRanges within(const CellRange& limits) const;
     CellRanges minus(const CellRanges& other) const;
 
+    bool operator==(const CellRanges& other) const { return parts == other.parts; }
+
     /// Such as "9, 12 to 14"; empty for no cells.
     QString text() const;
 

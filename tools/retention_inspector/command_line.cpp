@@ -48,7 +48,10 @@ QString generalHelp()
 void addOptions(QCommandLineParser& parser, const CommandForm& form)
 {
     for (const OptionForm& option : form.options) {
-        QCommandLineOption added(QString::fromLatin1(option.name), QString::fromLatin1(option.description));
+        QStringList names(QString::fromLatin1(option.name));
+        if (names.first() == QLatin1String("output"))
+            names.prepend(QStringLiteral("o"));
+        QCommandLineOption added(names, QString::fromLatin1(option.description));
         if (option.value)
             added.setValueName(QString::fromLatin1(option.value));
         parser.addOption(added);
@@ -112,8 +115,7 @@ Outcome runCommand(const CommandForm& form, const QStringList& words)
     const CommandResult result = form.run(invocation);
     if (!result.error.isEmpty())
         return failure(result.error);
-    return {
-        result.report.findings.empty() ? 0 : findingStatus, formatted(result.report, invocation.format), {}};
+    return {result.report.isClean() ? 0 : findingStatus, formatted(result.report, invocation.format), {}};
 }
 
 } // namespace

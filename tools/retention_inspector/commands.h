@@ -8,7 +8,7 @@
 
 struct OptionForm
 {
-    const char* name;
+    const char* name;  ///< "output" may also be given as -o
     const char* value; ///< name of its value; null for a switch
     const char* description;
 };

@@ -1,31 +1,7 @@
 // Verdicts: an entry's cells less the kept cells of its area.
 #include "tools/retention_inspector/entry_verdict.h"
 
-#include <algorithm>
-
 namespace {
-
-/// The blocks that hold cells, ascending.
-std::vector<const LayoutBlock*> filledBlocks(const AreaLayout& area)
-{
-    std::vector<const LayoutBlock*> filled;
-    for (const LayoutBlock& block : area.blocks)
-        if (block.count > 0)
-            filled.push_back(&block);
-    return filled;
-}
-
-/// The block with the cell; null for none.
-const LayoutBlock* blockWith(const std::vector<const LayoutBlock*>& blocks, qint64 cell)
-{
-    const auto after =
-        std::upper_bound(blocks.begin(), blocks.end(), cell,
-                         [](qint64 wanted, const LayoutBlock* block) { return wanted < block->first; });
-    if (after == blocks.begin())
-        return nullptr;
-    const LayoutBlock* const block = *(after - 1);
-    return cell <= block->last() ? block : nullptr;
-}
 
 EntryVerdict::Kind kindOf(const EntryVerdict& verdict)
 {
@@ -45,8 +21,6 @@ std::vector<EntryVerdict> entryVerdicts(const Layout& layout)
     std::vector<EntryVerdict> verdicts;
     if (layout.images())
         return verdicts;
-    std::array<std::vector<const LayoutBlock*>, 3> filled;
-    std::transform(layout.areas.begin(), layout.areas.end(), filled.begin(), filledBlocks);
     for (const ProjectEntry& entry : layout.settings.entries) {
         EntryVerdict verdict;
         verdict.entry = &entry;
@@ -54,7 +28,7 @@ std::vector<EntryVerdict> entryVerdicts(const Layout& layout)
             const AreaLayout& area = layout.of(*entry.area);
             verdict.lost = CellRanges({{entry.first(), entry.last()}}).minus(area.kept);
             if (entry.length > 0)
-                verdict.block = blockWith(filled[entry.area - RetentionArea::all], entry.first());
+                verdict.block = area.blockOf(entry);
         }
         verdict.kind = kindOf(verdict);
         verdicts.push_back(verdict);

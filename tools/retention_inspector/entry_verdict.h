@@ -18,7 +18,7 @@ struct EntryVerdict
 
     const ProjectEntry* entry = nullptr;
     Kind kind = Kind::None;
-    const LayoutBlock* block = nullptr; ///< the block with its first cell; null for none
+    const LayoutBlock* block = nullptr; ///< the block that it went into; null for none
     CellRanges lost;                    ///< its cells that do not come back
 
     bool knownArea() const { return entry->area != nullptr; }

@@ -4,6 +4,7 @@
 
 #include "tools/retention_inspector/invocation.h"
 #include "tools/retention_inspector/show_report.h"
+#include "tools/retention_inspector/wear.h"
 
 /// Each has either its value or the reason why there is none.
 struct LayoutInput
@@ -21,6 +22,11 @@ struct SelectionInput
     Selection selection;
     QString error;
 };
+struct WearInput
+{
+    WearQuestion question;
+    QString error;
+};
 
 /// What a file that cannot be read means to a command.
 enum class Unreadable
@@ -33,5 +39,7 @@ LayoutInput readLayout(const QString& projectFile);
 FilesInput readFiles(const QString& directory, Unreadable unreadable);
 /// From the options "area" and "address".
 SelectionInput readSelection(const Invocation& invocation);
+/// From the options of "wear".
+WearInput readWearQuestion(const Invocation& invocation);
 
 #endif

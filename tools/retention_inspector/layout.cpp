@@ -105,25 +105,17 @@ void markProblems(std::vector<LayoutBlock>& blocks, bool bits)
                                 .arg(beforeFile->number);
 }
 
-/// Lists in every sound block the entries that have cells in it.
+/// Lists in every block the entries that went into it: those that begin in it or, folded away, right behind
+/// it.
 void nameEntries(const std::vector<ProjectEntry>& entries, AreaLayout& layout)
 {
-    std::vector<LayoutBlock*> sound;
-    for (LayoutBlock& block : layout.blocks) {
-        if (block.count > 0 && block.problem.isEmpty())
-            sound.push_back(&block);
-        else
+    for (LayoutBlock& block : layout.blocks)
+        if (block.count <= 0)
             block.entries.push_back(block.maker);
-    }
-    for (const ProjectEntry& entry : entries) {
-        if (entry.area != layout.area)
-            continue;
-        auto at =
-            std::lower_bound(sound.begin(), sound.end(), entry.first(),
-                             [](const LayoutBlock* block, qint64 cell) { return block->last() < cell; });
-        for (; at != sound.end() && (*at)->first <= entry.last(); ++at)
-            (*at)->entries.push_back(entry.number);
-    }
+    for (const ProjectEntry& entry : entries)
+        if (entry.area == layout.area && entry.length > 0)
+            if (LayoutBlock* const block = layout.blockOf(entry))
+                block->entries.push_back(entry.number);
 }
 
 /// Length of a new file: sums wrap as the module's do; a negative length makes an empty file.
@@ -163,6 +155,9 @@ AreaLayout perAddressLayout(const ProjectSettings& settings, const RetentionArea
         block.maker = info.address.spareText.toInt();
         layout.blocks.push_back(block);
     }
+    for (std::size_t i = 0; i < layout.blocks.size(); ++i)
+        if (layout.blocks[i].count > 0)
+            layout.filled.push_back(i);
     markProblems(layout.blocks, area.bits);
     nameEntries(settings.entries, layout);
     layout.fileLength = newFileLength(area, layout.blocks);
@@ -170,6 +165,19 @@ AreaLayout perAddressLayout(const ProjectSettings& settings, const RetentionArea
 }
 
 } // namespace
+
+LayoutBlock* AreaLayout::blockOf(const ProjectEntry& entry)
+{
+    const auto after =
+        std::upper_bound(filled.begin(), filled.end(), entry.first(),
+                         [this](qint64 cell, std::size_t block) { return cell < blocks[block].first; });
+    return after == filled.begin() ? nullptr : &blocks[*(after - 1)];
+}
+
+const LayoutBlock* AreaLayout::blockOf(const ProjectEntry& entry) const
+{
+    return const_cast<AreaLayout*>(this)->blockOf(entry);
+}
 
 Layout makeLayout(ProjectSettings settings)
 {

@@ -6,6 +6,7 @@
 #include "tools/retention_inspector/project_settings.h"
 
 #include <array>
+#include <cstddef>
 #include <vector>
 
 /// The one bit whose changes the module never writes in per-address mode.
@@ -20,7 +21,7 @@ struct LayoutBlock
     qint64 byte = 0;          ///< place of the first cell: offset in the file
     int bit = 0;              ///< and bit in that byte; 0 in word files and images
     int maker = 0;            ///< number of the entry that it was made from; 0 in whole-area mode
-    std::vector<int> entries; ///< numbers of all entries with cells in it, ascending
+    std::vector<int> entries; ///< numbers of the entries that went into it, ascending
     QString problem;          ///< why its values do not come back; empty for a sound block
 
     qint64 last() const { return first + count - 1; }
@@ -30,9 +31,14 @@ struct AreaLayout
 {
     const RetentionArea* area = nullptr;
     std::vector<LayoutBlock> blocks; ///< ascending by first cell
+    std::vector<std::size_t> filled; ///< places in `blocks` of those with cells, in per-address mode
     qint64 cells = 0;                ///< sum of the blocks' counts
     qint64 fileLength = 0;           ///< bytes of a new file
     CellRanges kept;                 ///< cells of the area whose values come back after a power cut
+
+    /// The block that an entry of this area with at least one cell went into; null for none.
+    const LayoutBlock* blockOf(const ProjectEntry& entry) const;
+    LayoutBlock* blockOf(const ProjectEntry& entry);
 };
 
 struct Layout

@@ -80,7 +80,10 @@ struct Report
     std::vector<Fact> facts;
     std::vector<Table> tables;
     std::vector<Finding> findings;
-    QStringList notes; ///< what else the user should know; no reason to change anything
+    QStringList notes;    ///< what else the user should know; no reason to change anything
+    bool differs = false; ///< the tables themselves are what was looked for: differences
+
+    bool isClean() const { return findings.empty() && !differs; }
 };
 
 enum class Format

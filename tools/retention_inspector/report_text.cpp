@@ -125,7 +125,8 @@ QString reportText(const Report& report)
     for (const Table& table : report.tables)
         if (table.readers != Table::Readers::Scripts)
             appendTable(out, table);
-    appendFindings(out, report.findings);
+    if (!report.differs)
+        appendFindings(out, report.findings);
     if (!report.notes.isEmpty())
         out += QLatin1String("\nNotes\n");
     for (const QString& note : report.notes)

@@ -1,0 +1,212 @@
+// Migration: the module restores from the new files what the old project kept.
+#include "tests/support/module_test.h"
+#include "tools/retention_inspector/migration.h"
+
+#include <QtCore/QTemporaryDir>
+
+#include <random>
+
+namespace {
+
+using testing::HasSubstr;
+
+using ProjectPointer = std::unique_ptr<object>;
+
+class MigrationTest : public ModuleTest
+{
+protected:
+    /// Fills the areas of a panel at random, with what is kept on its disk.
+    std::unique_ptr<Panel> usedPanel(object& project)
+    {
+        auto panel = startPanel(&project);
+        for (MemoryArea& area : panel->areas.all()) {
+            std::vector<ushort> values(MemoryArea::cellCount);
+            for (ushort& value : values)
+                value = static_cast<ushort>(area.isBits() ? random() % 2 : random());
+            panel->setCells(area.name(), 0, values);
+        }
+        panel->model->cyclicRun();
+        return panel;
+    }
+
+    /// Carries the files of the fixed directory over and puts the new ones in their place.
+    Migration migrate(const Layout& from, const Layout& to)
+    {
+        files = openRetentionFiles(QLatin1String(fixedProjectDirectory));
+        Migration migration = planMigration(from, to, files);
+        QTemporaryDir scratch;
+        const QString target = scratch.filePath(QStringLiteral("new"));
+        EXPECT_EQ(writeNewFiles(migration, target), QString());
+        for (const char* name : {bitFileName, wordFileName, rwiFileName}) {
+            QFile made(target + QLatin1Char('/') + QLatin1String(name));
+            EXPECT_TRUE(made.open(QIODevice::ReadOnly));
+            writeRetentionFile(QString::fromLatin1(name), made.readAll());
+        }
+        return migration;
+    }
+
+    void expectValuesComeBack(object& oldProject, object& newProject)
+    {
+        const auto before = usedPanel(oldProject);
+        const Layout from = makeLayout(readSettings(&oldProject));
+        const Layout to = makeLayout(readSettings(&newProject));
+        const Migration migration = migrate(from, to);
+        const auto after = startPanel(&newProject);
+        for (std::size_t i = 0; i < 3; ++i) {
+            EXPECT_EQ(to.areas[i].fileLength,
+                      retentionFile(QString::fromLatin1(to.areas[i].area->fileName))->size());
+            const CellRanges common = from.areas[i].kept.minus(from.areas[i].kept.minus(to.areas[i].kept));
+            EXPECT_EQ(migration.areas[i].carried.text(), common.text());
+            carried += common.count();
+            for (int cell = 0; cell < MemoryArea::cellCount; ++cell) {
+                const ushort expected =
+                    common.contains(cell) ? *before->areas.all()[i].cell(cell) : ushort(0);
+                ASSERT_EQ(*after->areas.all()[i].cell(cell), expected)
+                    << after->areas.all()[i].name().toStdString() << ' ' << cell;
+            }
+        }
+    }
+
+    std::mt19937 random{88};
+    RetentionFiles files;
+    qint64 carried = 0;
+};
+
+const std::vector<Entry> oldEntries = {
+    {QStringLiteral("LB"), 3, 21},   {QStringLiteral("LB"), 30, 9},      {QStringLiteral("LB"), 60095, 10},
+    {QStringLiteral("LW"), 100, 10}, {QStringLiteral("LW"), 104, 12},    {QStringLiteral("LW"), 200, 5},
+    {QStringLiteral("RWI"), 0, 50},  {QStringLiteral("RWI"), 65530, 10},
+};
+const std::vector<Entry> newEntries = {
+    {QStringLiteral("LB"), 0, 10},  {QStringLiteral("LB"), 12, 40},  {QStringLiteral("LB"), 60090, 20},
+    {QStringLiteral("LW"), 90, 20}, {QStringLiteral("LW"), 110, 3},  {QStringLiteral("LW"), 199, 4},
+    {QStringLiteral("LW"), 203, 9}, {QStringLiteral("RWI"), 25, 50}, {QStringLiteral("RWI"), 65500, 33},
+};
+
+TEST_F(MigrationTest, CarriesValuesFromEntriesToOtherEntries)
+{
+    expectValuesComeBack(*perAddressProject(oldEntries), *perAddressProject(newEntries));
+    EXPECT_GT(carried, 60);
+}
+
+TEST_F(MigrationTest, CarriesValuesFromWholeAreasToEntries)
+{
+    expectValuesComeBack(*wholeAreaProject(1, 5), *perAddressProject(newEntries));
+    EXPECT_GT(carried, 100);
+}
+
+TEST_F(MigrationTest, CarriesValuesFromEntriesToWholeAreas)
+{
+    expectValuesComeBack(*perAddressProject(oldEntries), *wholeAreaProject(1, 5));
+    EXPECT_GT(carried, 60);
+}
+
+TEST_F(MigrationTest, CarriesWholeAreasUnchanged)
+{
+    const ProjectPointer project = wholeAreaProject(1, 5);
+    const auto before = usedPanel(*project);
+    // Another layout of bits than one a byte stays as it is.
+    writeRetentionFile(QString::fromLatin1(bitFileName), QByteArray(65536, '\x5a'));
+    const Layout layout = makeLayout(readSettings(project.get()));
+    const auto words = retentionFile(QString::fromLatin1(wordFileName));
+    migrate(layout, layout);
+    EXPECT_EQ(retentionFile(QString::fromLatin1(bitFileName)), QByteArray(65536, '\x5a'));
+    EXPECT_EQ(retentionFile(QString::fromLatin1(wordFileName)), words);
+}
+
+TEST_F(MigrationTest, CarriesRandomProjects)
+{
+    const auto randomProject = [this] {
+        const QString areas[] = {QStringLiteral("LB"), QStringLiteral("LW"), QStringLiteral("RWI")};
+        std::vector<Entry> entries(1 + random() % 20);
+        for (Entry& entry : entries)
+            entry = {areas[random() % 3], static_cast<int>(random() % 120), static_cast<int>(random() % 30)};
+        return perAddressProject(entries);
+    };
+    for (int round = 0; round < 8; ++round) {
+        for (const char* name : {bitFileName, wordFileName, rwiFileName})
+            QFile::remove(retentionPath(QString::fromLatin1(name)));
+        expectValuesComeBack(*randomProject(), *randomProject());
+    }
+    EXPECT_GT(carried, 200);
+}
+
+TEST_F(MigrationTest, CarriesNoBitsOutOfAnImageThatIsNotOneBitAByte)
+{
+    const ProjectPointer images = wholeAreaProject(1, 5);
+    const ProjectPointer entries = perAddressProject(newEntries);
+    usedPanel(*images);
+    writeRetentionFile(QString::fromLatin1(bitFileName), QByteArray(65536, '\x5a'));
+    const Layout from = makeLayout(readSettings(images.get()));
+    const Layout to = makeLayout(readSettings(entries.get()));
+    const Migration migration = migrate(from, to);
+    EXPECT_TRUE(migration.areas[0].carried.isEmpty());
+    EXPECT_FALSE(migration.areas[1].carried.isEmpty());
+    EXPECT_STREQ(migrationReport(migration, QString()).findings.front().kind, "foreign-bit-image");
+    EXPECT_EQ(retentionFile(QString::fromLatin1(bitFileName))->count('\0'), 9)
+        << "70 cells: 9 bytes of zeros";
+}
+
+TEST_F(MigrationTest, SaysWhatHadNoValue)
+{
+    const ProjectPointer oldProject = perAddressProject({{QStringLiteral("LW"), 0, 4}});
+    const ProjectPointer newProject =
+        perAddressProject({{QStringLiteral("LW"), 1, 2}, {QStringLiteral("RWI"), 5, 1}});
+    writeRetentionFile(QString::fromLatin1(wordFileName), QByteArray("\1\0\2\0", 4));
+    const Layout from = makeLayout(readSettings(oldProject.get()));
+    const Layout to = makeLayout(readSettings(newProject.get()));
+    files = openRetentionFiles(QLatin1String(fixedProjectDirectory));
+    const Migration migration = planMigration(from, to, files);
+    EXPECT_EQ(migration.areas[1].carried.text(), QStringLiteral("1"));
+    EXPECT_EQ(migration.areas[1].without.text(), QStringLiteral("2"));
+    EXPECT_EQ(migration.areas[1].dropped.text(), QStringLiteral("0, 3"));
+    EXPECT_EQ(migration.areas[2].added.text(), QStringLiteral("5"));
+    const Report report = migrationReport(migration, QString());
+    ASSERT_EQ(report.findings.size(), 1U) << "the old file is too short for the old project";
+    EXPECT_STREQ(report.findings.front().kind, "shorter");
+}
+
+class OutputPlace : public MigrationTest
+{
+protected:
+    QString write(const QString& target)
+    {
+        const ProjectPointer project = wholeAreaProject(1, 5);
+        const Layout layout = makeLayout(readSettings(project.get()));
+        return writeNewFiles(planMigration(layout, layout, files = openRetentionFiles(scratch.path())),
+                             target);
+    }
+
+    QStringList leftOver() const
+    {
+        return QDir(scratch.path())
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    }
+
+    QTemporaryDir scratch;
+};
+
+TEST_F(OutputPlace, MayBeNewOrAnEmptyDirectory)
+{
+    EXPECT_EQ(write(scratch.filePath(QStringLiteral("a"))), QString());
+    QDir(scratch.path()).mkdir(QStringLiteral("b"));
+    EXPECT_EQ(write(scratch.filePath(QStringLiteral("b/"))), QString());
+    EXPECT_EQ(leftOver(), QStringList({QStringLiteral("a"), QStringLiteral("b")}));
+    EXPECT_EQ(QDir(scratch.filePath(QStringLiteral("b"))).entryList(QDir::Files).size(), 3);
+}
+
+TEST_F(OutputPlace, IsNeverOverwritten)
+{
+    ASSERT_EQ(write(scratch.filePath(QStringLiteral("a"))), QString());
+    EXPECT_THAT(write(scratch.filePath(QStringLiteral("a"))).toStdString(),
+                HasSubstr("nothing is overwritten"));
+    ASSERT_TRUE(QFile(scratch.filePath(QStringLiteral("file"))).open(QIODevice::WriteOnly));
+    EXPECT_THAT(write(scratch.filePath(QStringLiteral("file"))).toStdString(), HasSubstr("exists already"));
+    QFile::link(QStringLiteral("nowhere"), scratch.filePath(QStringLiteral("link")));
+    EXPECT_THAT(write(scratch.filePath(QStringLiteral("link"))).toStdString(), HasSubstr("exists already"));
+    EXPECT_THAT(write(scratch.filePath(QStringLiteral("no/where"))).toStdString(),
+                HasSubstr("there is no directory"));
+    EXPECT_EQ(leftOver().size(), 3) << leftOver().join(QLatin1Char(' ')).toStdString();
+}
+
+} // namespace

@@ -1,0 +1,11 @@
+// The command "diff": kept values that differ between two sets of files of one project.
+#ifndef TOOLS_RETENTION_INSPECTOR_DIFFERENCE_H
+#define TOOLS_RETENTION_INSPECTOR_DIFFERENCE_H
+
+#include "tools/retention_inspector/kept_values.h"
+#include "tools/retention_inspector/report.h"
+
+/// A cell with a value on one side only differs, too.
+Report differenceReport(const Layout& layout, const RetentionFiles& first, const RetentionFiles& second);
+
+#endif

@@ -1,0 +1,292 @@
+// Drawing of the map: boxes flow like text, so that 3 and 300 blocks are both readable.
+#include "tools/retention_inspector/map_svg.h"
+
+#include "tools/retention_inspector/layout_report.h"
+#include "tools/retention_inspector/map_items.h"
+
+#include <QtCore/QXmlStreamWriter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+const double pageWidth = 1200;
+const double margin = 24;
+const double innerWidth = pageWidth - 2 * margin;
+const double boxHeight = 62;
+const double lostHeight = 8; // of the strip that marks lost cells of a block
+const double boxGap = 6;
+const double lettersPerPixel = 1 / 6.7; // of the 12 pixel sans-serif
+
+struct Colours
+{
+    const char* fill;
+    const char* edge;
+};
+
+Colours coloursOf(const MapItem& item)
+{
+    switch (item.kind) {
+    case MapItem::Kind::Retained:
+        return item.block->number % 2 ? Colours{"#d5e6f6", "#2f6ea8"} : Colours{"#bcd7f0", "#2f6ea8"};
+    case MapItem::Kind::Folded:
+        return {"#fbe2ad", "#a86a10"};
+    case MapItem::Kind::Unsound:
+    case MapItem::Kind::Lost:
+        break;
+    }
+    return {"url(#lost)", "#b3261e"};
+}
+
+QString number(double value)
+{
+    return QString::number(value, 'f', 1);
+}
+
+/// A thin layer over the XML writer.
+class Drawing
+{
+public:
+    explicit Drawing(QByteArray* out) : xml(out)
+    {
+        xml.setAutoFormatting(true);
+        xml.setAutoFormattingIndent(1);
+    }
+
+    QXmlStreamWriter xml;
+
+    void rectangle(double x, double y, double width, double height, const char* fill, const char* edge,
+                   const QString& tip = QString())
+    {
+        xml.writeStartElement(QStringLiteral("rect"));
+        attribute("x", number(x));
+        attribute("y", number(y));
+        attribute("width", number(width));
+        attribute("height", number(height));
+        attribute("fill", QString::fromLatin1(fill));
+        if (edge)
+            attribute("stroke", QString::fromLatin1(edge));
+        if (!tip.isEmpty())
+            xml.writeTextElement(QStringLiteral("title"), tip);
+        xml.writeEndElement();
+    }
+
+    void text(double x, double y, const QString& words, const char* style = nullptr)
+    {
+        xml.writeStartElement(QStringLiteral("text"));
+        attribute("x", number(x));
+        attribute("y", number(y));
+        if (style)
+            attribute("class", QString::fromLatin1(style));
+        xml.writeCharacters(words);
+        xml.writeEndElement();
+    }
+
+    void attribute(const char* name, const QString& value)
+    {
+        xml.writeAttribute(QString::fromLatin1(name), value);
+    }
+};
+
+QString cellsText(qint64 cells)
+{
+    return cells == 1 ? QStringLiteral("1 cell") : QStringLiteral("%1 cells").arg(cells);
+}
+
+QString placeText(const AreaMap& map, const MapItem& item)
+{
+    QString text = cellsText(item.cells.last - item.cells.first + 1);
+    if (item.block) {
+        text += QStringLiteral(", byte %1").arg(item.block->byte);
+        if (map.layout->area->bits && item.block->bit >= 0)
+            text += QStringLiteral(".%1").arg(item.block->bit);
+    }
+    return text;
+}
+
+/// The third line: what is lost, or who asked for the cells.
+QString remark(const MapItem& item)
+{
+    if (item.kind == MapItem::Kind::Lost || item.kind == MapItem::Kind::Unsound)
+        return QStringLiteral("not retained");
+    return item.lost.isEmpty() ? item.names : QStringLiteral("lost: ") + item.lost.text();
+}
+
+QString shortened(const QString& text, double width)
+{
+    const int letters = static_cast<int>(width * lettersPerPixel);
+    return text.size() <= letters ? text : text.left(std::max(0, letters - 1)) + QChar(0x2026);
+}
+
+double widthOf(const AreaMap& map, const MapItem& item)
+{
+    const qint64 cells = item.cells.last - item.cells.first + 1;
+    const QString edges = rangeText(item.cells);
+    const int remarkLetters = item.lost.isEmpty() ? 0 : std::min(30, remark(item).size() + 2);
+    const auto letters = std::max({edges.size() + 2, placeText(map, item).size(), 13, remarkLetters});
+    const double byCells = 60 + 14 * std::log2(static_cast<double>(cells));
+    return std::min(innerWidth, std::max(byCells, letters / lettersPerPixel + 14));
+}
+
+QString tip(const AreaMap& map, const MapItem& item)
+{
+    QString text =
+        QStringLiteral("%1 %2: %3")
+            .arg(QLatin1String(map.layout->area->name), rangeText(item.cells), placeText(map, item));
+    if (item.block)
+        text += QStringLiteral(", block %1").arg(item.block->number);
+    if (item.block && !item.block->problem.isEmpty())
+        text += QStringLiteral(": ") + item.block->problem;
+    return text + QStringLiteral("; ") + remark(item);
+}
+
+void drawBox(Drawing& drawing, const AreaMap& map, const MapItem& item, double x, double y, double width)
+{
+    const Colours colours = coloursOf(item);
+    drawing.rectangle(x, y, width, boxHeight, colours.fill, colours.edge, tip(map, item));
+    const auto cells = static_cast<double>(item.cells.last - item.cells.first + 1);
+    for (const CellRange& lost : item.lost) {
+        const double from = static_cast<double>(lost.first - item.cells.first) / cells * width;
+        const double part = static_cast<double>(lost.last - lost.first + 1) / cells * width;
+        const double shown = std::max(part, 5.0);
+        drawing.rectangle(x + std::min(from, width - shown), y + boxHeight - lostHeight, shown, lostHeight,
+                          "#b3261e", nullptr);
+    }
+    drawing.text(x + 5, y + 16, QString::number(item.cells.first), "address");
+    if (item.cells.last > item.cells.first)
+        drawing.text(x + width - 5, y + 16, QString::number(item.cells.last), "address end");
+    drawing.text(x + 5, y + 33, placeText(map, item));
+    const bool lost =
+        item.kind == MapItem::Kind::Lost || item.kind == MapItem::Kind::Unsound || !item.lost.isEmpty();
+    drawing.text(x + 5, y + 50, shortened(remark(item), width - 10), lost ? "lost" : "name");
+}
+
+/// Boxes in rows; returns the y below them.
+double drawBoxes(Drawing& drawing, const AreaMap& map, double y)
+{
+    double x = margin;
+    for (const MapItem& item : map.items) {
+        const double width = widthOf(map, item);
+        if (x > margin && x + width > margin + innerWidth) {
+            x = margin;
+            y += boxHeight + boxGap;
+        }
+        drawBox(drawing, map, item, x, y, width);
+        x += width + boxGap;
+    }
+    return y + boxHeight;
+}
+
+/// The whole area to scale, with ticks; returns the y below it.
+double drawScale(Drawing& drawing, const AreaMap& map, double y)
+{
+    const auto cells = static_cast<double>(cellCount(*map.layout->area));
+    const CellRange area = {0, cellCount(*map.layout->area) - 1};
+    drawing.rectangle(margin, y, innerWidth, 14, "#f3f3f3", "#999999");
+    const auto mark = [&](const CellRange& range, const char* fill) {
+        const double x = margin + static_cast<double>(range.first) / cells * innerWidth;
+        const double width =
+            std::max(1.5, static_cast<double>(range.last - range.first + 1) / cells * innerWidth);
+        drawing.rectangle(std::min(x, margin + innerWidth - width), y, width, 14, fill, nullptr);
+    };
+    for (const MapItem& item : map.items)
+        if (item.block && item.kind != MapItem::Kind::Unsound)
+            for (const CellRange& range : CellRanges({item.cells}).within(area))
+                mark(range, coloursOf(item).edge);
+    for (const CellRange& range : map.lost.within(area))
+        mark(range, "#b3261e");
+    for (int quarter = 0; quarter <= 4; ++quarter) {
+        const double x = margin + innerWidth * quarter / 4;
+        const qint64 address = quarter == 4 ? area.last : cellCount(*map.layout->area) * quarter / 4;
+        drawing.text(x, y + 27, QString::number(address),
+                     quarter == 0   ? "tick"
+                     : quarter == 4 ? "tick end"
+                                    : "tick middle");
+    }
+    return y + 38;
+}
+
+/// One area with its heading; returns the y below it.
+double drawArea(Drawing& drawing, const AreaMap& map, double y)
+{
+    const AreaLayout& layout = *map.layout;
+    drawing.text(margin, y + 16, QString::fromLatin1(layout.area->name), "area");
+    QString summary =
+        QStringLiteral("%1, %2 bytes").arg(QLatin1String(layout.area->fileName)).arg(layout.fileLength);
+    summary += map.items.empty()
+                   ? QStringLiteral(": no cell is retained")
+                   : QStringLiteral(": %1 blocks, %2").arg(layout.blocks.size()).arg(cellsText(layout.cells));
+    if (!map.lost.isEmpty())
+        summary += QStringLiteral("; %1 configured but not retained").arg(cellsText(map.lost.count()));
+    drawing.text(margin + 48, y + 16, summary);
+    y = drawScale(drawing, map, y + 26);
+    return map.items.empty() ? y : drawBoxes(drawing, map, y);
+}
+
+void drawLegend(Drawing& drawing, double y)
+{
+    const struct
+    {
+        const char* fill;
+        const char* edge;
+        const char* meaning;
+        double width;
+    } keys[] = {{"#d5e6f6", "#2f6ea8", "retained whole", 130},
+                {"#fbe2ad", "#a86a10", "overlapping entries, folded into one block", 292},
+                {"url(#lost)", "#b3261e", "configured but not retained", 205}};
+    double x = margin;
+    for (const auto& key : keys) {
+        drawing.rectangle(x, y, 22, 14, key.fill, key.edge);
+        drawing.text(x + 29, y + 11, QString::fromLatin1(key.meaning));
+        x += key.width + 29;
+    }
+    drawing.text(x, y + 11, QStringLiteral("Bar: the whole area to scale. Boxes: in the order of the file."));
+}
+
+void drawDefinitions(Drawing& drawing)
+{
+    drawing.xml.writeTextElement(
+        QStringLiteral("style"),
+        QStringLiteral(
+            "text{font:12px 'DejaVu Sans','Liberation Sans',Arial,sans-serif;fill:#222}"
+            ".title{font-size:18px;font-weight:bold}.area{font-size:16px;font-weight:bold}"
+            ".address{font-weight:bold}.end{text-anchor:end}.middle{text-anchor:middle}"
+            ".tick{font-size:10px;fill:#666}.name{fill:#555}.lost{fill:#8c1d18;font-weight:bold}"));
+    drawing.xml.writeStartElement(QStringLiteral("pattern"));
+    for (const auto& [name, value] : {std::pair("id", "lost"),
+                                      {"width", "6"},
+                                      {"height", "6"},
+                                      {"patternUnits", "userSpaceOnUse"},
+                                      {"patternTransform", "rotate(45)"}})
+        drawing.attribute(name, QString::fromLatin1(value));
+    drawing.rectangle(0, 0, 6, 6, "#ffffff", nullptr);
+    drawing.rectangle(0, 0, 2, 6, "#f0b4b0", nullptr);
+    drawing.xml.writeEndElement();
+}
+
+} // namespace
+
+QByteArray mapSvg(const Layout& layout, const QString& title)
+{
+    QByteArray body;
+    Drawing drawing(&body);
+    drawDefinitions(drawing);
+    drawing.xml.writeEmptyElement(QStringLiteral("rect")); // the paper
+    for (const char* side : {"width", "height"})
+        drawing.attribute(side, QStringLiteral("100%"));
+    drawing.attribute("fill", QStringLiteral("#ffffff"));
+    double y = margin;
+    drawing.text(margin, y + 14, title, "title");
+    drawLegend(drawing, y + 28);
+    y += 66;
+    for (const RetentionArea& area : RetentionArea::all)
+        y = drawArea(drawing, areaMap(layout, area), y) + 26;
+
+    // The height is known only now, and the root element comes first.
+    const QByteArray width = number(pageWidth).toLatin1();
+    const QByteArray height = number(y).toLatin1();
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" +
+           width + "\" height=\"" + height + "\" viewBox=\"0 0 " + width + ' ' + height + "\">" + body +
+           "\n</svg>\n";
+}

@@ -1,0 +1,13 @@
+// The command "map": a picture of the three files.
+#ifndef TOOLS_RETENTION_INSPECTOR_MAP_SVG_H
+#define TOOLS_RETENTION_INSPECTOR_MAP_SVG_H
+
+#include "tools/retention_inspector/layout.h"
+
+#include <QtCore/QByteArray>
+
+/// An SVG document: for each area its range to scale, then its blocks in the order of the file with addresses
+/// at their edges, and the configured cells that are not retained, hatched. `title` is put at the top.
+QByteArray mapSvg(const Layout& layout, const QString& title);
+
+#endif
