@@ -21,6 +21,22 @@ PanelProject projectOfHistory(quint64 number, Random& random)
     }
 }
 
+/// Files of an earlier time: any bytes, and of address ranges any even length. Half a word at the end of a
+/// file, which the module never writes, would be no value.
+DiskImage randomFiles(const PanelProject& project, Random& random)
+{
+    DiskImage image;
+    image.directory = true;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const int areaBytes = static_cast<int>(MemoryAreas().all()[i].memory().size());
+        QByteArray bytes(project.wholeAreas() ? areaBytes + random.below(600) : 2 * random.below(750), '\0');
+        for (char& byte : bytes)
+            byte = static_cast<char>(random.oneIn(4) ? 0 : random.below(256));
+        image.files[QLatin1String(retentionFileNames[i])] = bytes;
+    }
+    return image;
+}
+
 } // namespace
 
 History::History(const ModuleLibrary& library, quint64 seed, quint64 number, Evidence& evidence,
@@ -33,6 +49,14 @@ History::History(const ModuleLibrary& library, quint64 seed, quint64 number, Evi
 void History::run(qint64 mostStates)
 {
     most = mostStates;
+    if (random.oneIn(3)) {
+        nextStart = randomFiles(project, random);
+        writeProjectDirectory(nextStart);
+        Panel panel(library, project.root.get());
+        panel.start();
+        nextRestored = panel.areas;
+        beginFromNextStart();
+    }
     for (int left = random.between(1, 4); left > 0 && totals.counts.units < most; --left)
         live();
 }
@@ -67,7 +91,11 @@ void History::live()
     }
     if (statesOfLife == 0) // the life changed nothing
         return;
-    // The next life begins on a state that was started.
+    beginFromNextStart();
+}
+
+void History::beginFromNextStart()
+{
     promise.restart(nextRestored);
     lengths.keep(nextStart.lengths());
 }

@@ -23,11 +23,12 @@ public:
             StateCounts& totals);
 
     /// Lives a few lives, until `most` states were started in all histories. The first begins without a
-    /// project directory, each further one on a random state of the life before.
+    /// project directory or on random files, each further one on a random state of the life before.
     void run(qint64 most);
 
 private:
     void live();
+    void beginFromNextStart();
     void applyPromise(const Event& event, const Disk& now);
     void becomeStricter(const Disk& now);
     void cutHere(const Disk& synced, const std::vector<DiskOp>& pending, std::size_t eventsDone);
@@ -46,8 +47,8 @@ private:
 
     int lives = 0;
     RecordedLife life;
-    DiskImage nextStart;
-    MemoryAreas nextRestored;
+    DiskImage nextStart;      ///< a state that was started
+    MemoryAreas nextRestored; ///< what that start restored
     qint64 statesOfLife = 0;
     std::unordered_set<std::size_t> checked; ///< states that need no further check under the present promise
 };
