@@ -89,14 +89,15 @@ public:
     }
 };
 
-QString cellsText(qint64 cells)
+QString countText(qint64 count, const char* what)
 {
-    return cells == 1 ? QStringLiteral("1 cell") : QStringLiteral("%1 cells").arg(cells);
+    return QStringLiteral("%1 %2%3").arg(count).arg(QLatin1String(what),
+                                                    QLatin1String(count == 1 ? "" : "s"));
 }
 
 QString placeText(const AreaMap& map, const MapItem& item)
 {
-    QString text = cellsText(item.cells.last - item.cells.first + 1);
+    QString text = countText(item.cells.last - item.cells.first + 1, "cell");
     if (item.block) {
         text += QStringLiteral(", byte %1").arg(item.block->byte);
         if (map.layout->area->bits && item.block->bit >= 0)
@@ -123,7 +124,7 @@ double widthOf(const AreaMap& map, const MapItem& item)
 {
     const qint64 cells = item.cells.last - item.cells.first + 1;
     const QString edges = rangeText(item.cells);
-    const int remarkLetters = item.lost.isEmpty() ? 0 : std::min(30, remark(item).size() + 2);
+    const int remarkLetters = std::min(item.lost.isEmpty() ? 22 : 30, remark(item).size() + 2);
     const auto letters = std::max({edges.size() + 2, placeText(map, item).size(), 13, remarkLetters});
     const double byCells = 60 + 14 * std::log2(static_cast<double>(cells));
     return std::min(innerWidth, std::max(byCells, letters / lettersPerPixel + 14));
@@ -151,7 +152,7 @@ void drawBox(Drawing& drawing, const AreaMap& map, const MapItem& item, double x
         const double part = static_cast<double>(lost.last - lost.first + 1) / cells * width;
         const double shown = std::max(part, 5.0);
         drawing.rectangle(x + std::min(from, width - shown), y + boxHeight - lostHeight, shown, lostHeight,
-                          "#b3261e", nullptr);
+                          "url(#lost)", "#b3261e");
     }
     drawing.text(x + 5, y + 16, QString::number(item.cells.first), "address");
     if (item.cells.last > item.cells.first)
@@ -214,11 +215,13 @@ double drawArea(Drawing& drawing, const AreaMap& map, double y)
     drawing.text(margin, y + 16, QString::fromLatin1(layout.area->name), "area");
     QString summary =
         QStringLiteral("%1, %2 bytes").arg(QLatin1String(layout.area->fileName)).arg(layout.fileLength);
-    summary += map.items.empty()
-                   ? QStringLiteral(": no cell is retained")
-                   : QStringLiteral(": %1 blocks, %2").arg(layout.blocks.size()).arg(cellsText(layout.cells));
+    summary += map.items.empty() ? QStringLiteral(": no cell is retained")
+                                 : QStringLiteral(": %1, %2")
+                                       .arg(countText(qint64(layout.blocks.size()), "block"),
+                                            countText(layout.cells, "cell"));
     if (!map.lost.isEmpty())
-        summary += QStringLiteral("; %1 configured but not retained").arg(cellsText(map.lost.count()));
+        summary +=
+            QStringLiteral("; %1 configured but not retained").arg(countText(map.lost.count(), "cell"));
     drawing.text(margin + 48, y + 16, summary);
     y = drawScale(drawing, map, y + 26);
     return map.items.empty() ? y : drawBoxes(drawing, map, y);

@@ -39,8 +39,8 @@ Table dayTable(const WearQuestion& question, const std::vector<DayOfWrites>& day
                  {"writes", "Writes"},
                  {"file_bytes", "File bytes"},
                  {"flash_bytes", "Flash bytes"},
-                 {"erase_blocks", "Erase blocks touched"},
-                 {"levelled_erase_blocks", "Worth in erase blocks"},
+                 {"erasures_in_place", "Erasures in place"},
+                 {"erasures_levelled", "Erasures levelled"},
                  {"levelled_years", endurance && question.capacity > 0 ? "Lasts, levelled" : nullptr},
                  {"in_place_years", endurance ? "Lasts, in place" : nullptr}},
                 {}};

@@ -1,0 +1,146 @@
+// The guide, the man page and the completion hold what the tool does today.
+#include "tests/support/module_test.h"
+#include "tests/support/run_tool.h"
+#include "tools/retention_inspector/commands.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QTemporaryDir>
+
+namespace {
+
+using testing::HasSubstr;
+
+QString contents(const char* path)
+{
+    QFile file(QStringLiteral(SOURCE_DIR "/") + QLatin1String(path));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path;
+    return QString::fromUtf8(file.readAll());
+}
+
+class InspectorGuide : public testing::Test
+{
+protected:
+    InspectorGuide() { QDir::setCurrent(QStringLiteral(SOURCE_DIR)); }
+
+    static ToolRun run(const QStringList& words)
+    {
+        return runTool(QStringLiteral(RETENTION_INSPECTOR_PATH), words);
+    }
+};
+
+TEST_F(InspectorGuide, ShowsWhatTheToolPrints)
+{
+    int consoles = 0;
+    const QStringList parts = contents("docs/retention_inspector.md").split(QLatin1String("```console\n"));
+    for (const QString& part : parts.mid(1)) {
+        const QString block = part.section(QLatin1String("```"), 0, 0);
+        const QString command = block.section(QLatin1Char('\n'), 0, 0);
+        ASSERT_TRUE(command.startsWith(QLatin1String("$ retention_inspector ")));
+        const ToolRun run = InspectorGuide::run(command.split(QLatin1Char(' ')).mid(2));
+        EXPECT_EQ(QString::fromUtf8(run.out).toStdString(),
+                  block.section(QLatin1Char('\n'), 1).toStdString());
+        ++consoles;
+    }
+    EXPECT_EQ(consoles, 2);
+}
+
+TEST_F(InspectorGuide, ShowsThePictureThatTheToolDraws)
+{
+    const QTemporaryDir scratch;
+    const QString picture = scratch.filePath(QStringLiteral("map.svg"));
+    run({QStringLiteral("map"), QStringLiteral("examples/overlapping_ranges.xml"), QStringLiteral("--output"),
+         picture});
+    QFile drawn(picture);
+    ASSERT_TRUE(drawn.open(QIODevice::ReadOnly));
+    EXPECT_EQ(drawn.readAll(), contents("docs/images/retention_map.svg").toUtf8())
+        << "draw both anew: retention_inspector map examples/overlapping_ranges.xml --force "
+           "-o docs/images/retention_map.svg; rsvg-convert docs/images/retention_map.svg -o "
+           "docs/images/retention_map.png";
+}
+
+/// All keys of an object and of the objects in its lists.
+QStringList keysOf(const QJsonObject& object)
+{
+    QStringList keys = object.keys();
+    for (const auto value : object)
+        for (const auto item : value.toArray())
+            keys += keysOf(item.toObject());
+    return keys;
+}
+
+TEST_F(InspectorGuide, NamesEveryKey)
+{
+    QTemporaryDir scratch;
+    const QString directory = scratch.filePath(QStringLiteral("files"));
+    QDir().mkdir(directory);
+    QFile words(directory + QStringLiteral("/maintenance-word.dat"));
+    ASSERT_TRUE(words.open(QIODevice::WriteOnly) && words.write("\1\2\3") == 3);
+    words.close();
+    const QString ranges = QStringLiteral("examples/overlapping_ranges.xml");
+    const QString areas = QStringLiteral("examples/whole_areas.xml");
+    const QString migrated = scratch.filePath(QStringLiteral("migrated"));
+    const QString picture = scratch.filePath(QStringLiteral("map.svg"));
+    const QString endurance = QStringLiteral("--endurance-cycles=3000");
+    const QList<QStringList> calls = {
+        {QStringLiteral("layout"), ranges},
+        {QStringLiteral("layout"), areas},
+        {QStringLiteral("show"), ranges, directory},
+        {QStringLiteral("check"), ranges, directory},
+        {QStringLiteral("migrate"), ranges, areas, directory, QStringLiteral("-o"), migrated},
+        {QStringLiteral("diff"), ranges, directory, migrated},
+        {QStringLiteral("wear"), ranges, QStringLiteral("--changes-per-hour=60"),
+         QStringLiteral("--capacity=1G"), endurance},
+        {QStringLiteral("wear"), areas, endurance},
+        {QStringLiteral("map"), ranges, QStringLiteral("-o"), picture}};
+    const std::string guide = contents("docs/retention_inspector.md").toStdString();
+    for (const QStringList& call : calls) {
+        const ToolRun run = InspectorGuide::run(call + QStringList(QStringLiteral("--format=json")));
+        const QJsonObject root = QJsonDocument::fromJson(run.out).object();
+        EXPECT_EQ(root.value(QStringLiteral("command")).toString(), call.first()) << run.err.toStdString();
+        for (const QString& key : keysOf(root))
+            EXPECT_THAT(guide, HasSubstr('`' + key.toStdString() + '`'))
+                << call.join(QLatin1Char(' ')).toStdString();
+    }
+}
+
+TEST_F(InspectorGuide, ManPageNamesEveryCommandAndOption)
+{
+    const std::string page =
+        contents("docs/man/retention_inspector.1").remove(QLatin1Char('\\')).toStdString();
+    for (const CommandForm& form : commandForms()) {
+        EXPECT_THAT(page, HasSubstr(".B " + std::string(form.name) + '\n'));
+        for (const OptionForm& option : form.options)
+            EXPECT_THAT(page, HasSubstr("--" + std::string(option.name)));
+    }
+}
+
+TEST_F(InspectorGuide, CompletionOffersEveryCommandAndOption)
+{
+    const auto offered = [](const QStringList& words) {
+        const ToolRun run = runTool(
+            QStringLiteral("/bin/bash"),
+            QStringList({QStringLiteral("-c"),
+                         QStringLiteral(
+                             "source tools/retention_inspector/completion.bash; COMP_WORDS=(\"$0\" \"$@\"); "
+                             "COMP_CWORD=$#; _retention_inspector; echo \"${COMPREPLY[@]}\""),
+                         QStringLiteral("retention_inspector")}) +
+                words);
+        return QString::fromUtf8(run.out).simplified().split(QLatin1Char(' '));
+    };
+    for (const CommandForm& form : commandForms()) {
+        const QString name = QString::fromLatin1(form.name);
+        EXPECT_TRUE(offered({QString()}).contains(name)) << form.name;
+        const QStringList options = offered({name, QStringLiteral("--")});
+        for (const OptionForm& option : form.options)
+            EXPECT_TRUE(options.contains(QLatin1String("--") + QLatin1String(option.name)))
+                << form.name << ' ' << option.name;
+        EXPECT_EQ(options.size(), static_cast<int>(form.options.size()) + 2) << form.name;
+    }
+    EXPECT_THAT(offered({QStringLiteral("layout"), QStringLiteral("examples/over")}),
+                testing::ElementsAre(QStringLiteral("examples/overlapping_ranges.xml")));
+}
+
+} // namespace

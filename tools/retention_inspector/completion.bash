@@ -1,0 +1,48 @@
+# Completion of retention_inspector for bash: source it, or install it as
+# /usr/share/bash-completion/completions/retention_inspector.
+_retention_inspector() {
+    local commands="layout show check migrate diff wear map"
+    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
+    local options="--format --help" projects=0 i
+    COMPREPLY=()
+    compopt -o filenames 2>/dev/null
+
+    if [ "$COMP_CWORD" -eq 1 ]; then
+        mapfile -t COMPREPLY < <(compgen -W "$commands --help --version" -- "$word")
+        return
+    fi
+    case $before in
+    --format)
+        mapfile -t COMPREPLY < <(compgen -W "text json csv" -- "$word")
+        return ;;
+    --area)
+        mapfile -t COMPREPLY < <(compgen -W "LB LW RWI" -- "$word")
+        return ;;
+    -o | --output)
+        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+        return ;;
+    --address | --changes-per-hour | --endurance-cycles | --capacity | --erase-block | --page | \
+        --file-system-pages | --years)
+        return ;;
+    esac
+    case $command in
+    show) options+=" --area --address" ;;
+    migrate) options+=" --output" ;;
+    wear) options+=" --changes-per-hour --endurance-cycles --capacity --erase-block --page --file-system-pages --years" ;;
+    map) options+=" --output --force" ;;
+    esac
+    if [[ $word == -* ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
+        return
+    fi
+    # Projects come first, one or, for migrate, two; then directories.
+    for ((i = 2; i < COMP_CWORD; ++i)); do
+        [[ ${COMP_WORDS[i]} == *.xml ]] && projects=$((projects + 1))
+    done
+    if [ "$projects" -ge "$([ "$command" = migrate ] && echo 2 || echo 1)" ]; then
+        mapfile -t COMPREPLY < <(compgen -d -- "$word")
+    else
+        mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X '!*.xml' -- "$word")
+    fi
+}
+complete -F _retention_inspector retention_inspector
