@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/types.h>
 #include <unistd.h>
 
 /// Ends the program when a system call that must not fail did: its figure would be worthless.
@@ -18,6 +19,18 @@ inline void mustMove(ssize_t moved, std::size_t wanted)
         std::perror("a bare system call failed");
         std::exit(1);
     }
+}
+
+inline void readAt(int fd, void* buffer, std::size_t bytes, off_t offset)
+{
+    lseek(fd, offset, SEEK_SET);
+    mustMove(read(fd, buffer, bytes), bytes);
+}
+
+inline void writeAt(int fd, const void* buffer, std::size_t bytes, off_t offset)
+{
+    lseek(fd, offset, SEEK_SET);
+    mustMove(write(fd, buffer, bytes), bytes);
 }
 
 /// Open for reading and writing as long as it lives.

@@ -91,9 +91,11 @@ std::vector<Range> scatteredWordRanges(int count, int length)
     return ranges;
 }
 
-BenchModule::BenchModule(std::unique_ptr<object> project) : project(std::move(project)), module(nullptr)
+BenchModule::BenchModule(std::unique_ptr<object> project, Files files)
+    : project(std::move(project)), module(nullptr)
 {
-    emptyProjectDirectory();
+    if (files == NewFiles)
+        removeRetentionFiles();
     module = static_cast<poweroff_protect*>(createModel());
 }
 
@@ -119,10 +121,10 @@ QByteArray filePath(const char* name)
     return QByteArray(fixedProjectDirectory) + '/' + name;
 }
 
-void emptyProjectDirectory()
+void removeRetentionFiles()
 {
     QDir directory(QString::fromLatin1(fixedProjectDirectory));
-    for (const QString& name : directory.entryList(QDir::Files))
+    for (const QString& name : directory.entryList({QStringLiteral("maintenance-*.dat")}, QDir::Files))
         directory.remove(name);
 }
 

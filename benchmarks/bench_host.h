@@ -44,11 +44,16 @@ std::unique_ptr<object> perAddressProject(const std::vector<Range>& ranges);
 /// `count` blocks of `length` words with a gap after each, in an order that is not that of their addresses.
 std::vector<Range> scatteredWordRanges(int count, int length);
 
-/// The module on a project, with an emptied project directory.
+/// The module on a project.
 class BenchModule
 {
 public:
-    explicit BenchModule(std::unique_ptr<object> project);
+    enum Files
+    {
+        NewFiles,     ///< removes the module's files first
+        ExistingFiles ///< other modules may have them open
+    };
+    explicit BenchModule(std::unique_ptr<object> project, Files files = NewFiles);
     ~BenchModule();
 
     void start(); ///< the runtime's calls up to extModelInit()
@@ -61,8 +66,8 @@ public:
 
 /// Path of a file in the module's directory.
 QByteArray filePath(const char* name);
-/// Removes every file of the module's directory.
-void emptyProjectDirectory();
+/// Removes the module's files.
+void removeRetentionFiles();
 void writeFileBytes(const char* name, const QByteArray& bytes);
 
 #endif

@@ -12,7 +12,8 @@ int main(int argc, char** argv)
     if (argc != 2 || !QFileInfo(QString::fromLocal8Bit(argv[1])).isDir()) {
         std::fprintf(stderr,
                      "usage: %s [Google Benchmark's options] DIRECTORY\n"
-                     "Empties DIRECTORY, which must exist, and measures with the files in it.\n",
+                     "Needs an existing DIRECTORY, whose retention files are lost, and measures with the "
+                     "files in it.\n",
                      argv[0]);
         return 2;
     }
@@ -24,6 +25,7 @@ int main(int argc, char** argv)
         return 2;
     }
     registerSideBySide(workloads());
+    registerDurable();
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

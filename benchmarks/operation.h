@@ -18,8 +18,8 @@ struct Operation
 struct Sides
 {
     Operation module;
-    Operation bare;      ///< the fewest system calls; may be empty
-    Operation sameCalls; ///< the very system calls that the module makes, without the module; may be empty
+    Operation bare;  ///< the system calls alone, against which the target counts; may be empty
+    Operation other; ///< another choice of system calls, for comparison; may be empty
 };
 
 /// A row of the table.
@@ -28,6 +28,8 @@ struct Workload
     std::string name;
     double target; ///< highest ratio of module to bare CPU time; 0: reported only
     std::function<Sides()> make;
+    std::string bareCalls;  ///< what `bare` does, in words
+    std::string otherCalls; ///< what `other` does, in words
 };
 
 /// All rows; names are unique.

@@ -53,12 +53,11 @@ Sides bits(int count)
                 restore(bit, byte);
             }
     };
-    sides.sameCalls.run = [file, restore, count](int times) {
+    sides.other.run = [file, restore, count](int times) {
         for (int i = 0; i < times; ++i)
             for (int bit = 0; bit < count; ++bit) {
                 unsigned char byte = 0;
-                lseek(file->fd, bit / 8, SEEK_SET);
-                mustMove(read(file->fd, &byte, 1), 1);
+                readAt(file->fd, &byte, 1, bit / 8);
                 restore(bit, byte);
             }
     };
@@ -77,7 +76,13 @@ Sides words(int count)
     const std::size_t bytes = 2 * static_cast<std::size_t>(count);
     Sides sides;
     sides.module = restoreThroughModule(host, "LW", count);
-    sides.bare.run = [host, file, buffer, comm, link, area, count, bytes](int times) {
+    sides.bare.run = [file, buffer, comm, link, area, count, bytes](int times) {
+        for (int i = 0; i < times; ++i) {
+            readAt(file->fd, buffer->data(), bytes, 0);
+            comm->writeRegisterValues(link, area, 0, -1, count, buffer->data());
+        }
+    };
+    sides.other.run = [file, buffer, comm, link, area, count, bytes](int times) {
         for (int i = 0; i < times; ++i) {
             mustMove(pread(file->fd, buffer->data(), bytes, 0), bytes);
             comm->writeRegisterValues(link, area, 0, -1, count, buffer->data());
@@ -90,7 +95,10 @@ Sides words(int count)
 
 std::vector<Workload> restoreWorkloads()
 {
-    return {{"bit_restore/4096", 1.5, [] { return bits(4096); }},
-            {"bit_restore/65536", 1.5, [] { return bits(65536); }},
-            {"word_restore/65536", 1.1, [] { return words(65536); }}};
+    const std::string reads = "pread and host call for each bit";
+    const std::string seeks = "lseek + read and host call for each bit";
+    return {{"bit_restore/4096", 1.5, [] { return bits(4096); }, reads, seeks},
+            {"bit_restore/65536", 1.5, [] { return bits(65536); }, reads, seeks},
+            {"word_restore/65536", 1.1, [] { return words(65536); }, "lseek + read and host call",
+             "pread and host call"}};
 }

@@ -113,11 +113,13 @@ std::vector<Workload> startUpWorkloads()
 {
     std::vector<Workload> rows;
     for (const int entries : {1000, 10000})
-        rows.push_back(
-            {"address_list/" + std::to_string(entries), 1.1, [entries] { return addressList(entries); }});
+        rows.push_back({"address_list/" + std::to_string(entries), 1.1,
+                        [entries] { return addressList(entries); }, "property reads, one std::sort", ""});
     for (const int cells : {1000, 65536})
-        rows.push_back({"watch_list/" + std::to_string(cells), 1.1, [cells] { return watchList(cells); }});
+        rows.push_back({"watch_list/" + std::to_string(cells), 1.1, [cells] { return watchList(cells); },
+                        "append to a reserved list", ""});
     for (const int entries : {10, 100, 1000, 10000})
-        rows.push_back({"start_up/" + std::to_string(entries), 0, [entries] { return startUp(entries); }});
+        rows.push_back(
+            {"start_up/" + std::to_string(entries), 0, [entries] { return startUp(entries); }, "", ""});
     return rows;
 }

@@ -35,12 +35,15 @@ Sides save()
             host->module->cyclicRun();
     };
     sides.bare.run = [host, files, comm](int times) {
-        for (int i = 0; i < times; ++i) {
-            auto file = files->begin();
-            for (const Image& image : images)
-                mustMove(pwrite((file++)->fd, comm->getAreaMemory(image.areaCode), image.bytes, 0),
-                         image.bytes);
-        }
+        for (int i = 0; i < times; ++i)
+            for (std::size_t k = 0; k < files->size(); ++k)
+                writeAt((*files)[k].fd, comm->getAreaMemory(images[k].areaCode), images[k].bytes, 0);
+    };
+    sides.other.run = [host, files, comm](int times) {
+        for (int i = 0; i < times; ++i)
+            for (std::size_t k = 0; k < files->size(); ++k)
+                mustMove(pwrite((*files)[k].fd, comm->getAreaMemory(images[k].areaCode), images[k].bytes, 0),
+                         images[k].bytes);
     };
     return sides;
 }
@@ -67,24 +70,27 @@ Sides restore()
     std::array<QByteArray, 3> paths;
     for (std::size_t i = 0; i < paths.size(); ++i)
         paths[i] = filePath(images[i].fileName);
-    InterfaceComm* const comm = &host->comm;
-    sides.bare.prepare = [opened](int times) { opened->reserve(3 * static_cast<std::size_t>(times)); };
-    sides.bare.run = [host, comm, opened, paths](int times) {
-        for (int i = 0; i < times; ++i)
-            for (std::size_t k = 0; k < paths.size(); ++k) {
-                struct stat status;
-                mustMove(stat(paths[k].constData(), &status), 0);
-                const int fd = open(paths[k].constData(), O_RDWR);
-                opened->push_back(fd);
-                const Image& image = images[k];
-                mustMove(pread(fd, comm->getAreaMemory(image.areaCode), image.bytes, 0), image.bytes);
-            }
+    const auto bare = [comm = static_cast<InterfaceComm*>(&host->comm), host, opened, paths](bool checks) {
+        return Operation{[=](int times) {
+                             for (int i = 0; i < times; ++i)
+                                 for (std::size_t k = 0; k < paths.size(); ++k) {
+                                     struct stat status;
+                                     if (checks)
+                                         mustMove(stat(paths[k].constData(), &status), 0);
+                                     opened->push_back(open(paths[k].constData(), O_RDWR));
+                                     readAt(opened->back(), comm->getAreaMemory(images[k].areaCode),
+                                            images[k].bytes, 0);
+                                 }
+                         },
+                         [=](int times) { opened->reserve(3 * static_cast<std::size_t>(times)); },
+                         [=] {
+                             for (const int fd : *opened)
+                                 close(fd);
+                             opened->clear();
+                         }};
     };
-    sides.bare.tidy = [opened] {
-        for (const int fd : *opened)
-            close(fd);
-        opened->clear();
-    };
+    sides.bare = bare(true);
+    sides.other = bare(false);
     return sides;
 }
 
@@ -92,5 +98,6 @@ Sides restore()
 
 std::vector<Workload> wholeAreaWorkloads()
 {
-    return {{"whole_area_save", 1.05, save}, {"whole_area_restore", 1.05, restore}};
+    return {{"whole_area_save", 1.05, save, "3 x lseek + write", "3 x pwrite"},
+            {"whole_area_restore", 1.05, restore, "3 x stat + open + lseek + read", "without stat"}};
 }

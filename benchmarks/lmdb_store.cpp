@@ -1,0 +1,71 @@
+// LMDB as a store, synced at every commit as it is by default.
+#include "benchmarks/bench_host.h"
+#include "benchmarks/durable_store.h"
+
+#include <lmdb.h>
+
+namespace {
+
+class LmdbStore : public DurableStore
+{
+public:
+    LmdbStore()
+    {
+        for (const char* name : {"lmdb.db", "lmdb.db-lock"})
+            std::remove(filePath(name).constData());
+        check(mdb_env_create(&environment));
+        check(mdb_env_set_mapsize(environment, 8U << 20));
+        check(mdb_env_open(environment, filePath("lmdb.db").constData(), MDB_NOSUBDIR, 0644));
+        for (int cell = 0; cell < 10; ++cell)
+            keepCell(cell, 0);
+    }
+    ~LmdbStore() override { mdb_env_close(environment); }
+    Q_DISABLE_COPY(LmdbStore)
+
+    void keepCell(int cell, ushort value) override
+    {
+        inTransaction([&] { put(cell, &value, sizeof value); });
+    }
+
+    void keepImages(int seed) override
+    {
+        inTransaction([&] {
+            int image = 1000;
+            for (const std::vector<char>& bytes : imagesToKeep(seed))
+                put(image++, bytes.data(), bytes.size());
+        });
+    }
+
+private:
+    static void check(int result)
+    {
+        if (result != MDB_SUCCESS)
+            storeFailed("LMDB", mdb_strerror(result));
+    }
+
+    template <typename Change> void inTransaction(Change change)
+    {
+        check(mdb_txn_begin(environment, nullptr, 0, &transaction));
+        check(mdb_dbi_open(transaction, nullptr, MDB_INTEGERKEY, &database));
+        change();
+        check(mdb_txn_commit(transaction));
+    }
+
+    void put(int key, const void* data, std::size_t bytes)
+    {
+        MDB_val name = {sizeof key, &key};
+        MDB_val value = {bytes, const_cast<void*>(data)}; // LMDB only reads it
+        check(mdb_put(transaction, database, &name, &value, 0));
+    }
+
+    MDB_env* environment = nullptr;
+    MDB_txn* transaction = nullptr;
+    MDB_dbi database = 0;
+};
+
+} // namespace
+
+std::unique_ptr<DurableStore> makeLmdbStore()
+{
+    return std::make_unique<LmdbStore>();
+}
