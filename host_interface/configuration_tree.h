@@ -2,6 +2,8 @@
 #ifndef HOST_INTERFACE_CONFIGURATION_TREE_H
 #define HOST_INTERFACE_CONFIGURATION_TREE_H
 
+#include "host_interface/visibility.h"
+
 #include <QtCore/QString>
 #include <QtCore/QtGlobal>
 
@@ -9,18 +11,20 @@ struct object;   ///< a node of the tree; opaque to models
 struct property; ///< a named value of a node; opaque to models
 
 /// The child of that name; null when `parent` is null or has none.
-object* object_get_child(object* parent, const char* name);
+HOST_INTERFACE_PUBLIC object* object_get_child(object* parent, const char* name);
 /// The first child; null when `parent` is null or has none.
-object* object_first_child(object* parent);
+HOST_INTERFACE_PUBLIC object* object_first_child(object* parent);
 /// The next child of the same parent; null after the last and for a null `sibling`.
-object* object_next(object* sibling);
+HOST_INTERFACE_PUBLIC object* object_next(object* sibling);
 /// The property of that name; null when `node` is null or has none.
-property* object_get_property(object* node, const char* name);
+HOST_INTERFACE_PUBLIC property* object_get_property(object* node, const char* name);
 /// The value; `defaultValue` for a null `value`.
-quint32 property_get_value_type_uint32(property* value, quint32 defaultValue);
+HOST_INTERFACE_PUBLIC quint32 property_get_value_type_uint32(property* value, quint32 defaultValue);
 /// The value of the property of that name; `defaultValue` when `node` is null or has none.
-int object_get_property_value_type_int32(object* node, const char* name, int defaultValue);
+HOST_INTERFACE_PUBLIC int object_get_property_value_type_int32(object* node, const char* name,
+                                                               int defaultValue);
 /// The text of the property of that name; `defaultValue` when `node` is null or has none.
-QString object_get_property_value_type_string(object* node, const char* name, const QString& defaultValue);
+HOST_INTERFACE_PUBLIC QString object_get_property_value_type_string(object* node, const char* name,
+                                                                    const QString& defaultValue);
 
 #endif

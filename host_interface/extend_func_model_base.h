@@ -4,6 +4,7 @@
 
 #include "host_interface/exchange_records.h"
 #include "host_interface/interface_all.h"
+#include "host_interface/visibility.h"
 
 #include <QtCore/QList>
 #include <QtCore/QString>
@@ -14,7 +15,7 @@ struct object;
 
 /// All operations are defined by the runtime; a model overrides those it needs. All calls come from one
 /// thread of the runtime, one at a time. The order of operations and fields is the binary interface.
-class ExtendFuncModelBase : public InterfaceAll
+class HOST_INTERFACE_PUBLIC ExtendFuncModelBase : public InterfaceAll
 {
 public:
     ExtendFuncModelBase();

@@ -2,7 +2,9 @@
 #ifndef HOST_INTERFACE_SHELL_H
 #define HOST_INTERFACE_SHELL_H
 
+#include "host_interface/visibility.h"
+
 /// Runs a shell command, returns when it has ended; the result is its status, as the runtime reports it.
-int sys_base_do_system(const char* command);
+HOST_INTERFACE_PUBLIC int sys_base_do_system(const char* command);
 
 #endif

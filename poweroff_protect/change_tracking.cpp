@@ -40,8 +40,9 @@ void writeBitThrough(poweroff_protect& module, InterfaceComm& comm, std::fstream
     ushort value = 0;
     comm.readRegisterValues(area, area, address, 0, 1, &value);
     const int bit = (address - block.address.index) + block.bitOffset;
-    // Negative counts before the block can put it before its own byte; it then has no cell in the file.
-    if (bit < 0)
+    // Negative counts can put it in front of the block's byte. With a negative remainder it is no bit of any
+    // byte, and nothing is written.
+    if (bit % 8 < 0)
         return;
     const int offset = block.fileOffset + bit / 8;
     const int mask = 1 << (bit % 8);

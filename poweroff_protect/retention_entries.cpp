@@ -28,7 +28,7 @@ void poweroff_protect::initAddrInfo()
 {
     QVector<structMaintenance> entries[3]; // one for each row of RetentionArea::all
     object* const retention = object_get_child(projectObject, "DataRetention");
-    for (object* node = object_first_child(retention); node; node = object_next(node)) {
+    for (object* node = retention ? object_first_child(retention) : nullptr; node; node = object_next(node)) {
         const structMaintenance entry = readEntry(node);
         if (const RetentionArea* const area = RetentionArea::named(entry.address.block))
             entries[area - RetentionArea::all].append(entry);

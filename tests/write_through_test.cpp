@@ -202,7 +202,7 @@ TEST_F(WriteThrough, ABlockInFrontOfTheFileFailsTheStreamForGood)
     EXPECT_EQ(lines(calls), "sync");
 }
 
-TEST_F(WriteThrough, ABitInFrontOfItsBlocksByteHasNoCellInTheFile)
+TEST_F(WriteThrough, ABitWithANegativeRemainderIsNoBitOfTheFile)
 {
     writeRetentionFile(fileName, QByteArray(4, '\x77'));
     blocks = {blockAt(0, 8, 2, -3)}; // as behind a negative count
@@ -213,6 +213,16 @@ TEST_F(WriteThrough, ABitInFrontOfItsBlocksByteHasNoCellInTheFile)
         EXPECT_EQ(lines(calls), "sync");
     }
     EXPECT_EQ(changed("LB", 6), "77 77 7f 77") << "from its fourth cell on the block lies in its byte";
+}
+
+TEST_F(WriteThrough, AWholeByteInFrontOfItsBlocksByteLiesInTheByteBefore)
+{
+    writeRetentionFile(fileName, QByteArray(4, '\x76'));
+    blocks = {blockAt(0, 9, 2, -8)}; // as behind counts of -7 and -7
+    comm.value = [](const QString&, int) { return 1; };
+    EXPECT_EQ(changed("LB", 0), "76 77 76 76");
+    EXPECT_EQ(changed("LB", 1), "76 77 76 76") << "a remainder of -7 is no bit of any byte";
+    EXPECT_EQ(changed("LB", 8), "76 77 77 76");
 }
 
 } // namespace

@@ -176,7 +176,7 @@ void RetentionModel::changeBit(ModelArea& area, const RuleBlock& block, int addr
 {
     calls.append(readCall(area.name, address, 1));
     const int place = address - block.index + block.bitOffset;
-    if (place < 0) // only behind a negative count: no cell of the file
+    if (place % 8 < 0) // only behind a negative count: no bit of any byte
         return;
     const int offset = block.fileOffset + place / 8;
     if (!seeks(area, offset))

@@ -1,0 +1,8 @@
+// Marks what the runtime supplies to the modules that it loads.
+#ifndef HOST_INTERFACE_VISIBILITY_H
+#define HOST_INTERFACE_VISIBILITY_H
+
+/// Visible to modules also where the runtime is compiled with hidden symbols.
+#define HOST_INTERFACE_PUBLIC __attribute__((visibility("default")))
+
+#endif
