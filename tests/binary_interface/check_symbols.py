@@ -2,8 +2,8 @@
 """Compares the symbols that a library exports or leaves undefined with a committed list.
 
 The list holds one demangled symbol a line, written as on the panel (32-bit ARM). A line may begin with "armhf: " or
-"amd64: " when the symbol belongs to that processor alone. "#" begins a comment; "## " begins a section, which can be
-compared alone.
+"amd64: " when the symbol belongs to that processor alone. A line that ends in "*" stands for any number of
+symbols that begin so. "#" begins a comment; "## " begins a section, which can be compared alone.
 
 Exit status: 0 the same, 1 a difference, 2 unreadable input.
 """
@@ -73,8 +73,9 @@ def main():
         found = {as_on_the_panel(symbol) for symbol in found}
     listed = listed_symbols(arguments.list, arguments.processor, arguments.section)
     kind = "undefined" if arguments.undefined else "exported"
-    missing = sorted(listed - found)
-    added = [] if arguments.section else sorted(found - listed)
+    groups = tuple(symbol[:-1] for symbol in listed if symbol.endswith("*"))
+    missing = sorted(symbol for symbol in listed - found if not symbol.endswith("*"))
+    added = [] if arguments.section else sorted(symbol for symbol in found - listed if not symbol.startswith(groups))
     for symbol in missing:
         print(f"no longer {kind}: {symbol}")
     for symbol in added:
@@ -82,7 +83,7 @@ def main():
     if missing or added:
         print(f"{arguments.library} has changed its binary interface. If that is meant, change {arguments.list} too.")
         return 1
-    print(f"{len(listed)} {kind} symbols, as listed in {arguments.list}.")
+    print(f"{len(found)} {kind} symbols, as listed in {arguments.list}.")
     return 0
 
 
