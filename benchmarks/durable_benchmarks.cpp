@@ -47,7 +47,7 @@ void runRounds(benchmark::State& state, Keep keep)
 
 } // namespace
 
-void registerDurable()
+void registerDurable(int repetitions)
 {
     const std::pair<const char*, Keep> jobs[] = {
         {"durable/word_change",
@@ -56,6 +56,6 @@ void registerDurable()
     for (const auto& [name, keep] : jobs)
         benchmark::RegisterBenchmark(name, [keep = keep](benchmark::State& state) { runRounds(state, keep); })
             ->Iterations(101)
-            ->Repetitions(5)
+            ->Repetitions(repetitions)
             ->UseManualTime();
 }

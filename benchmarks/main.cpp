@@ -5,13 +5,16 @@
 #include <QtCore/QFileInfo>
 
 #include <cstdio>
+#include <cstring>
 
 int main(int argc, char** argv)
 {
     benchmark::Initialize(&argc, argv);
-    if (argc != 2 || !QFileInfo(QString::fromLocal8Bit(argv[1])).isDir()) {
+    const bool isShort = argc == 3 && std::strcmp(argv[1], "--short") == 0;
+    const char* const folder = argv[argc - 1];
+    if (argc != (isShort ? 3 : 2) || !QFileInfo(QString::fromLocal8Bit(folder)).isDir()) {
         std::fprintf(stderr,
-                     "usage: %s [Google Benchmark's options] DIRECTORY\n"
+                     "usage: %s [Google Benchmark's options] [--short] DIRECTORY\n"
                      "Needs an existing DIRECTORY, whose retention files are lost, and measures with the "
                      "files in it.\n",
                      argv[0]);
@@ -19,13 +22,14 @@ int main(int argc, char** argv)
     }
     QString error = enterPrivateUsr();
     if (error.isEmpty())
-        error = mapProjectDirectory(QString::fromLocal8Bit(argv[1]));
+        error = mapProjectDirectory(QString::fromLocal8Bit(folder));
     if (!error.isEmpty()) {
         std::fprintf(stderr, "%s\n", qPrintable(error));
         return 2;
     }
-    registerSideBySide(workloads());
-    registerDurable();
+    const int repetitions = isShort ? 1 : 5;
+    registerSideBySide(workloads(), repetitions);
+    registerDurable(repetitions);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

@@ -8,7 +8,6 @@
 namespace {
 
 const int rounds = 41;
-const int repetitions = 5;
 const double shortestBatch = 0.001; ///< seconds of CPU, far above the clock's own cost
 
 double cpuSeconds()
@@ -82,7 +81,7 @@ double medianOf(std::vector<double> values)
     return *middle;
 }
 
-void registerSideBySide(const std::vector<Workload>& rows)
+void registerSideBySide(const std::vector<Workload>& rows, int repetitions)
 {
     for (const Workload& row : rows)
         benchmark::RegisterBenchmark(("cpu/" + row.name).c_str(),
