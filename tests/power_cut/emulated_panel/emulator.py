@@ -9,7 +9,7 @@ from dataclasses import dataclass
 
 from serial_log import StartLog
 
-BOOT_SECONDS = 120  # far more than a busy machine needs; beyond it the emulator is stuck
+BOOT_SECONDS = 300  # far more than a busy machine needs; beyond it the emulator is stuck
 
 
 class EmulatorFailure(Exception):

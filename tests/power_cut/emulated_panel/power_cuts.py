@@ -15,7 +15,7 @@ from serial_log import UnreadableLog
 PROJECTS = {"retained_cells.xml": RetainedCells, "whole_areas.xml": WholeAreas}
 LONGEST_LIFE = 20  # cuts that one storage image lives through
 EARLY_CUTS = 0.25  # this share of the cuts falls while the storage is mounted and the panel starts
-LOAD_SECONDS = 5  # the other cuts fall in this time after it
+LOAD_SECONDS = 4  # the other cuts fall in this time after the panel has restored its values
 FINDINGS_SHOWN = 10  # of one start; all of them are kept in a file
 
 
@@ -51,7 +51,6 @@ class Life:
         restored. Checks what was restored; returns what must not be, a line each."""
         self._starts += 1
         chance = random.Random(f"{self._options.seed} {self.folder.name} {self._starts}")
-        seconds = self._moment_of_cut(chance)
         parameters = {"PANEL_PROJECT": self._project, "PANEL_SEED": chance.getrandbits(31),
                       "PANEL_BREAK_SYNC": int(self._options.break_sync)}
         shutil.copyfile(self._image, self.folder / f"{self._machine.medium}_as_the_last_cut_left_it.img")
@@ -60,9 +59,9 @@ class Life:
             try:
                 emulator.boot()
                 if cut:
-                    emulator.run_until(lambda: False, seconds)
-                elif not emulator.run_until(lambda: emulator.log.restored):
-                    emulator.log.failure = emulator.log.failure or "the panel did not restore its values"
+                    self._run_until_cut(emulator, chance)
+                else:
+                    self._run_until_restored(emulator)
                 emulator.cut_power()
                 counts.cuts += cut
                 counts.early += cut and not emulator.log.restored
@@ -70,12 +69,17 @@ class Life:
                 emulator.log.failure = str(error)
         return self._judge(emulator.log, counts)
 
-    def _moment_of_cut(self, chance):
-        """Seconds since the guest began to mount its storage."""
-        start = self._machine.start_seconds
+    def _run_until_cut(self, emulator, chance):
         if chance.random() < EARLY_CUTS:
-            return chance.uniform(0, start)
-        return start + chance.uniform(0, LOAD_SECONDS)
+            emulator.run_until(lambda: False, chance.uniform(0, self._machine.start_seconds))
+        else:
+            self._run_until_restored(emulator)
+            emulator.run_until(lambda: False, chance.uniform(0, LOAD_SECONDS))
+
+    @staticmethod
+    def _run_until_restored(emulator):
+        if not emulator.run_until(lambda: emulator.log.restored):
+            emulator.log.failure = emulator.log.failure or "the panel did not restore its values"
 
     def _judge(self, log, counts):
         findings = [log.failure] if log.failure else []
