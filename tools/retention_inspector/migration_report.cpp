@@ -39,6 +39,10 @@ void addNotes(const Migration& migration, Report& report)
         report.notes.append(QStringLiteral(
             "Bits changed between an image and packed blocks. How a panel lays out the bits of its "
             "LB image is its own affair; one byte a bit was assumed. Words are certain."));
+    if (migration.from->images() && !migration.to->images())
+        report.notes.append(
+            QStringLiteral("At the start a bit that is 0 in a byte of zeros keeps the panel's own start "
+                           "value; the image restored it as 0."));
     if (migration.to->images() && !migration.from->images())
         report.notes.append(
             QStringLiteral("The new project restores whole areas: at the next start every cell "
