@@ -62,7 +62,7 @@ def main_table(rows):
         bare, other = row["label"].split(";")
         beside = f"; {row['ratio_other']:.2f} against {other}" if other else ""
         spread = sorted(run["ratio"] for run in row["runs"])
-        lines.append([title, time_text(row["module_ns"]), time_text(row["bare_ns"]), f"{row['ratio']:.2f}",
+        lines.append([title, time_text(row["module_ns"]), time_text(row["bare_ns"]), f"{row['ratio']:.3f}",
                       f"{spread[0]:.2f}-{spread[-1]:.2f}", f"{row['target']:.2f}",
                       "met" if row["ratio"] <= row["target"] else "NOT MET", f"{bare}{beside}"])
     return table(["CPU time of one operation", "module", "bare", "ratio", "runs", "target", "", "bare calls"], lines)
@@ -112,11 +112,12 @@ set title 'CPU time of the module, as a ratio to the bare calls ({date})'
 set style fill solid 0.8 border -1
 set boxwidth 0.6
 set yrange [0:*]
+set offsets 0, 0, 0.2, 0
 set grid ytics
 set ylabel 'ratio'
 set xtics rotate by -35 nomirror
 set bmargin 10
-set rmargin 12
+set rmargin 20
 set key top right
 plot '{folder}/plot.dat' using 0:2:xtic(1) with boxes lc rgb '#4477aa' title 'measured', \\
      '' using 0:3 with points pt 9 ps 1.4 lc rgb '#cc3311' title 'target'
