@@ -5,6 +5,7 @@
 #include "simulated_host/simulated_comm.h"
 #include "tests/fuzz/fuzz_check.h"
 #include "tests/fuzz/fuzz_start.h"
+#include "tests/fuzz/hostile_files.h"
 #include "tests/fuzz/kept_files_model.h"
 #include "tests/fuzz/project_from_bytes.h"
 
@@ -20,37 +21,6 @@ const char* const fileNames[3] = {"maintenance-bit.dat", "maintenance-word.dat",
 QString pathOf(std::size_t area)
 {
     return QStringLiteral("/usr/tavrin/project/") + QLatin1String(fileNames[area]);
-}
-
-using Files = std::array<std::optional<QByteArray>, 3>;
-
-/// Made once: the instrumented loop takes far longer than the rest of a run.
-QByteArray patterned(int length, int seed)
-{
-    static const QByteArray pattern = [] {
-        QByteArray bytes(200000, '\0');
-        for (int k = 0; k < bytes.size(); ++k)
-            bytes[k] = static_cast<char>(k * 7 + k / 256);
-        return bytes;
-    }();
-    return pattern.mid(seed, length);
-}
-
-/// No file, one of a few bytes, one of any length, or one as the whole-area mode leaves it.
-Files filesFrom(FuzzInput& input)
-{
-    Files files;
-    for (std::size_t a = 0; a < 3; ++a) {
-        const int form = input.byte();
-        const int image = a == 0 ? 65536 : 131072;
-        if (form % 8 == 0)
-            files[a] = patterned(image - 1 + form / 8 % 3, form);
-        else if (form % 8 == 1)
-            files[a] = patterned((input.byte() | input.byte() << 8) * 3, form);
-        else if (form % 8 < 6)
-            files[a] = input.bytes();
-    }
-    return files;
 }
 
 void layFiles(const Files& files)
@@ -70,21 +40,6 @@ std::optional<QByteArray> fileNow(std::size_t area)
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
     return file.readAll();
-}
-
-/// Keeps memory and files small: no block may lie or reach far away.
-bool isAffordable(const RetentionModel& model)
-{
-    const std::int64_t most = 200000;
-    std::int64_t total = 0;
-    for (std::size_t a = 0; a < 3; ++a) {
-        for (const ModelBlock& block : model.blocks[a]) {
-            total += std::max(0, block.count) * (a == 0 ? 20 : 1);
-            if (std::abs(std::int64_t(block.count)) > most || block.fileOffset > most)
-                return false;
-        }
-    }
-    return total <= most;
 }
 
 /// The areas hold something everywhere, so that nothing is mistaken for untouched.
@@ -108,7 +63,7 @@ _ExtendTriggerMsg_t messageFrom(FuzzInput& input, int form)
     std::memset(&message, form, sizeof message); // nothing else of it may matter
     message.address = input.number();
     if (form % 4 < 3) {
-        std::strcpy(message.areaName, modelAreas[form % 4]);
+        std::strcpy(message.areaName, areaNames[form % 4]);
     } else {
         const QByteArray name = input.bytes();
         std::copy_n(name.constData(), std::min<int>(name.size(), sizeof message.areaName), message.areaName);
@@ -131,7 +86,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FuzzInput projectInput(reinterpret_cast<const std::uint8_t*>(projectBytes.constData()),
                            static_cast<std::size_t>(projectBytes.size()));
     const auto project = projectFromBytes(projectInput);
-    const RetentionModel retention = modelOf(*project);
+    const ExpectedProject retention = expectedOf(*project);
     if (!isAffordable(retention))
         return -1;
 

@@ -1,6 +1,8 @@
 // The rules for files and cells, one by one.
 #include "tests/fuzz/kept_files_model.h"
 
+#include "tests/support/literal_rules.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -42,7 +44,7 @@ ushort unitAt(const QByteArray& bytes, int unit)
 
 } // namespace
 
-KeptFilesModel::KeptFilesModel(RetentionModel retention, MemoryAreas& areas,
+KeptFilesModel::KeptFilesModel(ExpectedProject retention, MemoryAreas& areas,
                                std::array<std::optional<QByteArray>, 3> start)
     : retention(std::move(retention)), areas(areas)
 {
@@ -87,21 +89,21 @@ void KeptFilesModel::init()
 void KeptFilesModel::makeFile(std::size_t area)
 {
     std::int32_t total = 0;
-    for (const ModelBlock& block : retention.blocks[area])
-        total = plus(total, block.count);
-    const std::int32_t length = area == 0 ? total / 8 + 1 : plus(total, total);
+    for (const ExpectedBlock& block : retention.blocks[area])
+        total = sum32(total, block.count);
+    const std::int32_t length = area == 0 ? total / 8 + 1 : sum32(total, total);
     files[area].bytes = QByteArray(std::max(0, length), '\0');
 }
 
 void KeptFilesModel::restoreBits()
 {
     std::int32_t running = 0;
-    for (const ModelBlock& block : retention.blocks[0]) {
+    for (const ExpectedBlock& block : retention.blocks[0]) {
         for (std::int32_t j = 0; j < block.count; ++j) {
             const std::int32_t bit = running + j;
             const int byte = static_cast<unsigned char>(readAt(files[0], bit / 8, 1).at(0));
             if (byte != 0)
-                memory(0).setCell(plus(block.entry.index, j), byte >> (bit % 8) & 1);
+                memory(0).setCell(sum32(block.entry.index, j), byte >> (bit % 8) & 1);
         }
         running += std::max(0, block.count);
     }
@@ -109,7 +111,7 @@ void KeptFilesModel::restoreBits()
 
 void KeptFilesModel::restoreWords(std::size_t area)
 {
-    for (const ModelBlock& block : retention.blocks[area]) {
+    for (const ExpectedBlock& block : retention.blocks[area]) {
         if (block.count < 1)
             continue;
         const QByteArray words = readAt(files[area], block.fileOffset, 2 * block.count);
@@ -137,12 +139,12 @@ void KeptFilesModel::change(const QByteArray& nameField, std::int32_t address)
     if (!ready)
         return;
     for (std::size_t a = 0; a < 3; ++a) {
-        if (nameField.left(nameField.indexOf('\0')) != modelAreas[a] || !nameField.contains('\0'))
+        if (nameField.left(nameField.indexOf('\0')) != areaNames[a] || !nameField.contains('\0'))
             continue;
         if (a == 0 && address == 60100)
             return;
-        for (const ModelBlock& block : retention.blocks[a]) {
-            if (block.entry.index > address || address >= plus(block.entry.index, block.count))
+        for (const ExpectedBlock& block : retention.blocks[a]) {
+            if (block.entry.index > address || address >= sum32(block.entry.index, block.count))
                 continue;
             files[a].open = files[a].bytes.has_value();
             if (a == 0)
@@ -154,19 +156,19 @@ void KeptFilesModel::change(const QByteArray& nameField, std::int32_t address)
     }
 }
 
-void KeptFilesModel::writeBit(const ModelBlock& block, std::int32_t address)
+void KeptFilesModel::writeBit(const ExpectedBlock& block, std::int32_t address)
 {
-    const std::int32_t bit = plus(minus(address, block.entry.index), block.bitOffset);
-    if (bit < 0) // in front of its own byte: it has no cell in the file
+    const std::int32_t bit = sum32(difference32(address, block.entry.index), block.bitOffset);
+    if (bit % 8 < 0) // only behind a negative count: no bit of any byte
         return;
-    const std::int32_t offset = plus(block.fileOffset, bit / 8);
+    const std::int32_t offset = sum32(block.fileOffset, bit / 8);
     const int byte = readAt(files[0], offset, 1).at(0);
     const int mask = 1 << (bit % 8);
     const bool set = memory(0).cell(address).value_or(0) != 0;
     writeAt(files[0], offset, QByteArray(1, static_cast<char>(set ? byte | mask : byte & ~mask)));
 }
 
-void KeptFilesModel::writeWords(std::size_t area, const ModelBlock& block)
+void KeptFilesModel::writeWords(std::size_t area, const ExpectedBlock& block)
 {
     QByteArray words;
     for (std::int32_t j = 0; j < block.count; ++j) {

@@ -3,7 +3,7 @@
 #define TESTS_FUZZ_KEPT_FILES_MODEL_H
 
 #include "simulated_host/memory_areas.h"
-#include "tests/fuzz/retention_model.h"
+#include "tests/fuzz/expected_project.h"
 
 #include <QtCore/QByteArray>
 
@@ -22,7 +22,7 @@ struct ModelFile
 class KeptFilesModel
 {
 public:
-    KeptFilesModel(RetentionModel retention, MemoryAreas& areas,
+    KeptFilesModel(ExpectedProject retention, MemoryAreas& areas,
                    std::array<std::optional<QByteArray>, 3> files);
 
     void open();
@@ -40,10 +40,10 @@ private:
     void makeFile(std::size_t area);
     void restoreBits();
     void restoreWords(std::size_t area);
-    void writeBit(const ModelBlock& block, std::int32_t address);
-    void writeWords(std::size_t area, const ModelBlock& block);
+    void writeBit(const ExpectedBlock& block, std::int32_t address);
+    void writeWords(std::size_t area, const ExpectedBlock& block);
 
-    RetentionModel retention;
+    ExpectedProject retention;
     MemoryAreas& areas;
     std::array<ModelFile, 3> files;
     bool ready = false;

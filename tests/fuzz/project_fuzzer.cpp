@@ -3,10 +3,11 @@
 #include "poweroff_protect/poweroff_protect.h"
 #include "simulated_host/memory_areas.h"
 #include "simulated_host/simulated_comm.h"
+#include "tests/fuzz/expected_project.h"
 #include "tests/fuzz/fuzz_check.h"
 #include "tests/fuzz/fuzz_start.h"
 #include "tests/fuzz/project_from_bytes.h"
-#include "tests/fuzz/retention_model.h"
+#include "tests/support/literal_rules.h"
 
 #include <QtCore/QVector>
 
@@ -17,27 +18,27 @@ namespace {
 /// Above it the watch list is not asked for: comparing it would take all the time.
 const std::int64_t mostWatched = 500;
 
-std::int64_t cellsIn(const RetentionModel& model)
+std::int64_t cellsIn(const ExpectedProject& model)
 {
     std::int64_t cells = 0;
     for (const auto& blocks : model.blocks)
-        for (const ModelBlock& block : blocks)
+        for (const ExpectedBlock& block : blocks)
             cells += std::max(0, block.count);
     return cells;
 }
 
-void checkWatchList(poweroff_protect& module, const RetentionModel& model)
+void checkWatchList(poweroff_protect& module, const ExpectedProject& model)
 {
     QList<RegisterValueChangeSize> watched;
     module.getMonitorTriggerAddr(watched);
     int at = 0;
     for (std::size_t a = 0; a < 3; ++a) {
-        for (const ModelBlock& block : model.blocks[a]) {
+        for (const ExpectedBlock& block : model.blocks[a]) {
             for (std::int32_t j = 0; j < block.count; ++j, ++at) {
                 FUZZ_CHECK(at < watched.size());
                 const RegisterValueChangeSize& record = watched.at(at);
-                FUZZ_CHECK(record.address == plus(block.entry.index, j));
-                FUZZ_CHECK(std::strcmp(record.areaName, modelAreas[a]) == 0);
+                FUZZ_CHECK(record.address == sum32(block.entry.index, j));
+                FUZZ_CHECK(std::strcmp(record.areaName, areaNames[a]) == 0);
                 FUZZ_CHECK(record.hostWord0 == 0 && record.hostWord4 == -1 && record.hostWord12 == 0);
                 FUZZ_CHECK(record.hostFlag48 == 0 && record.changeSize == 1);
             }
@@ -46,10 +47,10 @@ void checkWatchList(poweroff_protect& module, const RetentionModel& model)
     FUZZ_CHECK(at == watched.size());
 }
 
-QVector<structMaintenance> recordsOf(const std::vector<ModelEntry>& entries)
+QVector<structMaintenance> recordsOf(const std::vector<ExpectedEntry>& entries)
 {
     QVector<structMaintenance> records;
-    for (const ModelEntry& entry : entries) {
+    for (const ExpectedEntry& entry : entries) {
         structMaintenance record;
         record.addressLength = entry.addressLength;
         record.addressType = entry.type;
@@ -70,7 +71,7 @@ bool isSame(const QString& one, const QString& other)
     return one == other && one.isNull() == other.isNull();
 }
 
-void checkBlocks(const std::vector<ModelEntry>& entries, const std::vector<ModelBlock>& expected)
+void checkBlocks(const std::vector<ExpectedEntry>& entries, const std::vector<ExpectedBlock>& expected)
 {
     QVector<structMaintenance> records = recordsOf(entries);
     QList<MaintenanceFileInfo> blocks;
@@ -79,7 +80,7 @@ void checkBlocks(const std::vector<ModelEntry>& entries, const std::vector<Model
     FUZZ_CHECK(static_cast<std::size_t>(blocks.size()) == expected.size());
     for (int k = 0; k < blocks.size(); ++k) {
         const MaintenanceFileInfo& block = blocks.at(k);
-        const ModelBlock& model = expected[static_cast<std::size_t>(k)];
+        const ExpectedBlock& model = expected[static_cast<std::size_t>(k)];
         FUZZ_CHECK(block.count == model.count);
         FUZZ_CHECK(block.fileOffset == model.fileOffset);
         FUZZ_CHECK(block.bitOffset == model.bitOffset);
@@ -115,7 +116,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     FuzzInput input(data, size);
     const auto project = projectFromBytes(input);
-    const RetentionModel model = modelOf(*project);
+    const ExpectedProject model = expectedOf(*project);
 
     poweroff_protect module;
     module.extModelOpen(project.get(), QStringLiteral("text"), &commWithoutMemory());
@@ -126,8 +127,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         checkWatchList(module, model);
     for (std::size_t a = 0; a < 3; ++a) {
         checkBlocks(model.entries[a], model.blocks[a]);
-        std::vector<ModelEntry> reversed(model.entries[a].rbegin(), model.entries[a].rend());
-        checkBlocks(reversed, modelBlocks(reversed, a == 0));
+        std::vector<ExpectedEntry> reversed(model.entries[a].rbegin(), model.entries[a].rend());
+        checkBlocks(reversed, expectedBlocks(reversed, QLatin1String(areaNames[a])));
     }
     return 0;
 }

@@ -1,0 +1,51 @@
+// What the module must make of a project, worked out rule by rule and without any of its code: mode, period,
+// blocks and their places in the files.
+#ifndef TESTS_FUZZ_EXPECTED_PROJECT_H
+#define TESTS_FUZZ_EXPECTED_PROJECT_H
+
+#include "simulated_host/project_tree.h"
+
+#include <QtCore/QString>
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+inline const char* const areaNames[3] = {"LB", "LW", "RWI"};
+
+/// A retention entry as the project has it.
+struct ExpectedEntry
+{
+    QString link, block, number, type;
+    std::int32_t station = 0;
+    std::int32_t index = 0;
+    std::int32_t length = 0;
+    std::int32_t bitOrWord = 0;
+    std::int32_t addressLength = 0;
+};
+
+/// A block: the entry that it keeps the address of, its size and its place in the file.
+struct ExpectedBlock
+{
+    ExpectedEntry entry;
+    std::int32_t count;
+    std::int32_t fileOffset;
+    std::int32_t bitOffset;
+};
+
+struct ExpectedProject
+{
+    int mode = 0; ///< 0 none, 1 whole areas, 2 per-address
+    bool saveAll = false;
+    std::int64_t periodMs = 0;                         ///< in mode 1
+    std::array<std::vector<ExpectedEntry>, 3> entries; ///< in mode 2, sorted
+    std::array<std::vector<ExpectedBlock>, 3> blocks;  ///< in mode 2
+};
+
+ExpectedProject expectedOf(const object& project);
+
+/// The blocks of one area's entries in the order in which they stand, each in its place in the file.
+std::vector<ExpectedBlock> expectedBlocks(const std::vector<ExpectedEntry>& entries, const QString& area);
+
+#endif

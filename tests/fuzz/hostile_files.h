@@ -1,0 +1,22 @@
+// Retention files of any length and content from a fuzzer's bytes.
+#ifndef TESTS_FUZZ_HOSTILE_FILES_H
+#define TESTS_FUZZ_HOSTILE_FILES_H
+
+#include "tests/fuzz/expected_project.h"
+#include "tests/fuzz/fuzz_input.h"
+
+#include <QtCore/QByteArray>
+
+#include <array>
+#include <optional>
+
+/// Of "LB", "LW", "RWI"; nothing where there is no file.
+using Files = std::array<std::optional<QByteArray>, 3>;
+
+/// For each area no file, one of a few bytes, one of any length, or one as the whole-area mode leaves it.
+Files filesFrom(FuzzInput& input);
+
+/// Whether memory and files stay small: no block lies or reaches far away.
+bool isAffordable(const ExpectedProject& project);
+
+#endif

@@ -1,0 +1,79 @@
+// Hostile projects and files for the inspector: every report must come out in every format, and what it says
+// about kept cells must be what the module restores.
+#include "tests/fuzz/fuzz_check.h"
+#include "tests/fuzz/hostile_files.h"
+#include "tests/fuzz/kept_files_model.h"
+#include "tests/fuzz/project_from_bytes.h"
+#include "tools/retention_inspector/file_check.h"
+#include "tools/retention_inspector/kept_values.h"
+#include "tools/retention_inspector/layout_report.h"
+#include "tools/retention_inspector/show_report.h"
+
+namespace {
+
+RetentionFiles filesInMemory(const Files& bytes)
+{
+    RetentionFiles files;
+    for (std::size_t a = 0; a < 3; ++a) {
+        if (bytes[a])
+            files[a] = memoryFile(RetentionArea::all[a], *bytes[a]);
+        else
+            files[a].area = &RetentionArea::all[a];
+    }
+    return files;
+}
+
+void checkFormats(const Report& report)
+{
+    for (const Format format : {Format::Text, Format::Json, Format::Csv})
+        FUZZ_CHECK(formatted(report, format).endsWith(QLatin1Char('\n')));
+}
+
+/// The same start-up with areas full of zeros and full of ones tells what is restored at all.
+void checkKeptCells(const ExpectedProject& project, const Files& files, const KeptValues& kept)
+{
+    static MemoryAreas zeros;
+    static MemoryAreas ones;
+    for (std::size_t a = 0; a < 3; ++a) {
+        auto& memory = zeros.all()[a].memory();
+        std::fill(memory.begin(), memory.end(), 0);
+        auto& otherMemory = ones.all()[a].memory();
+        std::fill(otherMemory.begin(), otherMemory.end(), a == 0 ? 1 : 0xff);
+    }
+    for (MemoryAreas* const areas : {&zeros, &ones}) {
+        KeptFilesModel panel(project, *areas, files);
+        panel.open();
+        panel.init();
+    }
+    for (std::size_t a = 0; a < 3; ++a) {
+        for (int address = 0; address < MemoryArea::cellCount; ++address) {
+            const auto at = static_cast<std::size_t>(address);
+            if (kept[a].states[at] == CellState::Kept) {
+                FUZZ_CHECK(zeros.all()[a].cell(address) == ones.all()[a].cell(address));
+                FUZZ_CHECK(zeros.all()[a].cell(address) ==
+                           (a == 0 ? kept[a].values[at] != 0 : kept[a].values[at]));
+            }
+        }
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    FuzzInput input(data, size);
+    const Files bytes = filesFrom(input);
+    const auto project = projectFromBytes(input);
+    const ExpectedProject expected = expectedOf(*project);
+    const Layout layout = makeLayout(readSettings(project.get()));
+    FUZZ_CHECK(static_cast<int>(layout.settings.mode) == expected.mode);
+
+    const RetentionFiles files = filesInMemory(bytes);
+    checkFormats(layoutReport(layout));
+    checkFormats(checkReport(layout, files));
+    const std::int32_t first = bytes[0] ? bytes[0]->size() : -5; // any range; all cells would take too long
+    checkFormats(showReport(layout, files, Selection{nullptr, CellRange{first, first + 20}}));
+    if (isAffordable(expected))
+        checkKeptCells(expected, bytes, keptValues(layout, files));
+    return 0;
+}
