@@ -29,6 +29,9 @@ struct structMaintenance
     char dataArea[400] = {}; ///< all zero; copied with the entry, otherwise unused
 };
 
+// A vector that grows moves its entries in memory instead of copying and destroying each.
+Q_DECLARE_TYPEINFO(structMaintenance, Q_MOVABLE_TYPE);
+
 /// The runtime's read-address record. The module only streams it and gives the extra fields no meaning.
 struct READADDRESS
 {

@@ -18,9 +18,10 @@ int imageBytes(int areaCode)
 /// a regular file stays as it is: opening a FIFO for writing would wait for its reader.
 void makeImageFile(const QString& path, qint64 size)
 {
-    QFile file(path);
-    if (file.exists() && (file.size() >= size || !QFileInfo(path).isFile()))
+    const QFileInfo present(path);
+    if (present.isFile() ? present.size() >= size : present.exists())
         return;
+    QFile file(path);
     file.open(QIODevice::WriteOnly);
     file.resize(size);
     file.close();
