@@ -3,7 +3,7 @@
 # need_packages PACKAGE...: installs those that are missing, as root or through sudo. Ends the script when that
 # cannot be done.
 need_packages() {
-    local package missing=() as_root=()
+    local package missing=() as_root=() log
     for package in "$@"; do
         [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
     done
@@ -18,8 +18,14 @@ need_packages() {
     fi
     echo "Installing ${missing[*]}" >&2
     local apt_get=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq -o DPkg::Lock::Timeout=600)
-    if ! "${apt_get[@]}" install -y --no-install-recommends "${missing[@]}" >/dev/null 2>&1; then
-        # The package lists may be missing or old.
-        "${apt_get[@]}" update >&2 && "${apt_get[@]}" install -y --no-install-recommends "${missing[@]}" >&2 || exit 1
+    log=$(mktemp)
+    # The second try is for package lists that are missing or old.
+    if ! "${apt_get[@]}" install -y --no-install-recommends "${missing[@]}" >"$log" 2>&1 &&
+        ! { "${apt_get[@]}" update && "${apt_get[@]}" install -y --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+        tail -n 20 "$log" >&2
+        rm -f "$log"
+        echo "Installing ${missing[*]} failed." >&2
+        exit 1
     fi
+    rm -f "$log"
 }
