@@ -1,4 +1,5 @@
 // A retention file opened without the module.
+// SPDX-License-Identifier: MIT
 #ifndef BENCHMARKS_BARE_FILE_H
 #define BENCHMARKS_BARE_FILE_H
 

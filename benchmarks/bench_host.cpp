@@ -1,4 +1,5 @@
 // A host that does nothing beyond what its interface asks.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 
 #include "host_interface/shell.h"

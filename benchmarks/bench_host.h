@@ -1,4 +1,5 @@
 // The host of the benchmarks: as little work as a runtime can do, so that the module's own cost shows.
+// SPDX-License-Identifier: MIT
 #ifndef BENCHMARKS_BENCH_HOST_H
 #define BENCHMARKS_BENCH_HOST_H
 

@@ -1,4 +1,5 @@
 // One reported change, written through to its file.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/bare_file.h"
 #include "benchmarks/operation.h"
 

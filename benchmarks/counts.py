@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Counts what one operation costs: instructions (callgrind; on armhf qemu-user with a counting plugin) and system calls
 (strace). Every count is the difference of two runs that differ by a known number of operations, so that start-up and
 set-up drop out. Prints JSON: {row: {side: {"instructions": n, "calls": {name: n}, "armhf": n}}}."""

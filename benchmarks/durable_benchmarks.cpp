@@ -1,4 +1,5 @@
 // The stores side by side: in every round each keeps the same values, in turning order.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/durable_store.h"
 #include "benchmarks/side_by_side.h"

@@ -1,4 +1,5 @@
 // The kinds of stores, and what they share.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/durable_store.h"
 
 #include <cstdio>

@@ -1,4 +1,5 @@
 // The module and the stores that a user might pick instead, behind one interface.
+// SPDX-License-Identifier: MIT
 #ifndef BENCHMARKS_DURABLE_STORE_H
 #define BENCHMARKS_DURABLE_STORE_H
 

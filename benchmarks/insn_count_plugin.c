@@ -1,5 +1,6 @@
 /* Counts the instructions that qemu-user executes for an emulated program; prints the number when the program ends.
- * Debian has QEMU's plugin interface switched on but ships no plugin and no header, so what is needed is declared here. */
+ * Debian has QEMU's plugin interface switched on but ships no plugin and no header, so what is needed is declared here.
+ * SPDX-License-Identifier: MIT */
 #include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>

@@ -1,4 +1,5 @@
 // LMDB as a store, synced at every commit as it is by default.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/durable_store.h"
 

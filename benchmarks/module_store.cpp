@@ -1,4 +1,5 @@
 // The module as a store.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/durable_store.h"
 

@@ -1,4 +1,5 @@
 // What is measured: operations of the module beside the system calls that move the same bytes.
+// SPDX-License-Identifier: MIT
 #ifndef BENCHMARKS_OPERATION_H
 #define BENCHMARKS_OPERATION_H
 

@@ -1,4 +1,5 @@
 // The peak of this process's memory when one store did its job, or none, in KiB.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/durable_store.h"
 #include "simulated_host/private_directory.h"

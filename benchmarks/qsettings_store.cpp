@@ -1,4 +1,5 @@
 // QSettings as a store: an INI file that is written anew and moved into place by every sync().
+// SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/durable_store.h"
 

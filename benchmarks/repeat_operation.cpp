@@ -1,5 +1,6 @@
 // Runs one operation of one side a given number of times and nothing else: what a counting tool sees of two
 // runs differs by the operation alone.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/operation.h"
 #include "simulated_host/private_directory.h"
 

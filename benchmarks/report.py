@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Turns the results of a run into tables that a person can read, and into a plot.
 Reads side_by_side.json, counts.json and memory.json from FOLDER; writes report.txt, plot.dat and plot.svg there and
 prints the report. gnuplot draws."""

@@ -1,4 +1,5 @@
 // Restore of the per-address files.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/bare_file.h"
 #include "benchmarks/operation.h"
 

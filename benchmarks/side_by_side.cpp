@@ -1,4 +1,5 @@
 // Alternating rounds with Google Benchmark.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/side_by_side.h"
 
 #include <algorithm>

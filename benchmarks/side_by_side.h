@@ -1,4 +1,5 @@
 // Alternating measurement: what disturbs the machine disturbs all sides alike.
+// SPDX-License-Identifier: MIT
 #ifndef BENCHMARKS_SIDE_BY_SIDE_H
 #define BENCHMARKS_SIDE_BY_SIDE_H
 

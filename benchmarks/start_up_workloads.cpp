@@ -1,4 +1,5 @@
 // From the project to the address list and the watch list, and a whole start-up.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/operation.h"
 

@@ -1,4 +1,5 @@
 // Whole-area mode: one save and one restore of the three images.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/bare_file.h"
 #include "benchmarks/operation.h"
 

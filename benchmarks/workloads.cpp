@@ -1,4 +1,5 @@
 // All rows of the table.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/operation.h"
 
 const std::vector<Workload>& workloads()

@@ -1,5 +1,6 @@
 # The panel's processor: 32-bit ARM with hardware floating point (Debian's armhf: ARMv7, VFPv3-D16).
 # scripts/armhf_sysroot makes the sysroot; ARMHF_SYSROOT names another, such as the device's own.
+# SPDX-License-Identifier: MIT
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)
 

@@ -1,4 +1,5 @@
 # Compiler rules that every target keeps.
+# SPDX-License-Identifier: MIT
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)

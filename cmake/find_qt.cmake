@@ -1,5 +1,6 @@
 # Finds QtCore: a Qt 4 when QT_QMAKE_EXECUTABLE points at one or PKG_CONFIG_PATH leads to its QtCore.pc, otherwise Qt 5.
 # Sets POWEROFF_PROTECT_QT_MAJOR and POWEROFF_PROTECT_QTCORE (the target to link).
+# SPDX-License-Identifier: MIT
 set(POWEROFF_PROTECT_QTCORE "")
 
 if(QT_QMAKE_EXECUTABLE)

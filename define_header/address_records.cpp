@@ -1,4 +1,5 @@
 // The order of retention entries.
+// SPDX-License-Identifier: MIT
 #include "define_header/address_records.h"
 
 bool compare(const structMaintenance& a, const structMaintenance& b)

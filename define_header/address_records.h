@@ -1,4 +1,5 @@
 // The records that name ranges of cells in the runtime's areas, and their order.
+// SPDX-License-Identifier: MIT
 #ifndef DEFINE_HEADER_ADDRESS_RECORDS_H
 #define DEFINE_HEADER_ADDRESS_RECORDS_H
 

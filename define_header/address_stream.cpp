@@ -1,4 +1,5 @@
 // The wire format of the address records.
+// SPDX-License-Identifier: MIT
 #include "define_header/address_stream.h"
 
 QDataStream& operator<<(QDataStream& stream, const _ADDRESS_& address)

@@ -1,6 +1,7 @@
 // The wire format of the address records between module and runtime: the fields one after another with
 // nothing around them, integers as 32-bit signed and strings as QString, in the stream's own version and byte
 // order.
+// SPDX-License-Identifier: MIT
 #ifndef DEFINE_HEADER_ADDRESS_STREAM_H
 #define DEFINE_HEADER_ADDRESS_STREAM_H
 

@@ -1,4 +1,5 @@
 // Conversions between address-type texts and codes.
+// SPDX-License-Identifier: MIT
 #include "define_header/address_type.h"
 
 #include <QtCore/QString>

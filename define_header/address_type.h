@@ -1,4 +1,5 @@
 // Address types as texts and as codes. A code is the size of the type, so there is no 3 and no 0.
+// SPDX-License-Identifier: MIT
 #ifndef DEFINE_HEADER_ADDRESS_TYPE_H
 #define DEFINE_HEADER_ADDRESS_TYPE_H
 

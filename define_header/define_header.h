@@ -1,4 +1,5 @@
 // Address records, their order, their types and their wire format: include this one.
+// SPDX-License-Identifier: MIT
 #ifndef DEFINE_HEADER_DEFINE_HEADER_H
 #define DEFINE_HEADER_DEFINE_HEADER_H
 

@@ -1,4 +1,5 @@
 // The project's configuration tree, as the runtime lets models read it. All pointers stay the runtime's.
+// SPDX-License-Identifier: MIT
 #ifndef HOST_INTERFACE_CONFIGURATION_TREE_H
 #define HOST_INTERFACE_CONFIGURATION_TREE_H
 

@@ -1,4 +1,5 @@
 // The two records that runtime and models exchange about changed cells. Their layouts are binary interface.
+// SPDX-License-Identifier: MIT
 #ifndef HOST_INTERFACE_EXCHANGE_RECORDS_H
 #define HOST_INTERFACE_EXCHANGE_RECORDS_H
 

@@ -1,4 +1,5 @@
 // The base class of the runtime's extension models.
+// SPDX-License-Identifier: MIT
 #ifndef HOST_INTERFACE_EXTEND_FUNC_MODEL_BASE_H
 #define HOST_INTERFACE_EXTEND_FUNC_MODEL_BASE_H
 

@@ -1,4 +1,5 @@
 // Everything that the panel's runtime declares for its models: include this one.
+// SPDX-License-Identifier: MIT
 #ifndef HOST_INTERFACE_HOST_INTERFACE_H
 #define HOST_INTERFACE_HOST_INTERFACE_H
 

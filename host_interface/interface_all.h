@@ -1,4 +1,5 @@
 // The root of the runtime's class tree: what every object that the runtime drives can be asked.
+// SPDX-License-Identifier: MIT
 #ifndef HOST_INTERFACE_INTERFACE_ALL_H
 #define HOST_INTERFACE_INTERFACE_ALL_H
 

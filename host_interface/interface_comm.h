@@ -1,4 +1,5 @@
 // The runtime's communication interface: how a model reaches the memory areas "LB", "LW" and "RWI".
+// SPDX-License-Identifier: MIT
 #ifndef HOST_INTERFACE_INTERFACE_COMM_H
 #define HOST_INTERFACE_INTERFACE_COMM_H
 

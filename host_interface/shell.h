@@ -1,4 +1,5 @@
 // The runtime's way to the shell.
+// SPDX-License-Identifier: MIT
 #ifndef HOST_INTERFACE_SHELL_H
 #define HOST_INTERFACE_SHELL_H
 

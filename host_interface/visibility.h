@@ -1,4 +1,5 @@
 // Marks what the runtime supplies to the modules that it loads.
+// SPDX-License-Identifier: MIT
 #ifndef HOST_INTERFACE_VISIBILITY_H
 #define HOST_INTERFACE_VISIBILITY_H
 

@@ -1,4 +1,5 @@
 # cmake --install: the module, its headers, and what find_package(poweroff_protect) reads.
+# SPDX-License-Identifier: MIT
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 

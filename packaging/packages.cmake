@@ -1,4 +1,5 @@
 # cpack: a Debian package and an archive of what cmake --install puts in place. scripts/package makes all of them.
+# SPDX-License-Identifier: MIT
 set(CPACK_GENERATOR DEB TGZ)
 set(CPACK_PACKAGE_NAME poweroff-protect)
 set(CPACK_PACKAGE_VENDOR "The poweroff_protect authors")

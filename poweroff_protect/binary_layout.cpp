@@ -1,5 +1,6 @@
 // The places of fields in the records that runtime and module share, checked by the compiler. It makes no
 // code.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 
 #include <cstddef>

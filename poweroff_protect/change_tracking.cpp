@@ -1,4 +1,5 @@
 // Change tracking: which cells are watched, and the write-through of each reported change.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "poweroff_protect/retention_area.h"
 #include "poweroff_protect/word_buffer.h"

@@ -1,4 +1,5 @@
 // The calling sequence of the runtime: reading the retention settings, choosing the mode, the periodic save.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "poweroff_protect/retention_area.h"
 

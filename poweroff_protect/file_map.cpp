@@ -1,4 +1,5 @@
 // File memory map: where each block of an area lies in the area's file.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "poweroff_protect/retention_area.h"
 

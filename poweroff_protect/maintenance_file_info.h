@@ -1,4 +1,5 @@
 // One block of a per-address retention file.
+// SPDX-License-Identifier: MIT
 #ifndef POWEROFF_PROTECT_MAINTENANCE_FILE_INFO_H
 #define POWEROFF_PROTECT_MAINTENANCE_FILE_INFO_H
 

@@ -1,4 +1,5 @@
 // Birth and death of the module object, and the library's entry points.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "poweroff_protect/project_directory.h"
 #include "poweroff_protect/retention_area.h"

@@ -1,4 +1,5 @@
 // Partition: one area's sorted entries become its blocks.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 
 namespace {

@@ -1,5 +1,6 @@
 // The retention module: keeps chosen contents of the areas "LB", "LW" and "RWI" in three files over a power
 // cut.
+// SPDX-License-Identifier: MIT
 #ifndef POWEROFF_PROTECT_POWEROFF_PROTECT_H
 #define POWEROFF_PROTECT_POWEROFF_PROTECT_H
 

@@ -1,4 +1,5 @@
 // Paths and opening of the retention files.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/project_directory.h"
 
 #include <new>

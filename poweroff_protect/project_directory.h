@@ -1,4 +1,5 @@
 // Where the retention files live and how their streams are opened.
+// SPDX-License-Identifier: MIT
 #ifndef POWEROFF_PROTECT_PROJECT_DIRECTORY_H
 #define POWEROFF_PROTECT_PROJECT_DIRECTORY_H
 

@@ -1,4 +1,5 @@
 // The table of the three areas and its look-ups.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/retention_area.h"
 
 #include <cstring>

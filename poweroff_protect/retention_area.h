@@ -1,4 +1,5 @@
 // The facts in which the areas "LB", "LW" and "RWI" differ, in one table.
+// SPDX-License-Identifier: MIT
 #ifndef POWEROFF_PROTECT_RETENTION_AREA_H
 #define POWEROFF_PROTECT_RETENTION_AREA_H
 

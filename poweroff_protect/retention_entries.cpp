@@ -1,4 +1,5 @@
 // The per-address entries of the project: read, sorted by area, and turned into the block lists.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "poweroff_protect/retention_area.h"
 

@@ -1,4 +1,5 @@
 // The per-address files: opening on demand, positioned reading and writing, creation, restore.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "poweroff_protect/project_directory.h"
 #include "poweroff_protect/retention_area.h"

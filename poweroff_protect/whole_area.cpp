@@ -1,4 +1,5 @@
 // Whole-area mode: each file is a raw image of its area's memory, restored once and saved again and again.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "poweroff_protect/project_directory.h"
 #include "poweroff_protect/retention_area.h"

@@ -1,4 +1,5 @@
 // A buffer for the values of a word block, which may be too large to have.
+// SPDX-License-Identifier: MIT
 #ifndef POWEROFF_PROTECT_WORD_BUFFER_H
 #define POWEROFF_PROTECT_WORD_BUFFER_H
 

@@ -1,4 +1,5 @@
 // Keeps the place where calls are recorded.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/call_log.h"
 
 namespace {

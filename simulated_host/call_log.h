@@ -1,4 +1,5 @@
 // A record of the calls that a model makes to its host, for tests that check their order.
+// SPDX-License-Identifier: MIT
 #ifndef SIMULATED_HOST_CALL_LOG_H
 #define SIMULATED_HOST_CALL_LOG_H
 

@@ -1,4 +1,5 @@
 // The configuration-tree functions that models call.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/call_log.h"
 #include "simulated_host/project_tree.h"
 

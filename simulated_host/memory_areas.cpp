@@ -1,4 +1,5 @@
 // Cells and look-ups of the areas.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/memory_areas.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // The areas "LB", "LW" and "RWI": one memory that serves as raw image and as cells.
+// SPDX-License-Identifier: MIT
 #ifndef SIMULATED_HOST_MEMORY_AREAS_H
 #define SIMULATED_HOST_MEMORY_AREAS_H
 

@@ -1,4 +1,5 @@
 // The base class of extension models, as this host defines it.
+// SPDX-License-Identifier: MIT
 #include "host_interface/host_interface.h"
 
 ExtendFuncModelBase::ExtendFuncModelBase()

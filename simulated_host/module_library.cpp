@@ -1,4 +1,5 @@
 // Loading of a model's shared library through its two entry points.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/module_library.h"
 
 #include <QtCore/QFile>

@@ -1,4 +1,5 @@
 // Loading of a model's shared library.
+// SPDX-License-Identifier: MIT
 #ifndef SIMULATED_HOST_MODULE_LIBRARY_H
 #define SIMULATED_HOST_MODULE_LIBRARY_H
 

@@ -1,4 +1,5 @@
 // The runtime's calling sequence.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/panel.h"
 
 Panel::Panel(const ModuleLibrary& library, object* project)

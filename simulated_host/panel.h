@@ -1,4 +1,5 @@
 // The simulated panel: areas, a project and one model, driven in the order in which the real runtime does it.
+// SPDX-License-Identifier: MIT
 #ifndef SIMULATED_HOST_PANEL_H
 #define SIMULATED_HOST_PANEL_H
 

@@ -1,4 +1,5 @@
 // Mount namespace of a process that runs the module away from the machine's own /usr/tavrin.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/private_directory.h"
 
 #include <QtCore/QDir>

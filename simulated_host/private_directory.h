@@ -1,4 +1,5 @@
 // A private /usr/tavrin for this process, so that the module's fixed directory can be any directory.
+// SPDX-License-Identifier: MIT
 #ifndef SIMULATED_HOST_PRIVATE_DIRECTORY_H
 #define SIMULATED_HOST_PRIVATE_DIRECTORY_H
 

@@ -1,4 +1,5 @@
 // Reading of project files.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/project_reader.h"
 
 #include <QtCore/QFile>

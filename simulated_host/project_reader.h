@@ -1,4 +1,5 @@
 // Projects as XML files: nested "object" elements with "property" children.
+// SPDX-License-Identifier: MIT
 #ifndef SIMULATED_HOST_PROJECT_READER_H
 #define SIMULATED_HOST_PROJECT_READER_H
 

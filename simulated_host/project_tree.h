@@ -1,4 +1,5 @@
 // The project's configuration tree as this host keeps it: the types that models only see as pointers.
+// SPDX-License-Identifier: MIT
 #ifndef SIMULATED_HOST_PROJECT_TREE_H
 #define SIMULATED_HOST_PROJECT_TREE_H
 

@@ -1,4 +1,5 @@
 // Runs and counts shell commands.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/shell.h"
 
 #include "host_interface/shell.h"

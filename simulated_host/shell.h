@@ -1,4 +1,5 @@
 // The shell that models run commands through.
+// SPDX-License-Identifier: MIT
 #ifndef SIMULATED_HOST_SHELL_H
 #define SIMULATED_HOST_SHELL_H
 

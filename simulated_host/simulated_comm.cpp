@@ -1,4 +1,5 @@
 // Cell access for models, with its record in the call log.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/simulated_comm.h"
 
 #include "simulated_host/call_log.h"

@@ -1,4 +1,5 @@
 // The communication interface over the simulated areas.
+// SPDX-License-Identifier: MIT
 #ifndef SIMULATED_HOST_SIMULATED_COMM_H
 #define SIMULATED_HOST_SIMULATED_COMM_H
 

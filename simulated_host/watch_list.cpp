@@ -1,4 +1,5 @@
 // Watched cells, and the messages that report their changes.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/watch_list.h"
 
 #include <algorithm>

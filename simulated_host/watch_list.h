@@ -1,4 +1,5 @@
 // The cells whose changes a model wants reported.
+// SPDX-License-Identifier: MIT
 #ifndef SIMULATED_HOST_WATCH_LIST_H
 #define SIMULATED_HOST_WATCH_LIST_H
 

@@ -1,4 +1,5 @@
 // Address records: defaults, copies, order, type texts and the bytes of the wire format.
+// SPDX-License-Identifier: MIT
 #include "define_header/define_header.h"
 
 #include <QtCore/QByteArray>

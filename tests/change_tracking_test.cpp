@@ -1,4 +1,5 @@
 // What a running module does with change messages: host calls, bytes in the files, "sync".
+// SPDX-License-Identifier: MIT
 #include "tests/support/change_messages.h"
 #include "tests/support/module_test.h"
 #include "tests/support/storage.h"

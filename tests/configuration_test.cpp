@@ -1,4 +1,5 @@
 // Configuration and choice of the mode.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 
 namespace {

@@ -1,4 +1,5 @@
 // Places of blocks in their file: the worked cases, and random lists against the rules taken literally.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/literal_rules.h"
 #include "tests/support/random_source.h"

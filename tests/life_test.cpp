@@ -1,5 +1,6 @@
 // Whole lives of panels: random projects, starts, changes and restarts, compared with the model after every
 // step.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/random_source.h"
 #include "tests/support/retention_model.h"

@@ -1,4 +1,5 @@
 // Birth and death of the module object, and its entry points.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 
 #include <QtCore/QDir>

@@ -1,4 +1,5 @@
 // panel_simulator as its user sees it: commands, answers, exit status, and values over a power cut.
+// SPDX-License-Identifier: MIT
 #include "tests/support/run_tool.h"
 #include "tools/panel_simulator/command.h"
 

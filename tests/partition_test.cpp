@@ -1,4 +1,5 @@
 // From sorted entries to blocks: the worked cases, and random entries against the rules taken literally.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/literal_rules.h"
 #include "tests/support/random_source.h"

@@ -1,4 +1,5 @@
 // Reading of project files, and the configuration tree that models see.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/project_reader.h"
 
 #include <QtCore/QBuffer>

@@ -1,4 +1,5 @@
 // The file set-up and the restore called with blocks, codes and streams of the test's choosing.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/module_test.h"
 #include "tests/support/scripted_comm.h"

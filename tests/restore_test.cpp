@@ -1,4 +1,5 @@
 // The per-address start-up: missing files are made, existing ones are restored into the areas.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/storage.h"
 

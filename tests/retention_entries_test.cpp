@@ -1,4 +1,5 @@
 // The way from the project's entries to the module's blocks, seen through what is watched and kept.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/module_test.h"
 #include "tests/support/scripted_comm.h"

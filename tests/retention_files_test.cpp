@@ -1,4 +1,5 @@
 // Opening, positioned reading and positioned writing: what is in the file and what state the stream is in.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/module_test.h"
 #include "tests/support/storage.h"

@@ -1,4 +1,5 @@
 // The simulated runtime: areas, watch list, cyclic calls, shell, loading of the module.
+// SPDX-License-Identifier: MIT
 #include "host_interface/shell.h"
 #include "tests/support/module_test.h"
 

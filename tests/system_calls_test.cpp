@@ -1,5 +1,6 @@
 // The system calls and the stream buffers that the module's work costs, counted between the module and the C
 // library.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 
 #include <cstdio>

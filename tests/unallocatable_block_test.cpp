@@ -1,4 +1,5 @@
 // Word blocks too large for memory: they are left alone, and everything else goes on.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/storage.h"
 

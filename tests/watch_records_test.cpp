@@ -1,4 +1,5 @@
 // The records by which a module asks for change messages.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/module_test.h"
 

@@ -1,4 +1,5 @@
 // Whole-area mode: creation, repair, restore and periodic save of the three images.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 
 #include <QtCore/QDir>

@@ -1,4 +1,5 @@
 // The write-through of one change into given blocks and a given stream, with answers of the host's choosing.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/module_test.h"
 #include "tests/support/scripted_comm.h"

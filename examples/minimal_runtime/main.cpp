@@ -1,5 +1,6 @@
 // The least that a runtime has to supply, and the calls it makes: a counter in the cell "LW" 100 that goes on
 // counting after the power was cut. It keeps its file in /usr/tavrin/project.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 
 #include <cstdio>

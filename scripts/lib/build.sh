@@ -1,4 +1,5 @@
 # Configures and builds; source it after packages.sh, in the top folder.
+# SPDX-License-Identifier: MIT
 
 # The libraries of every build with tests: installed for this machine, unpacked by scripts/armhf_sysroot for the panel.
 library_packages=(qtbase5-dev libgtest-dev libgmock-dev libedit-dev)

@@ -1,4 +1,5 @@
 # Installs Debian packages that a script needs; source it.
+# SPDX-License-Identifier: MIT
 
 # need_packages PACKAGE...: installs those that are missing, as root or through sudo. Ends the script when that
 # cannot be done.

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Compares the symbols that a library exports or leaves undefined with a committed list.
 
 The list holds one demangled symbol a line, written as on the panel (32-bit ARM). A line may begin with "armhf: " or

@@ -1,4 +1,5 @@
 // The virtual table of the shipped binary against the slots in virtual_table.txt.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 
 #include <QtCore/QFile>

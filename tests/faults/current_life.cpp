@@ -1,4 +1,5 @@
 // The last words of a crashing test program.
+// SPDX-License-Identifier: MIT
 #include "tests/faults/current_life.h"
 
 #include <csignal>

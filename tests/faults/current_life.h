@@ -1,4 +1,5 @@
 // Tells which life was running when a test program crashes or hangs.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_FAULTS_CURRENT_LIFE_H
 #define TESTS_FAULTS_CURRENT_LIFE_H
 

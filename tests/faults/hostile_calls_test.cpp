@@ -1,5 +1,6 @@
 // Calls that no project leads to but a runtime could make: no way to the areas, unknown codes, a block
 // without end.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/module_test.h"
 

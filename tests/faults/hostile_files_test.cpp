@@ -1,5 +1,6 @@
 // Things that are no retention files in the place of one: the module must neither wait for them nor stop, and
 // the other areas are retained as ever.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 
 #include <QtCore/QDir>

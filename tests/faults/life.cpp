@@ -1,4 +1,5 @@
 // The scripted life.
+// SPDX-License-Identifier: MIT
 #include "tests/faults/life.h"
 
 #include <QtCore/QDir>

@@ -1,4 +1,5 @@
 // A scripted life of a panel: start-up with given files, changes or saves, an orderly stop.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_FAULTS_LIFE_H
 #define TESTS_FAULTS_LIFE_H
 

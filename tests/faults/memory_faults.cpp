@@ -1,4 +1,5 @@
 // The interposed allocation functions.
+// SPDX-License-Identifier: MIT
 #include "tests/faults/memory_faults.h"
 
 #include <cerrno>

@@ -1,5 +1,6 @@
 // Memory that runs out on demand: malloc, calloc, realloc and the aligned ones, interposed for the whole
 // process.
+// SPDX-License-Identifier: MIT
 //
 // Part of the shared library `fault_injection`; see storage_faults.h for how it gets its place before the C
 // library. The operators new of the C++ library end in malloc and so fail with it.

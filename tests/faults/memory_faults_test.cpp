@@ -1,5 +1,6 @@
 // Every allocation of the module fails in turn: at most that file or block is left out, and no file is
 // harmed.
+// SPDX-License-Identifier: MIT
 #include "tests/faults/current_life.h"
 #include "tests/faults/life.h"
 #include "tests/faults/memory_faults.h"

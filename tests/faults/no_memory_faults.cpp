@@ -1,4 +1,5 @@
 // Stands in for memory_faults.cpp where a sanitizer brings the allocator: memory never fails.
+// SPDX-License-Identifier: MIT
 #include "tests/faults/memory_faults.h"
 
 void planMemoryFault(const MemoryFault&) {}

@@ -1,4 +1,5 @@
 // The interposed calls of the C library.
+// SPDX-License-Identifier: MIT
 #include "tests/faults/storage_faults.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // Storage that fails on demand: an interposing library between the C library and everything in the process.
+// SPDX-License-Identifier: MIT
 //
 // The shared library `fault_injection` defines open, fopen, read, write, writev, lseek, truncate, ftruncate,
 // close, fclose and mkdir (with their 64-bit names). A program links it before anything else, so that QtCore

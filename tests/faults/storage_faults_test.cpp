@@ -1,4 +1,5 @@
 // Every call to storage fails in turn: what a life leaves must be exactly what the account of it says.
+// SPDX-License-Identifier: MIT
 #include "tests/faults/current_life.h"
 #include "tests/faults/life.h"
 #include "tests/faults/storage_faults.h"

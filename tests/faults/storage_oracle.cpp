@@ -1,4 +1,5 @@
 // A literal account of what each mode keeps of its files under a fault.
+// SPDX-License-Identifier: MIT
 #include "tests/faults/storage_oracle.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // What a life leaves behind in one area when one call to storage fails, told without the module.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_FAULTS_STORAGE_ORACLE_H
 #define TESTS_FAULTS_STORAGE_ORACLE_H
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Prints what the library costs the panel, and fails when it is more than the panel is promised.
 
   check_footprint.py --strip STRIP --readelf READELF LIBRARY OPEN_PROJECT

@@ -1,4 +1,5 @@
 // Opens a project with 1,000 entries and says what memory the module then holds.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/module_library.h"
 #include "simulated_host/panel.h"
 #include "simulated_host/private_directory.h"

@@ -1,4 +1,5 @@
 // Hostile commands: every line is understood within the areas' bounds or answered with what was expected.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/memory_areas.h"
 #include "tests/fuzz/fuzz_check.h"
 #include "tools/panel_simulator/command.h"

@@ -1,4 +1,5 @@
 // From the project to the rules and back.
+// SPDX-License-Identifier: MIT
 #include "tests/fuzz/expected_project.h"
 
 #include "tests/support/literal_rules.h"

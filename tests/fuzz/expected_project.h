@@ -1,5 +1,6 @@
 // What the module must make of a project, worked out rule by rule and without any of its code: mode, period,
 // blocks and their places in the files.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_FUZZ_EXPECTED_PROJECT_H
 #define TESTS_FUZZ_EXPECTED_PROJECT_H
 

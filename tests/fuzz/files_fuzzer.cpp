@@ -1,5 +1,6 @@
 // Hostile files and messages: files of any length and content under any project, change messages with any
 // name and address, in both modes. Files, cells and syncs must come out as the account of them says.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "simulated_host/shell.h"
 #include "simulated_host/simulated_comm.h"

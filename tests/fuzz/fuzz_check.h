@@ -1,4 +1,5 @@
 // The end of a fuzzer's run when the module and the account of it differ.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_FUZZ_FUZZ_CHECK_H
 #define TESTS_FUZZ_FUZZ_CHECK_H
 

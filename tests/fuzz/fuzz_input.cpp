@@ -1,4 +1,5 @@
 // Taking apart of a fuzzer's bytes.
+// SPDX-License-Identifier: MIT
 #include "tests/fuzz/fuzz_input.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // Numbers and texts taken from a fuzzer's bytes.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_FUZZ_FUZZ_INPUT_H
 #define TESTS_FUZZ_FUZZ_INPUT_H
 

@@ -1,4 +1,5 @@
 // The private directory of the fuzzers.
+// SPDX-License-Identifier: MIT
 #include "tests/fuzz/fuzz_start.h"
 
 #include "simulated_host/private_directory.h"

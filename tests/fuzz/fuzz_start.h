@@ -1,4 +1,5 @@
 // What fuzzers of the module do first.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_FUZZ_FUZZ_START_H
 #define TESTS_FUZZ_FUZZ_START_H
 

@@ -1,4 +1,5 @@
 // Files from bytes.
+// SPDX-License-Identifier: MIT
 #include "tests/fuzz/hostile_files.h"
 
 #include <algorithm>

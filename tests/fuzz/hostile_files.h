@@ -1,4 +1,5 @@
 // Retention files of any length and content from a fuzzer's bytes.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_FUZZ_HOSTILE_FILES_H
 #define TESTS_FUZZ_HOSTILE_FILES_H
 

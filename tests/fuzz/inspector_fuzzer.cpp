@@ -1,5 +1,6 @@
 // Hostile projects and files for the inspector: every report must come out in every format, and what it says
 // about kept cells must be what the module restores.
+// SPDX-License-Identifier: MIT
 #include "tests/fuzz/fuzz_check.h"
 #include "tests/fuzz/hostile_files.h"
 #include "tests/fuzz/kept_files_model.h"

@@ -1,4 +1,5 @@
 // The rules for files and cells, one by one.
+// SPDX-License-Identifier: MIT
 #include "tests/fuzz/kept_files_model.h"
 
 #include "tests/support/literal_rules.h"

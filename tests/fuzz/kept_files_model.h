@@ -1,4 +1,5 @@
 // What the module must do to its files and to the panel's cells, worked out on byte arrays without its code.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_FUZZ_KEPT_FILES_MODEL_H
 #define TESTS_FUZZ_KEPT_FILES_MODEL_H
 

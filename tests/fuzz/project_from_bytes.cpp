@@ -1,4 +1,5 @@
 // Building of project trees step by step.
+// SPDX-License-Identifier: MIT
 #include "tests/fuzz/project_from_bytes.h"
 
 #include <QtCore/QStringList>

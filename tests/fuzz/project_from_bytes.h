@@ -1,4 +1,5 @@
 // Project trees from a fuzzer's bytes.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_FUZZ_PROJECT_FROM_BYTES_H
 #define TESTS_FUZZ_PROJECT_FROM_BYTES_H
 

@@ -1,5 +1,6 @@
 // Hostile projects: any tree in both modes must lead to exactly the mode, the period and the blocks that the
 // rules say.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "simulated_host/memory_areas.h"
 #include "simulated_host/simulated_comm.h"

@@ -1,4 +1,5 @@
 // Hostile project files: the reader must give either a project or one message, for any bytes.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/project_reader.h"
 #include "tests/fuzz/fuzz_check.h"
 

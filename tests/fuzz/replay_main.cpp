@@ -1,5 +1,6 @@
 // Runs a fuzzer without a fuzzing engine: over the files of its corpus, then over changed copies of them,
 // always the same ones.
+// SPDX-License-Identifier: MIT
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>

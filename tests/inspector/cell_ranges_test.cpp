@@ -1,4 +1,5 @@
 // Ranges of cells: union, difference, limits and text.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/cell_ranges.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,5 @@
 // The check of files against a project, and its forecast held against the module's next start.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tools/retention_inspector/file_check.h"
 

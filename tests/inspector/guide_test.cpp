@@ -1,4 +1,5 @@
 // The guide, the man page and the completion hold what the tool does today.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/run_tool.h"
 #include "tools/retention_inspector/commands.h"

@@ -1,4 +1,5 @@
 // retention_inspector as its user sees it: output, exit status and error texts.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/run_tool.h"
 #include "tools/retention_inspector/commands.h"

@@ -1,4 +1,5 @@
 // The cells that the tool calls kept are those that come back through the module, for any project.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tools/retention_inspector/layout.h"
 

@@ -1,4 +1,5 @@
 // Values by address: what the module wrote is what the tool reads.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tools/retention_inspector/kept_values.h"
 

@@ -1,4 +1,5 @@
 // The map: a well-formed picture in which every block and every lost cell is to be found.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tools/retention_inspector/map_items.h"
 #include "tools/retention_inspector/map_svg.h"

@@ -1,4 +1,5 @@
 // Migration: the module restores from the new files what the old project kept.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tools/retention_inspector/migration.h"
 

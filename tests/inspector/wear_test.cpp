@@ -1,4 +1,5 @@
 // The wear model: what a write touches, and what a day of writes comes to.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tools/retention_inspector/wear.h"
 

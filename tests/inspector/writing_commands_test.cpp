@@ -1,4 +1,5 @@
 // The commands that write or compare, as their user sees them.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/run_tool.h"
 

@@ -1,4 +1,5 @@
 // A program that was built against the installed module.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/run_tool.h"
 

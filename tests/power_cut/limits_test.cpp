@@ -1,4 +1,5 @@
 // What the bare files cannot promise, case by case, so that the list in docs/reliability.md stays true.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 
 namespace {

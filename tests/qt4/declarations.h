@@ -1,6 +1,7 @@
 // What the module may use of Qt 4.8's QtCore, declared as Qt 4.8 declares it, without definitions. Debian 12
 // has no Qt 4; compiling the module's sources against these declarations shows that they use nothing newer.
 // Before a declaration is added here, look it up in the documentation of Qt 4.8.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_QT4_DECLARATIONS_H
 #define TESTS_QT4_DECLARATIONS_H
 

@@ -1,4 +1,5 @@
 // Change messages byte by byte, for names and surroundings that a well-behaved host does not send.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_SUPPORT_CHANGE_MESSAGES_H
 #define TESTS_SUPPORT_CHANGE_MESSAGES_H
 

@@ -1,4 +1,5 @@
 // One statement for each rule; no attempt at elegance.
+// SPDX-License-Identifier: MIT
 #include "tests/support/literal_rules.h"
 
 #include <cstddef>

@@ -1,5 +1,6 @@
 // The rules by which entries become blocks and blocks get their places in a file, one rule a statement, in
 // records of their own: what the module's results are compared with.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_SUPPORT_LITERAL_RULES_H
 #define TESTS_SUPPORT_LITERAL_RULES_H
 

@@ -1,4 +1,5 @@
 // The fixture of module tests.
+// SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 
 #include <QtCore/QDir>

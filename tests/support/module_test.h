@@ -1,5 +1,6 @@
 // What tests of the module binary share: a fresh fixed directory, the loaded library, files, projects, the
 // call log.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_SUPPORT_MODULE_TEST_H
 #define TESTS_SUPPORT_MODULE_TEST_H
 

@@ -1,4 +1,5 @@
 // Random inputs of tests, the same in every run unless asked otherwise.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_SUPPORT_RANDOM_SOURCE_H
 #define TESTS_SUPPORT_RANDOM_SOURCE_H
 

@@ -1,5 +1,6 @@
 // The model's files are byte arrays and its streams three states; every step is what the files are meant to
 // be.
+// SPDX-License-Identifier: MIT
 #include "tests/support/retention_model.h"
 
 #include <algorithm>

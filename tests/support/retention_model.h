@@ -1,5 +1,6 @@
 // An independent model of the per-address mode: what the files hold and what the host is asked for, said
 // again without the module.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_SUPPORT_RETENTION_MODEL_H
 #define TESTS_SUPPORT_RETENTION_MODEL_H
 

@@ -1,4 +1,5 @@
 // Running of compiled tools.
+// SPDX-License-Identifier: MIT
 #include "tests/support/run_tool.h"
 
 #include <QtCore/QTemporaryFile>

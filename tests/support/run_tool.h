@@ -1,4 +1,5 @@
 // Runs a compiled tool as a user would and keeps what it said.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_SUPPORT_RUN_TOOL_H
 #define TESTS_SUPPORT_RUN_TOOL_H
 

@@ -1,4 +1,5 @@
 // A communication interface whose answers a test decides and whose calls it sees as they were made.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_SUPPORT_SCRIPTED_COMM_H
 #define TESTS_SUPPORT_SCRIPTED_COMM_H
 

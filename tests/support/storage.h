@@ -1,4 +1,5 @@
 // Storage in odd states: file systems of their own on the fixed directory, files as text.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_SUPPORT_STORAGE_H
 #define TESTS_SUPPORT_STORAGE_H
 

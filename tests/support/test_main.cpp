@@ -1,4 +1,5 @@
 // The start of every test program: its own /usr/tavrin first, then the tests.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/private_directory.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,5 @@
 // Understanding of command lines.
+// SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/command.h"
 
 #include "simulated_host/memory_areas.h"

@@ -1,4 +1,5 @@
 // The command language of the simulated panel.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_PANEL_SIMULATOR_COMMAND_H
 #define TOOLS_PANEL_SIMULATOR_COMMAND_H
 

@@ -1,4 +1,5 @@
 // Waiting for command lines and reading them.
+// SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/line_source.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // Command lines from a terminal, a pipe or a script, with the panel's time passing between them.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_PANEL_SIMULATOR_LINE_SOURCE_H
 #define TOOLS_PANEL_SIMULATOR_LINE_SOURCE_H
 

@@ -1,4 +1,5 @@
 // Drawing of the live view with the terminal's scrolling region.
+// SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/live_view.h"
 
 #include "simulated_host/private_directory.h"

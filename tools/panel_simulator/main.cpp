@@ -1,4 +1,5 @@
 // panel_simulator: options, start-up, and the loop between commands and cyclic calls.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/panel.h"
 #include "simulated_host/private_directory.h"
 #include "simulated_host/project_reader.h"

@@ -1,4 +1,5 @@
 // The commands of the simulated panel.
+// SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/session.h"
 
 #include "simulated_host/private_directory.h"

@@ -1,4 +1,5 @@
 // Carries out commands on a simulated panel and tells the user what happened.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_PANEL_SIMULATOR_SESSION_H
 #define TOOLS_PANEL_SIMULATOR_SESSION_H
 

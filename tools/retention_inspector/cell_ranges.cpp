@@ -1,4 +1,5 @@
 // Set operations on ranges of cells.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/cell_ranges.h"
 
 #include <QtCore/QStringList>

@@ -1,4 +1,5 @@
 // Sets of cell addresses, kept as ranges: a range costs the same whether it names one cell or two billion.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_CELL_RANGES_H
 #define TOOLS_RETENTION_INSPECTOR_CELL_RANGES_H
 

@@ -1,4 +1,5 @@
 // Understanding of the command line, help texts and exit status.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/command_line.h"
 
 #include "tools/retention_inspector/commands.h"

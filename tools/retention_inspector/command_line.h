@@ -1,4 +1,5 @@
 // From the words of the command line to a report on standard output and an exit status.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_COMMAND_LINE_H
 #define TOOLS_RETENTION_INSPECTOR_COMMAND_LINE_H
 

@@ -1,4 +1,5 @@
 // The table of the commands.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/commands.h"
 
 #include "tools/retention_inspector/difference.h"

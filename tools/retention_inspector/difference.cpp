@@ -1,4 +1,5 @@
 // Comparison of kept values, cell by cell.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/difference.h"
 
 namespace {

@@ -1,4 +1,5 @@
 // The command "diff": kept values that differ between two sets of files of one project.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_DIFFERENCE_H
 #define TOOLS_RETENTION_INSPECTOR_DIFFERENCE_H
 

@@ -1,4 +1,5 @@
 // Findings about entries: every one names cells, reason and remedy.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/layout_findings.h"
 
 #include <QtCore/QStringList>

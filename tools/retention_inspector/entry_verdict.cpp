@@ -1,4 +1,5 @@
 // Verdicts: an entry's cells less the kept cells of its area.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/entry_verdict.h"
 
 namespace {

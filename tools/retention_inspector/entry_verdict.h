@@ -1,4 +1,5 @@
 // What becomes of each configured entry.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_ENTRY_VERDICT_H
 #define TOOLS_RETENTION_INSPECTOR_ENTRY_VERDICT_H
 

@@ -1,4 +1,5 @@
 // Checks of the files against the layout.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/file_check.h"
 
 #include "tools/retention_inspector/layout_findings.h"

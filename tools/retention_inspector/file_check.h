@@ -1,4 +1,5 @@
 // The command "check": do these files fit this project, and what does the next start make of them?
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_FILE_CHECK_H
 #define TOOLS_RETENTION_INSPECTOR_FILE_CHECK_H
 

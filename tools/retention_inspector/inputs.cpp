@@ -1,4 +1,5 @@
 // Reading of inputs, with errors that name the input and what to do.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/inputs.h"
 
 #include "simulated_host/project_reader.h"

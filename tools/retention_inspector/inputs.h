@@ -1,4 +1,5 @@
 // What commands read: projects, directories of retention files, selections of cells.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_INPUTS_H
 #define TOOLS_RETENTION_INSPECTOR_INPUTS_H
 

@@ -1,4 +1,5 @@
 // One call of the tool, as understood from its arguments.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_INVOCATION_H
 #define TOOLS_RETENTION_INSPECTOR_INVOCATION_H
 

@@ -1,4 +1,5 @@
 // Reading of kept values: block by block, never more of a block than lies in its area.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/kept_values.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // The values that retention files hold, by address.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_KEPT_VALUES_H
 #define TOOLS_RETENTION_INSPECTOR_KEPT_VALUES_H
 

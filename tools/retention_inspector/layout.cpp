@@ -1,4 +1,5 @@
 // The layout: the module's blocks, the lengths of the files, and which cells can be relied on.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/layout.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // Where a project's retained cells lie in its files, as the module's own partition and map place them.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_LAYOUT_H
 #define TOOLS_RETENTION_INSPECTOR_LAYOUT_H
 

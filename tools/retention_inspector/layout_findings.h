@@ -1,4 +1,5 @@
 // What in a project's retention settings should be changed, and how.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_LAYOUT_FINDINGS_H
 #define TOOLS_RETENTION_INSPECTOR_LAYOUT_FINDINGS_H
 

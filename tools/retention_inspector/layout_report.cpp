@@ -1,4 +1,5 @@
 // The layout of a project as a report.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/layout_report.h"
 
 #include "tools/retention_inspector/entry_verdict.h"

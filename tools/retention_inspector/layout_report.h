@@ -1,4 +1,5 @@
 // The command "layout": mode, files, blocks and what becomes of each entry.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_LAYOUT_REPORT_H
 #define TOOLS_RETENTION_INSPECTOR_LAYOUT_REPORT_H
 

@@ -1,4 +1,5 @@
 // retention_inspector: shows, checks, explains and carries over kept values.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/command_line.h"
 
 #include <QtCore/QCoreApplication>

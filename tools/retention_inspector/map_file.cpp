@@ -1,4 +1,5 @@
 // The command "map".
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/map_file.h"
 
 #include "tools/retention_inspector/layout_report.h"

@@ -1,4 +1,5 @@
 // Writing of the map, and the report about it.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_MAP_FILE_H
 #define TOOLS_RETENTION_INSPECTOR_MAP_FILE_H
 

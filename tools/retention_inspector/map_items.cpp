@@ -1,4 +1,5 @@
 // Choice and order of what a map shows.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/map_items.h"
 
 #include "tools/retention_inspector/entry_verdict.h"

@@ -1,4 +1,5 @@
 // What a map shows of one area, in ascending order of addresses.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_MAP_ITEMS_H
 #define TOOLS_RETENTION_INSPECTOR_MAP_ITEMS_H
 

@@ -1,4 +1,5 @@
 // The command "map": a picture of the three files.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_MAP_SVG_H
 #define TOOLS_RETENTION_INSPECTOR_MAP_SVG_H
 

@@ -1,4 +1,5 @@
 // The plan of a migration: which cells are carried, and with which values.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/migration.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // Kept values carried from the files of one project to those of another.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_MIGRATION_H
 #define TOOLS_RETENTION_INSPECTOR_MIGRATION_H
 

@@ -1,4 +1,5 @@
 // Writing of the new project's files.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/migration.h"
 
 #include "tools/retention_inspector/output_directory.h"

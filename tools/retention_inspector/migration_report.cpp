@@ -1,4 +1,5 @@
 // What a migration carried, and what not.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/migration.h"
 
 #include "tools/retention_inspector/file_check.h"

@@ -1,4 +1,5 @@
 // Making of a directory in one step.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/output_directory.h"
 
 #include <QtCore/QDir>

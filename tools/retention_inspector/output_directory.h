@@ -1,4 +1,5 @@
 // A directory that appears complete or not at all.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_OUTPUT_DIRECTORY_H
 #define TOOLS_RETENTION_INSPECTOR_OUTPUT_DIRECTORY_H
 

@@ -1,4 +1,5 @@
 // Reading of the retention settings, through the same calls as the module.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/project_settings.h"
 
 #include "simulated_host/project_tree.h"

@@ -1,4 +1,5 @@
 // What a project says about retention: the mode, the save period and the entries as they are configured.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_PROJECT_SETTINGS_H
 #define TOOLS_RETENTION_INSPECTOR_PROJECT_SETTINGS_H
 

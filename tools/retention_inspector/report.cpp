@@ -1,4 +1,5 @@
 // Values of a report, and the choice of its form.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/report.h"
 
 #include <QtCore/QJsonArray>

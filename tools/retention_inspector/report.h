@@ -1,4 +1,5 @@
 // What a command found, before it is written as text, JSON or CSV.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_REPORT_H
 #define TOOLS_RETENTION_INSPECTOR_REPORT_H
 

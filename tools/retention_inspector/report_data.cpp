@@ -1,4 +1,5 @@
 // Reports for scripts: JSON and CSV.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/report.h"
 
 #include <QtCore/QJsonArray>

@@ -1,4 +1,5 @@
 // Reports for people: facts, aligned tables, findings with their remedies.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/report.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // Opening and positioned reading of retention files.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/retention_file.h"
 
 #include <QtCore/QBuffer>

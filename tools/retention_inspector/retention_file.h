@@ -1,4 +1,5 @@
 // The retention files of a directory, opened for reading without harm from whatever lies in their place.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_RETENTION_FILE_H
 #define TOOLS_RETENTION_INSPECTOR_RETENTION_FILE_H
 

@@ -1,4 +1,5 @@
 // Findings about the retention settings as a whole.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/layout_findings.h"
 
 namespace {

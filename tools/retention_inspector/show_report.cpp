@@ -1,4 +1,5 @@
 // Kept values as rows of ten for people and one by one for scripts.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/show_report.h"
 
 #include "tools/retention_inspector/layout_report.h"

@@ -1,4 +1,5 @@
 // The command "show": kept values by address.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_SHOW_REPORT_H
 #define TOOLS_RETENTION_INSPECTOR_SHOW_REPORT_H
 

@@ -1,4 +1,5 @@
 // The wear model: what a write touches, how many writes a day has, how long the flash lasts.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/wear.h"
 
 #include <algorithm>

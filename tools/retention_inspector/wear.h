@@ -1,4 +1,5 @@
 // The command "wear": how hard a project writes on its flash.
+// SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_WEAR_H
 #define TOOLS_RETENTION_INSPECTOR_WEAR_H
 

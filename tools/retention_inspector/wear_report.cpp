@@ -1,4 +1,5 @@
 // The wear of a project as a report.
+// SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/wear.h"
 
 #include "tools/retention_inspector/layout_findings.h"

@@ -1,5 +1,6 @@
 // A retention module of the simplest kind, built once as it should be and once with each FAULT that the
 // laboratory must find. It shares nothing with the module that ships but the runtime's interface.
+// SPDX-License-Identifier: MIT
 #include "host_interface/host_interface.h"
 
 #include <QtCore/QDir>

@@ -1,4 +1,5 @@
 // Subsets and orders of what was pending.
+// SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/cut_states.h"
 
 #include <algorithm>

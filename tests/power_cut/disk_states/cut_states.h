@@ -1,4 +1,5 @@
 // The states in which a power cut can leave the disk.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_DISK_STATES_CUT_STATES_H
 #define TESTS_POWER_CUT_DISK_STATES_CUT_STATES_H
 

@@ -1,4 +1,5 @@
 // The enumeration of disk states: nothing that a cut can leave is missing, nothing else is in it.
+// SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/cut_states.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,5 @@
 // Changes of the disk, one by one.
+// SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/disk.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // What a program does to the disk, and what the disk then holds.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_DISK_STATES_DISK_H
 #define TESTS_POWER_CUT_DISK_STATES_DISK_H
 

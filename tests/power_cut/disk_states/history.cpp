@@ -1,4 +1,5 @@
 // Going through the cut points of a panel's lives.
+// SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/history.h"
 
 #include "tests/power_cut/disk_states/cut_states.h"

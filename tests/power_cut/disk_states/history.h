@@ -1,4 +1,5 @@
 // A panel's lives, each ended by a cut of which every possible disk state is started.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_DISK_STATES_HISTORY_H
 #define TESTS_POWER_CUT_DISK_STATES_HISTORY_H
 

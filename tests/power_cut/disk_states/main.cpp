@@ -1,5 +1,6 @@
 // power_cut_disk_states: starts the module on the disk states that a cut could leave and checks what it
 // restores.
+// SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/history.h"
 
 #include "simulated_host/private_directory.h"

@@ -1,4 +1,5 @@
 // The project directory as an image and back.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/private_directory.h"
 #include "tests/power_cut/disk_states/recorder.h"
 

@@ -1,4 +1,5 @@
 // Recording of a life.
+// SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/recorded_life.h"
 
 #include "tests/power_cut/disk_states/recorder.h"

@@ -1,4 +1,5 @@
 // One life of a panel with everything that it did to the disk.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_DISK_STATES_RECORDED_LIFE_H
 #define TESTS_POWER_CUT_DISK_STATES_RECORDED_LIFE_H
 

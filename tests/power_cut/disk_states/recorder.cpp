@@ -1,5 +1,6 @@
 // The file functions that the recorder stands in for. The executable's own definitions come before those of
 // the C library for every library of the process, Qt, the C++ library and the module among them.
+// SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/recorder.h"
 
 #include "simulated_host/private_directory.h"

@@ -1,4 +1,5 @@
 // The recorder sees whatever is done to the project directory, through whichever library.
+// SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/recorder.h"
 
 #include "simulated_host/private_directory.h"

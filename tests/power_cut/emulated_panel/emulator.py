@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The emulated machine: its power goes on, its serial line is read, its power goes away."""
 import json
 import queue

@@ -1,5 +1,6 @@
 // The panel inside the emulator: starts the module, says on the serial line what was restored, then changes
 // values for ever and says which changes are through.
+// SPDX-License-Identifier: MIT
 //
 // Lines, each beginning with "panel", in this order:
 //   length FILE BYTES                               a retention file before the start; -1 when it is missing

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Cuts the power of the emulated panel again and again and checks what every next start restores."""
 import argparse
 import random

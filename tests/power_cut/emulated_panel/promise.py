@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the next start may restore, given all that the panel said before the power was cut."""
 from collections import namedtuple
 from hashlib import md5

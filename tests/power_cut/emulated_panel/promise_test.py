@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The judge of restored values accepts what the promise allows and finds everything else."""
 import unittest
 from hashlib import md5

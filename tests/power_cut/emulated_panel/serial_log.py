@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the panel program in the emulator says on the serial line, from one start to the next cut."""
 from dataclasses import dataclass, field
 

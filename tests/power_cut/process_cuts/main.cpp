@@ -1,4 +1,5 @@
 // power_cut_processes: kills simulated panels at random instants and checks what the next start restores.
+// SPDX-License-Identifier: MIT
 #include "tests/power_cut/process_cuts/panel_series.h"
 
 #include "simulated_host/private_directory.h"

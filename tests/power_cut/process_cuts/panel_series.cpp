@@ -1,4 +1,5 @@
 // Starting, killing and checking of a panel.
+// SPDX-License-Identifier: MIT
 #include "tests/power_cut/process_cuts/panel_series.h"
 
 #include "simulated_host/private_directory.h"

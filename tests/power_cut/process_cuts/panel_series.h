@@ -1,4 +1,5 @@
 // One panel that loses its power again and again.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_PROCESS_CUTS_PANEL_SERIES_H
 #define TESTS_POWER_CUT_PROCESS_CUTS_PANEL_SERIES_H
 

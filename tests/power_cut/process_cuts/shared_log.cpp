@@ -1,4 +1,5 @@
 // Writing and copying of the shared log.
+// SPDX-License-Identifier: MIT
 #include "tests/power_cut/process_cuts/shared_log.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // What a panel writes down in memory that outlives it.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_PROCESS_CUTS_SHARED_LOG_H
 #define TESTS_POWER_CUT_PROCESS_CUTS_SHARED_LOG_H
 

@@ -1,4 +1,5 @@
 // Options, progress, counts and evidence.
+// SPDX-License-Identifier: MIT
 #include "tests/power_cut/support/command.h"
 
 #include <QtCore/QCommandLineParser>

@@ -1,4 +1,5 @@
 // What the power-cut commands have in common: options, progress, counts, evidence.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_SUPPORT_COMMAND_H
 #define TESTS_POWER_CUT_SUPPORT_COMMAND_H
 

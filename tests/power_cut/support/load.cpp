@@ -1,4 +1,5 @@
 // Random changes and saves.
+// SPDX-License-Identifier: MIT
 #include "tests/power_cut/support/load.h"
 
 #include "simulated_host/shell.h"

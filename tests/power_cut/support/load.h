@@ -1,4 +1,5 @@
 // The random work of a panel until its power is cut.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_SUPPORT_LOAD_H
 #define TESTS_POWER_CUT_SUPPORT_LOAD_H
 

@@ -1,4 +1,5 @@
 // Making of random projects.
+// SPDX-License-Identifier: MIT
 #include "tests/power_cut/support/panel_project.h"
 
 #include "simulated_host/project_reader.h"

@@ -1,4 +1,5 @@
 // Random projects for panels that lose their power.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_SUPPORT_PANEL_PROJECT_H
 #define TESTS_POWER_CUT_SUPPORT_PANEL_PROJECT_H
 

@@ -1,4 +1,5 @@
 // Comparing of restored values with the possible ones.
+// SPDX-License-Identifier: MIT
 #include "tests/power_cut/support/promise.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // What the next start may restore, given all that happened before the power was cut.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_SUPPORT_PROMISE_H
 #define TESTS_POWER_CUT_SUPPORT_PROMISE_H
 

@@ -1,4 +1,5 @@
 // Random numbers that depend on nothing but their seed.
+// SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_SUPPORT_RANDOM_H
 #define TESTS_POWER_CUT_SUPPORT_RANDOM_H
 
