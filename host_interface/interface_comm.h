@@ -14,7 +14,8 @@ public:
     virtual ~InterfaceComm() {}
 
     /// The whole memory of an area: 0 "LW" (131072 bytes), 1 "LB" (65536 bytes), 2 "RWI" (131072 bytes).
-    /// Writable, owned by the runtime, valid as long as the runtime lives. Null when there is no such area.
+    /// Writable, owned by the runtime; the module asks anew each time and keeps no pointer. Null when there
+    /// is no such area.
     virtual void* getAreaMemory(int areaCode) = 0;
 
     /// Stores `count` units from `data` into the cells of `area` from `address` on. The meanings of `link`

@@ -14,7 +14,8 @@ install(TARGETS poweroff_protect EXPORT poweroff_protect
 install(DIRECTORY define_header host_interface DESTINATION ${headers} FILES_MATCHING PATTERN "*.h")
 install(FILES poweroff_protect/poweroff_protect.h poweroff_protect/maintenance_file_info.h
         DESTINATION ${headers}/poweroff_protect)
-install(FILES docs/integration.md docs/binary_interface.md DESTINATION ${documents})
+install(FILES docs/integration.md docs/binary_interface.md docs/supported_platforms.md docs/reliability.md
+              DESTINATION ${documents})
 install(FILES LICENSE DESTINATION ${documents} RENAME copyright)
 
 install(EXPORT poweroff_protect NAMESPACE poweroff_protect:: FILE poweroff_protect-targets.cmake
