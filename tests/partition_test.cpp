@@ -56,20 +56,7 @@ bool sameAddress(const _ADDRESS_& a, const _ADDRESS_& b)
            a.bitOrWord == b.bitOrWord;
 }
 
-/// (index, count) of the blocks that entries of (index, addressLength) give.
-std::vector<std::pair<int, int>> blocksOf(const std::vector<std::pair<int, int>>& ranges)
-{
-    std::vector<RuleEntry> entries;
-    for (const auto& range : ranges)
-        entries.push_back({range.first, range.second, 0, static_cast<int>(entries.size())});
-    std::vector<std::pair<int, int>> result;
-    const QList<MaintenanceFileInfo> blocks = partitioned(entries);
-    for (const MaintenanceFileInfo& block : blocks)
-        result.emplace_back(block.address.index, block.count);
-    return result;
-}
-
-/// The same for entries with a length value of their own: (index, addressLength, length).
+/// (index, count) of the blocks that entries of (index, addressLength, length) give.
 std::vector<std::pair<int, int>> blocksOf(const std::vector<RuleEntry>& entries)
 {
     std::vector<std::pair<int, int>> result;
@@ -77,6 +64,15 @@ std::vector<std::pair<int, int>> blocksOf(const std::vector<RuleEntry>& entries)
     for (const MaintenanceFileInfo& block : blocks)
         result.emplace_back(block.address.index, block.count);
     return result;
+}
+
+/// The same for entries of (index, addressLength).
+std::vector<std::pair<int, int>> blocksOf(const std::vector<std::pair<int, int>>& ranges)
+{
+    std::vector<RuleEntry> entries;
+    for (const auto& range : ranges)
+        entries.push_back({range.first, range.second, 0, static_cast<int>(entries.size())});
+    return blocksOf(entries);
 }
 
 using Ranges = std::vector<std::pair<int, int>>;

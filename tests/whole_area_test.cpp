@@ -1,6 +1,7 @@
 // Whole-area mode: creation, repair, restore and periodic save of the three images.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
+#include "tests/support/storage.h"
 
 #include <QtCore/QDir>
 
@@ -19,14 +20,6 @@ struct ImageFile
 
 const ImageFile imageFiles[] = {
     {bitFileName, "LB", 65536}, {wordFileName, "LW", 131072}, {rwiFileName, "RWI", 131072}};
-
-QByteArray pattern(int size, int seed)
-{
-    QByteArray bytes(size, '\0');
-    for (int i = 0; i < size; ++i)
-        bytes[i] = static_cast<char>((i * 31 + i / 251 + seed) & 0xff);
-    return bytes;
-}
 
 QByteArray memoryOf(const Panel& panel, const char* area)
 {

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "tests/faults/life.h"
 
+#include "tests/support/storage.h"
+
 #include <QtCore/QDir>
 
 #include <algorithm>
@@ -19,14 +21,6 @@ const std::vector<Change> lifeChanges = {{0, 25, 1},     {1, 103, 1111}, {2, 2, 
                                          {2, 0, 65535},  {1, 203, 4},    {0, 31, 1},    {2, 300, 9}};
 
 namespace {
-
-QByteArray pattern(int size, int seed)
-{
-    QByteArray bytes(size, '\0');
-    for (int i = 0; i < size; ++i)
-        bytes[i] = static_cast<char>((i * 31 + i / 251 + seed) & 0xff);
-    return bytes;
-}
 
 /// Length of an area's file in that mode.
 int fileLength(Mode mode, int area)

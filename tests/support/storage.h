@@ -39,6 +39,15 @@ inline void blockProjectDirectory()
     ASSERT_TRUE(QFile(QLatin1String(fixedProjectDirectory)).open(QIODevice::WriteOnly));
 }
 
+/// `size` bytes that differ from place to place and from seed to seed.
+inline QByteArray pattern(int size, int seed)
+{
+    QByteArray bytes(size, '\0');
+    for (int i = 0; i < size; ++i)
+        bytes[i] = static_cast<char>((i * 31 + i / 251 + seed) & 0xff);
+    return bytes;
+}
+
 /// Bytes as hexadecimal digits, for messages.
 inline std::string hex(const std::optional<QByteArray>& bytes)
 {

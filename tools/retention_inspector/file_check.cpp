@@ -153,9 +153,7 @@ Report checkReport(const Layout& layout, const RetentionFiles& files)
 {
     Report report;
     report.command = QStringLiteral("check");
-    report.facts.push_back({QStringLiteral("mode"),
-                            QStringLiteral("Mode"),
-                            {modeKey(layout.settings.mode), modeText(layout.settings.mode)}});
+    report.facts.push_back(modeFact(layout.settings.mode));
     Table table{QStringLiteral("files"),
                 QStringLiteral("file"),
                 QStringLiteral("Files"),

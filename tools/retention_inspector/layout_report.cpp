@@ -137,13 +137,16 @@ QString modeKey(RetentionMode mode)
     return QStringLiteral("none");
 }
 
+Fact modeFact(RetentionMode mode)
+{
+    return {QStringLiteral("mode"), QStringLiteral("Mode"), {modeKey(mode), modeText(mode)}};
+}
+
 Report layoutReport(const Layout& layout)
 {
     Report report;
     report.command = QStringLiteral("layout");
-    report.facts.push_back({QStringLiteral("mode"),
-                            QStringLiteral("Mode"),
-                            {modeKey(layout.settings.mode), modeText(layout.settings.mode)}});
+    report.facts.push_back(modeFact(layout.settings.mode));
     if (layout.images())
         addPeriod(layout.settings, report);
     report.tables.push_back(fileTable(layout));

@@ -12,5 +12,7 @@ Report layoutReport(const Layout& layout);
 QString modeText(RetentionMode mode);
 /// "whole-area", "per-address" or "none".
 QString modeKey(RetentionMode mode);
+/// The mode, as every report begins.
+Fact modeFact(RetentionMode mode);
 
 #endif

@@ -127,9 +127,7 @@ Report showReport(const Layout& layout, const RetentionFiles& files, const Selec
 {
     Report report;
     report.command = QStringLiteral("show");
-    report.facts.push_back({QStringLiteral("mode"),
-                            QStringLiteral("Mode"),
-                            {modeKey(layout.settings.mode), modeText(layout.settings.mode)}});
+    report.facts.push_back(modeFact(layout.settings.mode));
     Table rows{QStringLiteral("rows"),
                {},
                QStringLiteral("Kept values"),

@@ -106,9 +106,7 @@ Finding wornOut(const Layout& layout, const WearQuestion& question, const DayOfW
 
 void addFacts(const Layout& layout, const WearQuestion& question, Report& report)
 {
-    report.facts = {{QStringLiteral("mode"),
-                     QStringLiteral("Mode"),
-                     {modeKey(layout.settings.mode), modeText(layout.settings.mode)}}};
+    report.facts = {modeFact(layout.settings.mode)};
     if (layout.images())
         report.facts.push_back({QStringLiteral("period_minutes"), QStringLiteral("Save period in minutes"),
                                 numberValue(qint64(layout.settings.saveTimeMinutes))});

@@ -3,7 +3,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/history.h"
 
-#include "simulated_host/private_directory.h"
 #include "simulated_host/shell.h"
 
 #include <iostream>
@@ -18,12 +17,7 @@ int main(int argc, char** argv)
             QStringLiteral("Records what the module does to the disk, builds the disk states that a "
                            "power cut could leave, and starts the module on each of them."));
     }();
-    const QString error = enterPrivateUsr();
-    if (!error.isEmpty())
-        giveUp(error);
-    const ModuleLibrary library(options.module);
-    if (!library.isLoaded())
-        giveUp(library.error());
+    const ModuleLibrary library = loadPrivately(options.module);
     setCommandRunner({});
 
     Evidence evidence(options.evidence);

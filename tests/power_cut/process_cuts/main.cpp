@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/process_cuts/panel_series.h"
 
-#include "simulated_host/private_directory.h"
-
 #include <iostream>
 #include <sys/mman.h>
 
@@ -31,12 +29,7 @@ int main(int argc, char** argv)
                            QStringLiteral("Kills simulated panels at random instants, starts them again and "
                                           "checks every value against the log of what was synced."));
     }();
-    const QString error = enterPrivateUsr();
-    if (!error.isEmpty())
-        giveUp(error);
-    const ModuleLibrary library(options.module);
-    if (!library.isLoaded())
-        giveUp(library.error());
+    const ModuleLibrary library = loadPrivately(options.module);
 
     SharedLog& log = newSharedLog();
     Evidence evidence(options.evidence);

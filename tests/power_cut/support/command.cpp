@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/support/command.h"
 
+#include "simulated_host/private_directory.h"
+
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -63,6 +65,17 @@ Options readOptions(const QCoreApplication& application, const QString& unit, qi
             QStringLiteral("'%1' is not an option (see --help)").arg(parser.positionalArguments().first()));
     return {static_cast<qint64>(numberOption(parser, unit, 1)), numberOption(parser, seed.names().first(), 0),
             QFileInfo(parser.value(module)).absoluteFilePath(), parser.value(evidence)};
+}
+
+ModuleLibrary loadPrivately(const QString& module)
+{
+    const QString error = enterPrivateUsr();
+    if (!error.isEmpty())
+        giveUp(error);
+    ModuleLibrary library(module);
+    if (!library.isLoaded())
+        giveUp(library.error());
+    return library;
 }
 
 Progress::Progress(qint64 total, QString unit)

@@ -3,6 +3,7 @@
 #ifndef TESTS_POWER_CUT_SUPPORT_COMMAND_H
 #define TESTS_POWER_CUT_SUPPORT_COMMAND_H
 
+#include "simulated_host/module_library.h"
 #include "tests/power_cut/support/panel_project.h"
 #include "tests/power_cut/support/promise.h"
 
@@ -27,6 +28,9 @@ Options readOptions(const QCoreApplication& application, const QString& unit, qi
 
 /// Says on standard error what is wrong and ends the program with status 2.
 [[noreturn]] void giveUp(const QString& message);
+
+/// The module, in a mount namespace with a /usr/tavrin of this process only. Gives up when one of them fails.
+ModuleLibrary loadPrivately(const QString& module);
 
 /// A line on standard error that says how far it is, when that is a terminal.
 class Progress
