@@ -5,7 +5,7 @@
 
 #include "host_interface/interface_comm.h"
 #include "poweroff_protect/poweroff_protect.h"
-#include "simulated_host/project_tree.h"
+#include "project_tree/project_tree.h"
 
 #include <QtCore/QString>
 

@@ -3,9 +3,9 @@
 #ifndef SIMULATED_HOST_PANEL_H
 #define SIMULATED_HOST_PANEL_H
 
+#include "project_tree/project_tree.h"
 #include "simulated_host/memory_areas.h"
 #include "simulated_host/module_library.h"
-#include "simulated_host/project_tree.h"
 #include "simulated_host/simulated_comm.h"
 #include "simulated_host/watch_list.h"
 

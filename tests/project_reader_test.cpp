@@ -1,6 +1,6 @@
 // Reading of project files, and the configuration tree that models see.
 // SPDX-License-Identifier: MIT
-#include "simulated_host/project_reader.h"
+#include "project_tree/project_reader.h"
 
 #include <QtCore/QBuffer>
 

@@ -1,9 +1,9 @@
 // Opens a project with 1,000 entries and says what memory the module then holds.
 // SPDX-License-Identifier: MIT
+#include "project_tree/project_tree.h"
 #include "simulated_host/module_library.h"
 #include "simulated_host/panel.h"
 #include "simulated_host/private_directory.h"
-#include "simulated_host/project_tree.h"
 
 #include <fstream>
 #include <iostream>

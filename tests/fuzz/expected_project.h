@@ -4,7 +4,7 @@
 #ifndef TESTS_FUZZ_EXPECTED_PROJECT_H
 #define TESTS_FUZZ_EXPECTED_PROJECT_H
 
-#include "simulated_host/project_tree.h"
+#include "project_tree/project_tree.h"
 
 #include <QtCore/QString>
 

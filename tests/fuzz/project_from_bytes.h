@@ -3,7 +3,7 @@
 #ifndef TESTS_FUZZ_PROJECT_FROM_BYTES_H
 #define TESTS_FUZZ_PROJECT_FROM_BYTES_H
 
-#include "simulated_host/project_tree.h"
+#include "project_tree/project_tree.h"
 #include "tests/fuzz/fuzz_input.h"
 
 #include <memory>

@@ -1,6 +1,6 @@
 // Hostile project files: the reader must give either a project or one message, for any bytes.
 // SPDX-License-Identifier: MIT
-#include "simulated_host/project_reader.h"
+#include "project_tree/project_reader.h"
 #include "tests/fuzz/fuzz_check.h"
 
 #include <QtCore/QBuffer>

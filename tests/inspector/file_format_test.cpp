@@ -3,7 +3,7 @@
 #include "tests/support/module_test.h"
 #include "tools/retention_inspector/kept_values.h"
 
-#include "simulated_host/project_reader.h"
+#include "project_tree/project_reader.h"
 
 #include <QtCore/QBuffer>
 

@@ -1,8 +1,8 @@
 // panel_simulator: options, start-up, and the loop between commands and cyclic calls.
 // SPDX-License-Identifier: MIT
+#include "project_tree/project_reader.h"
 #include "simulated_host/panel.h"
 #include "simulated_host/private_directory.h"
-#include "simulated_host/project_reader.h"
 #include "tools/panel_simulator/command.h"
 #include "tools/panel_simulator/line_source.h"
 #include "tools/panel_simulator/live_view.h"

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/inputs.h"
 
-#include "simulated_host/project_reader.h"
+#include "project_tree/project_reader.h"
 
 #include <QtCore/QFileInfo>
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/project_settings.h"
 
-#include "simulated_host/project_tree.h"
+#include "project_tree/project_tree.h"
 
 #include <algorithm>
 

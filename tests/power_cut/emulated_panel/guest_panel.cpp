@@ -13,8 +13,8 @@
 //                                                   lengths of the retention files
 // A change is made only after its line has left through the serial line, so whoever reads it knows everything
 // that the files can hold.
+#include "project_tree/project_reader.h"
 #include "simulated_host/panel.h"
-#include "simulated_host/project_reader.h"
 #include "simulated_host/shell.h"
 
 #include <QtCore/QCommandLineParser>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/support/panel_project.h"
 
-#include "simulated_host/project_reader.h"
+#include "project_tree/project_reader.h"
 
 #include <QtCore/QBuffer>
 #include <QtCore/QXmlStreamWriter>

@@ -3,7 +3,7 @@
 #ifndef TESTS_POWER_CUT_SUPPORT_PANEL_PROJECT_H
 #define TESTS_POWER_CUT_SUPPORT_PANEL_PROJECT_H
 
-#include "simulated_host/project_tree.h"
+#include "project_tree/project_tree.h"
 #include "tests/power_cut/support/random.h"
 
 #include <QtCore/QByteArray>

@@ -1,7 +1,7 @@
 // The configuration-tree functions that models call.
 // SPDX-License-Identifier: MIT
+#include "project_tree/project_tree.h"
 #include "simulated_host/call_log.h"
-#include "simulated_host/project_tree.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Reading of project files.
 // SPDX-License-Identifier: MIT
-#include "simulated_host/project_reader.h"
+#include "project_tree/project_reader.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QXmlStreamReader>

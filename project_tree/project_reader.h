@@ -1,9 +1,9 @@
 // Projects as XML files: nested "object" elements with "property" children.
 // SPDX-License-Identifier: MIT
-#ifndef SIMULATED_HOST_PROJECT_READER_H
-#define SIMULATED_HOST_PROJECT_READER_H
+#ifndef PROJECT_TREE_PROJECT_READER_H
+#define PROJECT_TREE_PROJECT_READER_H
 
-#include "simulated_host/project_tree.h"
+#include "project_tree/project_tree.h"
 
 #include <QtCore/QIODevice>
 #include <QtCore/QString>

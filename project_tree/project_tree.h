@@ -1,7 +1,7 @@
 // The project's configuration tree as this host keeps it: the types that models only see as pointers.
 // SPDX-License-Identifier: MIT
-#ifndef SIMULATED_HOST_PROJECT_TREE_H
-#define SIMULATED_HOST_PROJECT_TREE_H
+#ifndef PROJECT_TREE_PROJECT_TREE_H
+#define PROJECT_TREE_PROJECT_TREE_H
 
 #include "host_interface/configuration_tree.h"
 
