@@ -1,4 +1,4 @@
-// The project's configuration tree as this host keeps it: the types that models only see as pointers.
+// Defines the configuration tree of a project: the types that models only see as pointers.
 // SPDX-License-Identifier: MIT
 #ifndef PROJECT_TREE_PROJECT_TREE_H
 #define PROJECT_TREE_PROJECT_TREE_H
@@ -7,6 +7,7 @@
 
 #include <QtCore/QString>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -14,7 +15,7 @@
 /// as unsigned, and the other way round, keeps its 32 bits.
 struct property
 {
-    QString name;        ///< unique among the properties of a node, unless a file repeats it
+    QString name;        ///< unique among the properties of a node
     bool isText = false; ///< which of the two values counts
     quint32 number = 0;  ///< the 32 bits of a number, signed or not
     QString text;        ///< the text
@@ -32,9 +33,14 @@ struct object
     object& setNumber(const QString& propertyName, qint64 value);       ///< keeps the low 32 bits; this node
     object& setText(const QString& propertyName, const QString& value); ///< this node
 
-    /// Null when there is none of that name; the first of several.
-    property* findProperty(const QString& propertyName) const;
-    object* findChild(const QString& childName) const; ///< as findProperty()
+    property* findProperty(const QString& propertyName) const; ///< null when there is none of that name
+    object* findChild(const QString& childName) const;         ///< the first of that name; null for none
 };
+
+using TreeObserver = std::function<void(const QString& call)>;
+
+/// From now on `observer` gets one line for each call of the configuration-tree functions, with its
+/// arguments; an empty one, as at the start, ends that.
+void observeTree(TreeObserver observer);
 
 #endif
