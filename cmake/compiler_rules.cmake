@@ -5,8 +5,11 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-# Sums of configured numbers wrap: out-of-range values pass through as 32-bit values.
-add_compile_options(-Wall -Wextra -fwrapv)
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "Release, Debug, RelWithDebInfo or MinSizeRel" FORCE)
+endif()
+
+add_compile_options(-Wall -Wextra -Wsuggest-override)
 if(POWEROFF_PROTECT_WERROR)
     add_compile_options(-Werror)
 endif()

@@ -1,38 +1,50 @@
-# Finds QtCore: a Qt 4 when QT_QMAKE_EXECUTABLE points at one or PKG_CONFIG_PATH leads to its QtCore.pc, otherwise Qt 5.
-# Sets POWEROFF_PROTECT_QT_MAJOR and POWEROFF_PROTECT_QTCORE (the target to link).
+# Finds QtCore: Qt 5.15 unless POWEROFF_PROTECT_QT says 4 or 6. For Qt 4, CMAKE_PREFIX_PATH or QT_QMAKE_EXECUTABLE leads to
+# it, or PKG_CONFIG_PATH to its QtCore.pc.
+# Sets POWEROFF_PROTECT_QTCORE, the target to link, and POWEROFF_PROTECT_MODULE_STANDARD, the C++ of the module's sources.
 # SPDX-License-Identifier: MIT
-set(POWEROFF_PROTECT_QTCORE "")
+set(POWEROFF_PROTECT_QT 5 CACHE STRING "Major version of the Qt to build for: 4, 5 or 6")
+set_property(CACHE POWEROFF_PROTECT_QT PROPERTY STRINGS 4 5 6)
 
-if(QT_QMAKE_EXECUTABLE)
-    execute_process(COMMAND ${QT_QMAKE_EXECUTABLE} -query QT_VERSION
-                    OUTPUT_VARIABLE qmake_version OUTPUT_STRIP_TRAILING_WHITESPACE RESULT_VARIABLE qmake_result)
-    if(NOT qmake_result EQUAL 0)
-        message(FATAL_ERROR "QT_QMAKE_EXECUTABLE is ${QT_QMAKE_EXECUTABLE}, which does not answer '-query QT_VERSION'. "
-                            "Give the path of a working qmake, or leave the variable unset to use Qt 5.")
-    endif()
-    if(qmake_version MATCHES "^4\\.")
+set(POWEROFF_PROTECT_MODULE_STANDARD 11)
+if(POWEROFF_PROTECT_QT STREQUAL "4")
+    set(advice "Point at it with -DQT_QMAKE_EXECUTABLE=/path/to/qmake or PKG_CONFIG_PATH=/path/to/lib/pkgconfig.")
+    if(QT_QMAKE_EXECUTABLE)
+        execute_process(COMMAND ${QT_QMAKE_EXECUTABLE} -query QT_VERSION
+                        OUTPUT_VARIABLE qt_version OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+        if(NOT qt_version MATCHES "^4\\.")
+            message(FATAL_ERROR "QT_QMAKE_EXECUTABLE is ${QT_QMAKE_EXECUTABLE}, which is no qmake of Qt 4. ${advice}")
+        endif()
         find_package(Qt4 4.8 REQUIRED COMPONENTS QtCore)
         set(POWEROFF_PROTECT_QTCORE Qt4::QtCore)
-        set(POWEROFF_PROTECT_QT_MAJOR 4)
-    endif()
-endif()
-
-if(NOT POWEROFF_PROTECT_QTCORE)
-    find_package(PkgConfig QUIET)
-    if(PKG_CONFIG_FOUND)
-        pkg_check_modules(QTCORE4 QUIET IMPORTED_TARGET "QtCore >= 4.8" "QtCore < 5")
-    endif()
-    if(QTCORE4_FOUND)
-        set(POWEROFF_PROTECT_QTCORE PkgConfig::QTCORE4)
-        set(POWEROFF_PROTECT_QT_MAJOR 4)
     else()
-        find_package(Qt5Core 5.15 QUIET)
-        if(NOT Qt5Core_FOUND)
-            message(FATAL_ERROR "Neither Qt 4.8 nor Qt 5.15 was found. Install Debian's qtbase5-dev, or point at a Qt 4 "
-                                "with -DQT_QMAKE_EXECUTABLE=/path/to/qmake or PKG_CONFIG_PATH=/path/to/lib/pkgconfig.")
+        find_package(PkgConfig QUIET)
+        if(PKG_CONFIG_FOUND)
+            pkg_check_modules(QTCORE4 QUIET IMPORTED_TARGET "QtCore >= 4.8" "QtCore < 5")
         endif()
-        set(POWEROFF_PROTECT_QTCORE Qt5::Core)
-        set(POWEROFF_PROTECT_QT_MAJOR 5)
+        if(NOT QTCORE4_FOUND)
+            message(FATAL_ERROR "Qt 4.8 was not found. ${advice}")
+        endif()
+        set(POWEROFF_PROTECT_QTCORE PkgConfig::QTCORE4)
+        set(qt_version 4.8)
     endif()
+elseif(POWEROFF_PROTECT_QT STREQUAL "5")
+    find_package(Qt5Core 5.15 QUIET)
+    if(NOT Qt5Core_FOUND)
+        message(FATAL_ERROR "Qt 5.15 was not found. Install Debian's qtbase5-dev, or choose another Qt with "
+                            "-DPOWEROFF_PROTECT_QT=4 or 6.")
+    endif()
+    set(POWEROFF_PROTECT_QTCORE Qt5::Core)
+    set(qt_version ${Qt5Core_VERSION})
+elseif(POWEROFF_PROTECT_QT STREQUAL "6")
+    find_package(Qt6 6.2 QUIET COMPONENTS Core)
+    if(NOT Qt6_FOUND)
+        message(FATAL_ERROR "Qt 6.2 was not found. Install Debian's qt6-base-dev, or choose another Qt with "
+                            "-DPOWEROFF_PROTECT_QT=4 or 5.")
+    endif()
+    set(POWEROFF_PROTECT_QTCORE Qt6::Core)
+    set(POWEROFF_PROTECT_MODULE_STANDARD 17) # Qt 6's headers need it
+    set(qt_version ${Qt6_VERSION})
+else()
+    message(FATAL_ERROR "POWEROFF_PROTECT_QT is \"${POWEROFF_PROTECT_QT}\": it must be 4, 5 or 6.")
 endif()
-message(STATUS "QtCore: Qt ${POWEROFF_PROTECT_QT_MAJOR} (${POWEROFF_PROTECT_QTCORE})")
+message(STATUS "QtCore: Qt ${qt_version} (${POWEROFF_PROTECT_QTCORE})")

@@ -1,8 +1,8 @@
-// Birth and death of the module object, and the library's entry points.
+// Constructs and destroys the module object.
 // SPDX-License-Identifier: MIT
+#include "poweroff_protect/area_fields.h"
+#include "poweroff_protect/file_access.h"
 #include "poweroff_protect/poweroff_protect.h"
-#include "poweroff_protect/project_directory.h"
-#include "poweroff_protect/retention_area.h"
 
 #include <QtCore/QDir>
 
@@ -15,11 +15,9 @@ poweroff_protect::poweroff_protect()
 
 poweroff_protect::~poweroff_protect()
 {
-    for (const RetentionArea& area : RetentionArea::all) {
-        std::fstream& file = this->*area.file;
-        if (file.is_open())
-            file.close();
-    }
+    for (const AreaFields& area : AreaFields::of(*this))
+        if (area.file.is_open())
+            area.file.close();
 }
 
 void poweroff_protect::rebuildExtModelAddr() {}

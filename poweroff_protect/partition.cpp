@@ -1,56 +1,37 @@
-// Partition: one area's sorted entries become its blocks.
+// Folds one area's sorted entries into ranges.
 // SPDX-License-Identifier: MIT
-#include "poweroff_protect/poweroff_protect.h"
+#include "poweroff_protect/partition.h"
 
-namespace {
+#include "poweroff_protect/wrapping.h"
 
-void appendBlock(QList<MaintenanceFileInfo>& blocks, const _ADDRESS_& address, int count)
+QVector<KeptRange> partition(const QVector<structMaintenance>& entries)
 {
-    MaintenanceFileInfo block;
-    block.address = address;
-    block.count = count;
-    blocks.append(block);
-}
-
-} // namespace
-
-void poweroff_protect::memoryPartition(QVector<structMaintenance>& entries,
-                                       QList<MaintenanceFileInfo>& blocks)
-{
+    QVector<KeptRange> ranges;
     if (entries.isEmpty())
-        return;
-    // The block in the making is the entry it began with and its own count, so that no 440-byte entry is
-    // copied.
-    const structMaintenance* first = entries.constData();
-    int count = first->addressLength;
+        return ranges;
+    KeptRange range = {0, entries.at(0).addressLength}; // in the making
     for (int k = 1; k < entries.size(); ++k) {
         const structMaintenance& next = entries.at(k);
-        const int start = first->address.index;
-        const int end = start + count;
+        const int start = entries.at(range.entry).address.index;
+        const int end = wrapAdd(start, range.count);
         const int nextStart = next.address.index;
-        const int nextEnd = nextStart + next.addressLength;
-        bool takeNext = false;
-        if (start < nextStart) {
-            if (end <= nextStart) {
-                appendBlock(blocks, first->address, count);
-                takeNext = true;
-            } else if (nextEnd >= end) {
-                count = nextEnd - 1 - start; // one cell short of the union
-            }
+        const int nextEnd = wrapAdd(nextStart, next.addressLength);
+        const KeptRange nextAlone = {k, next.addressLength};
+        if (start < nextStart ? end <= nextStart : start > nextStart && nextEnd <= start) {
+            ranges.append(range);
+            range = nextAlone;
+        } else if (start < nextStart) {
+            if (nextEnd >= end)
+                range.count = wrapSubtract(wrapSubtract(nextEnd, 1), start); // one cell short of the union
         } else if (start == nextStart) {
-            takeNext = count < next.addressLength;
-        } else if (nextEnd <= start) {
-            appendBlock(blocks, first->address, count);
-            takeNext = true;
-        } else if (nextStart + next.address.length > end) { // the address's length, not the entry's
-            takeNext = true;
+            if (range.count < next.addressLength)
+                range = nextAlone;
+        } else if (wrapAdd(nextStart, next.address.length) > end) { // the address's length, not the entry's
+            range = nextAlone;
         } else {
-            count = end - 1 - nextStart;
-        }
-        if (takeNext) {
-            first = &next;
-            count = next.addressLength;
+            range.count = wrapSubtract(wrapSubtract(end, 1), nextStart);
         }
     }
-    appendBlock(blocks, first->address, count);
+    ranges.append(range);
+    return ranges;
 }

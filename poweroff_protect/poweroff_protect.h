@@ -15,8 +15,6 @@
 
 #include <fstream>
 
-struct RetentionArea;
-
 /// The module object. The runtime makes one with createModel(), then calls extModelOpen(), extModelInit() and
 /// getMonitorTriggerAddr(), then cyclicRun() and addrOptChangeMsg() as things happen, and ends with
 /// deletModel(). All calls come from one thread. Nothing is ever reported: what cannot be made, opened, read
@@ -27,26 +25,26 @@ public:
     /// Creates the project directory, with its parents, when it is missing.
     poweroff_protect();
     /// Closes the open files. Saves nothing.
-    ~poweroff_protect();
+    ~poweroff_protect() override;
 
     // --- Calls of the runtime ---
 
     /// Reads "DataRetention" below `project` and chooses the mode. In whole-area mode the three areas are
     /// restored before the call returns. `project` and `comm` stay the runtime's and must outlive the module.
     /// Call it once: a second call in whole-area mode ends the saving for good.
-    void extModelOpen(object* project, QString text, InterfaceComm* comm);
+    void extModelOpen(object* project, QString text, InterfaceComm* comm) override;
     /// In per-address mode makes missing files and restores existing ones. Change messages count from here
     /// on.
-    void extModelInit();
+    void extModelInit() override;
     /// In whole-area mode saves the three areas, then runs "sync". Always returns 0.
-    int cyclicRun();
+    int cyclicRun() override;
     /// Does nothing.
-    void rebuildExtModelAddr();
+    void rebuildExtModelAddr() override;
     /// Appends one record for every retained cell of the per-address mode: "LB", then "LW", then "RWI".
-    void getMonitorTriggerAddr(QList<RegisterValueChangeSize>& watched);
+    void getMonitorTriggerAddr(QList<RegisterValueChangeSize>& watched) override;
     /// Writes the changed cell (in word areas the whole block around it) to the file, then runs "sync".
     /// Null messages, unknown areas, messages before extModelInit() and "LB" 60100 are ignored.
-    void addrOptChangeMsg(const _ExtendTriggerMsg_t* msg);
+    void addrOptChangeMsg(const _ExtendTriggerMsg_t* msg) override;
 
     // --- Whole-area mode ---
 
@@ -65,9 +63,9 @@ public:
     /// block, which is one cell short where the later entry reaches to or past the end of the earlier one;
     /// adjacent entries stay apart. `entries` may be used as working storage. Any values pass through, sums
     /// wrap.
-    static void memoryPartition(QVector<structMaintenance>& entries, QList<MaintenanceFileInfo>& blocks);
+    void memoryPartition(QVector<structMaintenance>& entries, QList<MaintenanceFileInfo>& blocks);
     /// Places the blocks of one area in its file, one behind the other: sets fileOffset and bitOffset.
-    static void fileMemoryMap(QList<MaintenanceFileInfo>& blocks);
+    void fileMemoryMap(QList<MaintenanceFileInfo>& blocks);
 
     // --- Per-address mode: the files ---
 
@@ -100,7 +98,7 @@ public:
                              const char* areaName, int address, const char* fileName);
 
 private:
-    friend struct RetentionArea;
+    friend struct AreaFields;
     friend struct PoweroffProtectLayout;
 
     // The order is the binary interface.

@@ -44,7 +44,7 @@ using Places = std::vector<std::pair<int, int>>;
 Places placesOf(const std::vector<Cells>& cells)
 {
     QList<MaintenanceFileInfo> blocks = blocksOf(cells);
-    poweroff_protect::fileMemoryMap(blocks);
+    poweroff_protect().fileMemoryMap(blocks);
     Places places;
     for (const MaintenanceFileInfo& block : qAsConst(blocks))
         places.emplace_back(block.fileOffset, block.bitOffset);
@@ -64,7 +64,7 @@ Places placesAndEndOf(const char* area, const std::vector<int>& counts)
 TEST(FileMap, LeavesAnEmptyListAsItIs)
 {
     QList<MaintenanceFileInfo> blocks;
-    poweroff_protect::fileMemoryMap(blocks);
+    poweroff_protect().fileMemoryMap(blocks);
     EXPECT_TRUE(blocks.isEmpty());
 }
 
@@ -80,7 +80,7 @@ TEST(FileMap, ChangesNothingButThePlaces)
     QList<MaintenanceFileInfo> blocks = blocksOf({{"LB", 3}, {"LB", 6}});
     blocks[1].address.link = QStringLiteral("link");
     blocks[1].address.length = 9;
-    poweroff_protect::fileMemoryMap(blocks);
+    poweroff_protect().fileMemoryMap(blocks);
     ASSERT_EQ(blocks.size(), 2);
     EXPECT_EQ(blocks[0].address.index, 0);
     EXPECT_EQ(blocks[0].count, 3);
@@ -200,6 +200,7 @@ class RandomFileMap : public testing::TestWithParam<Kind>
 TEST_P(RandomFileMap, IsThatOfTheRulesTakenLiterally)
 {
     RandomSource random(printedSeed());
+    poweroff_protect module;
     for (int round = 0; round < 100000; ++round) {
         std::vector<RuleBlock> expected = randomBlocks(GetParam().extreme, GetParam().mixed, random);
         QList<MaintenanceFileInfo> got;
@@ -209,7 +210,7 @@ TEST_P(RandomFileMap, IsThatOfTheRulesTakenLiterally)
             got.last().count = block.count;
         }
         mapByRules(expected);
-        poweroff_protect::fileMemoryMap(got);
+        module.fileMemoryMap(got);
         ASSERT_EQ(static_cast<std::size_t>(got.size()), expected.size());
         for (int k = 0; k < got.size(); ++k) {
             const RuleBlock& block = expected[static_cast<std::size_t>(k)];

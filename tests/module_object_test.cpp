@@ -1,4 +1,4 @@
-// Birth and death of the module object, and its entry points.
+// Construction, destruction and entry points of the module object.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 

@@ -45,7 +45,8 @@ QList<MaintenanceFileInfo> partitioned(const std::vector<RuleEntry>& from)
     for (const RuleEntry& entry : from)
         entries.append(moduleEntry(entry));
     QList<MaintenanceFileInfo> blocks;
-    poweroff_protect::memoryPartition(entries, blocks);
+    static poweroff_protect module;
+    module.memoryPartition(entries, blocks);
     return blocks;
 }
 
@@ -100,10 +101,10 @@ TEST(Partition, AppendsToWhatTheListHolds)
     blocks.append(MaintenanceFileInfo());
     blocks[0].count = 77;
     QVector<structMaintenance> entries;
-    poweroff_protect::memoryPartition(entries, blocks);
+    poweroff_protect().memoryPartition(entries, blocks);
     ASSERT_EQ(blocks.size(), 1);
     entries.append(moduleEntry({1, 2, 0, 0}));
-    poweroff_protect::memoryPartition(entries, blocks);
+    poweroff_protect().memoryPartition(entries, blocks);
     ASSERT_EQ(blocks.size(), 2);
     EXPECT_EQ(blocks[0].count, 77);
     EXPECT_EQ(blocks[1].count, 2);
@@ -229,7 +230,7 @@ TEST(Partition, TypeTextAndBitOrWordScaleNothing)
         entries[0].addressType = QString::fromLatin1(type);
         entries[0].address.bitOrWord = 4;
         QList<MaintenanceFileInfo> blocks;
-        poweroff_protect::memoryPartition(entries, blocks);
+        poweroff_protect().memoryPartition(entries, blocks);
         ASSERT_EQ(blocks.size(), 1);
         EXPECT_EQ(blocks[0].count, 10) << type;
     }

@@ -216,6 +216,28 @@ TEST_F(WriteThrough, ABitWithANegativeRemainderIsNoBitOfTheFile)
     EXPECT_EQ(changed("LB", 6), "77 77 7f 77") << "from its fourth cell on the block lies in its byte";
 }
 
+TEST_F(WriteThrough, ABitWithANegativeRemainderHasItsByteWrittenBackAsItWas)
+{
+    writeRetentionFile(fileName, QByteArray(2, '\x77'));
+    blocks = {blockAt(0, 8, 2, -3)};
+    comm.value = [](const QString&, int) { return 1; };
+    EXPECT_EQ(changed("LB", 0), "77 77 00") << "the byte past the end reads as 0 and is written";
+    EXPECT_FALSE(file.fail());
+}
+
+TEST_F(WriteThrough, ABitBeforeTheFileFailsItsStreamForGood)
+{
+    for (const int bitOffset : {-9, -16}) { // a negative remainder, and none
+        file = std::fstream();
+        writeRetentionFile(fileName, QByteArray(2, '\x70'));
+        blocks = {blockAt(0, 1, 0, bitOffset), blockAt(10, 1, 0)};
+        comm.value = [](const QString&, int) { return 1; };
+        EXPECT_EQ(changed("LB", 0), "70 70");
+        EXPECT_TRUE(file.fail()) << bitOffset;
+        EXPECT_EQ(changed("LB", 10), "70 70") << "the stream is open and stays failed";
+    }
+}
+
 TEST_F(WriteThrough, AWholeByteInFrontOfItsBlocksByteLiesInTheByteBefore)
 {
     writeRetentionFile(fileName, QByteArray(4, '\x76'));

@@ -6,6 +6,9 @@
 #include "tests/faults/memory_faults.h"
 #include "tests/faults/storage_oracle.h"
 
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+
 #include <cstdio>
 #include <iostream>
 #include <new>
@@ -237,6 +240,38 @@ TEST_F(MemoryFaults, AreSurvivedByAPerAddressLifeWithShorterFiles)
 TEST_F(MemoryFaults, AreSurvivedByAPerAddressLifeWithEmptyFiles)
 {
     sweepAll(Mode::PerAddress, StartFiles::Empty);
+}
+
+/// Number of this process's descriptors that are open on retention files.
+int openRetentionFiles()
+{
+    int count = 0;
+    const QDir descriptors(QStringLiteral("/proc/self/fd"));
+    for (const QFileInfo& descriptor : descriptors.entryInfoList(QDir::Files | QDir::System))
+        count += descriptor.symLinkTarget().contains(QLatin1String("/maintenance-"));
+    return count;
+}
+
+TEST_F(MemoryFaults, InASecondOpeningCloseNoFileThatWasOpenBefore)
+{
+    const auto project = wholeAreaProject(1, 5);
+    bool came = true;
+    int points = 0;
+    for (MemoryFault fault = {1, false}; came; ++fault.nth, ++points) {
+        const auto panel = startPanel(project.get());
+        ASSERT_EQ(openRetentionFiles(), 3);
+        planMemoryFault(fault);
+        enterModule();
+        try {
+            panel->open();
+        } catch (const std::bad_alloc&) {
+        }
+        leaveModule();
+        came = memoryFaultHappened();
+        endMemoryFaults();
+        EXPECT_EQ(openRetentionFiles(), 3) << "allocation " << fault.nth;
+    }
+    EXPECT_GT(points, 5);
 }
 
 } // namespace

@@ -17,9 +17,9 @@ RetentionFiles filesInMemory(const Files& bytes)
     RetentionFiles files;
     for (std::size_t a = 0; a < 3; ++a) {
         if (bytes[a])
-            files[a] = memoryFile(RetentionArea::all[a], *bytes[a]);
+            files[a] = memoryFile(areaFacts[a], *bytes[a]);
         else
-            files[a].area = &RetentionArea::all[a];
+            files[a].area = &areaFacts[a];
     }
     return files;
 }

@@ -76,8 +76,9 @@ void checkBlocks(const std::vector<ExpectedEntry>& entries, const std::vector<Ex
 {
     QVector<structMaintenance> records = recordsOf(entries);
     QList<MaintenanceFileInfo> blocks;
-    poweroff_protect::memoryPartition(records, blocks);
-    poweroff_protect::fileMemoryMap(blocks);
+    static poweroff_protect module;
+    module.memoryPartition(records, blocks);
+    module.fileMemoryMap(blocks);
     FUZZ_CHECK(static_cast<std::size_t>(blocks.size()) == expected.size());
     for (int k = 0; k < blocks.size(); ++k) {
         const MaintenanceFileInfo& block = blocks.at(k);

@@ -3,6 +3,8 @@
 #include "tests/support/module_test.h"
 #include "tools/retention_inspector/file_check.h"
 
+#include <QtCore/QFile>
+
 #include <sys/stat.h>
 
 namespace {

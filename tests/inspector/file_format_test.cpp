@@ -6,6 +6,7 @@
 #include "project_tree/project_reader.h"
 
 #include <QtCore/QBuffer>
+#include <QtCore/QFile>
 
 #include <map>
 
@@ -126,7 +127,7 @@ TEST_F(FileFormat, ExamplesAreReadBackAsTheyWereWritten)
         const auto project = projectOf(example);
         const Layout layout = makeLayout(readSettings(project.get()));
         for (const CellValues& cells : example.written) {
-            const RetentionArea& area = *RetentionArea::named(cells.area);
+            const AreaFacts& area = *areaNamed(cells.area);
             const AreaValues values =
                 areaValues(layout, memoryFile(area, example.files.at(QString::fromLatin1(area.fileName))));
             for (std::size_t i = 0; i < cells.values.size(); ++i) {

@@ -3,6 +3,8 @@
 #include "tests/support/module_test.h"
 #include "tools/retention_inspector/layout.h"
 
+#include <QtCore/QFile>
+
 #include <random>
 
 namespace {
@@ -32,22 +34,22 @@ protected:
         for (const char* name : {bitFileName, wordFileName, rwiFileName})
             QFile::remove(retentionPath(QString::fromLatin1(name)));
         const auto before = startPanel(&project);
-        for (const RetentionArea& area : RetentionArea::all)
-            lengths[&area - RetentionArea::all] =
+        for (const AreaFacts& area : areaFacts)
+            lengths[&area - areaFacts] =
                 retentionFile(QString::fromLatin1(area.fileName)).value_or(QByteArray()).size();
         for (const Entry& entry : entries)
             for (int cell = entry.index; cell < entry.index + entry.length; ++cell)
                 before->setCells(entry.area, cell, {1});
         const auto after = startPanel(&project);
         std::array<CellRanges, 3> back;
-        for (const RetentionArea& area : RetentionArea::all) {
+        for (const AreaFacts& area : areaFacts) {
             std::vector<CellRange> cells;
             const MemoryArea& memory = *after->areas.named(QString::fromLatin1(area.name));
             const std::size_t step = memory.isBits() ? 1 : 2; // bytes a cell; every value is 0 or 1
             for (std::size_t cell = 0; cell < MemoryArea::cellCount; ++cell)
                 if (memory.memory()[cell * step] == 1)
                     cells.push_back({qint64(cell), qint64(cell)});
-            back[&area - RetentionArea::all] = CellRanges(std::move(cells));
+            back[&area - areaFacts] = CellRanges(std::move(cells));
         }
         return back;
     }
@@ -80,9 +82,9 @@ TEST_F(KeptCells, AreThoseThatComeBackThroughTheModule)
             kept += back[i].count();
         }
         for (const Entry& entry : entries)
-            if (const RetentionArea* const area = RetentionArea::named(entry.area))
+            if (const AreaFacts* const area = areaNamed(entry.area))
                 lost += CellRanges({{entry.index, entry.index + entry.length - 1}})
-                            .minus(back[static_cast<std::size_t>(area - RetentionArea::all)])
+                            .minus(back[static_cast<std::size_t>(area - areaFacts)])
                             .count();
     }
     EXPECT_GT(kept, 700) << "the projects keep too little to tell";
@@ -112,7 +114,7 @@ TEST_F(KeptCells, AreAllCellsInWholeAreaMode)
     const auto project = wholeAreaProject(1, 5);
     const Layout layout = makeLayout(readSettings(project.get()));
     const auto before = startPanel(project.get());
-    for (const RetentionArea& area : RetentionArea::all) {
+    for (const AreaFacts& area : areaFacts) {
         const AreaLayout& areaLayout = layout.of(area);
         EXPECT_EQ(areaLayout.kept.text(), QStringLiteral("0 to 65535"));
         EXPECT_EQ(areaLayout.fileLength, retentionFile(QString::fromLatin1(area.fileName))->size());
@@ -121,7 +123,7 @@ TEST_F(KeptCells, AreAllCellsInWholeAreaMode)
     }
     before->model->cyclicRun();
     const auto after = startPanel(project.get());
-    for (const RetentionArea& area : RetentionArea::all)
+    for (const AreaFacts& area : areaFacts)
         for (const int cell : {0, unwrittenBit, 65535})
             EXPECT_EQ(after->areas.named(QString::fromLatin1(area.name))->cell(cell), ushort(1));
 }

@@ -59,11 +59,10 @@ TEST_F(KeptValuesOfModule, AreReadFromImages)
 TEST(KeptValues, OfShortFilesEndWhereTheFileEnds)
 {
     const Layout layout = layoutOf({{QStringLiteral("LW"), 10, 4}, {QStringLiteral("LB"), 0, 20}});
-    const AreaValues words =
-        areaValues(layout, memoryFile(RetentionArea::all[1], QByteArray("\1\0\2\0\3", 5)));
+    const AreaValues words = areaValues(layout, memoryFile(areaFacts[1], QByteArray("\1\0\2\0\3", 5)));
     EXPECT_EQ(words.cellsIn(CellState::Kept).text(), QStringLiteral("10 to 11"));
     EXPECT_EQ(words.cellsIn(CellState::NoValue).text(), QStringLiteral("12 to 13"));
-    const AreaValues bits = areaValues(layout, memoryFile(RetentionArea::all[0], QByteArray("\0\1", 2)));
+    const AreaValues bits = areaValues(layout, memoryFile(areaFacts[0], QByteArray("\0\1", 2)));
     EXPECT_EQ(bits.cellsIn(CellState::StartValue).text(), QStringLiteral("0 to 7"));
     EXPECT_EQ(bits.cellsIn(CellState::Kept).text(), QStringLiteral("8 to 15"));
     EXPECT_EQ(bits.cellsIn(CellState::NoValue).text(), QStringLiteral("16 to 19"));
@@ -72,24 +71,23 @@ TEST(KeptValues, OfShortFilesEndWhereTheFileEnds)
 TEST(KeptValues, OfAnImageThatIsTooShortAreNone)
 {
     const Layout layout = makeLayout(readSettings(wholeAreaProject(1, 5).get()));
-    const AreaValues words = areaValues(layout, memoryFile(RetentionArea::all[1], QByteArray(131071, '\1')));
+    const AreaValues words = areaValues(layout, memoryFile(areaFacts[1], QByteArray(131071, '\1')));
     EXPECT_EQ(words.cellsIn(CellState::NoValue).count(), 65536);
 }
 
 TEST(KeptValues, CountBytesOfABitImageThatAreNoBits)
 {
     const Layout layout = makeLayout(readSettings(wholeAreaProject(1, 5).get()));
-    const AreaValues bits =
-        areaValues(layout, memoryFile(RetentionArea::all[0], QByteArray(65536, '\1') + '\7'));
+    const AreaValues bits = areaValues(layout, memoryFile(areaFacts[0], QByteArray(65536, '\1') + '\7'));
     EXPECT_EQ(bits.oddBytes, 0);
-    EXPECT_EQ(areaValues(layout, memoryFile(RetentionArea::all[0], QByteArray(65536, '\3'))).oddBytes, 65536);
+    EXPECT_EQ(areaValues(layout, memoryFile(areaFacts[0], QByteArray(65536, '\3'))).oddBytes, 65536);
 }
 
 TEST(KeptValues, AreReadFromBlocksThatLeaveTheArea)
 {
     const Layout layout = layoutOf({{QStringLiteral("LW"), -2, 4}, {QStringLiteral("LW"), 65535, 3}});
     const QByteArray bytes("\1\0\2\0\3\0\4\0\5\0\6\0\7\0", 14);
-    const AreaValues words = areaValues(layout, memoryFile(RetentionArea::all[1], bytes));
+    const AreaValues words = areaValues(layout, memoryFile(areaFacts[1], bytes));
     EXPECT_EQ(words.values[0], 3);
     EXPECT_EQ(words.values[1], 4);
     EXPECT_EQ(words.values[65535], 5);
@@ -99,7 +97,7 @@ TEST(KeptValues, AreReadFromBlocksThatLeaveTheArea)
 TEST(KeptValues, OfAProjectWithoutRetentionAreNone)
 {
     const Layout layout = makeLayout(readSettings(nullptr));
-    for (const RetentionArea& area : RetentionArea::all)
+    for (const AreaFacts& area : areaFacts)
         EXPECT_EQ(areaValues(layout, memoryFile(area, QByteArray(100, '\1')))
                       .cellsIn(CellState::NotRetained)
                       .count(),
@@ -109,7 +107,7 @@ TEST(KeptValues, OfAProjectWithoutRetentionAreNone)
 TEST(StrayBits, AreCountedBehindTheLastCell)
 {
     const Layout layout = layoutOf({{QStringLiteral("LB"), 0, 12}});
-    const RetentionArea& lb = RetentionArea::all[0];
+    const AreaFacts& lb = areaFacts[0];
     EXPECT_EQ(strayBits(layout, memoryFile(lb, QByteArray("\xff\x0f", 2))), 0);
     EXPECT_EQ(strayBits(layout, memoryFile(lb, QByteArray("\xff\x9f", 2))), 2);
     EXPECT_EQ(strayBits(layout, memoryFile(lb, QByteArray("\xff\x0f\x01", 3))), 1);

@@ -47,7 +47,7 @@ TEST(Map, ShowsBlocksAndLostCellsInTheOrderOfAddresses)
 {
     const Layout layout =
         layoutOf({{QStringLiteral("LW"), 2, 4}, {QStringLiteral("LW"), 0, 4}, {QStringLiteral("LW"), 8, 1}});
-    const AreaMap map = areaMap(layout, RetentionArea::all[1]);
+    const AreaMap map = areaMap(layout, areaFacts[1]);
     ASSERT_EQ(map.items.size(), 3U);
     EXPECT_EQ(map.items[0].kind, MapItem::Kind::Folded);
     EXPECT_EQ(map.items[1].kind, MapItem::Kind::Lost);
@@ -57,7 +57,7 @@ TEST(Map, ShowsBlocksAndLostCellsInTheOrderOfAddresses)
 
 TEST(Map, ShowsLostCellsInsideABlock)
 {
-    const AreaMap map = areaMap(layoutOf({{QStringLiteral("LB"), 60095, 10}}), RetentionArea::all[0]);
+    const AreaMap map = areaMap(layoutOf({{QStringLiteral("LB"), 60095, 10}}), areaFacts[0]);
     ASSERT_EQ(map.items.size(), 1U);
     EXPECT_EQ(map.items[0].lost.text(), QStringLiteral("60100"));
 }

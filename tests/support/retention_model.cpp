@@ -177,12 +177,11 @@ void RetentionModel::changeBit(ModelArea& area, const RuleBlock& block, int addr
 {
     calls.append(readCall(area.name, address, 1));
     const int place = address - block.index + block.bitOffset;
-    if (place % 8 < 0) // only behind a negative count: no bit of any byte
-        return;
     const int offset = block.fileOffset + place / 8;
     if (!seeks(area, offset))
         return;
-    const int mask = 1 << (place % 8);
+    // A negative remainder, which only negative counts bring, is no bit: the byte is written back as it was.
+    const int mask = place % 8 < 0 ? 0 : 1 << (place % 8);
     const int byte = byteAt(area, offset).value_or(0);
     putBytes(area, offset,
              QByteArray(1, static_cast<char>(cellOf(area, address) ? byte | mask : byte & ~mask)));

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/layout_findings.h"
 
+#include "define_header/address_type.h"
+
 #include <QtCore/QStringList>
 
 #include <algorithm>
@@ -48,7 +50,7 @@ Finding unknownArea(const ProjectEntry& entry)
             QStringLiteral("it has no \"sourceAddress\", so nothing of it is retained."),
             QStringLiteral("Add a \"sourceAddress\" with \"Block\" (LB, LW or RWI) and \"index\", "
                            "or remove the entry."));
-    for (const RetentionArea& area : RetentionArea::all) {
+    for (const AreaFacts& area : areaFacts) {
         const QString name = QString::fromLatin1(area.name);
         if (entry.address.block.trimmed().compare(name, Qt::CaseInsensitive) == 0)
             return entryFinding(
@@ -169,7 +171,7 @@ Finding foldFinding(const Fold& fold, const CellRanges& lost)
 void findSuperfluous(const Layout& layout, const std::vector<EntryVerdict>& verdicts,
                      std::vector<Finding>& findings)
 {
-    std::map<std::pair<const RetentionArea*, int>, const ProjectEntry*> longest; // by area and first cell
+    std::map<std::pair<const AreaFacts*, int>, const ProjectEntry*> longest; // by area and first cell
     for (const EntryVerdict& verdict : verdicts) {
         const ProjectEntry& entry = *verdict.entry;
         if (!entry.area || entry.length <= 0)

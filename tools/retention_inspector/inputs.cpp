@@ -35,7 +35,7 @@ SelectionInput readSelection(const Invocation& invocation)
 {
     SelectionInput input;
     if (invocation.has("area")) {
-        input.selection.area = RetentionArea::named(invocation.option("area"));
+        input.selection.area = areaNamed(invocation.option("area"));
         if (!input.selection.area)
             input.error =
                 QStringLiteral("--area \"%1\": expected LB, LW or RWI").arg(invocation.option("area"));

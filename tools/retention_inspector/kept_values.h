@@ -20,7 +20,7 @@ enum class CellState : unsigned char
 /// Of every cell of one area. A cell without a value has the value 0.
 struct AreaValues
 {
-    const RetentionArea* area = nullptr;
+    const AreaFacts* area = nullptr;
     std::vector<ushort> values;
     std::vector<CellState> states;
     qint64 oddBytes = 0; ///< bytes of an "LB" image that are neither 0 nor 1
@@ -32,7 +32,7 @@ struct AreaValues
     CellRanges cellsIn(CellState state) const;
 };
 
-/// In the order of RetentionArea::all.
+/// In the order of areaFacts.
 using KeptValues = std::array<AreaValues, 3>;
 
 /// Reads a file of any length and contents by the layout. A file that is not readable has no values.

@@ -2,6 +2,9 @@
 // SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/layout.h"
 
+#include "poweroff_protect/partition.h"
+#include "poweroff_protect/placement.h"
+
 #include <algorithm>
 #include <limits>
 #include <utility>
@@ -10,7 +13,7 @@ namespace {
 
 const qint64 largestInt = std::numeric_limits<int>::max();
 
-LayoutBlock wholeArea(const RetentionArea& area)
+LayoutBlock wholeArea(const AreaFacts& area)
 {
     LayoutBlock block;
     block.number = 1;
@@ -20,7 +23,7 @@ LayoutBlock wholeArea(const RetentionArea& area)
 
 /// The module's blocks for the entries of one area. The number of the entry travels in a text that the module
 /// carries along and never fills.
-QList<MaintenanceFileInfo> moduleBlocks(const ProjectSettings& settings, const RetentionArea& area)
+QList<MaintenanceFileInfo> moduleBlocks(const ProjectSettings& settings, const AreaFacts& area)
 {
     QVector<structMaintenance> entries;
     for (const ProjectEntry& configured : settings.entries) {
@@ -34,8 +37,14 @@ QList<MaintenanceFileInfo> moduleBlocks(const ProjectSettings& settings, const R
     }
     std::sort(entries.begin(), entries.end(), compare);
     QList<MaintenanceFileInfo> blocks;
-    poweroff_protect::memoryPartition(entries, blocks);
-    poweroff_protect::fileMemoryMap(blocks);
+    const QVector<KeptRange> ranges = partition(entries);
+    for (const KeptRange& range : ranges) {
+        MaintenanceFileInfo block;
+        block.address = entries.at(range.entry).address;
+        block.count = range.count;
+        blocks.append(block);
+    }
+    placeBlocks(blocks);
     return blocks;
 }
 
@@ -120,7 +129,7 @@ void nameEntries(const std::vector<ProjectEntry>& entries, AreaLayout& layout)
 }
 
 /// Length of a new file: sums wrap as the module's do; a negative length makes an empty file.
-qint64 newFileLength(const RetentionArea& area, const std::vector<LayoutBlock>& blocks)
+qint64 newFileLength(const AreaFacts& area, const std::vector<LayoutBlock>& blocks)
 {
     quint32 total = 0;
     for (const LayoutBlock& block : blocks)
@@ -142,7 +151,7 @@ CellRanges keptCells(const AreaLayout& layout, bool images)
     return kept;
 }
 
-AreaLayout perAddressLayout(const ProjectSettings& settings, const RetentionArea& area)
+AreaLayout perAddressLayout(const ProjectSettings& settings, const AreaFacts& area)
 {
     AreaLayout layout;
     layout.area = &area;
@@ -184,8 +193,8 @@ Layout makeLayout(ProjectSettings settings)
 {
     Layout result;
     result.settings = std::move(settings);
-    for (const RetentionArea& area : RetentionArea::all) {
-        AreaLayout& layout = result.areas[&area - RetentionArea::all];
+    for (const AreaFacts& area : areaFacts) {
+        AreaLayout& layout = result.areas[&area - areaFacts];
         if (result.images()) {
             layout.area = &area;
             layout.blocks.push_back(wholeArea(area));

@@ -30,7 +30,7 @@ struct LayoutBlock
 
 struct AreaLayout
 {
-    const RetentionArea* area = nullptr;
+    const AreaFacts* area = nullptr;
     std::vector<LayoutBlock> blocks; ///< ascending by first cell
     std::vector<std::size_t> filled; ///< places in `blocks` of those with cells, in per-address mode
     qint64 cells = 0;                ///< sum of the blocks' counts
@@ -45,9 +45,9 @@ struct AreaLayout
 struct Layout
 {
     ProjectSettings settings;
-    std::array<AreaLayout, 3> areas; ///< in the order of RetentionArea::all
+    std::array<AreaLayout, 3> areas; ///< in the order of areaFacts
 
-    const AreaLayout& of(const RetentionArea& area) const { return areas[&area - RetentionArea::all]; }
+    const AreaLayout& of(const AreaFacts& area) const { return areas[&area - areaFacts]; }
     /// In whole-area mode the files are images of the areas, one byte a bit; otherwise packed blocks.
     bool images() const { return settings.mode == RetentionMode::WholeAreas; }
 };

@@ -44,7 +44,7 @@ MapItem blockItem(const Layout& layout, const AreaLayout& area, const LayoutBloc
 
 } // namespace
 
-AreaMap areaMap(const Layout& layout, const RetentionArea& area)
+AreaMap areaMap(const Layout& layout, const AreaFacts& area)
 {
     AreaMap map;
     map.layout = &layout.of(area);

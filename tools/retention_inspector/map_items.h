@@ -32,6 +32,6 @@ struct AreaMap
 };
 
 /// Blocks without cells are left out. Points into `layout`.
-AreaMap areaMap(const Layout& layout, const RetentionArea& area);
+AreaMap areaMap(const Layout& layout, const AreaFacts& area);
 
 #endif

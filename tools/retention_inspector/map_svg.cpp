@@ -284,7 +284,7 @@ QByteArray mapSvg(const Layout& layout, const QString& title)
     drawing.text(margin, y + 14, title, "title");
     drawLegend(drawing, y + 28);
     y += 66;
-    for (const RetentionArea& area : RetentionArea::all)
+    for (const AreaFacts& area : areaFacts)
         y = drawArea(drawing, areaMap(layout, area), y) + 26;
 
     // The height is known only now, and the root element comes first.

@@ -35,7 +35,7 @@ Migration planMigration(const Layout& from, const Layout& to, const RetentionFil
 
 /// Makes the new file of an area, at the length that the module would give it. Returns what went wrong;
 /// nothing when all went well.
-QString writeNewFile(const Migration& migration, const RetentionArea& area, const QString& path);
+QString writeNewFile(const Migration& migration, const AreaFacts& area, const QString& path);
 
 /// Makes `directory` with the three new files. Returns what went wrong, with nothing made; or nothing.
 QString writeNewFiles(const Migration& migration, const QString& directory);

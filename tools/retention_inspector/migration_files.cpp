@@ -73,9 +73,9 @@ bool writeBitImage(QIODevice& device, const Migration& migration, const Retentio
 
 } // namespace
 
-QString writeNewFile(const Migration& migration, const RetentionArea& area, const QString& path)
+QString writeNewFile(const Migration& migration, const AreaFacts& area, const QString& path)
 {
-    const auto at = static_cast<std::size_t>(&area - RetentionArea::all);
+    const auto at = static_cast<std::size_t>(&area - areaFacts);
     const AreaLayout& layout = migration.to->areas[at];
     const AreaValues& values = migration.areas[at].values;
     QFile file(path);
@@ -93,7 +93,7 @@ QString writeNewFiles(const Migration& migration, const QString& directory)
     OutputDirectory output(directory);
     if (!output.error().isEmpty())
         return output.error();
-    for (const RetentionArea& area : RetentionArea::all) {
+    for (const AreaFacts& area : areaFacts) {
         QString error = writeNewFile(migration, area, output.filePath(QString::fromLatin1(area.fileName)));
         if (!error.isEmpty())
             return error;

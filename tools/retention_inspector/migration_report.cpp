@@ -8,8 +8,7 @@
 
 namespace {
 
-void addCells(Table& table, const RetentionArea& area, const char* key, const char* text,
-              const CellRanges& cells)
+void addCells(Table& table, const AreaFacts& area, const char* key, const char* text, const CellRanges& cells)
 {
     if (cells.isEmpty())
         return;

@@ -21,7 +21,7 @@ ProjectEntry readEntry(object* node, int number)
     entry.address.block = object_get_property_value_type_string(source, "Block", QString());
     entry.address.index = object_get_property_value_type_int32(source, "index", 0);
     entry.address.length = object_get_property_value_type_int32(source, "length", 0);
-    entry.area = RetentionArea::named(entry.address.block);
+    entry.area = areaNamed(entry.address.block);
     return entry;
 }
 
@@ -47,11 +47,6 @@ ProjectSettings readSettings(object* project)
     else if (!settings.entries.empty())
         settings.mode = RetentionMode::PerAddress;
     return settings;
-}
-
-qint64 cellCount(const RetentionArea& area)
-{
-    return area.bits ? area.imageBytes : area.imageBytes / 2;
 }
 
 QString entryText(const ProjectEntry& entry)

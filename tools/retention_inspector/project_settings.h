@@ -4,7 +4,8 @@
 #define TOOLS_RETENTION_INSPECTOR_PROJECT_SETTINGS_H
 
 #include "define_header/address_records.h"
-#include "poweroff_protect/retention_area.h"
+#include "poweroff_protect/area_facts.h"
+#include "poweroff_protect/retention_settings.h"
 
 #include <QtCore/QString>
 
@@ -12,20 +13,13 @@
 
 struct object;
 
-enum class RetentionMode
-{
-    None,
-    WholeAreas,
-    PerAddress
-};
-
 /// One child of "DataRetention".
 struct ProjectEntry
 {
-    int number = 0;                      ///< place among the children, from 1
-    QString name;                        ///< of the entry object
-    bool hasSource = false;              ///< there is a "sourceAddress"
-    const RetentionArea* area = nullptr; ///< null when the area name is unknown
+    int number = 0;                  ///< place among the children, from 1
+    QString name;                    ///< of the entry object
+    bool hasSource = false;          ///< there is a "sourceAddress"
+    const AreaFacts* area = nullptr; ///< null when the area name is unknown
     QString addressType;
     int length = 0;    ///< number of cells as configured, any value
     _ADDRESS_ address; ///< as configured
@@ -48,9 +42,6 @@ struct ProjectSettings
 
 /// `project` may be null. Never fails: what is missing or odd is shown by the result.
 ProjectSettings readSettings(object* project);
-
-/// Number of cells of an area. Of "LB" as many as its image has bytes.
-qint64 cellCount(const RetentionArea& area);
 
 /// Such as `entry 2 "recipe"`.
 QString entryText(const ProjectEntry& entry);

@@ -19,8 +19,8 @@ QByteArray RetentionFile::read(qint64 offset, qint64 length) const
 RetentionFiles openRetentionFiles(const QString& directory)
 {
     RetentionFiles files;
-    for (const RetentionArea& area : RetentionArea::all) {
-        RetentionFile& file = files[&area - RetentionArea::all];
+    for (const AreaFacts& area : areaFacts) {
+        RetentionFile& file = files[&area - areaFacts];
         file.area = &area;
         file.path = QDir(directory).filePath(QLatin1String(area.fileName));
         const QFileInfo info(file.path);
@@ -43,7 +43,7 @@ RetentionFiles openRetentionFiles(const QString& directory)
     return files;
 }
 
-RetentionFile memoryFile(const RetentionArea& area, const QByteArray& bytes)
+RetentionFile memoryFile(const AreaFacts& area, const QByteArray& bytes)
 {
     const auto device = std::make_shared<QBuffer>();
     device->setData(bytes);

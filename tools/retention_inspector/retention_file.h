@@ -3,7 +3,7 @@
 #ifndef TOOLS_RETENTION_INSPECTOR_RETENTION_FILE_H
 #define TOOLS_RETENTION_INSPECTOR_RETENTION_FILE_H
 
-#include "poweroff_protect/retention_area.h"
+#include "poweroff_protect/area_facts.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QIODevice>
@@ -21,7 +21,7 @@ struct RetentionFile
         Readable
     };
 
-    const RetentionArea* area = nullptr;
+    const AreaFacts* area = nullptr;
     QString path;
     State state = State::Missing;
     QString error;                     ///< why it is Unreadable
@@ -32,13 +32,13 @@ struct RetentionFile
     QByteArray read(qint64 offset, qint64 length) const;
 };
 
-/// In the order of RetentionArea::all.
+/// In the order of areaFacts.
 using RetentionFiles = std::array<RetentionFile, 3>;
 
 /// Looks into a directory, which need not have any of the files.
 RetentionFiles openRetentionFiles(const QString& directory);
 
 /// A file that is only in memory.
-RetentionFile memoryFile(const RetentionArea& area, const QByteArray& bytes);
+RetentionFile memoryFile(const AreaFacts& area, const QByteArray& bytes);
 
 #endif

@@ -11,8 +11,8 @@
 /// Which of the kept values are wanted.
 struct Selection
 {
-    const RetentionArea* area = nullptr; ///< null for all areas
-    std::optional<CellRange> addresses;  ///< nothing for all
+    const AreaFacts* area = nullptr;    ///< null for all areas
+    std::optional<CellRange> addresses; ///< nothing for all
 };
 
 Report showReport(const Layout& layout, const RetentionFiles& files, const Selection& selection);

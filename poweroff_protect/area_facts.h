@@ -1,0 +1,44 @@
+// Names the facts in which the areas "LB", "LW" and "RWI" differ, in one table.
+// SPDX-License-Identifier: MIT
+#ifndef POWEROFF_PROTECT_AREA_FACTS_H
+#define POWEROFF_PROTECT_AREA_FACTS_H
+
+#include <QtCore/QString>
+
+/// One area. The two numberings are the runtime's and unrelated.
+struct AreaFacts
+{
+    const char* name;     ///< the runtime's name of the area
+    const char* fileName; ///< its file in the project directory
+    int wholeAreaCode;    ///< as in InterfaceComm::getAreaMemory()
+    int perAddressCode;   ///< decides the length of a new per-address file
+    int imageBytes;       ///< size of the area's memory
+    bool bits;            ///< cells are bits; otherwise 16-bit words
+    bool movesBitNumber;  ///< its blocks count into the bit number by which a restore finds "LB" cells
+};
+
+const int areaCount = 3;
+
+/// The areas in the order in which everything visits them.
+extern const AreaFacts areaFacts[areaCount];
+
+/// The area of exactly that name; null for any other.
+const AreaFacts* areaNamed(const QString& name);
+const AreaFacts* areaNamed(const char* name); ///< as above; `name` must not be null
+/// The area with that code; null for any other.
+const AreaFacts* areaWithWholeAreaCode(int code);
+const AreaFacts* areaWithPerAddressCode(int code); ///< as above
+
+/// Cells of an area: 65536 in each of the three. An image of bits has one byte a cell.
+inline qint64 cellCount(const AreaFacts& area)
+{
+    return area.bits ? area.imageBytes : area.imageBytes / 2;
+}
+
+/// Whether it is the one bit cell, "LB" 60100, whose changes are never written through.
+inline bool isIgnoredBit(const AreaFacts& area, int address)
+{
+    return area.bits && address == 60100;
+}
+
+#endif

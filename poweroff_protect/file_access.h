@@ -1,0 +1,34 @@
+// Finds, makes and opens the retention files.
+// SPDX-License-Identifier: MIT
+#ifndef POWEROFF_PROTECT_FILE_ACCESS_H
+#define POWEROFF_PROTECT_FILE_ACCESS_H
+
+#include <QtCore/QString>
+
+#include <fstream>
+
+/// The fixed directory of the retention files, with its trailing slash.
+QString projectDirectory();
+
+/// The path of the file of that name in the project directory.
+QString projectPath(const QString& fileName);
+
+/// What one look at a path found. A look may fail for reasons that pass, such as an error of the medium: a
+/// file is neither missing nor too short unless that is known.
+struct FileLook
+{
+    bool missing; ///< there is certainly nothing at the path
+    bool regular; ///< a regular file is there: no folder, FIFO or device
+    qint64 size;  ///< bytes; -1 when unknown
+};
+
+FileLook lookAtFile(const QString& path);
+
+/// Makes the file, or empties it, and gives it `length` zero bytes; a negative length leaves it empty.
+void makeZeroFile(const QString& path, qint64 length);
+
+/// Opens `file` for reading and writing on an existing file: nothing is created, cut off or appended. On
+/// failure `file` is marked failed; if it was open before the call, it is marked failed and stays open.
+void openRetentionFile(std::fstream& file, const QString& path);
+
+#endif

@@ -1,0 +1,20 @@
+// Keeps a failed allocation to the step in which it happened.
+// SPDX-License-Identifier: MIT
+#ifndef POWEROFF_PROTECT_OUT_OF_MEMORY_H
+#define POWEROFF_PROTECT_OUT_OF_MEMORY_H
+
+#include <new>
+
+/// Runs `step`. False when an allocation in it failed: what it had not done by then stays undone, so that one
+/// file or block is left out and the others go on.
+template <typename Step> bool ranWithMemory(Step step)
+{
+    try {
+        step();
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+#endif

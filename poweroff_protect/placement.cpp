@@ -1,0 +1,43 @@
+// Lays blocks end to end: bits packed, two bytes for each word.
+// SPDX-License-Identifier: MIT
+#include "poweroff_protect/placement.h"
+
+#include "poweroff_protect/wrapping.h"
+
+void placeBlocks(QList<MaintenanceFileInfo>& blocks)
+{
+    int byte = 0;
+    int bit = 0;
+    for (int k = 0; k < blocks.size(); ++k) {
+        MaintenanceFileInfo& block = blocks[k];
+        block.fileOffset = byte;
+        block.bitOffset = bit;
+        const AreaFacts* const area = areaNamed(block.address.block);
+        if (area && area->bits) {
+            byte = wrapAdd(byte, block.count / 8);
+            bit += block.count % 8;
+            if (bit > 7) { // only this is carried: a negative count may leave a negative bit offset
+                bit -= 8;
+                byte = wrapAdd(byte, 1);
+            }
+        } else if (area) {
+            byte = wrapAdd(byte, wrapAdd(block.count, block.count));
+        }
+    }
+}
+
+int newFileLength(const AreaFacts* area, const QList<MaintenanceFileInfo>& blocks)
+{
+    int cells = 0;
+    for (int k = 0; k < blocks.size(); ++k)
+        cells = wrapAdd(cells, blocks.at(k).count);
+    if (!area)
+        return 0;
+    return area->bits ? cells / 8 + 1 : wrapAdd(cells, cells);
+}
+
+BitPlace bitPlace(const MaintenanceFileInfo& block, int number)
+{
+    const int bit = wrapAdd(number, block.bitOffset);
+    return {wrapAdd(block.fileOffset, bit / 8), bit % 8};
+}
