@@ -1,7 +1,6 @@
 // The records that name ranges of cells in the runtime's areas, and their order.
 // SPDX-License-Identifier: MIT
-#ifndef DEFINE_HEADER_ADDRESS_RECORDS_H
-#define DEFINE_HEADER_ADDRESS_RECORDS_H
+#pragma once
 
 #include "define_header/export.h"
 
@@ -48,5 +47,3 @@ struct READADDRESS
 /// The order in which entries are sorted: by address.index, signed. Nothing else takes part, so entries with
 /// equal index are equivalent.
 POWEROFF_PROTECT_EXPORT bool compare(const structMaintenance& a, const structMaintenance& b);
-
-#endif

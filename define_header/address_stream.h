@@ -2,8 +2,7 @@
 // nothing around them, integers as 32-bit signed and strings as QString, in the stream's own version and byte
 // order.
 // SPDX-License-Identifier: MIT
-#ifndef DEFINE_HEADER_ADDRESS_STREAM_H
-#define DEFINE_HEADER_ADDRESS_STREAM_H
+#pragma once
 
 #include "define_header/address_records.h"
 #include "define_header/export.h"
@@ -18,5 +17,3 @@ POWEROFF_PROTECT_EXPORT QDataStream& operator>>(QDataStream& stream, _ADDRESS_& 
 /// In the order extra2, extra5, extra3, address, extra1, extraText, extra4, which is not that of the fields.
 POWEROFF_PROTECT_EXPORT QDataStream& operator<<(QDataStream& stream, const READADDRESS& address);
 POWEROFF_PROTECT_EXPORT QDataStream& operator>>(QDataStream& stream, READADDRESS& address);
-
-#endif

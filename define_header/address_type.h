@@ -1,7 +1,6 @@
 // Address types as texts and as codes. A code is the size of the type, so there is no 3 and no 0.
 // SPDX-License-Identifier: MIT
-#ifndef DEFINE_HEADER_ADDRESS_TYPE_H
-#define DEFINE_HEADER_ADDRESS_TYPE_H
+#pragma once
 
 #include "define_header/export.h"
 
@@ -12,5 +11,3 @@ POWEROFF_PROTECT_EXPORT QString addressType2QString(int code);
 
 /// The code of exactly that text, case and blanks included; -1 for any other, the null string included.
 POWEROFF_PROTECT_EXPORT int addressType2Int(QString text);
-
-#endif

@@ -1,8 +1,5 @@
 // Marks what the library offers to programs that load it; everything else stays inside.
 // SPDX-License-Identifier: MIT
-#ifndef DEFINE_HEADER_EXPORT_H
-#define DEFINE_HEADER_EXPORT_H
+#pragma once
 
 #define POWEROFF_PROTECT_EXPORT __attribute__((visibility("default")))
-
-#endif

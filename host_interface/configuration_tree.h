@@ -1,7 +1,6 @@
 // The project's configuration tree, as the runtime lets models read it. All pointers stay the runtime's.
 // SPDX-License-Identifier: MIT
-#ifndef HOST_INTERFACE_CONFIGURATION_TREE_H
-#define HOST_INTERFACE_CONFIGURATION_TREE_H
+#pragma once
 
 #include "host_interface/visibility.h"
 
@@ -27,5 +26,3 @@ HOST_INTERFACE_PUBLIC int object_get_property_value_type_int32(object* node, con
 /// The text of the property of that name; `defaultValue` when `node` is null or has none.
 HOST_INTERFACE_PUBLIC QString object_get_property_value_type_string(object* node, const char* name,
                                                                     const QString& defaultValue);
-
-#endif

@@ -1,7 +1,6 @@
 // The two records that runtime and models exchange about changed cells. Their layouts are binary interface.
 // SPDX-License-Identifier: MIT
-#ifndef HOST_INTERFACE_EXCHANGE_RECORDS_H
-#define HOST_INTERFACE_EXCHANGE_RECORDS_H
+#pragma once
 
 #include <cstddef>
 
@@ -36,5 +35,3 @@ static_assert(offsetof(RegisterValueChangeSize, hostFlag48) == 48, "watch record
 static_assert(offsetof(RegisterValueChangeSize, changeSize) == 52, "watch record: changeSize at 52");
 static_assert(offsetof(_ExtendTriggerMsg_t, address) == 12, "change message: address at 12");
 static_assert(offsetof(_ExtendTriggerMsg_t, areaName) == 20, "change message: areaName at 20");
-
-#endif

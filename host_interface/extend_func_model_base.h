@@ -1,7 +1,6 @@
 // The base class of the runtime's extension models.
 // SPDX-License-Identifier: MIT
-#ifndef HOST_INTERFACE_EXTEND_FUNC_MODEL_BASE_H
-#define HOST_INTERFACE_EXTEND_FUNC_MODEL_BASE_H
+#pragma once
 
 #include "host_interface/exchange_records.h"
 #include "host_interface/interface_all.h"
@@ -53,5 +52,3 @@ public:
     long long cycleRemainingMs;  ///< milliseconds until the next cyclicRun()
     QString extModelString;      ///< the text given to extModelOpen()
 };
-
-#endif

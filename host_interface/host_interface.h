@@ -1,7 +1,6 @@
 // Everything that the panel's runtime declares for its models: include this one.
 // SPDX-License-Identifier: MIT
-#ifndef HOST_INTERFACE_HOST_INTERFACE_H
-#define HOST_INTERFACE_HOST_INTERFACE_H
+#pragma once
 
 #include "host_interface/configuration_tree.h"
 #include "host_interface/exchange_records.h"
@@ -9,5 +8,3 @@
 #include "host_interface/interface_all.h"
 #include "host_interface/interface_comm.h"
 #include "host_interface/shell.h"
-
-#endif

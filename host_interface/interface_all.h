@@ -1,7 +1,6 @@
 // The root of the runtime's class tree: what every object that the runtime drives can be asked.
 // SPDX-License-Identifier: MIT
-#ifndef HOST_INTERFACE_INTERFACE_ALL_H
-#define HOST_INTERFACE_INTERFACE_ALL_H
+#pragma once
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -23,5 +22,3 @@ public:
     /// Operator-log type; its meaning is the runtime's. 0 until somebody sets it.
     ushort optLogType = 0;
 };
-
-#endif

@@ -1,7 +1,6 @@
 // The runtime's communication interface: how a model reaches the memory areas "LB", "LW" and "RWI".
 // SPDX-License-Identifier: MIT
-#ifndef HOST_INTERFACE_INTERFACE_COMM_H
-#define HOST_INTERFACE_INTERFACE_COMM_H
+#pragma once
 
 #include <QtCore/QString>
 
@@ -28,5 +27,3 @@ public:
     virtual int readRegisterValues(const QString& link, const QString& area, int address, int selector,
                                    int count, ushort* data) = 0;
 };
-
-#endif

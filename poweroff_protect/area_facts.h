@@ -1,7 +1,6 @@
 // Names the facts in which the areas "LB", "LW" and "RWI" differ, in one table.
 // SPDX-License-Identifier: MIT
-#ifndef POWEROFF_PROTECT_AREA_FACTS_H
-#define POWEROFF_PROTECT_AREA_FACTS_H
+#pragma once
 
 #include <QtCore/QString>
 
@@ -17,17 +16,12 @@ struct AreaFacts
     bool movesBitNumber;  ///< its blocks count into the bit number by which a restore finds "LB" cells
 };
 
-const int areaCount = 3;
-
 /// The areas in the order in which everything visits them.
+const int areaCount = 3;
 extern const AreaFacts areaFacts[areaCount];
 
 /// The area of exactly that name; null for any other.
 const AreaFacts* areaNamed(const QString& name);
-const AreaFacts* areaNamed(const char* name); ///< as above; `name` must not be null
-/// The area with that code; null for any other.
-const AreaFacts* areaWithWholeAreaCode(int code);
-const AreaFacts* areaWithPerAddressCode(int code); ///< as above
 
 /// Cells of an area: 65536 in each of the three. An image of bits has one byte a cell.
 inline qint64 cellCount(const AreaFacts& area)
@@ -40,5 +34,3 @@ inline bool isIgnoredBit(const AreaFacts& area, int address)
 {
     return area.bits && address == 60100;
 }
-
-#endif

@@ -1,7 +1,6 @@
 // Gathers the fields of a module object that belong to one area.
 // SPDX-License-Identifier: MIT
-#ifndef POWEROFF_PROTECT_AREA_FIELDS_H
-#define POWEROFF_PROTECT_AREA_FIELDS_H
+#pragma once
 
 #include "poweroff_protect/area_facts.h"
 #include "poweroff_protect/poweroff_protect.h"
@@ -24,5 +23,3 @@ struct AreaFields
                  {areaFacts[2], module.rwiFileBlocks, module.rwiFileInfo, module.rwiFile}}};
     }
 };
-
-#endif

@@ -23,10 +23,9 @@ void writeBitThrough(poweroff_protect& module, InterfaceComm& comm, std::fstream
     ushort value = 0;
     comm.readRegisterValues(area, area, address, 0, 1, &value);
     const BitPlace place = bitPlace(block, wrapSubtract(address, block.address.index));
-    const int mask = bitMask(place);
     unsigned char byte = 0;
     module.readFile(file, reinterpret_cast<char*>(&byte), 1, place.byte);
-    byte = static_cast<unsigned char>(value != 0 ? byte | mask : byte & ~mask);
+    byte = static_cast<unsigned char>(value != 0 ? byte | place.mask : byte & ~place.mask);
     module.writeFile(file, reinterpret_cast<char*>(&byte), 1, place.byte);
 }
 
@@ -66,8 +65,7 @@ void poweroff_protect::_getMonitorTriggerAddr(QList<MaintenanceFileInfo>& blocks
                 watched.append(record);
             }
         });
-        // A block that does not fit into memory is not watched; the others are. Its records go one by one,
-        // because an empty list would need memory even to be asked for its beginning.
+        // A block that does not fit into memory is not watched. To erase a range would need memory, too.
         while (!complete && watched.size() > before)
             watched.removeLast();
     }
@@ -87,17 +85,20 @@ void poweroff_protect::poweroffMaintenance(std::basic_fstream<char>& file, QList
 {
     if (!areaName || !interfaceComm)
         return;
-    const AreaFacts* const area = areaNamed(areaName);
-    for (int k = 0; k < blocks.size(); ++k) {
-        const MaintenanceFileInfo& block = blocks.at(k);
-        if (contains(block, address))
-            ranWithMemory([&] {
-                checkFile(file, fileName);
-                if (area && area->bits)
-                    writeBitThrough(*this, *interfaceComm, file, block, QLatin1String(areaName), address);
-                else if (area)
-                    writeWordsThrough(*this, *interfaceComm, file, block, QLatin1String(areaName));
-            });
-    }
+    // Without memory for it a block keeps its last values in the file.
+    ranWithMemory([&] {
+        const QString name = QLatin1String(areaName);
+        const AreaFacts* const area = areaNamed(name);
+        for (int k = 0; k < blocks.size(); ++k) {
+            const MaintenanceFileInfo& block = blocks.at(k);
+            if (!contains(block, address))
+                continue;
+            checkFile(file, fileName);
+            if (area && area->bits)
+                writeBitThrough(*this, *interfaceComm, file, block, name, address);
+            else if (area)
+                writeWordsThrough(*this, *interfaceComm, file, block, name);
+        }
+    });
     sys_base_do_system("sync");
 }

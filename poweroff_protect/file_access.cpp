@@ -44,12 +44,10 @@ void openRetentionFile(std::fstream& file, const QString& path)
     // Without a buffer a read moves just the bytes that were asked for; with one, every single bit would
     // fetch thousands of bytes around it. It must be taken away before the file is opened.
     file.rdbuf()->pubsetbuf(nullptr, 0);
-    const bool ran = ranWithMemory([&file, &path] {
-        // The path is plain ASCII, where toLatin1() and the toAscii() of Qt 4 agree; only the former is in
-        // all Qts.
-        file.open(path.toLatin1().constData(), std::ios::in | std::ios::out | std::ios::binary);
-    });
-    if (ran)
+    // The path is plain ASCII, where toLatin1() is in all Qts what toAscii() is in Qt 4.
+    if (ranWithMemory([&file, &path] {
+            file.open(path.toLatin1().constData(), std::ios::in | std::ios::out | std::ios::binary);
+        }))
         return;
     if (!wasOpen) // a stream without memory may hold the file and yet neither read nor write it
         file.close();

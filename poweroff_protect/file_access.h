@@ -1,16 +1,13 @@
 // Finds, makes and opens the retention files.
 // SPDX-License-Identifier: MIT
-#ifndef POWEROFF_PROTECT_FILE_ACCESS_H
-#define POWEROFF_PROTECT_FILE_ACCESS_H
+#pragma once
 
 #include <QtCore/QString>
 
 #include <fstream>
 
-/// The fixed directory of the retention files, with its trailing slash.
+/// The fixed directory of the retention files, with its trailing slash, and the path of a file in it.
 QString projectDirectory();
-
-/// The path of the file of that name in the project directory.
 QString projectPath(const QString& fileName);
 
 /// What one look at a path found. A look may fail for reasons that pass, such as an error of the medium: a
@@ -30,5 +27,3 @@ void makeZeroFile(const QString& path, qint64 length);
 /// Opens `file` for reading and writing on an existing file: nothing is created, cut off or appended. On
 /// failure `file` is marked failed; if it was open before the call, it is marked failed and stays open.
 void openRetentionFile(std::fstream& file, const QString& path);
-
-#endif

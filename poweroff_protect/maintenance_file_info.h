@@ -1,7 +1,6 @@
 // One block of a per-address retention file.
 // SPDX-License-Identifier: MIT
-#ifndef POWEROFF_PROTECT_MAINTENANCE_FILE_INFO_H
-#define POWEROFF_PROTECT_MAINTENANCE_FILE_INFO_H
+#pragma once
 
 #include "define_header/define_header.h"
 
@@ -14,5 +13,3 @@ struct MaintenanceFileInfo
     int fileOffset = 0; ///< bytes from the start of the file to the first cell
     int count = 0;      ///< number of cells: bits for "LB", 16-bit words for "LW" and "RWI"
 };
-
-#endif

@@ -1,7 +1,6 @@
 // Keeps a failed allocation to the step in which it happened.
 // SPDX-License-Identifier: MIT
-#ifndef POWEROFF_PROTECT_OUT_OF_MEMORY_H
-#define POWEROFF_PROTECT_OUT_OF_MEMORY_H
+#pragma once
 
 #include <new>
 
@@ -16,5 +15,3 @@ template <typename Step> bool ranWithMemory(Step step)
         return false;
     }
 }
-
-#endif

@@ -1,7 +1,6 @@
 // Decides which cells of an area's entries are kept together.
 // SPDX-License-Identifier: MIT
-#ifndef POWEROFF_PROTECT_PARTITION_H
-#define POWEROFF_PROTECT_PARTITION_H
+#pragma once
 
 #include "define_header/address_records.h"
 
@@ -18,5 +17,3 @@ struct KeptRange
 /// which is one cell short where the later entry reaches to or past the end of the earlier one; adjacent
 /// entries stay apart. Any values pass through, sums wrap.
 QVector<KeptRange> partition(const QVector<structMaintenance>& entries);
-
-#endif

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/placement.h"
 
+#include "poweroff_protect/area_facts.h"
 #include "poweroff_protect/wrapping.h"
 
 void placeBlocks(QList<MaintenanceFileInfo>& blocks)
@@ -26,18 +27,19 @@ void placeBlocks(QList<MaintenanceFileInfo>& blocks)
     }
 }
 
-int newFileLength(const AreaFacts* area, const QList<MaintenanceFileInfo>& blocks)
+int newFileLength(int perAddressCode, const QList<MaintenanceFileInfo>& blocks)
 {
     int cells = 0;
     for (int k = 0; k < blocks.size(); ++k)
         cells = wrapAdd(cells, blocks.at(k).count);
-    if (!area)
-        return 0;
-    return area->bits ? cells / 8 + 1 : wrapAdd(cells, cells);
+    for (const AreaFacts& area : areaFacts)
+        if (area.perAddressCode == perAddressCode)
+            return area.bits ? cells / 8 + 1 : wrapAdd(cells, cells);
+    return 0;
 }
 
 BitPlace bitPlace(const MaintenanceFileInfo& block, int number)
 {
     const int bit = wrapAdd(number, block.bitOffset);
-    return {wrapAdd(block.fileOffset, bit / 8), bit % 8};
+    return {wrapAdd(block.fileOffset, bit / 8), bit % 8 < 0 ? 0 : 1 << (bit % 8)};
 }

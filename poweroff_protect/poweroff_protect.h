@@ -1,8 +1,6 @@
-// The retention module: keeps chosen contents of the areas "LB", "LW" and "RWI" in three files over a power
-// cut.
+// Keeps chosen contents of the areas "LB", "LW" and "RWI" in three files across power loss.
 // SPDX-License-Identifier: MIT
-#ifndef POWEROFF_PROTECT_POWEROFF_PROTECT_H
-#define POWEROFF_PROTECT_POWEROFF_PROTECT_H
+#pragma once
 
 #include "define_header/define_header.h"
 #include "host_interface/host_interface.h"
@@ -15,10 +13,9 @@
 
 #include <fstream>
 
-/// The module object. The runtime makes one with createModel(), then calls extModelOpen(), extModelInit() and
-/// getMonitorTriggerAddr(), then cyclicRun() and addrOptChangeMsg() as things happen, and ends with
-/// deletModel(). All calls come from one thread. Nothing is ever reported: what cannot be made, opened, read
-/// or written is not retained, and the rest goes on.
+/// The module object: createModel(), extModelOpen(), extModelInit() and getMonitorTriggerAddr(), then
+/// cyclicRun() and addrOptChangeMsg() as things happen, at last deletModel(), all from one thread. Nothing is
+/// ever reported: what cannot be made, opened, read or written is not retained, and the rest goes on.
 class POWEROFF_PROTECT_EXPORT poweroff_protect : public ExtendFuncModelBase
 {
 public:
@@ -27,14 +24,12 @@ public:
     /// Closes the open files. Saves nothing.
     ~poweroff_protect() override;
 
-    // --- Calls of the runtime ---
-
-    /// Reads "DataRetention" below `project` and chooses the mode. In whole-area mode the three areas are
-    /// restored before the call returns. `project` and `comm` stay the runtime's and must outlive the module.
-    /// Call it once: a second call in whole-area mode ends the saving for good.
+    // Calls of the runtime
+    /// Reads "DataRetention" below `project`, chooses the mode and, for whole areas, restores them. `project`
+    /// and `comm` stay the runtime's and must outlive the module. A second call in whole-area mode ends the
+    /// saving.
     void extModelOpen(object* project, QString text, InterfaceComm* comm) override;
-    /// In per-address mode makes missing files and restores existing ones. Change messages count from here
-    /// on.
+    /// In per-address mode makes missing files and restores existing ones. Change messages count from now on.
     void extModelInit() override;
     /// In whole-area mode saves the three areas, then runs "sync". Always returns 0.
     int cyclicRun() override;
@@ -46,29 +41,23 @@ public:
     /// Null messages, unknown areas, messages before extModelInit() and "LB" 60100 are ignored.
     void addrOptChangeMsg(const _ExtendTriggerMsg_t* msg) override;
 
-    // --- Whole-area mode ---
-
-    /// Makes the file `name` in the project directory at the size of the area with that whole-area code (0
-    /// "LW", 1 "LB", 2 "RWI"; any other has size 0), or empties and refills one that is shorter; then opens
-    /// `file` on it and copies its beginning into the area's memory.
+    // Whole-area mode
+    /// Makes the file `name` at the size of the area with that whole-area code (0 "LW", 1 "LB", 2 "RWI"; any
+    /// other has size 0), or empties and refills a shorter one; then opens `file` on it and restores the area
+    /// from it.
     void initFile(std::fstream& file, QString name, int areaCode);
     /// Writes the memory of the area with that whole-area code to the beginning of `file`.
     void writeFile(std::fstream& file, int areaCode);
 
-    // --- Per-address mode: from the project to the blocks ---
-
-    /// Reads the entries of "DataRetention" and makes the three block lists anew.
+    // Per-address mode: from the project to the blocks
+    /// Rebuilds the three block lists from the entries of "DataRetention".
     void initAddrInfo();
-    /// Appends the blocks for the entries of one area, sorted by compare(): overlapping entries become one
-    /// block, which is one cell short where the later entry reaches to or past the end of the earlier one;
-    /// adjacent entries stay apart. `entries` may be used as working storage. Any values pass through, sums
-    /// wrap.
+    /// Appends the blocks for the entries of one area, which must be sorted by compare(); see partition().
     void memoryPartition(QVector<structMaintenance>& entries, QList<MaintenanceFileInfo>& blocks);
-    /// Places the blocks of one area in its file, one behind the other: sets fileOffset and bitOffset.
+    /// Places the blocks of one area in its file, end to end: sets fileOffset and bitOffset.
     void fileMemoryMap(QList<MaintenanceFileInfo>& blocks);
 
-    // --- Per-address mode: the files ---
-
+    // Per-address mode: the files
     /// Opens `file` on the file `fileName` of the project directory unless it is open already. An open file
     /// is left as it is, errors included; a file that cannot be opened leaves the stream closed and failed.
     void checkFile(std::basic_fstream<char>& file, const char* fileName);
@@ -82,13 +71,11 @@ public:
     /// `blocks` from it.
     void initFile(std::basic_fstream<char>& file, QFileInfo& info, QString fileName,
                   QList<MaintenanceFileInfo>& blocks, int perAddressCode);
-    /// Copies the kept values of `blocks` from the module's files into the areas, chosen by each block's own
-    /// area name. A bit whose byte in the file is zero is not written, so that it keeps the runtime's start
-    /// value.
+    /// Restores `blocks` from the module's files, chosen by each block's own area name. A bit whose byte in
+    /// the file is zero is not written, so that it keeps the runtime's start value.
     void initMaintenance(QList<MaintenanceFileInfo>& blocks);
 
-    // --- Per-address mode: changes ---
-
+    // Per-address mode: changes
     /// Appends one watch record for every cell of `blocks`, under the name `areaName`.
     void _getMonitorTriggerAddr(QList<MaintenanceFileInfo>& blocks, QList<RegisterValueChangeSize>& watched,
                                 const char* areaName);
@@ -118,10 +105,7 @@ private:
     qint16 saveTimeMinutes = 5;  ///< period of the whole-area saves; negative values pass through
 };
 
-/// Makes a module object; the caller gives it back to deletModel(). What construction throws reaches the
-/// caller.
+/// Makes a module object, for deletModel(). What construction throws reaches the caller.
 extern "C" POWEROFF_PROTECT_EXPORT ExtendFuncModelBase* createModel();
 /// Destroys a module object that createModel() made. Null is ignored.
 extern "C" POWEROFF_PROTECT_EXPORT void deletModel(ExtendFuncModelBase* model);
-
-#endif

@@ -14,7 +14,7 @@ void poweroff_protect::initFile(std::basic_fstream<char>& file, QFileInfo& info,
     info.setFile(path);
     const FileLook look = lookAtFile(path);
     if (look.missing) { // a new file holds no values yet
-        makeZeroFile(path, newFileLength(areaWithPerAddressCode(perAddressCode), blocks));
+        makeZeroFile(path, newFileLength(perAddressCode, blocks));
         return;
     }
     if (look.size == 0)
@@ -40,10 +40,9 @@ void poweroff_protect::initMaintenance(QList<MaintenanceFileInfo>& blocks)
                 const BitPlace place = bitPlace(MaintenanceFileInfo(), wrapAdd(bitNumber, j));
                 unsigned char byte = 0;
                 readFile(areas[area - areaFacts].file, reinterpret_cast<char*>(&byte), 1, place.byte);
-                // A zero byte restores nothing: its cells keep the values that the runtime started with.
-                if (byte == 0)
+                if (byte == 0) // restores nothing: its cells keep the values that the runtime started with
                     continue;
-                const ushort value = (byte & bitMask(place)) != 0;
+                const ushort value = (byte & place.mask) != 0;
                 interfaceComm->writeRegisterValues(address.link, address.block, wrapAdd(address.index, j), -1,
                                                    1, &value);
             }

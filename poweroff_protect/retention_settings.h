@@ -1,7 +1,6 @@
-// Reads what a project says about retention. The only access is through the runtime's configuration-tree
-// functions. SPDX-License-Identifier: MIT
-#ifndef POWEROFF_PROTECT_RETENTION_SETTINGS_H
-#define POWEROFF_PROTECT_RETENTION_SETTINGS_H
+// Reads what a project says about retention, through the runtime's configuration-tree functions alone.
+// SPDX-License-Identifier: MIT
+#pragma once
 
 #include "define_header/address_records.h"
 #include "host_interface/configuration_tree.h"
@@ -22,12 +21,8 @@ struct RetentionSettings
 
 /// The object "DataRetention" of a project; null when there is none.
 object* retentionObject(object* project);
-
 /// What the properties and the first child of `retention`, which must not be null, come to.
 RetentionSettings readRetentionSettings(object* retention);
 
-/// The entry that a child of "DataRetention" describes. Missing properties are null texts and zeros; without
-/// a "sourceAddress" the whole address is.
+/// The entry that a child of "DataRetention" describes. What is missing is a null text or 0.
 structMaintenance readRetentionEntry(object* child);
-
-#endif

@@ -9,14 +9,10 @@ namespace {
 /// Bytes of the area with that whole-area code; 0 for an unknown code.
 int imageBytes(int areaCode)
 {
-    const AreaFacts* const area = areaWithWholeAreaCode(areaCode);
-    return area ? area->imageBytes : 0;
-}
-
-/// The runtime's memory of an area; null when there is none or no way to it.
-char* areaMemory(InterfaceComm* comm, int areaCode)
-{
-    return static_cast<char*>(comm ? comm->getAreaMemory(areaCode) : nullptr);
+    for (const AreaFacts& area : areaFacts)
+        if (area.wholeAreaCode == areaCode)
+            return area.imageBytes;
+    return 0;
 }
 
 } // namespace
@@ -31,7 +27,7 @@ void poweroff_protect::initFile(std::fstream& file, QString name, int areaCode)
         makeZeroFile(path, size);
     openRetentionFile(file, path);
 
-    char* const memory = areaMemory(interfaceComm, areaCode);
+    char* const memory = static_cast<char*>(interfaceComm ? interfaceComm->getAreaMemory(areaCode) : nullptr);
     if (!memory || size == 0)
         return;
     file.seekg(0);
@@ -42,7 +38,7 @@ void poweroff_protect::initFile(std::fstream& file, QString name, int areaCode)
 void poweroff_protect::writeFile(std::fstream& file, int areaCode)
 {
     const int size = imageBytes(areaCode);
-    const char* const memory = areaMemory(interfaceComm, areaCode);
+    char* const memory = static_cast<char*>(interfaceComm ? interfaceComm->getAreaMemory(areaCode) : nullptr);
     if (!memory || size == 0)
         return;
     file.seekp(0);

@@ -1,7 +1,6 @@
 // Allocates the values of a word block, which may be too large to have.
 // SPDX-License-Identifier: MIT
-#ifndef POWEROFF_PROTECT_WORD_BUFFER_H
-#define POWEROFF_PROTECT_WORD_BUFFER_H
+#pragma once
 
 #include <QtCore/QtGlobal>
 
@@ -17,5 +16,3 @@ inline WordBuffer makeWordBuffer(int bytes)
     void* const memory = bytes > 0 ? std::calloc(static_cast<std::size_t>(bytes), 1) : nullptr;
     return WordBuffer(static_cast<ushort*>(memory), std::free);
 }
-
-#endif

@@ -1,7 +1,6 @@
 // Adds and subtracts 32-bit numbers that wrap: configured values of any size pass through.
 // SPDX-License-Identifier: MIT
-#ifndef POWEROFF_PROTECT_WRAPPING_H
-#define POWEROFF_PROTECT_WRAPPING_H
+#pragma once
 
 inline int wrapAdd(int a, int b)
 {
@@ -12,5 +11,3 @@ inline int wrapSubtract(int a, int b)
 {
     return static_cast<int>(static_cast<unsigned>(a) - static_cast<unsigned>(b));
 }
-
-#endif
