@@ -5,8 +5,8 @@
 #include "tests/fuzz/hostile_files.h"
 #include "tests/fuzz/kept_files_model.h"
 #include "tests/fuzz/project_from_bytes.h"
+#include "tools/retention_core/kept_values.h"
 #include "tools/retention_inspector/file_check.h"
-#include "tools/retention_inspector/kept_values.h"
 #include "tools/retention_inspector/layout_report.h"
 #include "tools/retention_inspector/show_report.h"
 

@@ -1,7 +1,7 @@
 // What becomes of each entry: verdicts, cells that are lost, and findings with their remedies.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
-#include "tools/retention_inspector/entry_verdict.h"
+#include "tools/retention_core/entry_verdict.h"
 #include "tools/retention_inspector/layout_findings.h"
 
 namespace {

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/run_tool.h"
-#include "tools/retention_inspector/commands.h"
+#include "tools/retention_inspector/command.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>

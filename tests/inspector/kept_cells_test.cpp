@@ -1,7 +1,7 @@
 // The cells that the tool calls kept are those that come back through the module, for any project.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
-#include "tools/retention_inspector/layout.h"
+#include "tools/retention_core/layout.h"
 
 #include <QtCore/QFile>
 

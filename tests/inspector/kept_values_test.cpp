@@ -1,7 +1,7 @@
 // Values by address: what the module wrote is what the tool reads.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
-#include "tools/retention_inspector/kept_values.h"
+#include "tools/retention_core/kept_values.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tools/retention_inspector/map_items.h"
-#include "tools/retention_inspector/map_svg.h"
+#include "tools/retention_inspector/report/map_picture.h"
 
 #include <QtCore/QXmlStreamReader>
 

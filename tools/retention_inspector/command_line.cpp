@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/command_line.h"
 
-#include "tools/retention_inspector/commands.h"
+#include "tools/retention_inspector/command.h"
 
 #include <QtCore/QCommandLineParser>
 

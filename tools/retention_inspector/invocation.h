@@ -3,7 +3,7 @@
 #ifndef TOOLS_RETENTION_INSPECTOR_INVOCATION_H
 #define TOOLS_RETENTION_INSPECTOR_INVOCATION_H
 
-#include "tools/retention_inspector/report.h"
+#include "tools/retention_inspector/report/report.h"
 
 #include <QtCore/QHash>
 #include <QtCore/QString>

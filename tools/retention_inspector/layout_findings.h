@@ -3,8 +3,8 @@
 #ifndef TOOLS_RETENTION_INSPECTOR_LAYOUT_FINDINGS_H
 #define TOOLS_RETENTION_INSPECTOR_LAYOUT_FINDINGS_H
 
-#include "tools/retention_inspector/entry_verdict.h"
-#include "tools/retention_inspector/report.h"
+#include "tools/retention_core/entry_verdict.h"
+#include "tools/retention_inspector/report/report.h"
 
 #include <vector>
 

@@ -3,8 +3,8 @@
 #ifndef TOOLS_RETENTION_INSPECTOR_LAYOUT_REPORT_H
 #define TOOLS_RETENTION_INSPECTOR_LAYOUT_REPORT_H
 
-#include "tools/retention_inspector/layout.h"
-#include "tools/retention_inspector/report.h"
+#include "tools/retention_core/layout.h"
+#include "tools/retention_inspector/report/report.h"
 
 Report layoutReport(const Layout& layout);
 

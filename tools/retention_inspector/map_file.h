@@ -3,8 +3,8 @@
 #ifndef TOOLS_RETENTION_INSPECTOR_MAP_FILE_H
 #define TOOLS_RETENTION_INSPECTOR_MAP_FILE_H
 
+#include "tools/retention_core/layout.h"
 #include "tools/retention_inspector/invocation.h"
-#include "tools/retention_inspector/layout.h"
 
 /// Draws the map into `path`, at once or not at all; an existing file is only replaced with `force`. The
 /// findings are those of the layout.

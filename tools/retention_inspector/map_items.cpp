@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/map_items.h"
 
-#include "tools/retention_inspector/entry_verdict.h"
+#include "tools/retention_core/entry_verdict.h"
 
 #include <QtCore/QStringList>
 

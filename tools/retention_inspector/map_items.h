@@ -3,7 +3,7 @@
 #ifndef TOOLS_RETENTION_INSPECTOR_MAP_ITEMS_H
 #define TOOLS_RETENTION_INSPECTOR_MAP_ITEMS_H
 
-#include "tools/retention_inspector/layout.h"
+#include "tools/retention_core/layout.h"
 
 #include <vector>
 

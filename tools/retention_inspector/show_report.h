@@ -3,8 +3,8 @@
 #ifndef TOOLS_RETENTION_INSPECTOR_SHOW_REPORT_H
 #define TOOLS_RETENTION_INSPECTOR_SHOW_REPORT_H
 
-#include "tools/retention_inspector/kept_values.h"
-#include "tools/retention_inspector/report.h"
+#include "tools/retention_core/kept_values.h"
+#include "tools/retention_inspector/report/report.h"
 
 #include <optional>
 

@@ -3,8 +3,8 @@
 #ifndef TOOLS_RETENTION_INSPECTOR_WEAR_H
 #define TOOLS_RETENTION_INSPECTOR_WEAR_H
 
-#include "tools/retention_inspector/layout.h"
-#include "tools/retention_inspector/report.h"
+#include "tools/retention_core/layout.h"
+#include "tools/retention_inspector/report/report.h"
 
 /// What the user says about use and flash. Sizes in bytes.
 struct WearQuestion

@@ -1,6 +1,6 @@
 // Reports for people: facts, aligned tables, findings with their remedies.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/report.h"
+#include "tools/retention_inspector/report/report.h"
 
 #include <algorithm>
 

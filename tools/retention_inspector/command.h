@@ -1,7 +1,7 @@
 // The commands: their names, arguments, options and help in one table, each with its function.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_INSPECTOR_COMMANDS_H
-#define TOOLS_RETENTION_INSPECTOR_COMMANDS_H
+#ifndef TOOLS_RETENTION_INSPECTOR_COMMAND_H
+#define TOOLS_RETENTION_INSPECTOR_COMMAND_H
 
 #include "tools/retention_inspector/invocation.h"
 

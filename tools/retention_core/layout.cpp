@@ -1,6 +1,6 @@
 // The layout: the module's blocks, the lengths of the files, and which cells can be relied on.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/layout.h"
+#include "tools/retention_core/layout.h"
 
 #include "poweroff_protect/partition.h"
 #include "poweroff_protect/placement.h"

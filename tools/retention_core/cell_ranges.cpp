@@ -1,6 +1,6 @@
 // Set operations on ranges of cells.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/cell_ranges.h"
+#include "tools/retention_core/cell_ranges.h"
 
 #include <QtCore/QStringList>
 

@@ -1,6 +1,6 @@
 // Reports for scripts: JSON and CSV.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/report.h"
+#include "tools/retention_inspector/report/report.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>

@@ -1,6 +1,6 @@
 // Values of a report, and the choice of its form.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/report.h"
+#include "tools/retention_inspector/report/report.h"
 
 #include <QtCore/QJsonArray>
 

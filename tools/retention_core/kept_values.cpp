@@ -1,6 +1,6 @@
 // Reading of kept values: block by block, never more of a block than lies in its area.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/kept_values.h"
+#include "tools/retention_core/kept_values.h"
 
 #include <algorithm>
 

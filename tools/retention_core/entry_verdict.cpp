@@ -1,6 +1,6 @@
 // Verdicts: an entry's cells less the kept cells of its area.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/entry_verdict.h"
+#include "tools/retention_core/entry_verdict.h"
 
 namespace {
 

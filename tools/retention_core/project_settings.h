@@ -1,7 +1,7 @@
 // What a project says about retention: the mode, the save period and the entries as they are configured.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_INSPECTOR_PROJECT_SETTINGS_H
-#define TOOLS_RETENTION_INSPECTOR_PROJECT_SETTINGS_H
+#ifndef TOOLS_RETENTION_CORE_PROJECT_SETTINGS_H
+#define TOOLS_RETENTION_CORE_PROJECT_SETTINGS_H
 
 #include "define_header/address_records.h"
 #include "poweroff_protect/area_facts.h"

@@ -1,6 +1,6 @@
 // Reading of the retention settings, through the same calls as the module.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/project_settings.h"
+#include "tools/retention_core/project_settings.h"
 
 #include "project_tree/project_tree.h"
 

@@ -1,9 +1,9 @@
 // The command "map": a picture of the three files.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_INSPECTOR_MAP_SVG_H
-#define TOOLS_RETENTION_INSPECTOR_MAP_SVG_H
+#ifndef TOOLS_RETENTION_INSPECTOR_REPORT_MAP_PICTURE_H
+#define TOOLS_RETENTION_INSPECTOR_REPORT_MAP_PICTURE_H
 
-#include "tools/retention_inspector/layout.h"
+#include "tools/retention_core/layout.h"
 
 #include <QtCore/QByteArray>
 

@@ -1,10 +1,10 @@
 // Where a project's retained cells lie in its files, as the module's own partition and map place them.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_INSPECTOR_LAYOUT_H
-#define TOOLS_RETENTION_INSPECTOR_LAYOUT_H
+#ifndef TOOLS_RETENTION_CORE_LAYOUT_H
+#define TOOLS_RETENTION_CORE_LAYOUT_H
 
-#include "tools/retention_inspector/cell_ranges.h"
-#include "tools/retention_inspector/project_settings.h"
+#include "tools/retention_core/cell_ranges.h"
+#include "tools/retention_core/project_settings.h"
 
 #include <array>
 #include <cstddef>

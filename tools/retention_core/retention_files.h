@@ -1,7 +1,7 @@
 // The retention files of a directory, opened for reading without harm from whatever lies in their place.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_INSPECTOR_RETENTION_FILE_H
-#define TOOLS_RETENTION_INSPECTOR_RETENTION_FILE_H
+#ifndef TOOLS_RETENTION_CORE_RETENTION_FILES_H
+#define TOOLS_RETENTION_CORE_RETENTION_FILES_H
 
 #include "poweroff_protect/area_facts.h"
 

@@ -1,6 +1,6 @@
 // Opening and positioned reading of retention files.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/retention_file.h"
+#include "tools/retention_core/retention_files.h"
 
 #include <QtCore/QBuffer>
 #include <QtCore/QDir>

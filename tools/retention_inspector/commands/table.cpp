@@ -1,6 +1,6 @@
 // The table of the commands.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/commands.h"
+#include "tools/retention_inspector/command.h"
 
 #include "tools/retention_inspector/difference.h"
 #include "tools/retention_inspector/file_check.h"

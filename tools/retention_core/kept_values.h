@@ -1,10 +1,10 @@
 // The values that retention files hold, by address.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_INSPECTOR_KEPT_VALUES_H
-#define TOOLS_RETENTION_INSPECTOR_KEPT_VALUES_H
+#ifndef TOOLS_RETENTION_CORE_KEPT_VALUES_H
+#define TOOLS_RETENTION_CORE_KEPT_VALUES_H
 
-#include "tools/retention_inspector/layout.h"
-#include "tools/retention_inspector/retention_file.h"
+#include "tools/retention_core/layout.h"
+#include "tools/retention_core/retention_files.h"
 
 #include <array>
 #include <vector>

@@ -3,7 +3,7 @@
 #include "tools/retention_inspector/map_file.h"
 
 #include "tools/retention_inspector/layout_report.h"
-#include "tools/retention_inspector/map_svg.h"
+#include "tools/retention_inspector/report/map_picture.h"
 
 #include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>

@@ -1,6 +1,6 @@
 // Drawing of the map: boxes flow like text, so that 3 and 300 blocks are both readable.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/map_svg.h"
+#include "tools/retention_inspector/report/map_picture.h"
 
 #include "tools/retention_inspector/layout_report.h"
 #include "tools/retention_inspector/map_items.h"

@@ -1,9 +1,9 @@
 // What a command found, before it is written as text, JSON or CSV.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_INSPECTOR_REPORT_H
-#define TOOLS_RETENTION_INSPECTOR_REPORT_H
+#ifndef TOOLS_RETENTION_INSPECTOR_REPORT_REPORT_H
+#define TOOLS_RETENTION_INSPECTOR_REPORT_REPORT_H
 
-#include "tools/retention_inspector/cell_ranges.h"
+#include "tools/retention_core/cell_ranges.h"
 
 #include <QtCore/QJsonValue>
 #include <QtCore/QString>

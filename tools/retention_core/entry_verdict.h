@@ -1,9 +1,9 @@
 // What becomes of each configured entry.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_INSPECTOR_ENTRY_VERDICT_H
-#define TOOLS_RETENTION_INSPECTOR_ENTRY_VERDICT_H
+#ifndef TOOLS_RETENTION_CORE_ENTRY_VERDICT_H
+#define TOOLS_RETENTION_CORE_ENTRY_VERDICT_H
 
-#include "tools/retention_inspector/layout.h"
+#include "tools/retention_core/layout.h"
 
 #include <vector>
 
