@@ -111,9 +111,9 @@ TEST_F(InspectorGuide, ManPageNamesEveryCommandAndOption)
 {
     const std::string page =
         contents("docs/man/retention_inspector.1").remove(QLatin1Char('\\')).toStdString();
-    for (const CommandForm& form : commandForms()) {
-        EXPECT_THAT(page, HasSubstr(".B " + std::string(form.name) + '\n'));
-        for (const OptionForm& option : form.options)
+    for (const Command* form : commands()) {
+        EXPECT_THAT(page, HasSubstr(".B " + std::string(form->name) + '\n'));
+        for (const Option& option : form->options)
             EXPECT_THAT(page, HasSubstr("--" + std::string(option.name)));
     }
 }
@@ -132,14 +132,14 @@ TEST_F(InspectorGuide, CompletionOffersEveryCommandAndOption)
                 words);
         return QString::fromUtf8(run.out).simplified().split(QLatin1Char(' '));
     };
-    for (const CommandForm& form : commandForms()) {
-        const QString name = QString::fromLatin1(form.name);
-        EXPECT_TRUE(offered({QString()}).contains(name)) << form.name;
+    for (const Command* form : commands()) {
+        const QString name = QString::fromLatin1(form->name);
+        EXPECT_TRUE(offered({QString()}).contains(name)) << form->name;
         const QStringList options = offered({name, QStringLiteral("--")});
-        for (const OptionForm& option : form.options)
+        for (const Option& option : form->options)
             EXPECT_TRUE(options.contains(QLatin1String("--") + QLatin1String(option.name)))
-                << form.name << ' ' << option.name;
-        EXPECT_EQ(options.size(), static_cast<int>(form.options.size()) + 2) << form.name;
+                << form->name << ' ' << option.name;
+        EXPECT_EQ(options.size(), static_cast<int>(form->options.size()) + 2) << form->name;
     }
     EXPECT_THAT(offered({QStringLiteral("layout"), QStringLiteral("examples/over")}),
                 testing::ElementsAre(QStringLiteral("examples/overlapping_ranges.xml")));

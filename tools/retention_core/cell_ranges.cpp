@@ -1,4 +1,4 @@
-// Set operations on ranges of cells.
+// Joins, subtracts and limits ranges of cells.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/cell_ranges.h"
 

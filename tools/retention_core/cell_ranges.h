@@ -1,4 +1,4 @@
-// Sets of cell addresses, kept as ranges: a range costs the same whether it names one cell or two billion.
+// Keeps sets of cell addresses as ranges: a range costs the same whether it names one cell or two billion.
 // SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_CORE_CELL_RANGES_H
 #define TOOLS_RETENTION_CORE_CELL_RANGES_H

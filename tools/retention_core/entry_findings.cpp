@@ -1,6 +1,6 @@
-// Findings about entries: every one names cells, reason and remedy.
+// Judges what becomes of each entry, and names cells, reason and remedy where values are lost.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/layout_findings.h"
+#include "tools/retention_core/findings.h"
 
 #include "define_header/address_type.h"
 
@@ -20,25 +20,30 @@ struct Fold
     std::vector<CellRange> lost;
 };
 
+EntryVerdict::Kind kindOf(const EntryVerdict& verdict)
+{
+    const ProjectEntry& entry = *verdict.entry;
+    const qint64 lost = verdict.lost.count();
+    if (!entry.area || entry.length() <= 0 || lost == entry.length())
+        return EntryVerdict::Kind::None;
+    if (verdict.block && verdict.block->entries.size() > 1)
+        return EntryVerdict::Kind::Folded;
+    return lost == 0 ? EntryVerdict::Kind::Whole : EntryVerdict::Kind::Partial;
+}
+
 QString cellsText(const ProjectEntry& entry, const CellRanges& cells)
 {
-    return entry.address.block + QLatin1Char(' ') + cells.text();
+    return entry.areaName() + QLatin1Char(' ') + cells.text();
 }
 
 Finding entryFinding(const ProjectEntry& entry, const char* kind, const CellRanges& cells,
-                     const QString& problem, const QString& remedy)
+                     const QString& problem, const QString& remedy,
+                     Finding::Severity severity = Finding::Severity::Error)
 {
-    Finding finding;
-    finding.kind = kind;
-    finding.place = entryText(entry);
-    if (!cells.isEmpty())
-        finding.place += QLatin1String(", ") + cellsText(entry, cells);
-    finding.problem = problem;
-    finding.remedy = remedy;
-    finding.entry = entry.number;
-    finding.area = entry.area ? entry.address.block : QString();
-    finding.cells = cells;
-    return finding;
+    const QString place =
+        cells.isEmpty() ? entry.text() : entry.text() + QLatin1String(", ") + cellsText(entry, cells);
+    return {severity, kind,        place, problem, remedy, entry.area ? entry.areaName() : QString(),
+            cells,    entry.number};
 }
 
 Finding unknownArea(const ProjectEntry& entry)
@@ -52,40 +57,39 @@ Finding unknownArea(const ProjectEntry& entry)
                            "or remove the entry."));
     for (const AreaFacts& area : areaFacts) {
         const QString name = QString::fromLatin1(area.name);
-        if (entry.address.block.trimmed().compare(name, Qt::CaseInsensitive) == 0)
+        if (entry.areaName().trimmed().compare(name, Qt::CaseInsensitive) == 0)
             return entryFinding(
                 entry, "unknown-area", {},
                 QStringLiteral(
                     "the area name \"%1\" is not \"%2\" to the letter, so nothing of it is retained.")
-                    .arg(entry.address.block, name),
+                    .arg(entry.areaName(), name),
                 remedyHead + QStringLiteral("%1, without blanks.").arg(name));
     }
-    return entryFinding(entry, "unknown-area", {},
-                        QStringLiteral("the area \"%1\" does not exist, so nothing of it is retained.")
-                            .arg(entry.address.block),
-                        remedyHead + QStringLiteral("LB, LW or RWI."));
+    return entryFinding(
+        entry, "unknown-area", {},
+        QStringLiteral("the area \"%1\" does not exist, so nothing of it is retained.").arg(entry.areaName()),
+        remedyHead + QStringLiteral("LB, LW or RWI."));
 }
 
 Finding badLength(const ProjectEntry& entry)
 {
     const QString remedy =
         QStringLiteral("Set \"addressLength\" to the number of cells to keep, or remove the entry.");
-    if (entry.length == 0)
+    if (entry.length() == 0)
         return entryFinding(entry, "zero-length", {},
                             QStringLiteral("its addressLength is 0 or missing, so it names no cell."),
                             remedy);
     return entryFinding(
         entry, "negative-length", {},
-        QStringLiteral(
-            "its addressLength is %1: it names no cell and moves the blocks behind it in the file.")
-            .arg(entry.length),
+        QStringLiteral("its addressLength is %1: it names no cell and moves the blocks after it in the file.")
+            .arg(entry.length()),
         remedy);
 }
 
 Finding outsideArea(const ProjectEntry& entry, const CellRanges& outside)
 {
     const qint64 lastCell = cellCount(*entry.area) - 1;
-    const CellRanges inside = CellRanges({{entry.first(), entry.last()}}).within({0, lastCell});
+    const CellRanges inside = entry.cells().within({0, lastCell});
     QString remedy =
         QStringLiteral("The area's addresses are 0 to %1: move the entry there, or remove it.").arg(lastCell);
     if (!inside.isEmpty())
@@ -99,7 +103,7 @@ Finding outsideArea(const ProjectEntry& entry, const CellRanges& outside)
 }
 
 /// Finds the reasons for the lost cells of one entry; those lost to a fold are gathered in `folds`.
-void explainLoss(const EntryVerdict& verdict, std::vector<Finding>& findings,
+void explainLoss(const Layout& layout, const EntryVerdict& verdict, std::vector<Finding>& findings,
                  std::map<const LayoutBlock*, Fold>& folds)
 {
     const ProjectEntry& entry = *verdict.entry;
@@ -109,28 +113,32 @@ void explainLoss(const EntryVerdict& verdict, std::vector<Finding>& findings,
     if (!outside.isEmpty())
         findings.push_back(outsideArea(entry, outside));
 
-    const LayoutBlock* const block = verdict.block;
-    const CellRanges unwritten({{unwrittenBit, unwrittenBit}});
-    if (entry.area->bits && lost.contains(unwrittenBit) && (!block || block->problem.isEmpty())) {
+    const QString& areaProblem = layout.of(*entry.area).problem;
+    if (!areaProblem.isEmpty()) {
+        if (!lost.isEmpty())
+            findings.push_back(
+                entryFinding(entry, "unsound-block", lost,
+                             QStringLiteral("not retained: %1; no value of %2 can be relied on.")
+                                 .arg(areaProblem, entry.areaName()),
+                             QStringLiteral("Correct the entries of %1 with a negative or too large "
+                                            "addressLength.")
+                                 .arg(entry.areaName())));
+        return;
+    }
+    const CellRanges ignored = ignoredCells(*entry.area);
+    const CellRanges unwritten = lost.minus(lost.minus(ignored));
+    if (!unwritten.isEmpty()) {
         findings.push_back(entryFinding(entry, "unwritten-bit", unwritten,
                                         QStringLiteral("changes of this bit are never written."),
                                         QStringLiteral("Keep the value in another bit.")));
         lost = lost.minus(unwritten);
     }
-    if (block && !block->problem.isEmpty() && !lost.isEmpty()) {
-        findings.push_back(entryFinding(
-            entry, "unsound-block", lost,
-            QStringLiteral("not retained, because of block %1: %2.").arg(block->number).arg(block->problem),
-            QStringLiteral("Correct the entries of %1 with a negative or too large addressLength.")
-                .arg(entry.address.block)));
+    if (!verdict.block)
         return;
-    }
-    if (!block)
-        return;
-    Fold& fold = folds[block];
-    fold.block = block;
+    Fold& fold = folds[verdict.block];
+    fold.block = verdict.block;
     fold.entries.push_back(&entry);
-    fold.lost.insert(fold.lost.end(), lost.ranges().begin(), lost.ranges().end());
+    fold.lost.insert(fold.lost.end(), lost.begin(), lost.end());
 }
 
 QString entriesText(const std::vector<const ProjectEntry*>& entries)
@@ -153,7 +161,7 @@ Finding foldFinding(const Fold& fold, const CellRanges& lost)
     for (const ProjectEntry* entry : fold.entries)
         last = std::max(last, entry->last());
     last = std::min(last, cellCount(*any.area) - 1);
-    const qint64 first = std::max<qint64>(0, fold.block->first);
+    const qint64 first = std::max<qint64>(0, fold.block->first());
     Finding finding = entryFinding(
         any, "lost-in-fold", lost,
         QStringLiteral("the entries overlap and are folded into block %1, which ends one cell too early.")
@@ -172,82 +180,124 @@ void findSuperfluous(const Layout& layout, const std::vector<EntryVerdict>& verd
                      std::vector<Finding>& findings)
 {
     std::map<std::pair<const AreaFacts*, int>, const ProjectEntry*> longest; // by area and first cell
-    for (const EntryVerdict& verdict : verdicts) {
-        const ProjectEntry& entry = *verdict.entry;
-        if (!entry.area || entry.length <= 0)
-            continue;
-        const ProjectEntry*& known = longest[{entry.area, entry.address.index}];
-        if (!known || known->length < entry.length)
+    for (const ProjectEntry& entry : layout.settings.entries) {
+        const ProjectEntry*& known = longest[{entry.area, entry.configured.address.index}];
+        if (!known || known->length() < entry.length())
             known = &entry;
     }
-    const QString remedy = QStringLiteral("Remove it.");
     for (const EntryVerdict& verdict : verdicts) {
         const ProjectEntry& entry = *verdict.entry;
-        if (!entry.area || entry.length <= 0)
+        if (!entry.area || entry.length() <= 0)
             continue;
-        const CellRanges cells({{entry.first(), entry.last()}});
-        const ProjectEntry& sameStart = *longest[{entry.area, entry.address.index}];
+        const ProjectEntry& sameStart = *longest[{entry.area, entry.configured.address.index}];
         QString problem;
         const char* kind = "same-start";
         if (&sameStart != &entry) {
             problem =
                 QStringLiteral("%1 begins at the same cell and is as long or longer, so this one has no "
                                "effect.")
-                    .arg(entryText(sameStart));
+                    .arg(sameStart.text());
         } else if (verdict.lost.isEmpty() && verdict.block && verdict.block->maker != entry.number) {
             const ProjectEntry& maker =
                 layout.settings.entries[static_cast<std::size_t>(verdict.block->maker - 1)];
             kind = "inside-another";
             if (entry.last() <= maker.last())
-                problem = QStringLiteral("it lies inside %1, so it has no effect.").arg(entryText(maker));
+                problem = QStringLiteral("it lies inside %1, so it has no effect.").arg(maker.text());
         }
-        if (problem.isEmpty())
-            continue;
-        findings.push_back(entryFinding(entry, kind, cells, problem, remedy));
-        findings.back().severity = Finding::Severity::Warning;
+        if (!problem.isEmpty())
+            findings.push_back(entryFinding(entry, kind, entry.cells(), problem, QStringLiteral("Remove it."),
+                                            Finding::Severity::Warning));
     }
 }
 
 /// A double word is two words, but lengths count words.
 void checkDoubleWords(const ProjectEntry& entry, std::vector<Finding>& findings)
 {
-    if (entry.area->bits || entry.length <= 0 || entry.length % 2 == 0 ||
-        addressType2Int(entry.addressType) != 4)
+    if (entry.area->bits || entry.length() <= 0 || entry.length() % 2 == 0 ||
+        addressType2Int(entry.configured.addressType) != 4)
         return;
     findings.push_back(entryFinding(
         entry, "half-double-word", CellRanges({{entry.last(), entry.last()}}),
         QStringLiteral(
             "its addressType is \"Double Word\" but its addressLength, which always counts words, is "
             "odd: the last double word is kept by half."),
-        QStringLiteral("Set \"addressLength\" to twice the number of double words.")));
-    findings.back().severity = Finding::Severity::Warning;
+        QStringLiteral("Set \"addressLength\" to twice the number of double words."),
+        Finding::Severity::Warning));
 }
 
 } // namespace
 
-std::vector<Finding> entryFindings(const Layout& layout, const std::vector<EntryVerdict>& verdicts)
+std::vector<EntryVerdict> entryVerdicts(const Layout& layout)
+{
+    std::vector<EntryVerdict> verdicts;
+    if (layout.images())
+        return verdicts;
+    for (const ProjectEntry& entry : layout.settings.entries) {
+        EntryVerdict verdict;
+        verdict.entry = &entry;
+        if (entry.area) {
+            const AreaLayout& area = layout.of(*entry.area);
+            verdict.lost = entry.cells().minus(area.kept);
+            if (entry.length() > 0)
+                verdict.block = area.blockOf(entry);
+        }
+        verdict.kind = kindOf(verdict);
+        verdicts.push_back(verdict);
+    }
+    return verdicts;
+}
+
+QString EntryVerdict::text() const
+{
+    switch (kind) {
+    case Kind::Whole:
+        return QStringLiteral("retained whole");
+    case Kind::Folded:
+        return QStringLiteral("folded into block %1").arg(block->number);
+    case Kind::Partial:
+        return QStringLiteral("retained in part");
+    case Kind::None:
+        break;
+    }
+    return QStringLiteral("not retained");
+}
+
+QString EntryVerdict::key() const
+{
+    switch (kind) {
+    case Kind::Whole:
+        return QStringLiteral("whole");
+    case Kind::Folded:
+        return QStringLiteral("folded");
+    case Kind::Partial:
+        return QStringLiteral("partial");
+    case Kind::None:
+        break;
+    }
+    return QStringLiteral("none");
+}
+
+std::vector<Finding> entryFindings(const Layout& layout)
 {
     std::vector<Finding> findings;
+    const std::vector<EntryVerdict> verdicts = entryVerdicts(layout);
     std::map<const LayoutBlock*, Fold> folds;
     for (const EntryVerdict& verdict : verdicts) {
-        if (!verdict.knownArea()) {
+        if (!verdict.entry->area) {
             findings.push_back(unknownArea(*verdict.entry));
             continue;
         }
-        if (verdict.entry->length <= 0)
+        if (verdict.entry->length() <= 0)
             findings.push_back(badLength(*verdict.entry));
         else
-            explainLoss(verdict, findings, folds);
+            explainLoss(layout, verdict, findings, folds);
         checkDoubleWords(*verdict.entry, findings);
     }
     for (const AreaLayout& area : layout.areas) {
         for (const LayoutBlock& block : area.blocks) {
-            const auto fold = folds.find(&block);
-            if (fold == folds.end())
-                continue;
-            const CellRanges lost(fold->second.lost);
+            const CellRanges lost(folds[&block].lost);
             if (!lost.isEmpty())
-                findings.push_back(foldFinding(fold->second, lost));
+                findings.push_back(foldFinding(folds[&block], lost));
         }
     }
     findSuperfluous(layout, verdicts, findings);

@@ -1,4 +1,4 @@
-// The values that retention files hold, by address.
+// Reads and writes the values of retention files, by address.
 // SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_CORE_KEPT_VALUES_H
 #define TOOLS_RETENTION_CORE_KEPT_VALUES_H
@@ -6,7 +6,6 @@
 #include "tools/retention_core/layout.h"
 #include "tools/retention_core/retention_files.h"
 
-#include <array>
 #include <vector>
 
 enum class CellState : unsigned char
@@ -32,15 +31,15 @@ struct AreaValues
     CellRanges cellsIn(CellState state) const;
 };
 
-/// In the order of areaFacts.
-using KeptValues = std::array<AreaValues, 3>;
-
 /// Reads a file of any length and contents by the layout. A file that is not readable has no values.
 AreaValues areaValues(const Layout& layout, const RetentionFile& file);
-KeptValues keptValues(const Layout& layout, const RetentionFiles& files);
 
-/// Number of set bits behind the last cell of a per-address "LB" file, up to a few kilobytes behind it; 0 for
-/// other files.
+/// Writes the values of the cells that the area keeps into a file of at least fileLength bytes. The rest of
+/// the file stays as it is. False when the device fails.
+bool writeValues(const AreaLayout& area, const std::vector<ushort>& values, QIODevice& device);
+
+/// Number of set bits after the last cell of a per-address "LB" file, looking a few kilobytes past it; 0 for
+/// other files, and where the place of the last cell is not certain.
 qint64 strayBits(const Layout& layout, const RetentionFile& file);
 
 #endif

@@ -1,4 +1,4 @@
-// The layout: the module's blocks, the lengths of the files, and which cells can be relied on.
+// Lays out the files of a project by the module's rules, and tells which cells can be relied on.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/layout.h"
 
@@ -11,182 +11,106 @@
 
 namespace {
 
-const qint64 largestInt = std::numeric_limits<int>::max();
-
-LayoutBlock wholeArea(const AreaFacts& area)
+/// The entries of one area in the order in which the module folds them.
+std::vector<const ProjectEntry*> sortedEntries(const ProjectSettings& settings, const AreaFacts& area)
 {
-    LayoutBlock block;
-    block.number = 1;
-    block.count = cellCount(area);
-    return block;
+    std::vector<const ProjectEntry*> sorted;
+    for (const ProjectEntry& entry : settings.entries)
+        if (entry.area == &area)
+            sorted.push_back(&entry);
+    std::sort(sorted.begin(), sorted.end(), [](const ProjectEntry* a, const ProjectEntry* b) {
+        return compare(a->configured, b->configured);
+    });
+    return sorted;
 }
 
-/// The module's blocks for the entries of one area. The number of the entry travels in a text that the module
-/// carries along and never fills.
-QList<MaintenanceFileInfo> moduleBlocks(const ProjectSettings& settings, const AreaFacts& area)
+/// Negative lengths place blocks on top of each other and before the beginning of the file, where one access
+/// ends all access; and so do sums that wrap. That may reach any block of the area, so it counts for all.
+QString problemOf(const AreaLayout& layout, const ProjectSettings& settings)
 {
-    QVector<structMaintenance> entries;
-    for (const ProjectEntry& configured : settings.entries) {
-        if (configured.area != &area)
-            continue;
-        structMaintenance entry;
-        entry.address = configured.address;
-        entry.address.spareText = QString::number(configured.number);
-        entry.addressLength = configured.length;
-        entries.append(entry);
+    const qint64 largest = std::numeric_limits<int>::max();
+    qint64 cells = 0;
+    for (const LayoutBlock& block : layout.blocks) {
+        const int count = block.info.count;
+        cells += count;
+        const bool tooLarge = block.last() >= largest || cells > (layout.area->bits ? largest : largest / 2);
+        if (count < 0 || tooLarge)
+            return QStringLiteral("the addressLength of %1 %2")
+                .arg(settings.entries[static_cast<std::size_t>(block.maker - 1)].text(),
+                     QLatin1String(count < 0 ? "is negative and moves the blocks after it onto others"
+                                             : "reaches beyond what the module can count"));
     }
-    std::sort(entries.begin(), entries.end(), compare);
-    QList<MaintenanceFileInfo> blocks;
-    const QVector<KeptRange> ranges = partition(entries);
-    for (const KeptRange& range : ranges) {
-        MaintenanceFileInfo block;
-        block.address = entries.at(range.entry).address;
-        block.count = range.count;
-        blocks.append(block);
-    }
-    placeBlocks(blocks);
-    return blocks;
-}
-
-/// First and last bit of a block's place in its file.
-CellRange place(const LayoutBlock& block, bool bits)
-{
-    const qint64 first = block.byte * 8 + block.bit;
-    return {first, first + block.count * (bits ? 1 : 16) - 1};
-}
-
-/// Why a block by itself cannot be relied on. `readFrom` is the bit from which a restore reads it.
-QString ownProblem(const LayoutBlock& block, bool bits, qint64 readFrom)
-{
-    if (block.last() >= largestInt)
-        return QStringLiteral("its end is beyond the largest address number, so no change in it is written");
-    if (!bits && block.count > largestInt / 2)
-        return QStringLiteral("it is larger than the module can write");
-    if (place(block, bits).first < 0)
-        return QStringLiteral("a negative length before it moves it before the beginning of the file");
-    if (bits && place(block, bits).first != readFrom)
-        return QStringLiteral("a negative length before it moves it, so that it is written to one place and "
-                              "read from another");
     return {};
 }
 
-/// Marks blocks that lie in each other's place, which negative lengths and overflowing sums bring about.
-void markShared(std::vector<LayoutBlock>& blocks, bool bits)
-{
-    std::vector<LayoutBlock*> byPlace;
-    for (LayoutBlock& block : blocks)
-        if (block.count > 0)
-            byPlace.push_back(&block);
-    std::stable_sort(byPlace.begin(), byPlace.end(), [bits](const LayoutBlock* a, const LayoutBlock* b) {
-        return place(*a, bits).first < place(*b, bits).first;
-    });
-    LayoutBlock* farthest = nullptr; // the block so far that reaches farthest into the file
-    for (LayoutBlock* block : byPlace) {
-        if (farthest && place(*block, bits).first <= place(*farthest, bits).last) {
-            for (LayoutBlock* sharer : {block, farthest})
-                if (sharer->problem.isEmpty())
-                    sharer->problem = QStringLiteral("it shares its place in the file with block %1")
-                                          .arg((sharer == block ? farthest : block)->number);
-        }
-        if (!farthest || place(*block, bits).last > place(*farthest, bits).last)
-            farthest = block;
-    }
-}
-
-void markProblems(std::vector<LayoutBlock>& blocks, bool bits)
-{
-    qint64 readFrom = 0;
-    const LayoutBlock* beforeFile = nullptr;
-    for (LayoutBlock& block : blocks) {
-        if (block.count <= 0)
-            continue;
-        block.problem = ownProblem(block, bits, readFrom);
-        readFrom += block.count;
-        if (block.byte < 0)
-            beforeFile = &block;
-    }
-    markShared(blocks, bits);
-    if (!beforeFile)
-        return;
-    for (LayoutBlock& block : blocks)
-        if (block.count > 0 && block.problem.isEmpty())
-            block.problem = QStringLiteral("reading or writing block %1, which lies before the beginning of "
-                                           "the file, ends all reading and writing of the file")
-                                .arg(beforeFile->number);
-}
-
-/// Lists in every block the entries that went into it: those that begin in it or, folded away, right behind
-/// it.
-void nameEntries(const std::vector<ProjectEntry>& entries, AreaLayout& layout)
+/// Lists in every block the entries that went into it; in one without cells, the entry that made it.
+void nameEntries(const ProjectSettings& settings, AreaLayout& layout)
 {
     for (LayoutBlock& block : layout.blocks)
-        if (block.count <= 0)
+        if (block.info.count <= 0)
             block.entries.push_back(block.maker);
-    for (const ProjectEntry& entry : entries)
-        if (entry.area == layout.area && entry.length > 0)
-            if (LayoutBlock* const block = layout.blockOf(entry))
-                block->entries.push_back(entry.number);
+    for (const ProjectEntry& entry : settings.entries)
+        if (entry.area == layout.area && entry.length() > 0)
+            if (const LayoutBlock* const block = layout.blockOf(entry))
+                layout.blocks[static_cast<std::size_t>(block->number - 1)].entries.push_back(entry.number);
 }
 
-/// Length of a new file: sums wrap as the module's do; a negative length makes an empty file.
-qint64 newFileLength(const AreaFacts& area, const std::vector<LayoutBlock>& blocks)
+void layOutBlocks(const ProjectSettings& settings, AreaLayout& layout)
 {
-    quint32 total = 0;
-    for (const LayoutBlock& block : blocks)
-        total += static_cast<quint32>(block.count);
-    const int cells = static_cast<int>(total);
-    const int length = area.bits ? cells / 8 + 1 : static_cast<int>(total * 2);
-    return std::max(0, length);
+    const std::vector<const ProjectEntry*> entries = sortedEntries(settings, *layout.area);
+    QVector<structMaintenance> configured;
+    for (const ProjectEntry* entry : entries)
+        configured.append(entry->configured);
+    const QVector<KeptRange> ranges = partition(configured);
+    QList<MaintenanceFileInfo> placed;
+    for (const KeptRange& range : ranges) {
+        MaintenanceFileInfo info;
+        info.address = configured.at(range.entry).address;
+        info.count = range.count;
+        placed.append(info);
+    }
+    placeBlocks(placed);
+    layout.fileLength = std::max(0, newFileLength(layout.area, placed));
+    for (int i = 0; i < placed.size(); ++i)
+        layout.blocks.push_back(
+            {i + 1, placed.at(i), entries[static_cast<std::size_t>(ranges.at(i).entry)]->number, {}});
+    nameEntries(settings, layout);
+    layout.problem = problemOf(layout, settings);
 }
 
-CellRanges keptCells(const AreaLayout& layout, bool images)
+void layOutImage(AreaLayout& layout)
 {
+    LayoutBlock block;
+    block.number = 1;
+    block.info.count = static_cast<int>(cellCount(*layout.area));
+    layout.blocks = {block};
+    layout.fileLength = layout.area->imageBytes;
+}
+
+CellRanges keptCells(const AreaLayout& layout)
+{
+    if (!layout.problem.isEmpty())
+        return {};
     std::vector<CellRange> cells;
     for (const LayoutBlock& block : layout.blocks)
-        if (block.problem.isEmpty())
-            cells.push_back({block.first, block.last()});
-    CellRanges kept = CellRanges(std::move(cells)).within({0, cellCount(*layout.area) - 1});
-    if (layout.area->bits && !images)
-        kept = kept.minus(CellRanges({{unwrittenBit, unwrittenBit}}));
-    return kept;
-}
-
-AreaLayout perAddressLayout(const ProjectSettings& settings, const AreaFacts& area)
-{
-    AreaLayout layout;
-    layout.area = &area;
-    for (const MaintenanceFileInfo& info : moduleBlocks(settings, area)) {
-        LayoutBlock block;
-        block.number = static_cast<int>(layout.blocks.size()) + 1;
-        block.first = info.address.index;
-        block.count = info.count;
-        block.byte = info.fileOffset;
-        block.bit = info.bitOffset;
-        block.maker = info.address.spareText.toInt();
-        layout.blocks.push_back(block);
-    }
-    for (std::size_t i = 0; i < layout.blocks.size(); ++i)
-        if (layout.blocks[i].count > 0)
-            layout.filled.push_back(i);
-    markProblems(layout.blocks, area.bits);
-    nameEntries(settings.entries, layout);
-    layout.fileLength = newFileLength(area, layout.blocks);
-    return layout;
+        cells.push_back(block.cells());
+    const CellRanges kept = CellRanges(std::move(cells)).within({0, cellCount(*layout.area) - 1});
+    return layout.image ? kept : kept.minus(ignoredCells(*layout.area));
 }
 
 } // namespace
 
-LayoutBlock* AreaLayout::blockOf(const ProjectEntry& entry)
+CellRanges ignoredCells(const AreaFacts& area)
 {
-    const auto after =
-        std::upper_bound(filled.begin(), filled.end(), entry.first(),
-                         [this](qint64 cell, std::size_t block) { return cell < blocks[block].first; });
-    return after == filled.begin() ? nullptr : &blocks[*(after - 1)];
+    return area.bits ? CellRanges({{ignoredBitAddress, ignoredBitAddress}}) : CellRanges();
 }
 
 const LayoutBlock* AreaLayout::blockOf(const ProjectEntry& entry) const
 {
-    return const_cast<AreaLayout*>(this)->blockOf(entry);
+    const auto after =
+        std::upper_bound(blocks.begin(), blocks.end(), entry.first(),
+                         [](qint64 cell, const LayoutBlock& block) { return cell < block.first(); });
+    return after == blocks.begin() ? nullptr : &*(after - 1);
 }
 
 Layout makeLayout(ProjectSettings settings)
@@ -195,16 +119,15 @@ Layout makeLayout(ProjectSettings settings)
     result.settings = std::move(settings);
     for (const AreaFacts& area : areaFacts) {
         AreaLayout& layout = result.areas[&area - areaFacts];
-        if (result.images()) {
-            layout.area = &area;
-            layout.blocks.push_back(wholeArea(area));
-            layout.fileLength = area.imageBytes;
-        } else {
-            layout = perAddressLayout(result.settings, area);
-        }
+        layout.area = &area;
+        layout.image = result.images();
+        if (layout.image)
+            layOutImage(layout);
+        else
+            layOutBlocks(result.settings, layout);
         for (const LayoutBlock& block : layout.blocks)
-            layout.cells += block.count;
-        layout.kept = keptCells(layout, result.images());
+            layout.cells += block.info.count;
+        layout.kept = keptCells(layout);
     }
     return result;
 }

@@ -1,8 +1,11 @@
-// Reading of the retention settings, through the same calls as the module.
+// Reads the retention settings through the same calls as the module.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/project_settings.h"
 
-#include "project_tree/project_tree.h"
+#include "project_tree/project_reader.h"
+#include "tools/retention_core/refusal.h"
+
+#include <QtCore/QFileInfo>
 
 #include <algorithm>
 
@@ -10,46 +13,75 @@ namespace {
 
 ProjectEntry readEntry(object* node, int number)
 {
-    object* const source = object_get_child(node, "sourceAddress");
     ProjectEntry entry;
     entry.number = number;
     entry.name = node->name;
-    entry.hasSource = source != nullptr;
-    entry.addressType = object_get_property_value_type_string(node, "addressType", QString());
-    entry.length = object_get_property_value_type_int32(node, "addressLength", 0);
-    entry.address.link = object_get_property_value_type_string(source, "Link", QString());
-    entry.address.block = object_get_property_value_type_string(source, "Block", QString());
-    entry.address.index = object_get_property_value_type_int32(source, "index", 0);
-    entry.address.length = object_get_property_value_type_int32(source, "length", 0);
-    entry.area = areaNamed(entry.address.block);
+    entry.hasSource = object_get_child(node, "sourceAddress") != nullptr;
+    entry.configured = readRetentionEntry(node);
+    entry.area = areaNamed(entry.areaName());
     return entry;
 }
 
 } // namespace
 
+QString ProjectEntry::text() const
+{
+    return QStringLiteral("entry %1 \"%2\"").arg(number).arg(name);
+}
+
 ProjectSettings readSettings(object* project)
 {
     ProjectSettings settings;
-    object* const retention = object_get_child(project, "DataRetention");
+    object* const retention = retentionObject(project);
     if (!retention)
         return settings;
-    settings.retentionObjects = static_cast<int>(
-        std::count_if(project->children.begin(), project->children.end(),
-                      [](const auto& child) { return child->name == QLatin1String("DataRetention"); }));
-    property* const saveTime = object_get_property(retention, "Save Time");
-    settings.hasSaveTime = saveTime && !saveTime->isText;
-    settings.saveTimeSetting = property_get_value_type_uint32(saveTime, 5);
-    settings.saveTimeMinutes = static_cast<qint16>(settings.saveTimeSetting);
+    settings.retentionObjects =
+        static_cast<int>(std::count_if(project->children.begin(), project->children.end(),
+                                       [=](const auto& child) { return child->name == retention->name; }));
+    const property* const saveTime = object_get_property(retention, "Save Time");
+    if (saveTime && !saveTime->isText)
+        settings.saveTime = saveTime->number;
+    const RetentionSettings meaning = readRetentionSettings(retention);
+    settings.mode = meaning.mode;
+    settings.saveTimeMinutes = meaning.saveTimeMinutes;
     for (object* node = object_first_child(retention); node; node = object_next(node))
         settings.entries.push_back(readEntry(node, static_cast<int>(settings.entries.size()) + 1));
-    if (property_get_value_type_uint32(object_get_property(retention, "open Save all"), 0) != 0)
-        settings.mode = RetentionMode::WholeAreas;
-    else if (!settings.entries.empty())
-        settings.mode = RetentionMode::PerAddress;
     return settings;
 }
 
-QString entryText(const ProjectEntry& entry)
+ProjectSettings readSettings(const QString& projectFile)
 {
-    return QStringLiteral("entry %1 \"%2\"").arg(entry.number).arg(entry.name);
+    const QFileInfo info(projectFile);
+    if (info.exists() && !info.isFile())
+        throw Refusal(QStringLiteral("%1: is not a file; name the project's XML file").arg(projectFile));
+    const ProjectReading reading = readProjectFile(projectFile);
+    if (!reading.project)
+        throw Refusal(reading.error);
+    return readSettings(reading.project.get());
+}
+
+QString modeText(RetentionMode mode)
+{
+    switch (mode) {
+    case RetentionMode::WholeAreas:
+        return QStringLiteral("whole areas");
+    case RetentionMode::PerAddress:
+        return QStringLiteral("per-address entries");
+    case RetentionMode::None:
+        break;
+    }
+    return QStringLiteral("none");
+}
+
+QString modeKey(RetentionMode mode)
+{
+    switch (mode) {
+    case RetentionMode::WholeAreas:
+        return QStringLiteral("whole-area");
+    case RetentionMode::PerAddress:
+        return QStringLiteral("per-address");
+    case RetentionMode::None:
+        break;
+    }
+    return QStringLiteral("none");
 }

@@ -1,17 +1,16 @@
-// What a project says about retention: the mode, the save period and the entries as they are configured.
+// Describes what a project says about retention: the mode, the save period and the entries as configured.
 // SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_CORE_PROJECT_SETTINGS_H
 #define TOOLS_RETENTION_CORE_PROJECT_SETTINGS_H
 
-#include "define_header/address_records.h"
 #include "poweroff_protect/area_facts.h"
 #include "poweroff_protect/retention_settings.h"
+#include "tools/retention_core/cell_ranges.h"
 
 #include <QtCore/QString>
 
+#include <optional>
 #include <vector>
-
-struct object;
 
 /// One child of "DataRetention".
 struct ProjectEntry
@@ -20,21 +19,22 @@ struct ProjectEntry
     QString name;                    ///< of the entry object
     bool hasSource = false;          ///< there is a "sourceAddress"
     const AreaFacts* area = nullptr; ///< null when the area name is unknown
-    QString addressType;
-    int length = 0;    ///< number of cells as configured, any value
-    _ADDRESS_ address; ///< as configured
+    structMaintenance configured;    ///< as the module reads it
 
-    qint64 first() const { return address.index; }
-    qint64 last() const { return first() + length - 1; } ///< below first() when the entry names no cell
+    int length() const { return configured.addressLength; } ///< number of cells, any value
+    qint64 first() const { return configured.address.index; }
+    qint64 last() const { return first() + length() - 1; } ///< below first() when the entry names no cell
+    CellRanges cells() const { return CellRanges({{first(), last()}}); }
+    QString areaName() const { return configured.address.block; } ///< as configured
+    QString text() const;                                         ///< such as `entry 2 "recipe"`
 };
 
 struct ProjectSettings
 {
     RetentionMode mode = RetentionMode::None;
     int retentionObjects = 0;          ///< number of "DataRetention" objects; the first one counts
-    bool hasSaveTime = false;          ///< "Save Time" is there as a number
-    quint32 saveTimeSetting = 5;       ///< "Save Time" as configured
-    qint16 saveTimeMinutes = 5;        ///< what it means to the module
+    std::optional<quint32> saveTime;   ///< "Save Time" as configured; nothing when it is not set as a number
+    qint16 saveTimeMinutes = 0;        ///< what it means to the module
     std::vector<ProjectEntry> entries; ///< in the project's order; of no effect in whole-area mode
 
     qint64 periodMs() const { return qint64(60000) * saveTimeMinutes; }
@@ -43,7 +43,12 @@ struct ProjectSettings
 /// `project` may be null. Never fails: what is missing or odd is shown by the result.
 ProjectSettings readSettings(object* project);
 
-/// Such as `entry 2 "recipe"`.
-QString entryText(const ProjectEntry& entry);
+/// From an XML file. Throws a Refusal when it cannot be read.
+ProjectSettings readSettings(const QString& projectFile);
+
+/// "whole areas", "per-address entries" or "none".
+QString modeText(RetentionMode mode);
+/// The same for scripts: "whole-area", "per-address" or "none".
+QString modeKey(RetentionMode mode);
 
 #endif

@@ -1,4 +1,4 @@
-// The retention files of a directory, opened for reading without harm from whatever lies in their place.
+// Opens the three retention files of a directory, and makes a directory with three new ones.
 // SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_CORE_RETENTION_FILES_H
 #define TOOLS_RETENTION_CORE_RETENTION_FILES_H
@@ -6,10 +6,12 @@
 #include "poweroff_protect/area_facts.h"
 
 #include <QtCore/QByteArray>
+#include <QtCore/QFile>
 #include <QtCore/QIODevice>
 #include <QtCore/QString>
 
 #include <array>
+#include <functional>
 #include <memory>
 
 struct RetentionFile
@@ -17,7 +19,7 @@ struct RetentionFile
     enum class State
     {
         Missing,
-        Unreadable, ///< not a regular file, or not to be opened
+        Unreadable, ///< not a regular file, or it cannot be opened
         Readable
     };
 
@@ -33,12 +35,22 @@ struct RetentionFile
 };
 
 /// In the order of areaFacts.
-using RetentionFiles = std::array<RetentionFile, 3>;
+using RetentionFiles = std::array<RetentionFile, areaCount>;
 
-/// Looks into a directory, which need not have any of the files.
+/// Looks into a directory, which need not have any of the files; whatever lies in their place does no harm.
+/// Throws a Refusal when there is no such directory.
 RetentionFiles openRetentionFiles(const QString& directory);
+
+/// Throws a Refusal when one of the files is Unreadable.
+void requireReadable(const RetentionFiles& files);
 
 /// A file that is only in memory.
 RetentionFile memoryFile(const AreaFacts& area, const QByteArray& bytes);
+
+/// Makes `directory`, which must be absent or empty, with the three files. It appears complete and on the
+/// disk, or not at all: they are made in a hidden folder next to it that takes its place in one step. `fill`
+/// gets each file open and empty, and answers false when it cannot be written. Throws a Refusal.
+void makeRetentionFiles(const QString& directory,
+                        const std::function<bool(const AreaFacts& area, QFile& file)>& fill);
 
 #endif

@@ -1,98 +1,167 @@
-// What a migration carried, and what not.
+// Makes new files for a changed project, with the kept values carried over.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/migration.h"
+#include "tools/retention_core/kept_values.h"
+#include "tools/retention_core/refusal.h"
+#include "tools/retention_inspector/command.h"
 
-#include "tools/retention_inspector/file_check.h"
-#include "tools/retention_inspector/layout_findings.h"
-#include "tools/retention_inspector/layout_report.h"
+#include <algorithm>
+#include <utility>
 
 namespace {
 
+/// What becomes of the cells of one area.
+struct AreaMigration
+{
+    CellRanges carried;         ///< kept by both projects, with their values
+    CellRanges without;         ///< kept by both projects, but without a value in the old file; 0
+    CellRanges added;           ///< kept by the new project only; 0
+    CellRanges dropped;         ///< kept by the old project only
+    qint64 oddBytes = 0;        ///< of the old image of "LB": those that are neither 0 nor 1
+    bool foreignBits = false;   ///< because of these bytes no bit was carried
+    std::vector<ushort> values; ///< for the new file
+};
+
+CellRanges both(const CellRanges& a, const CellRanges& b)
+{
+    return a.minus(a.minus(b));
+}
+
+/// Whether "LB" goes from packed bits to an image or the other way, so that the panel's layout of bits
+/// matters.
+bool bitsChangeForm(const Layout& from, const Layout& to)
+{
+    return from.images() != to.images();
+}
+
+AreaMigration planArea(const Layout& from, const Layout& to, const RetentionFile& file)
+{
+    const CellRanges& oldCells = from.of(*file.area).kept;
+    const CellRanges& newCells = to.of(*file.area).kept;
+    const AreaValues values = areaValues(from, file);
+    AreaMigration area;
+    area.oddBytes = values.oddBytes;
+    area.foreignBits = bitsChangeForm(from, to) && values.oddBytes > 0;
+    const CellRanges common = both(oldCells, newCells);
+    area.without = area.foreignBits ? common : both(common, values.cellsIn(CellState::NoValue));
+    area.carried = common.minus(area.without);
+    area.added = newCells.minus(oldCells);
+    area.dropped = oldCells.minus(newCells);
+    area.values.resize(values.values.size());
+    for (const CellRange& range : area.carried)
+        std::copy(values.values.begin() + range.first, values.values.begin() + range.last + 1,
+                  area.values.begin() + range.first);
+    return area;
+}
+
+bool writeArea(const AreaLayout& layout, const AreaMigration& area, const RetentionFile& old, QFile& file)
+{
+    if (!file.resize(layout.fileLength))
+        return false;
+    if (area.oddBytes > 0 && layout.image) { // from image to image the bytes stay as the panel laid them out
+        const QByteArray bytes = old.read(0, layout.fileLength);
+        return file.write(bytes) == bytes.size();
+    }
+    return writeValues(layout, area.values, file);
+}
+
 void addCells(Table& table, const AreaFacts& area, const char* key, const char* text, const CellRanges& cells)
 {
-    if (cells.isEmpty())
-        return;
-    table.rows.push_back({textValue(area.name),
-                          {QString::fromLatin1(key), QString::fromLatin1(text)},
-                          numberValue(cells.count()),
-                          rangesValue(cells)});
+    if (!cells.isEmpty())
+        table.rows.push_back(
+            {area.name, {QString::fromLatin1(key), QString::fromLatin1(text)}, cells.count(), cells});
 }
 
 Finding foreignBits(const RetentionFile& file, const AreaMigration& area)
 {
-    Finding finding;
-    finding.kind = "foreign-bit-image";
-    finding.place = file.path;
-    finding.problem =
-        QStringLiteral("%1 bytes are neither 0 nor 1, so this panel does not lay out its bits one a "
-                       "byte; no bit was carried.")
-            .arg(area.values.oddBytes);
-    finding.remedy = QStringLiteral("Set the bits on the panel after the change of the project.");
-    finding.area = QString::fromLatin1(file.area->name);
-    finding.cells = area.without;
-    return finding;
+    return {
+        Finding::Severity::Error,
+        "foreign-bit-image",
+        file.path,
+        QStringLiteral("%1 neither 0 nor 1, so this panel does not lay out its bits one a byte; no bit was "
+                       "carried.")
+            .arg(countText(area.oddBytes, "byte") + QLatin1String(area.oddBytes == 1 ? " is" : " are")),
+        QStringLiteral("Set the bits on the panel after the change of the project."),
+        QString::fromLatin1(file.area->name),
+        area.without};
 }
 
-void addNotes(const Migration& migration, Report& report)
+void addNotes(const Layout& from, const Layout& to, Report& report)
 {
-    if (migration.bitsChangeForm())
+    if (bitsChangeForm(from, to))
         report.notes.append(QStringLiteral(
             "Bits changed between an image and packed blocks. How a panel lays out the bits of its "
             "LB image is its own affair; one byte a bit was assumed. Words are certain."));
-    if (migration.from->images() && !migration.to->images())
+    if (from.images() && !to.images())
         report.notes.append(
             QStringLiteral("At the start a bit that is 0 in a byte of zeros keeps the panel's own start "
                            "value; the image restored it as 0."));
-    if (migration.to->images() && !migration.from->images())
+    if (to.images() && !from.images())
         report.notes.append(
             QStringLiteral("The new project restores whole areas: at the next start every cell "
                            "that was not carried is 0, whatever its own start value."));
-    const std::size_t findings = settingsFindings(migration.to->settings).size() +
-                                 entryFindings(*migration.to, entryVerdicts(*migration.to)).size();
-    if (findings > 0)
+    if (const std::size_t findings = projectFindings(to).size())
         report.notes.append(
-            QStringLiteral("The new project itself has %1 findings; \"layout\" names them.").arg(findings));
+            QStringLiteral("The new project itself has %1; \"layout\" names %2.")
+                .arg(countText(qint64(findings), "finding"), QLatin1String(findings == 1 ? "it" : "them")));
+}
+
+Report run(const Inputs& inputs)
+{
+    if (!inputs.has("output"))
+        throw Refusal(QStringLiteral("migrate: expected --output DIR, a new directory for the files"));
+    const Layout& from = inputs.projects[0].layout;
+    const Layout& to = inputs.projects[1].layout;
+    const RetentionFiles& old = inputs.files.front();
+    std::array<AreaMigration, areaCount> areas;
+    for (std::size_t i = 0; i < areas.size(); ++i)
+        areas[i] = planArea(from, to, old[i]);
+    makeRetentionFiles(inputs.option("output"), [&](const AreaFacts& area, QFile& file) {
+        const auto i = static_cast<std::size_t>(&area - areaFacts);
+        return writeArea(to.areas[i], areas[i], old[i], file);
+    });
+
+    Report report;
+    report.facts = {{"from_mode", "From", from.settings.mode},
+                    {"to_mode", "To", to.settings.mode},
+                    {"output", "Written to", inputs.option("output")}};
+    Table files{
+        "files", "file", "Files", {{"file", "File"}, {"bytes", "Bytes"}, {"carried", "Cells carried"}}};
+    Table cells{
+        "cells",
+        "cells",
+        "Cells",
+        {{"area", "Area"}, {"fate", "What became of them"}, {"count", "Cells"}, {"cells", "Addresses"}}};
+    for (const RetentionFile& file : old) {
+        const FileCheck check = checkFile(from, file);
+        report.findings.insert(report.findings.end(), check.findings.begin(), check.findings.end());
+    }
+    for (std::size_t i = 0; i < areas.size(); ++i) {
+        const AreaMigration& area = areas[i];
+        const AreaFacts& facts = areaFacts[i];
+        files.rows.push_back({facts.fileName, to.areas[i].fileLength, area.carried.count()});
+        addCells(cells, facts, "carried", "carried over", area.carried);
+        addCells(cells, facts, "without-value", "without a value in the old files: 0", area.without);
+        addCells(cells, facts, "new", "new: 0", area.added);
+        addCells(cells, facts, "dropped", "dropped: no longer retained", area.dropped);
+        if (area.foreignBits)
+            report.findings.push_back(foreignBits(old[i], area));
+    }
+    report.tables = {std::move(files), std::move(cells)};
+    addNotes(from, to, report);
+    return report;
 }
 
 } // namespace
 
-Report migrationReport(const Migration& migration, const QString& directory)
-{
-    Report report;
-    report.command = QStringLiteral("migrate");
-    report.facts = {{QStringLiteral("from_mode"),
-                     QStringLiteral("From"),
-                     {modeKey(migration.from->settings.mode), modeText(migration.from->settings.mode)}},
-                    {QStringLiteral("to_mode"),
-                     QStringLiteral("To"),
-                     {modeKey(migration.to->settings.mode), modeText(migration.to->settings.mode)}},
-                    {QStringLiteral("output"), QStringLiteral("Written to"), textValue(directory)}};
-    Table files{QStringLiteral("files"),
-                QStringLiteral("file"),
-                QStringLiteral("Files"),
-                {{"file", "File"}, {"bytes", "Bytes"}, {"carried", "Cells carried"}},
-                {}};
-    Table cells{
-        QStringLiteral("cells"),
-        QStringLiteral("cells"),
-        QStringLiteral("Cells"),
-        {{"area", "Area"}, {"fate", "What became of them"}, {"count", "Cells"}, {"cells", "Addresses"}},
-        {}};
-    report.findings = checkReport(*migration.from, *migration.files).findings;
-    for (std::size_t i = 0; i < migration.areas.size(); ++i) {
-        const AreaMigration& area = migration.areas[i];
-        const AreaLayout& layout = migration.to->areas[i];
-        files.rows.push_back({textValue(layout.area->fileName), numberValue(layout.fileLength),
-                              numberValue(area.carried.count())});
-        addCells(cells, *layout.area, "carried", "carried over", area.carried);
-        addCells(cells, *layout.area, "without-value", "without a value in the old files: 0", area.without);
-        addCells(cells, *layout.area, "new", "new: 0", area.added);
-        addCells(cells, *layout.area, "dropped", "dropped: no longer retained", area.dropped);
-        if (area.foreignBits)
-            report.findings.push_back(foreignBits((*migration.files)[i], area));
-    }
-    report.tables.push_back(std::move(files));
-    report.tables.push_back(std::move(cells));
-    addNotes(migration, report);
-    return report;
-}
+extern const Command migrateCommand = {
+    "migrate",
+    {{"OLD.xml", Argument::Kind::Project},
+     {"NEW.xml", Argument::Kind::Project},
+     {"DIR", Argument::Kind::Files}},
+    "new files for a changed project, with the kept values carried over",
+    "Reads the files of DIR by the project OLD.xml and makes a new directory with the files that NEW.xml\n"
+    "needs. Every cell that both projects retain keeps its value, by address; the others are 0. Lists what\n"
+    "was carried, new and dropped. Nothing is overwritten; on an error nothing is made.",
+    "old.xml new.xml /usr/tavrin/project --output carried",
+    {{"output", "DIR2", "The directory to make; it must not exist, or be empty"}},
+    run};

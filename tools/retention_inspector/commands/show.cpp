@@ -1,8 +1,8 @@
-// Kept values as rows of ten for people and one by one for scripts.
+// Shows kept values by address: rows of ten for people, one by one for scripts.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/show_report.h"
-
-#include "tools/retention_inspector/layout_report.h"
+#include "tools/retention_core/kept_values.h"
+#include "tools/retention_core/refusal.h"
+#include "tools/retention_inspector/command.h"
 
 #include <algorithm>
 
@@ -55,100 +55,117 @@ QString rowText(const AreaValues& values, const Row& row)
     return text;
 }
 
-CellRanges wantedCells(const AreaLayout& area, const Selection& selection)
+const char* stateKey(CellState state)
 {
-    if (selection.area && selection.area != area.area)
-        return {};
-    return selection.addresses ? area.kept.within(*selection.addresses) : area.kept;
+    switch (state) {
+    case CellState::Kept:
+        return "kept";
+    case CellState::StartValue:
+        return "start-value";
+    case CellState::NoValue:
+        return "no-value";
+    case CellState::NotRetained:
+        break;
+    }
+    return "not-retained";
 }
 
 void addArea(const AreaValues& values, const CellRanges& wanted, Table& rows, Table& cells)
 {
     for (const CellRange& range : wanted) {
         for (const Row& row : rowsOf(values, range))
-            rows.rows.push_back({textValue(values.area->name), textValue(rangeText(row.cells)),
-                                 textValue(rowText(values, row))});
+            rows.rows.push_back({values.area->name, rangeText(row.cells), rowText(values, row)});
         for (qint64 cell = range.first; cell <= range.last; ++cell) {
             const auto at = static_cast<std::size_t>(cell);
-            cells.rows.push_back(
-                {textValue(values.area->name), numberValue(cell),
-                 values.hasValue(at) ? numberValue(qint64(values.values[at])) : absentValue(),
-                 textValue(stateKey(values.states[at]))});
+            cells.rows.push_back({values.area->name, cell,
+                                  values.hasValue(at) ? Value(values.values[at]) : Value(),
+                                  stateKey(values.states[at])});
         }
     }
 }
 
 void addNotes(const AreaValues& values, const CellRanges& wanted, const RetentionFile& file, Report& report)
 {
-    qint64 without = 0;
-    qint64 startValues = 0;
-    for (const CellRange& range : wanted)
-        for (qint64 cell = range.first; cell <= range.last; ++cell) {
-            const CellState state = values.states[static_cast<std::size_t>(cell)];
-            without += state == CellState::NoValue;
-            startValues += state == CellState::StartValue;
-        }
-    if (without > 0)
-        report.notes.append(QStringLiteral("%1: %2; %3 cells have no value in it, shown as \"-\".")
-                                .arg(file.path, QLatin1String(file.state == RetentionFile::State::Missing
-                                                                  ? "there is no such file"
-                                                                  : "the file is too short for this project"))
-                                .arg(without));
-    if (startValues > 0)
-        report.notes.append(QStringLiteral("%1: %2 bits lie in bytes of zeros, which leave the panel's own "
-                                           "start value of these cells alone.")
-                                .arg(file.path)
-                                .arg(startValues));
-    if (values.oddBytes > 0)
-        report.notes.append(QStringLiteral("%1: %2 bytes are neither 0 nor 1, so this panel does not lay out "
-                                           "its bits one a byte as assumed here.")
-                                .arg(file.path)
-                                .arg(values.oddBytes));
+    const auto add = [&](const QString& note) {
+        report.notes.append(QStringLiteral("%1: %2").arg(file.path, note));
+    };
+    const auto count = [&](CellState state) {
+        return wanted.count() - wanted.minus(values.cellsIn(state)).count();
+    };
+    const bool missing = file.state == RetentionFile::State::Missing;
+    if (const qint64 without = count(CellState::NoValue))
+        add(QStringLiteral("%1; %2 no value in it, shown as \"-\".")
+                .arg(QLatin1String(missing ? "there is no such file"
+                                           : "the file is too short for this project"),
+                     countText(without, "cell") + QLatin1String(without == 1 ? " has" : " have")));
+    if (const qint64 bits = count(CellState::StartValue))
+        add(QStringLiteral("%1 in bytes of zeros, which leave the panel's own start value of these cells "
+                           "alone.")
+                .arg(countText(bits, "bit") + QLatin1String(bits == 1 ? " lies" : " lie")));
+    if (const qint64 bytes = values.oddBytes)
+        add(QStringLiteral("%1 neither 0 nor 1, so this panel does not lay out its bits one a byte as "
+                           "assumed here.")
+                .arg(countText(bytes, "byte") + QLatin1String(bytes == 1 ? " is" : " are")));
+}
+
+const AreaFacts* wantedArea(const Inputs& inputs)
+{
+    const QString name = inputs.option("area");
+    const AreaFacts* const area = areaNamed(name);
+    if (inputs.has("area") && !area)
+        throw Refusal(QStringLiteral("--area \"%1\": expected LB, LW or RWI").arg(name));
+    return area;
+}
+
+CellRange wantedAddresses(const Inputs& inputs)
+{
+    if (!inputs.has("address"))
+        return {0, 65535};
+    const QString text = inputs.option("address");
+    const QStringList ends = text.split(QLatin1Char('-'));
+    bool firstOk = false;
+    bool lastOk = false;
+    const CellRange range = {ends.first().toUShort(&firstOk), ends.last().toUShort(&lastOk)};
+    if (ends.size() > 2 || !firstOk || !lastOk || range.first > range.last)
+        throw Refusal(
+            QStringLiteral("--address \"%1\": expected an address from 0 to 65535, or two such as 100-109")
+                .arg(text));
+    return range;
+}
+
+Report run(const Inputs& inputs)
+{
+    const AreaFacts* const area = wantedArea(inputs);
+    const CellRange addresses = wantedAddresses(inputs);
+    Report report;
+    report.facts.push_back({"mode", "Mode", inputs.layout().settings.mode});
+    Table rows{
+        nullptr, nullptr, "Kept values", {{nullptr, "Area"}, {nullptr, "Addresses"}, {nullptr, "Values"}}};
+    Table cells{"cells",
+                "cell",
+                nullptr,
+                {{"area", nullptr}, {"address", nullptr}, {"value", nullptr}, {"state", nullptr}}};
+    for (const RetentionFile& file : inputs.files.front()) {
+        const AreaValues values = areaValues(inputs.layout(), file);
+        const CellRanges wanted =
+            !area || area == file.area ? inputs.layout().of(*file.area).kept.within(addresses) : CellRanges();
+        addArea(values, wanted, rows, cells);
+        addNotes(values, wanted, file, report);
+    }
+    if (cells.rows.empty())
+        report.notes.append(QStringLiteral("The project retains none of the cells asked for."));
+    report.tables = {std::move(rows), std::move(cells)};
+    return report;
 }
 
 } // namespace
 
-QString stateKey(CellState state)
-{
-    switch (state) {
-    case CellState::Kept:
-        return QStringLiteral("kept");
-    case CellState::StartValue:
-        return QStringLiteral("start-value");
-    case CellState::NoValue:
-        return QStringLiteral("no-value");
-    case CellState::NotRetained:
-        break;
-    }
-    return QStringLiteral("not-retained");
-}
-
-Report showReport(const Layout& layout, const RetentionFiles& files, const Selection& selection)
-{
-    Report report;
-    report.command = QStringLiteral("show");
-    report.facts.push_back(modeFact(layout.settings.mode));
-    Table rows{QStringLiteral("rows"),
-               {},
-               QStringLiteral("Kept values"),
-               {{"area", "Area"}, {"addresses", "Addresses"}, {"values", "Values"}},
-               {},
-               Table::Readers::People};
-    Table cells{QStringLiteral("cells"),
-                QStringLiteral("cell"),
-                {},
-                {{"area", ""}, {"address", ""}, {"value", ""}, {"state", ""}},
-                {},
-                Table::Readers::Scripts};
-    const KeptValues values = keptValues(layout, files);
-    for (std::size_t i = 0; i < files.size(); ++i) {
-        const CellRanges wanted = wantedCells(layout.areas[i], selection);
-        addArea(values[i], wanted, rows, cells);
-        addNotes(values[i], wanted, files[i], report);
-    }
-    if (cells.rows.empty())
-        report.notes.append(QStringLiteral("The project retains none of the cells asked for."));
-    report.tables.push_back(std::move(rows));
-    report.tables.push_back(std::move(cells));
-    return report;
-}
+extern const Command showCommand = {
+    "show",
+    {{"PROJECT.xml", Argument::Kind::Project}, {"DIR", Argument::Kind::Files}},
+    "kept values by address",
+    "Shows the values in the files of DIR by address.",
+    "project.xml /usr/tavrin/project\nproject.xml copy --area LW --address 100-109",
+    {{"area", "AREA", "Only this area: LB, LW or RWI"},
+     {"address", "A[-B]", "Only these addresses, such as 100 or 100-109"}},
+    run};

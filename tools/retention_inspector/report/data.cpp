@@ -1,4 +1,4 @@
-// Reports for scripts: JSON and CSV.
+// Writes reports for scripts, as JSON and CSV.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/report/report.h"
 
@@ -10,32 +10,25 @@ namespace {
 
 const int formVersion = 1; // goes up when a key or its meaning changes; new keys leave it alone
 
-QString severityKey(const Finding& finding)
-{
-    return finding.severity == Finding::Severity::Error ? QStringLiteral("error") : QStringLiteral("warning");
-}
-
 /// The findings as one more table.
 Table findingTable(const Report& report)
 {
-    Table table{QStringLiteral("findings"),
-                QStringLiteral("finding"),
-                {},
-                {{"severity", ""},
-                 {"kind", ""},
-                 {"entry", ""},
-                 {"area", ""},
-                 {"cells", ""},
-                 {"place", ""},
-                 {"problem", ""},
-                 {"remedy", ""}},
-                {}};
+    Table table{"findings",
+                "finding",
+                nullptr,
+                {{"severity", nullptr},
+                 {"kind", nullptr},
+                 {"entry", nullptr},
+                 {"area", nullptr},
+                 {"cells", nullptr},
+                 {"place", nullptr},
+                 {"problem", nullptr},
+                 {"remedy", nullptr}}};
     for (const Finding& finding : report.findings)
-        table.rows.push_back({textValue(severityKey(finding)), textValue(finding.kind),
-                              finding.entry ? numberValue(qint64(finding.entry)) : absentValue(),
-                              finding.area.isEmpty() ? absentValue() : textValue(finding.area),
-                              rangesValue(finding.cells), textValue(finding.place),
-                              textValue(finding.problem), textValue(finding.remedy)});
+        table.rows.push_back({finding.severity == Finding::Severity::Error ? "error" : "warning",
+                              finding.kind, finding.entry ? Value(finding.entry) : Value(),
+                              finding.area.isEmpty() ? Value() : Value(finding.area), finding.cells,
+                              finding.place, finding.problem, finding.remedy});
     return table;
 }
 
@@ -87,7 +80,7 @@ void appendCsv(QString& out, const Table& table)
             out += QLatin1Char(',') + QLatin1String(column.key);
     out += QLatin1Char('\n');
     for (const auto& row : table.rows) {
-        out += table.record;
+        out += QLatin1String(table.record);
         for (std::size_t i = 0; i < row.size(); ++i)
             if (table.columns[i].key)
                 out += QLatin1Char(',') + csvField(csvText(row[i]));
@@ -97,16 +90,43 @@ void appendCsv(QString& out, const Table& table)
 
 } // namespace
 
+Value::Value(qint64 number) : data(static_cast<double>(number)), text(QString::number(number)) {}
+
+Value::Value(const CellRanges& ranges) : text(ranges.text())
+{
+    QJsonArray pairs;
+    for (const CellRange& range : ranges)
+        pairs.append(QJsonArray{static_cast<double>(range.first), static_cast<double>(range.last)});
+    data = pairs;
+}
+
+Value::Value(const std::vector<int>& numbers)
+{
+    QJsonArray list;
+    QStringList texts;
+    for (const int number : numbers) {
+        list.append(number);
+        texts.append(QString::number(number));
+    }
+    data = list;
+    text = texts.join(QLatin1String(", "));
+}
+
+Value decimalValue(double number, int decimals)
+{
+    return {QJsonValue(number), QString::number(number, 'f', decimals)};
+}
+
 QString reportJson(const Report& report)
 {
     QJsonObject root;
     root.insert(QStringLiteral("version"), formVersion);
     root.insert(QStringLiteral("command"), report.command);
     for (const Fact& fact : report.facts)
-        root.insert(fact.key, fact.value.data);
+        root.insert(QLatin1String(fact.key), fact.value.data);
     for (const Table& table : report.tables)
-        if (table.readers != Table::Readers::People)
-            root.insert(table.key, rowObjects(table));
+        if (table.key)
+            root.insert(QLatin1String(table.key), rowObjects(table));
     root.insert(QStringLiteral("findings"), rowObjects(findingTable(report)));
     root.insert(QStringLiteral("notes"), QJsonArray::fromStringList(report.notes));
     return QString::fromUtf8(QJsonDocument(root).toJson());
@@ -116,9 +136,10 @@ QString reportCsv(const Report& report)
 {
     QString out = QStringLiteral("record,key,value\n");
     for (const Fact& fact : report.facts)
-        out += QStringLiteral("fact,%1,").arg(fact.key) + csvField(csvText(fact.value)) + QLatin1Char('\n');
+        out += QStringLiteral("fact,%1,").arg(QLatin1String(fact.key)) + csvField(csvText(fact.value)) +
+               QLatin1Char('\n');
     for (const Table& table : report.tables)
-        if (table.readers != Table::Readers::People)
+        if (table.key)
             appendCsv(out, table);
     appendCsv(out, findingTable(report));
     return out;

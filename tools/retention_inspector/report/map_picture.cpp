@@ -1,14 +1,15 @@
-// Drawing of the map: boxes flow like text, so that 3 and 300 blocks are both readable.
+// Chooses what the map shows and draws it: boxes flow like text, so that 3 and 300 blocks are both readable.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/report/map_picture.h"
 
-#include "tools/retention_inspector/layout_report.h"
-#include "tools/retention_inspector/map_items.h"
+#include "tools/retention_core/findings.h"
 
+#include <QtCore/QStringList>
 #include <QtCore/QXmlStreamWriter>
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -19,6 +20,38 @@ const double boxHeight = 62;
 const double lostHeight = 8; // of the strip that marks lost cells of a block
 const double boxGap = 6;
 const double lettersPerPixel = 1 / 6.7; // of the 12 pixel sans-serif
+
+QString entryNames(const Layout& layout, const LayoutBlock& block)
+{
+    QStringList names;
+    for (const int number : block.entries) {
+        names.append(layout.settings.entries[static_cast<std::size_t>(number - 1)].name);
+        if (names.size() == 8) // more have no room in a box
+            break;
+    }
+    return names.join(QLatin1String(", "));
+}
+
+MapItem blockItem(const Layout& layout, const AreaLayout& area, const LayoutBlock& block)
+{
+    MapItem item;
+    item.block = &block;
+    item.cells = block.cells();
+    item.names = entryNames(layout, block);
+    if (block.entries.size() > 1)
+        item.kind = MapItem::Kind::Folded;
+    if (!area.problem.isEmpty()) {
+        item.kind = MapItem::Kind::Unsound;
+        return item;
+    }
+    const CellRanges cells({item.cells});
+    const CellRanges lost = cells.minus(area.kept);
+    if (lost == cells)
+        item.kind = MapItem::Kind::Lost;
+    else
+        item.lost = lost;
+    return item;
+}
 
 struct Colours
 {
@@ -90,19 +123,13 @@ public:
     }
 };
 
-QString countText(qint64 count, const char* what)
-{
-    return QStringLiteral("%1 %2%3").arg(count).arg(QLatin1String(what),
-                                                    QLatin1String(count == 1 ? "" : "s"));
-}
-
 QString placeText(const AreaMap& map, const MapItem& item)
 {
     QString text = countText(item.cells.last - item.cells.first + 1, "cell");
     if (item.block) {
-        text += QStringLiteral(", byte %1").arg(item.block->byte);
-        if (map.layout->area->bits && item.block->bit >= 0)
-            text += QStringLiteral(".%1").arg(item.block->bit);
+        text += QStringLiteral(", byte %1").arg(item.block->info.fileOffset);
+        if (map.layout->area->bits && item.block->info.bitOffset >= 0)
+            text += QStringLiteral(".%1").arg(item.block->info.bitOffset);
     }
     return text;
 }
@@ -138,8 +165,8 @@ QString tip(const AreaMap& map, const MapItem& item)
             .arg(QLatin1String(map.layout->area->name), rangeText(item.cells), placeText(map, item));
     if (item.block)
         text += QStringLiteral(", block %1").arg(item.block->number);
-    if (item.block && !item.block->problem.isEmpty())
-        text += QStringLiteral(": ") + item.block->problem;
+    if (item.block && !map.layout->problem.isEmpty())
+        text += QStringLiteral(": ") + map.layout->problem;
     return text + QStringLiteral("; ") + remark(item);
 }
 
@@ -271,7 +298,35 @@ void drawDefinitions(Drawing& drawing)
 
 } // namespace
 
-QByteArray mapSvg(const Layout& layout, const QString& title)
+AreaMap areaMap(const Layout& layout, const AreaFacts& area)
+{
+    AreaMap map;
+    map.layout = &layout.of(area);
+    std::vector<CellRange> lost;
+    for (const EntryVerdict& verdict : entryVerdicts(layout))
+        if (verdict.entry->area == &area)
+            lost.insert(lost.end(), verdict.lost.begin(), verdict.lost.end());
+    map.lost = CellRanges(std::move(lost));
+
+    std::vector<CellRange> inBlocks;
+    for (const LayoutBlock& block : map.layout->blocks) {
+        if (block.info.count <= 0)
+            continue;
+        map.items.push_back(blockItem(layout, *map.layout, block));
+        inBlocks.push_back(block.cells());
+    }
+    for (const CellRange& cells : map.lost.minus(CellRanges(std::move(inBlocks)))) {
+        MapItem item;
+        item.kind = MapItem::Kind::Lost;
+        item.cells = cells;
+        map.items.push_back(item);
+    }
+    std::stable_sort(map.items.begin(), map.items.end(),
+                     [](const MapItem& a, const MapItem& b) { return a.cells.first < b.cells.first; });
+    return map;
+}
+
+QByteArray mapPicture(const Layout& layout, const QString& title)
 {
     QByteArray body;
     Drawing drawing(&body);

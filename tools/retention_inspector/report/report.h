@@ -1,35 +1,41 @@
-// What a command found, before it is written as text, JSON or CSV.
+// Describes what a command found, before it is written as text, JSON or CSV.
 // SPDX-License-Identifier: MIT
 #ifndef TOOLS_RETENTION_INSPECTOR_REPORT_REPORT_H
 #define TOOLS_RETENTION_INSPECTOR_REPORT_REPORT_H
 
-#include "tools/retention_core/cell_ranges.h"
+#include "tools/retention_core/findings.h"
 
 #include <QtCore/QJsonValue>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
+#include <array>
 #include <vector>
 
 /// One value in the form for scripts and in the form for people.
 struct Value
 {
+    Value() = default; ///< null; nothing in the text
+    Value(QJsonValue forScripts, const QString& forPeople) : data(std::move(forScripts)), text(forPeople) {}
+    Value(int number) : Value(qint64(number)) {}
+    Value(qint64 number);
+    Value(const QString& words) : data(words), text(words) {}
+    Value(const char* words) : Value(QString::fromLatin1(words)) {}
+    Value(const CellRanges& ranges); ///< [[first, last], ...]
+    Value(const std::vector<int>& numbers);
+    Value(RetentionMode mode) : data(modeKey(mode)), text(modeText(mode)) {}
+
     QJsonValue data;
     QString text;
 };
 
-Value numberValue(qint64 number);
-Value numberValue(double number, int decimals);
-Value textValue(const QString& text);
-Value textValue(const char* text);
-Value absentValue();                         ///< null; nothing in the text
-Value rangesValue(const CellRanges& ranges); ///< [[first, last], ...]
-Value numbersValue(const std::vector<int>& numbers);
+/// With that many decimals in the text.
+Value decimalValue(double number, int decimals);
 
 struct Fact
 {
-    QString key;
-    QString title;
+    const char* key;
+    const char* title; ///< in the text; null leaves the fact out of it
     Value value;
 };
 
@@ -41,38 +47,11 @@ struct Column
 
 struct Table
 {
-    enum class Readers
-    {
-        All,
-        People, ///< text only
-        Scripts ///< JSON and CSV only
-    };
-
-    QString key;    ///< in JSON
-    QString record; ///< first field of each CSV line
-    QString title;
+    const char* key;    ///< in JSON; null leaves the table out of JSON and CSV
+    const char* record; ///< first field of each CSV line
+    const char* title;  ///< null leaves the table out of the text
     std::vector<Column> columns;
-    std::vector<std::vector<Value>> rows;
-    Readers readers = Readers::All;
-};
-
-/// Something that the user should change.
-struct Finding
-{
-    enum class Severity
-    {
-        Warning, ///< nothing is lost, but it is hardly meant
-        Error    ///< values are or will be lost
-    };
-
-    Severity severity = Severity::Error;
-    const char* kind = ""; ///< stable key such as "lost-in-fold"
-    QString place;         ///< file or entry, with area and cells
-    QString problem;       ///< what is wrong
-    QString remedy;        ///< what to do
-    int entry = 0;         ///< number of the entry; 0 for none
-    QString area;          ///< empty for none
-    CellRanges cells;      ///< the cells concerned
+    std::vector<std::vector<Value>> rows = {};
 };
 
 struct Report
@@ -87,17 +66,19 @@ struct Report
     bool isClean() const { return findings.empty() && !differs; }
 };
 
-enum class Format
-{
-    Text,
-    Json,
-    Csv
-};
-
 /// The whole report, ending with a line feed.
 QString reportText(const Report& report);
 QString reportJson(const Report& report);
 QString reportCsv(const Report& report);
-QString formatted(const Report& report, Format format);
+
+struct ReportFormat
+{
+    const char* name; ///< as in --format
+    QString (*write)(const Report& report);
+};
+
+/// The first one is the usual one.
+inline constexpr std::array<ReportFormat, 3> reportFormats = {
+    {{"text", reportText}, {"json", reportJson}, {"csv", reportCsv}}};
 
 #endif

@@ -1,4 +1,4 @@
-// Reports for people: facts, aligned tables, findings with their remedies.
+// Writes reports for people: facts, aligned tables, findings with their remedies.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/report/report.h"
 
@@ -83,13 +83,9 @@ void appendTable(QString& out, const Table& table)
 {
     if (table.rows.empty())
         return;
-    out += QLatin1Char('\n') + table.title + QLatin1Char('\n');
+    out += QLatin1Char('\n') + QLatin1String(table.title) + QLatin1Char('\n');
     const std::vector<TextColumn> columns = textColumns(table);
-    const bool titles = std::any_of(columns.begin(), columns.end(), [&table](const TextColumn& column) {
-        return *table.columns[column.at].title != '\0';
-    });
-    if (titles)
-        appendLine(out, columns, [&table](std::size_t i) { return QLatin1String(table.columns[i].title); });
+    appendLine(out, columns, [&table](std::size_t i) { return QLatin1String(table.columns[i].title); });
     for (const auto& row : table.rows)
         appendLine(out, columns, [&row](std::size_t i) { return row[i].text; });
 }
@@ -119,12 +115,13 @@ QString reportText(const Report& report)
     QString out;
     int width = 0;
     for (const Fact& fact : report.facts)
-        width = std::max(width, fact.title.size());
+        width = std::max(width, QString::fromLatin1(fact.title).size());
     for (const Fact& fact : report.facts)
-        if (!fact.title.isEmpty())
-            out += fact.title.leftJustified(width + 3) + printable(fact.value.text) + QLatin1Char('\n');
+        if (fact.title)
+            out += QString::fromLatin1(fact.title).leftJustified(width + 3) + printable(fact.value.text) +
+                   QLatin1Char('\n');
     for (const Table& table : report.tables)
-        if (table.readers != Table::Readers::Scripts)
+        if (table.title)
             appendTable(out, table);
     if (!report.differs)
         appendFindings(out, report.findings);
