@@ -1,4 +1,4 @@
-// Drawing of the live view with the terminal's scrolling region.
+// Draws the live view with the terminal's scrolling region.
 // SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/live_view.h"
 

@@ -1,4 +1,4 @@
-// The commands of the simulated panel.
+// Runs the commands on the panel and words their answers.
 // SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/session.h"
 

@@ -13,7 +13,7 @@
 /// False when the panel is to stop.
 bool runCommand(const Command& command, Panel& panel, const QString& directory, std::ostream& out);
 
-/// The chosen mode and period in a line or two, for the start.
+/// The chosen mode in words, with its number.
 QString modeText(const ExtendFuncModelBase& model);
 
 #endif
