@@ -10,6 +10,8 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QTemporaryDir>
 
+#include <algorithm>
+
 namespace {
 
 using testing::HasSubstr;
@@ -96,6 +98,11 @@ TEST_F(InspectorGuide, NamesEveryKey)
          QStringLiteral("--capacity=1G"), endurance},
         {QStringLiteral("wear"), areas, endurance},
         {QStringLiteral("map"), ranges, QStringLiteral("-o"), picture}};
+    for (const Command* command : commands())
+        EXPECT_TRUE(std::any_of(
+            calls.begin(), calls.end(),
+            [command](const QStringList& call) { return call.first() == QLatin1String(command->name); }))
+            << "call it here: " << command->name;
     const std::string guide = contents("docs/retention_inspector.md").toStdString();
     for (const QStringList& call : calls) {
         const ToolRun run = InspectorGuide::run(call + QStringList(QStringLiteral("--format=json")));
@@ -113,8 +120,13 @@ TEST_F(InspectorGuide, ManPageNamesEveryCommandAndOption)
         contents("docs/man/retention_inspector.1").remove(QLatin1Char('\\')).toStdString();
     for (const Command* form : commands()) {
         EXPECT_THAT(page, HasSubstr(".B " + std::string(form->name) + '\n'));
-        for (const Option& option : form->options)
+        for (const Option& option : form->options) {
             EXPECT_THAT(page, HasSubstr("--" + std::string(option.name)));
+            if (option.usual) {
+                EXPECT_THAT(page, HasSubstr(std::string("; ") + option.usual + " unless given."))
+                    << option.name;
+            }
+        }
     }
 }
 

@@ -130,7 +130,7 @@ void checkBlocks(const Layout& layout, Checking& check)
     checkLength(layout, check);
     if (const qint64 bits = strayBits(layout, check.file))
         check.add(error, "bits-behind-last",
-                  QStringLiteral("%1 set behind the last cell, which this project never does: the file was "
+                  QStringLiteral("%1 set after the last cell, which this project never does: the file was "
                                  "written under another project.")
                       .arg(countText(bits, "bit") + QLatin1String(bits == 1 ? " is" : " are")));
 }
