@@ -5,6 +5,7 @@
 #include "tests/fuzz/hostile_files.h"
 #include "tests/fuzz/kept_files_model.h"
 #include "tests/fuzz/project_from_bytes.h"
+#include "tests/inspector/memory_file.h"
 #include "tests/inspector/report_of.h"
 #include "tools/retention_core/kept_values.h"
 

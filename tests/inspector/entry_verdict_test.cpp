@@ -25,7 +25,7 @@ std::vector<std::string> verdictsOf(const std::vector<Entry>& entries)
     const Layout layout = layoutOf(entries);
     std::vector<std::string> texts;
     for (const EntryVerdict& verdict : entryVerdicts(layout)) {
-        std::string text = verdict.text().toStdString();
+        std::string text = verdict.words().text.toStdString();
         if (!verdict.lost.isEmpty())
             text += " less " + verdict.lost.text().toStdString();
         texts.push_back(text);

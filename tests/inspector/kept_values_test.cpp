@@ -1,5 +1,6 @@
 // Values by address: what the module wrote is what the tool reads.
 // SPDX-License-Identifier: MIT
+#include "tests/inspector/memory_file.h"
 #include "tests/support/module_test.h"
 #include "tools/retention_core/kept_values.h"
 

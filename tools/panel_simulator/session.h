@@ -8,6 +8,10 @@
 
 #include <ostream>
 
+/// The names of the retention files, in the order of MemoryAreas::all().
+inline constexpr const char* retentionFileNames[] = {"maintenance-bit.dat", "maintenance-word.dat",
+                                                     "maintenance-RWI.dat"};
+
 /// What `command` does to `panel`, with its answer on `out`; `directory` is the folder that the retention
 /// files really lie in. PowerCut does not return; Live is the terminal's business and does nothing here.
 /// False when the panel is to stop.

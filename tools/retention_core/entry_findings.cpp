@@ -247,34 +247,19 @@ std::vector<EntryVerdict> entryVerdicts(const Layout& layout)
     return verdicts;
 }
 
-QString EntryVerdict::text() const
+Words EntryVerdict::words() const
 {
     switch (kind) {
     case Kind::Whole:
-        return QStringLiteral("retained whole");
+        return {"whole", QStringLiteral("retained whole")};
     case Kind::Folded:
-        return QStringLiteral("folded into block %1").arg(block->number);
+        return {"folded", QStringLiteral("folded into block %1").arg(block->number)};
     case Kind::Partial:
-        return QStringLiteral("retained in part");
+        return {"partial", QStringLiteral("retained in part")};
     case Kind::None:
         break;
     }
-    return QStringLiteral("not retained");
-}
-
-QString EntryVerdict::key() const
-{
-    switch (kind) {
-    case Kind::Whole:
-        return QStringLiteral("whole");
-    case Kind::Folded:
-        return QStringLiteral("folded");
-    case Kind::Partial:
-        return QStringLiteral("partial");
-    case Kind::None:
-        break;
-    }
-    return QStringLiteral("none");
+    return {"none", QStringLiteral("not retained")};
 }
 
 std::vector<Finding> entryFindings(const Layout& layout)

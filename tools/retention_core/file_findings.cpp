@@ -88,9 +88,9 @@ void checkLength(const Layout& layout, Checking& check)
     if (size == area.fileLength)
         return;
     if (size == area.area->imageBytes) {
-        check.result.nextStart = QStringLiteral("its first %1 restored as if blocks were there")
-                                     .arg(countText(area.fileLength, "byte") +
-                                          QLatin1String(area.fileLength == 1 ? " is" : " are"));
+        check.result.nextStart = QLatin1String("its first ") + countText(area.fileLength, "byte") +
+                                 QLatin1String(area.fileLength == 1 ? " is restored as if it were a block"
+                                                                    : " are restored as if they were blocks");
         check.add(error, "other-mode",
                   QStringLiteral("it has the length of a whole-area image, but the project keeps single "
                                  "ranges: its values go to wrong addresses."));

@@ -43,8 +43,7 @@ struct EntryVerdict
     const LayoutBlock* block = nullptr; ///< the block that it went into; null for none
     CellRanges lost;                    ///< its cells that do not come back
 
-    QString text() const; ///< such as "folded into block 2"
-    QString key() const;  ///< "whole", "folded", "partial" or "none"
+    Words words() const; ///< such as "folded" and "folded into block 2"
 };
 
 /// One verdict an entry, in the project's order: the entry's cells compared with the cells that are kept. In

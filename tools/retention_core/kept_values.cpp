@@ -34,73 +34,65 @@ std::size_t index(qint64 cell)
     return static_cast<std::size_t>(cell);
 }
 
-/// The bytes of a file that hold some cells of one block.
-class PackedCells
+/// Cells of one block that the area keeps, and the bytes of the file that hold them.
+struct PackedCells
 {
-public:
-    PackedCells(const AreaLayout& layout, const LayoutBlock& of, const CellRange& range)
-        : area(layout), block(of), cells(range), offset(placeOf(area, block, cells.first).byte)
-    {
-        const CellPlace last = placeOf(area, block, cells.last);
-        length = last.byte + last.bytes - offset;
-    }
-
-    void decode(const RetentionFile& file, AreaValues& result) const
-    {
-        const QByteArray bytes = file.read(offset, length);
-        for (qint64 cell = cells.first; cell <= cells.last; ++cell) {
-            const CellPlace place = placeOf(area, block, cell);
-            if (place.byte + place.bytes > offset + bytes.size())
-                return;
-            const int raw = rawAt(bytes, place);
-            const int value = raw & place.mask;
-            result.values[index(cell)] = static_cast<ushort>(area.area->bits ? value != 0 : value);
-            const bool startValue = area.area->bits && !area.image && raw == 0;
-            result.states[index(cell)] = startValue ? CellState::StartValue : CellState::Kept;
-            result.oddBytes += area.area->bits && area.image && raw > 1;
-        }
-    }
-
-    bool encode(const std::vector<ushort>& values, QIODevice& device) const
-    {
-        QByteArray bytes = device.seek(offset) ? device.read(length) : QByteArray();
-        if (bytes.size() != length)
-            return false;
-        for (qint64 cell = cells.first; cell <= cells.last; ++cell) {
-            const CellPlace place = placeOf(area, block, cell);
-            const int value = values[index(cell)];
-            const int bits = area.area->bits && !area.image ? (value ? place.mask : 0) : value;
-            const int raw = (rawAt(bytes, place) & ~place.mask) | bits;
-            for (int i = 0; i < place.bytes; ++i)
-                bytes[static_cast<int>(place.byte - offset) + i] = static_cast<char>(raw >> (8 * i));
-        }
-        return device.seek(offset) && device.write(bytes) == bytes.size();
-    }
-
-private:
-    int rawAt(const QByteArray& bytes, const CellPlace& place) const
-    {
-        int raw = 0;
-        for (int i = 0; i < place.bytes; ++i)
-            raw |= static_cast<unsigned char>(bytes.at(static_cast<int>(place.byte - offset) + i)) << (8 * i);
-        return raw;
-    }
-
-    const AreaLayout& area;
     const LayoutBlock& block;
     CellRange cells;
     qint64 offset;
     qint64 length;
 };
 
-/// What the area keeps, as parts of its blocks in the order of the file.
+/// All that the area keeps, in the order of the file.
 std::vector<PackedCells> packedCells(const AreaLayout& area)
 {
     std::vector<PackedCells> parts;
-    for (const LayoutBlock& block : area.blocks)
-        for (const CellRange& kept : area.kept.within(block.cells()))
-            parts.emplace_back(area, block, kept);
+    for (const LayoutBlock& block : area.blocks) {
+        for (const CellRange& cells : area.kept.within(block.cells())) {
+            const qint64 offset = placeOf(area, block, cells.first).byte;
+            const CellPlace last = placeOf(area, block, cells.last);
+            parts.push_back({block, cells, offset, last.byte + last.bytes - offset});
+        }
+    }
     return parts;
+}
+
+int rawAt(const QByteArray& bytes, qint64 at, int count)
+{
+    int raw = 0;
+    for (int i = 0; i < count; ++i)
+        raw |= static_cast<unsigned char>(bytes.at(static_cast<int>(at) + i)) << (8 * i);
+    return raw;
+}
+
+void decode(const AreaLayout& area, const PackedCells& part, const QByteArray& bytes, AreaValues& result)
+{
+    const bool packedBits = area.area->bits && !area.image;
+    for (qint64 cell = part.cells.first; cell <= part.cells.last; ++cell) {
+        const CellPlace place = placeOf(area, part.block, cell);
+        const qint64 at = place.byte - part.offset;
+        if (at + place.bytes > bytes.size())
+            return;
+        const int raw = rawAt(bytes, at, place.bytes);
+        const int value = raw & place.mask;
+        result.values[index(cell)] = static_cast<ushort>(area.area->bits ? value != 0 : value);
+        result.states[index(cell)] = packedBits && raw == 0 ? CellState::StartValue : CellState::Kept;
+        result.oddBytes += area.area->bits && area.image && raw > 1;
+    }
+}
+
+void encode(const AreaLayout& area, const PackedCells& part, const std::vector<ushort>& values,
+            QByteArray& bytes)
+{
+    for (qint64 cell = part.cells.first; cell <= part.cells.last; ++cell) {
+        const CellPlace place = placeOf(area, part.block, cell);
+        const auto at = static_cast<int>(place.byte - part.offset);
+        const int value = values[index(cell)];
+        const int stored = area.area->bits && !area.image && value != 0 ? place.mask : value;
+        const int raw = (rawAt(bytes, at, place.bytes) & ~place.mask) | stored;
+        for (int i = 0; i < place.bytes; ++i)
+            bytes[at + i] = static_cast<char>(raw >> (8 * i));
+    }
 }
 
 } // namespace
@@ -134,15 +126,21 @@ AreaValues areaValues(const Layout& layout, const RetentionFile& file)
     if (area.image && file.size < area.fileLength)
         return result; // the next start empties the file
     for (const PackedCells& part : packedCells(area))
-        part.decode(file, result);
+        decode(area, part, file.read(part.offset, part.length), result);
     return result;
 }
 
 bool writeValues(const AreaLayout& area, const std::vector<ushort>& values, QIODevice& device)
 {
-    const std::vector<PackedCells> parts = packedCells(area);
-    return std::all_of(parts.begin(), parts.end(),
-                       [&](const PackedCells& part) { return part.encode(values, device); });
+    for (const PackedCells& part : packedCells(area)) {
+        QByteArray bytes = device.seek(part.offset) ? device.read(part.length) : QByteArray();
+        if (bytes.size() != part.length)
+            return false;
+        encode(area, part, values, bytes);
+        if (!device.seek(part.offset) || device.write(bytes) != part.length)
+            return false;
+    }
+    return true;
 }
 
 qint64 strayBits(const Layout& layout, const RetentionFile& file)

@@ -60,28 +60,15 @@ ProjectSettings readSettings(const QString& projectFile)
     return readSettings(reading.project.get());
 }
 
-QString modeText(RetentionMode mode)
+Words wordsOf(RetentionMode mode)
 {
     switch (mode) {
     case RetentionMode::WholeAreas:
-        return QStringLiteral("whole areas");
+        return {"whole-area", QStringLiteral("whole areas")};
     case RetentionMode::PerAddress:
-        return QStringLiteral("per-address entries");
+        return {"per-address", QStringLiteral("per-address entries")};
     case RetentionMode::None:
         break;
     }
-    return QStringLiteral("none");
-}
-
-QString modeKey(RetentionMode mode)
-{
-    switch (mode) {
-    case RetentionMode::WholeAreas:
-        return QStringLiteral("whole-area");
-    case RetentionMode::PerAddress:
-        return QStringLiteral("per-address");
-    case RetentionMode::None:
-        break;
-    }
-    return QStringLiteral("none");
+    return {"none", QStringLiteral("none")};
 }

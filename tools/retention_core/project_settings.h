@@ -46,9 +46,14 @@ ProjectSettings readSettings(object* project);
 /// From an XML file. Throws a Refusal when it cannot be read.
 ProjectSettings readSettings(const QString& projectFile);
 
-/// "whole areas", "per-address entries" or "none".
-QString modeText(RetentionMode mode);
-/// The same for scripts: "whole-area", "per-address" or "none".
-QString modeKey(RetentionMode mode);
+/// One thing in a fixed word for scripts and in words for people.
+struct Words
+{
+    const char* key;
+    QString text;
+};
+
+/// Such as "whole-area" and "whole areas".
+Words wordsOf(RetentionMode mode);
 
 #endif

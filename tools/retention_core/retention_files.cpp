@@ -4,7 +4,6 @@
 
 #include "tools/retention_core/refusal.h"
 
-#include <QtCore/QBuffer>
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryDir>
@@ -91,20 +90,6 @@ void requireReadable(const RetentionFiles& files)
         if (file.state == RetentionFile::State::Unreadable)
             throw Refusal(
                 QStringLiteral("%1: %2; make it a readable file, or remove it").arg(file.path, file.error));
-}
-
-RetentionFile memoryFile(const AreaFacts& area, const QByteArray& bytes)
-{
-    const auto device = std::make_shared<QBuffer>();
-    device->setData(bytes);
-    device->open(QIODevice::ReadOnly);
-    RetentionFile file;
-    file.area = &area;
-    file.path = QLatin1String(area.fileName);
-    file.state = RetentionFile::State::Readable;
-    file.size = bytes.size();
-    file.device = device;
-    return file;
 }
 
 void makeRetentionFiles(const QString& directory,

@@ -44,9 +44,6 @@ RetentionFiles openRetentionFiles(const QString& directory);
 /// Throws a Refusal when one of the files is Unreadable.
 void requireReadable(const RetentionFiles& files);
 
-/// A file that is only in memory.
-RetentionFile memoryFile(const AreaFacts& area, const QByteArray& bytes);
-
 /// Makes `directory`, which must be absent or empty, with the three files. It appears complete and on the
 /// disk, or not at all: they are made in a hidden folder next to it that takes its place in one step. `fill`
 /// gets each file open and empty, and answers false when it cannot be written. Throws a Refusal.

@@ -35,13 +35,13 @@ Table blockTable(const Layout& layout)
                 {{"area", "Area"},
                  {"block", "Block"},
                  {nullptr, "Addresses"},
-                 {"first", nullptr},
-                 {"last", nullptr},
+                 {"first"},
+                 {"last"},
                  {"cells", "Cells"},
                  {"byte", "At byte"},
                  {"bit", "Bit"},
                  {"entries", layout.images() ? nullptr : "From entry"},
-                 {"problem", nullptr}}};
+                 {"problem"}}};
     for (const AreaLayout& area : layout.areas)
         for (const LayoutBlock& block : area.blocks)
             table.rows.push_back({area.area->name, block.number, cellsOf(block.cells()), block.first(),
@@ -60,22 +60,22 @@ Table entryTable(const Layout& layout)
                  {"name", "Name"},
                  {"area", "Area"},
                  {nullptr, "Addresses"},
-                 {"first", nullptr},
-                 {"last", nullptr},
+                 {"first"},
+                 {"last"},
                  {"cells", "Cells"},
-                 {"verdict", nullptr},
-                 {"block", nullptr},
-                 {nullptr, "Verdict"},
-                 {"lost", "Cells not retained"}}};
+                 {"verdict", "Verdict"},
+                 {"block"},
+                 {"lost"},
+                 {nullptr, "Cells not retained"}}};
     for (const EntryVerdict& verdict : entryVerdicts(layout)) {
         const ProjectEntry& entry = *verdict.entry;
         const CellRange cells = {entry.first(), entry.last()};
-        Value lost = verdict.lost;
+        QString lost = verdict.lost.text();
         if (verdict.kind == EntryVerdict::Kind::None)
-            lost.text = QString::fromLatin1(entry.length() > 0 ? "all" : "");
+            lost = QString::fromLatin1(entry.length() > 0 ? "all" : "");
         table.rows.push_back({entry.number, entry.name, entry.areaName(), cellsOf(cells), cells.first,
-                              lastOf(cells), entry.length(), verdict.key(),
-                              verdict.block ? Value(verdict.block->number) : Value(), verdict.text(), lost});
+                              lastOf(cells), entry.length(), verdict.words(),
+                              verdict.block ? Value(verdict.block->number) : Value(), verdict.lost, lost});
     }
     return table;
 }

@@ -28,7 +28,7 @@ Report run(const Inputs& inputs)
         throw Refusal(QStringLiteral("map: expected --output FILE.svg"));
     const QString path = inputs.option("output");
     const QString title = QStringLiteral("%1: %2").arg(QFileInfo(inputs.projects.front().path).fileName(),
-                                                       modeText(inputs.layout().settings.mode));
+                                                       wordsOf(inputs.layout().settings.mode).text);
     writePicture(mapPicture(inputs.layout(), title), path, inputs.has("force"));
     Report report = commandNamed(QStringLiteral("layout"))->run(inputs);
     report.tables.clear();

@@ -64,11 +64,10 @@ bool writeArea(const AreaLayout& layout, const AreaMigration& area, const Retent
     return writeValues(layout, area.values, file);
 }
 
-void addCells(Table& table, const AreaFacts& area, const char* key, const char* text, const CellRanges& cells)
+void addCells(Table& table, const AreaFacts& area, const Words& fate, const CellRanges& cells)
 {
     if (!cells.isEmpty())
-        table.rows.push_back(
-            {area.name, {QString::fromLatin1(key), QString::fromLatin1(text)}, cells.count(), cells});
+        table.rows.push_back({area.name, fate, cells.count(), cells});
 }
 
 Finding foreignBits(const RetentionFile& file, const AreaMigration& area)
@@ -139,10 +138,11 @@ Report run(const Inputs& inputs)
         const AreaMigration& area = areas[i];
         const AreaFacts& facts = areaFacts[i];
         files.rows.push_back({facts.fileName, to.areas[i].fileLength, area.carried.count()});
-        addCells(cells, facts, "carried", "carried over", area.carried);
-        addCells(cells, facts, "without-value", "without a value in the old files: 0", area.without);
-        addCells(cells, facts, "new", "new: 0", area.added);
-        addCells(cells, facts, "dropped", "dropped: no longer retained", area.dropped);
+        addCells(cells, facts, {"carried", QStringLiteral("carried over")}, area.carried);
+        addCells(cells, facts, {"without-value", QStringLiteral("without a value in the old files: 0")},
+                 area.without);
+        addCells(cells, facts, {"new", QStringLiteral("new: 0")}, area.added);
+        addCells(cells, facts, {"dropped", QStringLiteral("dropped: no longer retained")}, area.dropped);
         if (area.foreignBits)
             report.findings.push_back(foreignBits(old[i], area));
     }

@@ -55,19 +55,10 @@ QString rowText(const AreaValues& values, const Row& row)
     return text;
 }
 
+/// Of a cell that the project keeps.
 const char* stateKey(CellState state)
 {
-    switch (state) {
-    case CellState::Kept:
-        return "kept";
-    case CellState::StartValue:
-        return "start-value";
-    case CellState::NoValue:
-        return "no-value";
-    case CellState::NotRetained:
-        break;
-    }
-    return "not-retained";
+    return state == CellState::Kept ? "kept" : state == CellState::StartValue ? "start-value" : "no-value";
 }
 
 void addArea(const AreaValues& values, const CellRanges& wanted, Table& rows, Table& cells)
@@ -141,10 +132,7 @@ Report run(const Inputs& inputs)
     report.facts.push_back({"mode", "Mode", inputs.layout().settings.mode});
     Table rows{
         nullptr, nullptr, "Kept values", {{nullptr, "Area"}, {nullptr, "Addresses"}, {nullptr, "Values"}}};
-    Table cells{"cells",
-                "cell",
-                nullptr,
-                {{"area", nullptr}, {"address", nullptr}, {"value", nullptr}, {"state", nullptr}}};
+    Table cells{"cells", "cell", nullptr, {{"area"}, {"address"}, {"value"}, {"state"}}};
     for (const RetentionFile& file : inputs.files.front()) {
         const AreaValues values = areaValues(inputs.layout(), file);
         const CellRanges wanted =

@@ -111,8 +111,7 @@ qint64 bytesOfChange(const AreaLayout& area, const LayoutBlock& block)
 /// One way in which the writes of a day may fall.
 struct Day
 {
-    const char* key; ///< "even", "worst" or "saves"
-    const char* title;
+    Words name;
     double writes;
     WriteCost each;
 };
@@ -139,8 +138,8 @@ std::vector<Day> daysOfChanges(const Layout& layout, const Question& question)
     if (cells == 0)
         return {};
     const double writes = question.changesPerHour * hoursPerDay;
-    return {{"even", "changes spread over all cells", writes, sum * (1 / cells)},
-            {"worst", "all changes in the largest block", writes, worst}};
+    return {{{"even", QStringLiteral("changes spread over all cells")}, writes, sum * (1 / cells)},
+            {{"worst", QStringLiteral("all changes in the largest block")}, writes, worst}};
 }
 
 /// The days to expect; none when nothing is written.
@@ -153,7 +152,9 @@ std::vector<Day> expectedDays(const Layout& layout, const Question& question)
     WriteCost save = fileSystemCost(question);
     for (const AreaLayout& area : layout.areas)
         save = save + costOfWrite(question, 0, area.fileLength);
-    return {{"saves", "saves of whole areas", minutesPerDay / layout.settings.saveTimeMinutes, save}};
+    return {{{"saves", QStringLiteral("saves of whole areas")},
+             minutesPerDay / layout.settings.saveTimeMinutes,
+             save}};
 }
 
 double flashBytes(const Question& question, const Day& day)
@@ -207,8 +208,7 @@ Table dayTable(const Question& question, const std::vector<Day>& days)
     Table table{"days",
                 "day",
                 "Each day",
-                {{"case", nullptr},
-                 {nullptr, "Case"},
+                {{"case", "Case"},
                  {"writes", "Writes"},
                  {"file_bytes", "File bytes"},
                  {"flash_bytes", "Flash bytes"},
@@ -218,9 +218,8 @@ Table dayTable(const Question& question, const std::vector<Day>& days)
                  {"in_place_years", endurance ? "Lasts, in place" : nullptr}}};
     for (const Day& day : days)
         table.rows.push_back(
-            {day.key, day.title, decimalValue(day.writes, 0),
-             decimalValue(day.writes * day.each.fileBytes, 0), decimalValue(flashBytes(question, day), 0),
-             decimalValue(day.writes * day.each.eraseBlocks, 0),
+            {day.name, decimalValue(day.writes, 0), decimalValue(day.writes * day.each.fileBytes, 0),
+             decimalValue(flashBytes(question, day), 0), decimalValue(day.writes * day.each.eraseBlocks, 0),
              decimalValue(flashBytes(question, day) / static_cast<double>(question.eraseBlock), 1),
              lifeValue(levelledYears(question, day)), lifeValue(inPlaceYears(question, day))});
     return table;
@@ -234,8 +233,8 @@ Table blockTable(const Layout& layout)
                 {{"area", "Area"},
                  {"block", "Block"},
                  {nullptr, "Addresses"},
-                 {"first", nullptr},
-                 {"last", nullptr},
+                 {"first"},
+                 {"last"},
                  {"bytes", "Bytes"}}};
     for (const AreaLayout& area : layout.areas)
         for (const LayoutBlock& block : area.blocks)
@@ -248,7 +247,7 @@ Table blockTable(const Layout& layout)
 Finding wornOut(const Layout& layout, const Question& question, const Day& day)
 {
     return {
-        Finding::Severity::Error, "worn-out-early", QString::fromLatin1(day.title),
+        Finding::Severity::Error, "worn-out-early", day.name.text,
         QStringLiteral("the flash lasts %1 %2, less than the %3 years wanted.")
             .arg(lifeValue(expectedYears(question, day)).text,
                  QLatin1String(question.capacity > 0 ? "with its wear levelled" : "without wear levelling"),

@@ -16,14 +16,7 @@ Table findingTable(const Report& report)
     Table table{"findings",
                 "finding",
                 nullptr,
-                {{"severity", nullptr},
-                 {"kind", nullptr},
-                 {"entry", nullptr},
-                 {"area", nullptr},
-                 {"cells", nullptr},
-                 {"place", nullptr},
-                 {"problem", nullptr},
-                 {"remedy", nullptr}}};
+                {{"severity"}, {"kind"}, {"entry"}, {"area"}, {"cells"}, {"place"}, {"problem"}, {"remedy"}}};
     for (const Finding& finding : report.findings)
         table.rows.push_back({finding.severity == Finding::Severity::Error ? "error" : "warning",
                               finding.kind, finding.entry ? Value(finding.entry) : Value(),
@@ -55,21 +48,9 @@ QString csvField(const QString& text)
     return QLatin1Char('"') + quoted + QLatin1Char('"');
 }
 
-/// Numbers as in the text; lists and ranges as in "9, 12 to 14".
 QString csvText(const Value& value)
 {
-    if (value.data.isString())
-        return value.data.toString();
-    if (!value.data.isArray())
-        return value.text;
-    QStringList texts;
-    for (const auto item : value.data.toArray()) {
-        const QJsonArray ends = item.toArray();
-        texts.append(ends.isEmpty() ? QString::number(item.toInt())
-                                    : rangeText({static_cast<qint64>(ends.first().toDouble()),
-                                                 static_cast<qint64>(ends.last().toDouble())}));
-    }
-    return texts.join(QLatin1String(", "));
+    return csvField(value.data.isString() ? value.data.toString() : value.text);
 }
 
 void appendCsv(QString& out, const Table& table)
@@ -83,7 +64,7 @@ void appendCsv(QString& out, const Table& table)
         out += QLatin1String(table.record);
         for (std::size_t i = 0; i < row.size(); ++i)
             if (table.columns[i].key)
-                out += QLatin1Char(',') + csvField(csvText(row[i]));
+                out += QLatin1Char(',') + csvText(row[i]);
         out += QLatin1Char('\n');
     }
 }
@@ -136,8 +117,8 @@ QString reportCsv(const Report& report)
 {
     QString out = QStringLiteral("record,key,value\n");
     for (const Fact& fact : report.facts)
-        out += QStringLiteral("fact,%1,").arg(QLatin1String(fact.key)) + csvField(csvText(fact.value)) +
-               QLatin1Char('\n');
+        out +=
+            QStringLiteral("fact,%1,").arg(QLatin1String(fact.key)) + csvText(fact.value) + QLatin1Char('\n');
     for (const Table& table : report.tables)
         if (table.key)
             appendCsv(out, table);

@@ -56,21 +56,19 @@ MapItem blockItem(const Layout& layout, const AreaLayout& area, const LayoutBloc
 struct Colours
 {
     const char* fill;
-    const char* edge;
+    const char* edge; ///< null for none
 };
+
+const Colours retainedColours = {"#d5e6f6", "#2f6ea8"};
+const Colours nextColours = {"#bcd7f0", "#2f6ea8"}; // of every other block, to tell neighbours apart
+const Colours foldedColours = {"#fbe2ad", "#a86a10"};
+const Colours lostColours = {"url(#lost)", "#b3261e"};
 
 Colours coloursOf(const MapItem& item)
 {
-    switch (item.kind) {
-    case MapItem::Kind::Retained:
-        return item.block->number % 2 ? Colours{"#d5e6f6", "#2f6ea8"} : Colours{"#bcd7f0", "#2f6ea8"};
-    case MapItem::Kind::Folded:
-        return {"#fbe2ad", "#a86a10"};
-    case MapItem::Kind::Unsound:
-    case MapItem::Kind::Lost:
-        break;
-    }
-    return {"url(#lost)", "#b3261e"};
+    if (item.kind == MapItem::Kind::Retained)
+        return item.block->number % 2 ? retainedColours : nextColours;
+    return item.kind == MapItem::Kind::Folded ? foldedColours : lostColours;
 }
 
 QString number(double value)
@@ -90,7 +88,7 @@ public:
 
     QXmlStreamWriter xml;
 
-    void rectangle(double x, double y, double width, double height, const char* fill, const char* edge,
+    void rectangle(double x, double y, double width, double height, const Colours& colours,
                    const QString& tip = QString())
     {
         xml.writeStartElement(QStringLiteral("rect"));
@@ -98,9 +96,9 @@ public:
         attribute("y", number(y));
         attribute("width", number(width));
         attribute("height", number(height));
-        attribute("fill", QString::fromLatin1(fill));
-        if (edge)
-            attribute("stroke", QString::fromLatin1(edge));
+        attribute("fill", QString::fromLatin1(colours.fill));
+        if (colours.edge)
+            attribute("stroke", QString::fromLatin1(colours.edge));
         if (!tip.isEmpty())
             xml.writeTextElement(QStringLiteral("title"), tip);
         xml.writeEndElement();
@@ -172,15 +170,14 @@ QString tip(const AreaMap& map, const MapItem& item)
 
 void drawBox(Drawing& drawing, const AreaMap& map, const MapItem& item, double x, double y, double width)
 {
-    const Colours colours = coloursOf(item);
-    drawing.rectangle(x, y, width, boxHeight, colours.fill, colours.edge, tip(map, item));
+    drawing.rectangle(x, y, width, boxHeight, coloursOf(item), tip(map, item));
     const auto cells = static_cast<double>(item.cells.last - item.cells.first + 1);
     for (const CellRange& lost : item.lost) {
         const double from = static_cast<double>(lost.first - item.cells.first) / cells * width;
         const double part = static_cast<double>(lost.last - lost.first + 1) / cells * width;
         const double shown = std::max(part, 5.0);
         drawing.rectangle(x + std::min(from, width - shown), y + boxHeight - lostHeight, shown, lostHeight,
-                          "url(#lost)", "#b3261e");
+                          lostColours);
     }
     drawing.text(x + 5, y + 16, QString::number(item.cells.first), "address");
     if (item.cells.last > item.cells.first)
@@ -212,19 +209,19 @@ double drawScale(Drawing& drawing, const AreaMap& map, double y)
 {
     const auto cells = static_cast<double>(cellCount(*map.layout->area));
     const CellRange area = {0, cellCount(*map.layout->area) - 1};
-    drawing.rectangle(margin, y, innerWidth, 14, "#f3f3f3", "#999999");
+    drawing.rectangle(margin, y, innerWidth, 14, {"#f3f3f3", "#999999"});
     const auto mark = [&](const CellRange& range, const char* fill) {
         const double x = margin + static_cast<double>(range.first) / cells * innerWidth;
         const double width =
             std::max(1.5, static_cast<double>(range.last - range.first + 1) / cells * innerWidth);
-        drawing.rectangle(std::min(x, margin + innerWidth - width), y, width, 14, fill, nullptr);
+        drawing.rectangle(std::min(x, margin + innerWidth - width), y, width, 14, {fill, nullptr});
     };
     for (const MapItem& item : map.items)
         if (item.block && item.kind != MapItem::Kind::Unsound)
             for (const CellRange& range : CellRanges({item.cells}).within(area))
                 mark(range, coloursOf(item).edge);
     for (const CellRange& range : map.lost.within(area))
-        mark(range, "#b3261e");
+        mark(range, lostColours.edge);
     for (int quarter = 0; quarter <= 4; ++quarter) {
         const double x = margin + innerWidth * quarter / 4;
         const qint64 address = quarter == 4 ? area.last : cellCount(*map.layout->area) * quarter / 4;
@@ -259,16 +256,15 @@ void drawLegend(Drawing& drawing, double y)
 {
     const struct
     {
-        const char* fill;
-        const char* edge;
+        Colours colours;
         const char* meaning;
         double width;
-    } keys[] = {{"#d5e6f6", "#2f6ea8", "retained whole", 130},
-                {"#fbe2ad", "#a86a10", "overlapping entries, folded into one block", 292},
-                {"url(#lost)", "#b3261e", "configured but not retained", 205}};
+    } keys[] = {{retainedColours, "retained whole", 130},
+                {foldedColours, "overlapping entries, folded into one block", 292},
+                {lostColours, "configured but not retained", 205}};
     double x = margin;
     for (const auto& key : keys) {
-        drawing.rectangle(x, y, 22, 14, key.fill, key.edge);
+        drawing.rectangle(x, y, 22, 14, key.colours);
         drawing.text(x + 29, y + 11, QString::fromLatin1(key.meaning));
         x += key.width + 29;
     }
@@ -291,8 +287,8 @@ void drawDefinitions(Drawing& drawing)
                                       {"patternUnits", "userSpaceOnUse"},
                                       {"patternTransform", "rotate(45)"}})
         drawing.attribute(name, QString::fromLatin1(value));
-    drawing.rectangle(0, 0, 6, 6, "#ffffff", nullptr);
-    drawing.rectangle(0, 0, 2, 6, "#f0b4b0", nullptr);
+    drawing.rectangle(0, 0, 6, 6, {"#ffffff", nullptr});
+    drawing.rectangle(0, 0, 2, 6, {"#f0b4b0", nullptr});
     drawing.xml.writeEndElement();
 }
 

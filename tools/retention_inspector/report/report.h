@@ -23,7 +23,8 @@ struct Value
     Value(const char* words) : Value(QString::fromLatin1(words)) {}
     Value(const CellRanges& ranges); ///< [[first, last], ...]
     Value(const std::vector<int>& numbers);
-    Value(RetentionMode mode) : data(modeKey(mode)), text(modeText(mode)) {}
+    Value(const Words& words) : data(QString::fromLatin1(words.key)), text(words.text) {}
+    Value(RetentionMode mode) : Value(wordsOf(mode)) {}
 
     QJsonValue data;
     QString text;
@@ -41,8 +42,8 @@ struct Fact
 
 struct Column
 {
-    const char* key;   ///< in JSON and CSV; null leaves the column out of them
-    const char* title; ///< in the text; null leaves the column out of it
+    const char* key;             ///< in JSON and CSV; null leaves the column out of them
+    const char* title = nullptr; ///< in the text; null leaves the column out of it
 };
 
 struct Table
