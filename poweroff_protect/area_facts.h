@@ -29,8 +29,10 @@ inline qint64 cellCount(const AreaFacts& area)
     return area.bits ? area.imageBytes : area.imageBytes / 2;
 }
 
-/// Whether it is the one bit cell, "LB" 60100, whose changes are never written through.
+/// The one bit cell whose changes are never written through.
+const int ignoredBitAddress = 60100;
+
 inline bool isIgnoredBit(const AreaFacts& area, int address)
 {
-    return area.bits && address == 60100;
+    return area.bits && address == ignoredBitAddress;
 }

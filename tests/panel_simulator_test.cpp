@@ -5,6 +5,7 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -166,6 +167,11 @@ TEST_F(PanelSimulator, ExplainsItselfOnRequest)
     const ToolRun help = runTool(QStringLiteral(PANEL_SIMULATOR_PATH), {QStringLiteral("--help")});
     EXPECT_EQ(help.status, 0);
     EXPECT_THAT(help.out.toStdString(), HasSubstr("power-cut"));
+    for (const QString& word :
+         QString::fromUtf8(help.out).split(QRegularExpression(QStringLiteral("[ ,\n]"))))
+        if (word.startsWith(QLatin1String("--help"))) {
+            EXPECT_EQ(runTool(QStringLiteral(PANEL_SIMULATOR_PATH), {word}).status, 0) << word.toStdString();
+        }
     EXPECT_THAT(run("address_ranges", "help\n").out.toStdString(), HasSubstr("get AREA ADDRESS [COUNT]"));
 }
 

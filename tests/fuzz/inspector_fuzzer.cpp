@@ -5,10 +5,9 @@
 #include "tests/fuzz/hostile_files.h"
 #include "tests/fuzz/kept_files_model.h"
 #include "tests/fuzz/project_from_bytes.h"
-#include "tools/retention_inspector/file_check.h"
-#include "tools/retention_inspector/kept_values.h"
-#include "tools/retention_inspector/layout_report.h"
-#include "tools/retention_inspector/show_report.h"
+#include "tests/inspector/memory_file.h"
+#include "tests/inspector/report_of.h"
+#include "tools/retention_core/kept_values.h"
 
 namespace {
 
@@ -26,12 +25,12 @@ RetentionFiles filesInMemory(const Files& bytes)
 
 void checkFormats(const Report& report)
 {
-    for (const Format format : {Format::Text, Format::Json, Format::Csv})
-        FUZZ_CHECK(formatted(report, format).endsWith(QLatin1Char('\n')));
+    for (const ReportFormat& format : reportFormats)
+        FUZZ_CHECK(format.write(report).endsWith(QLatin1Char('\n')));
 }
 
 /// The same start-up with areas full of zeros and full of ones tells what is restored at all.
-void checkKeptCells(const ExpectedProject& project, const Files& files, const KeptValues& kept)
+void checkKeptCells(const ExpectedProject& project, const Files& files, const std::array<AreaValues, 3>& kept)
 {
     static MemoryAreas zeros;
     static MemoryAreas ones;
@@ -70,11 +69,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FUZZ_CHECK(static_cast<int>(layout.settings.mode) == expected.mode);
 
     const RetentionFiles files = filesInMemory(bytes);
-    checkFormats(layoutReport(layout));
-    checkFormats(checkReport(layout, files));
-    const std::int32_t first = bytes[0] ? bytes[0]->size() : -5; // any range; all cells would take too long
-    checkFormats(showReport(layout, files, Selection{nullptr, CellRange{first, first + 20}}));
+    checkFormats(reportOf("layout", {layout}));
+    checkFormats(reportOf("check", {layout}, {files}));
+    checkFormats(reportOf("wear", {layout}, {}, {{"changes-per-hour", QStringLiteral("60")}}));
+    const int first = bytes[0] ? bytes[0]->size() % 65516 : 0; // any range; all cells would take too long
+    checkFormats(reportOf("show", {layout}, {files},
+                          {{"address", QStringLiteral("%1-%2").arg(first).arg(first + 20)}}));
     if (isAffordable(expected))
-        checkKeptCells(expected, bytes, keptValues(layout, files));
+        checkKeptCells(
+            expected, bytes,
+            {areaValues(layout, files[0]), areaValues(layout, files[1]), areaValues(layout, files[2])});
     return 0;
 }

@@ -1,6 +1,6 @@
 // Ranges of cells: union, difference, limits and text.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/cell_ranges.h"
+#include "tools/retention_core/cell_ranges.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,8 +1,7 @@
 // What becomes of each entry: verdicts, cells that are lost, and findings with their remedies.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
-#include "tools/retention_inspector/entry_verdict.h"
-#include "tools/retention_inspector/layout_findings.h"
+#include "tools/retention_core/findings.h"
 
 namespace {
 
@@ -26,7 +25,7 @@ std::vector<std::string> verdictsOf(const std::vector<Entry>& entries)
     const Layout layout = layoutOf(entries);
     std::vector<std::string> texts;
     for (const EntryVerdict& verdict : entryVerdicts(layout)) {
-        std::string text = verdictText(verdict).toStdString();
+        std::string text = verdict.words().text.toStdString();
         if (!verdict.lost.isEmpty())
             text += " less " + verdict.lost.text().toStdString();
         texts.push_back(text);
@@ -36,8 +35,7 @@ std::vector<std::string> verdictsOf(const std::vector<Entry>& entries)
 
 std::vector<Finding> findingsOf(const std::vector<Entry>& entries)
 {
-    const Layout layout = layoutOf(entries);
-    return entryFindings(layout, entryVerdicts(layout));
+    return entryFindings(layoutOf(entries));
 }
 
 /// Each as "KIND PLACE -> REMEDY".
@@ -105,9 +103,11 @@ TEST(EntryVerdict, OfBadAreasAndLengthsIsNotRetained)
                 ElementsAre("not retained", "not retained", "not retained", "not retained"));
 }
 
-TEST(EntryVerdict, OfEntriesBehindANegativeLengthIsNotRetained)
+TEST(EntryVerdict, OfEntriesNextToANegativeLengthIsNotRetained)
 {
     EXPECT_THAT(verdictsOf({lw(5, -2), lw(6, 3)}), ElementsAre("not retained", "not retained less 6 to 8"));
+    EXPECT_THAT(verdictsOf({lw(0, 4), lw(5, -2), {QStringLiteral("RWI"), 0, 4}}),
+                ElementsAre("not retained less 0 to 3", "not retained", "retained whole"));
 }
 
 TEST(EntryFinding, OfAFoldTellsTheOneEntryThatKeepsEverything)
@@ -160,8 +160,7 @@ TEST(EntryFinding, NamesDoubleWordsKeptByHalf)
     const auto project = perAddressProject({lw(5, 3)});
     project->children.front()->children.front()->setText(QStringLiteral("addressType"),
                                                          QStringLiteral("Double Word"));
-    const Layout layout = makeLayout(readSettings(project.get()));
-    const std::vector<Finding> findings = entryFindings(layout, entryVerdicts(layout));
+    const std::vector<Finding> findings = entryFindings(makeLayout(readSettings(project.get())));
     ASSERT_EQ(findings.size(), 1U);
     EXPECT_STREQ(findings.front().kind, "half-double-word");
 }

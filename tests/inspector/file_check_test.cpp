@@ -1,7 +1,7 @@
 // The check of files against a project, and its forecast held against the module's next start.
 // SPDX-License-Identifier: MIT
+#include "tests/inspector/report_of.h"
 #include "tests/support/module_test.h"
-#include "tools/retention_inspector/file_check.h"
 
 #include <QtCore/QFile>
 
@@ -27,8 +27,8 @@ protected:
 
     static Report check(object* project)
     {
-        return checkReport(makeLayout(readSettings(project)),
-                           openRetentionFiles(QLatin1String(fixedProjectDirectory)));
+        return reportOf("check", {makeLayout(readSettings(project))},
+                        {openRetentionFiles(QLatin1String(fixedProjectDirectory))});
     }
 
     static std::vector<std::string> kinds(object* project)

@@ -1,7 +1,8 @@
 // The worked examples of docs/file_format.md, run through the module and compared byte by byte.
 // SPDX-License-Identifier: MIT
+#include "tests/inspector/memory_file.h"
 #include "tests/support/module_test.h"
-#include "tools/retention_inspector/kept_values.h"
+#include "tools/retention_core/kept_values.h"
 
 #include "project_tree/project_reader.h"
 

@@ -2,13 +2,15 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/run_tool.h"
-#include "tools/retention_inspector/commands.h"
+#include "tools/retention_inspector/command.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QTemporaryDir>
+
+#include <algorithm>
 
 namespace {
 
@@ -96,6 +98,11 @@ TEST_F(InspectorGuide, NamesEveryKey)
          QStringLiteral("--capacity=1G"), endurance},
         {QStringLiteral("wear"), areas, endurance},
         {QStringLiteral("map"), ranges, QStringLiteral("-o"), picture}};
+    for (const Command* command : commands())
+        EXPECT_TRUE(std::any_of(
+            calls.begin(), calls.end(),
+            [command](const QStringList& call) { return call.first() == QLatin1String(command->name); }))
+            << "call it here: " << command->name;
     const std::string guide = contents("docs/retention_inspector.md").toStdString();
     for (const QStringList& call : calls) {
         const ToolRun run = InspectorGuide::run(call + QStringList(QStringLiteral("--format=json")));
@@ -111,10 +118,15 @@ TEST_F(InspectorGuide, ManPageNamesEveryCommandAndOption)
 {
     const std::string page =
         contents("docs/man/retention_inspector.1").remove(QLatin1Char('\\')).toStdString();
-    for (const CommandForm& form : commandForms()) {
-        EXPECT_THAT(page, HasSubstr(".B " + std::string(form.name) + '\n'));
-        for (const OptionForm& option : form.options)
+    for (const Command* form : commands()) {
+        EXPECT_THAT(page, HasSubstr(".B " + std::string(form->name) + '\n'));
+        for (const Option& option : form->options) {
             EXPECT_THAT(page, HasSubstr("--" + std::string(option.name)));
+            if (option.usual) {
+                EXPECT_THAT(page, HasSubstr(std::string("; ") + option.usual + " unless given."))
+                    << option.name;
+            }
+        }
     }
 }
 
@@ -132,14 +144,14 @@ TEST_F(InspectorGuide, CompletionOffersEveryCommandAndOption)
                 words);
         return QString::fromUtf8(run.out).simplified().split(QLatin1Char(' '));
     };
-    for (const CommandForm& form : commandForms()) {
-        const QString name = QString::fromLatin1(form.name);
-        EXPECT_TRUE(offered({QString()}).contains(name)) << form.name;
+    for (const Command* form : commands()) {
+        const QString name = QString::fromLatin1(form->name);
+        EXPECT_TRUE(offered({QString()}).contains(name)) << form->name;
         const QStringList options = offered({name, QStringLiteral("--")});
-        for (const OptionForm& option : form.options)
+        for (const Option& option : form->options)
             EXPECT_TRUE(options.contains(QLatin1String("--") + QLatin1String(option.name)))
-                << form.name << ' ' << option.name;
-        EXPECT_EQ(options.size(), static_cast<int>(form.options.size()) + 2) << form.name;
+                << form->name << ' ' << option.name;
+        EXPECT_EQ(options.size(), static_cast<int>(form->options.size()) + 2) << form->name;
     }
     EXPECT_THAT(offered({QStringLiteral("layout"), QStringLiteral("examples/over")}),
                 testing::ElementsAre(QStringLiteral("examples/overlapping_ranges.xml")));

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/run_tool.h"
-#include "tools/retention_inspector/commands.h"
+#include "tools/retention_inspector/command.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -172,13 +172,13 @@ TEST_F(Inspector, NamesWhatIsWrongWithItsInput)
 TEST_F(Inspector, ExplainsEveryCommandWithExamples)
 {
     const std::string general = Inspector::run({QStringLiteral("--help")}).out.toStdString();
-    for (const CommandForm& form : commandForms()) {
-        EXPECT_THAT(general, HasSubstr(std::string("  ") + form.name + ' '));
-        const ToolRun run = Inspector::run({QString::fromLatin1(form.name), QStringLiteral("--help")});
+    for (const Command* form : commands()) {
+        EXPECT_THAT(general, HasSubstr(std::string("  ") + form->name + ' '));
+        const ToolRun run = Inspector::run({QString::fromLatin1(form->name), QStringLiteral("--help")});
         EXPECT_EQ(run.status, 0);
         EXPECT_THAT(run.out.toStdString(),
-                    HasSubstr("Examples:\n  retention_inspector " + std::string(form.name)));
-        for (const OptionForm& option : form.options)
+                    HasSubstr("Examples:\n  retention_inspector " + std::string(form->name)));
+        for (const Option& option : form->options)
             EXPECT_THAT(run.out.toStdString(), HasSubstr(std::string("--") + option.name));
     }
 }

@@ -1,7 +1,7 @@
 // The cells that the tool calls kept are those that come back through the module, for any project.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
-#include "tools/retention_inspector/layout.h"
+#include "tools/retention_core/layout.h"
 
 #include <QtCore/QFile>
 
@@ -118,13 +118,13 @@ TEST_F(KeptCells, AreAllCellsInWholeAreaMode)
         const AreaLayout& areaLayout = layout.of(area);
         EXPECT_EQ(areaLayout.kept.text(), QStringLiteral("0 to 65535"));
         EXPECT_EQ(areaLayout.fileLength, retentionFile(QString::fromLatin1(area.fileName))->size());
-        for (const int cell : {0, unwrittenBit, 65535})
+        for (const int cell : {0, ignoredBitAddress, 65535})
             before->setCells(QString::fromLatin1(area.name), cell, {1});
     }
     before->model->cyclicRun();
     const auto after = startPanel(project.get());
     for (const AreaFacts& area : areaFacts)
-        for (const int cell : {0, unwrittenBit, 65535})
+        for (const int cell : {0, ignoredBitAddress, 65535})
             EXPECT_EQ(after->areas.named(QString::fromLatin1(area.name))->cell(cell), ushort(1));
 }
 

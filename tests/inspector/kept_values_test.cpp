@@ -1,7 +1,8 @@
 // Values by address: what the module wrote is what the tool reads.
 // SPDX-License-Identifier: MIT
+#include "tests/inspector/memory_file.h"
 #include "tests/support/module_test.h"
-#include "tools/retention_inspector/kept_values.h"
+#include "tools/retention_core/kept_values.h"
 
 namespace {
 
@@ -29,15 +30,15 @@ TEST_F(KeptValuesOfModule, AreReadFromPackedBlocks)
     panel->setCells(QStringLiteral("LW"), 0, {1, 0x1234, 0xffff, 4, 5, 6, 7, 8, 9, 10});
     panel->setCells(QStringLiteral("RWI"), 65530, {0, 0, 3, 0, 0, 9});
     const Layout layout = layoutOf(someEntries);
-    const KeptValues values = keptValues(layout, openRetentionFiles(QLatin1String(fixedProjectDirectory)));
+    const RetentionFiles files = openRetentionFiles(QLatin1String(fixedProjectDirectory));
     for (std::size_t i = 0; i < 3; ++i) {
+        const AreaValues values = areaValues(layout, files[i]);
         const MemoryArea& memory = panel->areas.all()[i];
         for (const CellRange& range : layout.areas[i].kept)
             for (qint64 cell = range.first; cell <= range.last; ++cell)
-                EXPECT_EQ(values[i].values[static_cast<std::size_t>(cell)],
-                          memory.cell(static_cast<int>(cell)))
+                EXPECT_EQ(values.values[static_cast<std::size_t>(cell)], memory.cell(static_cast<int>(cell)))
                     << memory.name().toStdString() << ' ' << cell;
-        EXPECT_EQ(values[i].cellsIn(CellState::Kept).text(), layout.areas[i].kept.text());
+        EXPECT_EQ(values.cellsIn(CellState::Kept).text(), layout.areas[i].kept.text());
     }
 }
 
@@ -49,11 +50,13 @@ TEST_F(KeptValuesOfModule, AreReadFromImages)
     panel->setCells(QStringLiteral("LW"), 65535, {0xabcd});
     panel->model->cyclicRun();
     const Layout layout = makeLayout(readSettings(project.get()));
-    const KeptValues values = keptValues(layout, openRetentionFiles(QLatin1String(fixedProjectDirectory)));
-    EXPECT_EQ(values[0].values[60100], 1);
-    EXPECT_EQ(values[0].values[60099], 0);
-    EXPECT_EQ(values[1].values[65535], 0xabcd);
-    EXPECT_EQ(values[1].cellsIn(CellState::Kept).count(), 65536);
+    const RetentionFiles files = openRetentionFiles(QLatin1String(fixedProjectDirectory));
+    const AreaValues bits = areaValues(layout, files[0]);
+    const AreaValues words = areaValues(layout, files[1]);
+    EXPECT_EQ(bits.values[60100], 1);
+    EXPECT_EQ(bits.values[60099], 0);
+    EXPECT_EQ(words.values[65535], 0xabcd);
+    EXPECT_EQ(words.cellsIn(CellState::Kept).count(), 65536);
 }
 
 TEST(KeptValues, OfShortFilesEndWhereTheFileEnds)
@@ -104,7 +107,7 @@ TEST(KeptValues, OfAProjectWithoutRetentionAreNone)
                   65536);
 }
 
-TEST(StrayBits, AreCountedBehindTheLastCell)
+TEST(StrayBits, AreCountedAfterTheLastCell)
 {
     const Layout layout = layoutOf({{QStringLiteral("LB"), 0, 12}});
     const AreaFacts& lb = areaFacts[0];

@@ -1,8 +1,7 @@
 // The map: a well-formed picture in which every block and every lost cell is to be found.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
-#include "tools/retention_inspector/map_items.h"
-#include "tools/retention_inspector/map_svg.h"
+#include "tools/retention_inspector/report/map_picture.h"
 
 #include <QtCore/QXmlStreamReader>
 
@@ -67,7 +66,7 @@ TEST(Map, KeepsThreeHundredBoxesOnThePageAndApart)
     std::vector<Entry> entries;
     for (int i = 0; i < 300; ++i)
         entries.push_back({QStringLiteral("LW"), 200 * i, 1 + i % 150});
-    const std::vector<Box> boxes = boxesOf(mapSvg(layoutOf(entries), QStringLiteral("300")));
+    const std::vector<Box> boxes = boxesOf(mapPicture(layoutOf(entries), QStringLiteral("300")));
     ASSERT_EQ(boxes.size(), 300U);
     for (std::size_t i = 0; i < boxes.size(); ++i) {
         EXPECT_GE(boxes[i].x, 0);
@@ -87,9 +86,10 @@ TEST(Map, IsWellFormedWhateverTheNamesAndNumbers)
                                             {QStringLiteral("RWI"), 7, -3},
                                             {QStringLiteral("RWI"), 9, 3}});
     project->children.front()->children.front()->name = QStringLiteral("<&\"']]>");
-    EXPECT_EQ(boxesOf(mapSvg(makeLayout(readSettings(project.get())), QStringLiteral("<&>"))).size(), 3U);
-    EXPECT_TRUE(boxesOf(mapSvg(makeLayout(readSettings(nullptr)), QString())).empty());
-    EXPECT_EQ(boxesOf(mapSvg(makeLayout(readSettings(wholeAreaProject(1, 5).get())), QString())).size(), 3U);
+    EXPECT_EQ(boxesOf(mapPicture(makeLayout(readSettings(project.get())), QStringLiteral("<&>"))).size(), 3U);
+    EXPECT_TRUE(boxesOf(mapPicture(makeLayout(readSettings(nullptr)), QString())).empty());
+    EXPECT_EQ(boxesOf(mapPicture(makeLayout(readSettings(wholeAreaProject(1, 5).get())), QString())).size(),
+              3U);
 }
 
 } // namespace

@@ -88,7 +88,7 @@ TEST_F(WritingCommands, MigrateWarnsOfFilesThatDoNotFitTheOldProject)
     write("old/maintenance-bit.dat", QByteArray("\x20\xff", 2));
     const ToolRun run = migrate(path("new"));
     EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("bits are set behind the last cell"));
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("bits are set after the last cell"));
     EXPECT_TRUE(QFile::exists(path("new/maintenance-bit.dat")));
 }
 

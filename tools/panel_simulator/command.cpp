@@ -1,4 +1,4 @@
-// Understanding of command lines.
+// Parses command lines by the table of their forms.
 // SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/command.h"
 

@@ -1,4 +1,4 @@
-// The command language of the simulated panel.
+// Parses the command language of the simulated panel.
 // SPDX-License-Identifier: MIT
 #ifndef TOOLS_PANEL_SIMULATOR_COMMAND_H
 #define TOOLS_PANEL_SIMULATOR_COMMAND_H
@@ -31,7 +31,7 @@ struct Command
     QString error;              ///< what was expected instead; empty for a good command
 };
 
-/// Understands one line. Blank lines and lines that begin with '#' are Nothing. Numbers are decimal, or
+/// Parses one line. Blank lines and lines that begin with '#' are Nothing. Numbers are decimal, or
 /// hexadecimal with 0x; a word takes -32768 to 65535, a bit 0 or 1.
 Command parseCommand(const QString& line);
 

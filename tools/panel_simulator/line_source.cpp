@@ -1,4 +1,4 @@
-// Waiting for command lines and reading them.
+// Waits for command lines and reads them.
 // SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/line_source.h"
 

@@ -1,4 +1,4 @@
-// Command lines from a terminal, a pipe or a script, with the panel's time passing between them.
+// Supplies command lines from a terminal, a pipe or a script, while the panel's time passes.
 // SPDX-License-Identifier: MIT
 #ifndef TOOLS_PANEL_SIMULATOR_LINE_SOURCE_H
 #define TOOLS_PANEL_SIMULATOR_LINE_SOURCE_H

@@ -1,4 +1,4 @@
-// Drawing of the live view with the terminal's scrolling region.
+// Draws the live view with the terminal's scrolling region.
 // SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/live_view.h"
 
@@ -123,9 +123,8 @@ QStringList LiveView::lines() const
                       .arg(modeText(*panel.model), countdown(*panel.model))
                       .arg(commandsRun(QStringLiteral("sync"))));
     const auto& areas = panel.areas.all();
-    result.append(areaText(panel, areas[0], QStringLiteral("maintenance-bit.dat")));
-    result.append(areaText(panel, areas[1], QStringLiteral("maintenance-word.dat")));
-    result.append(areaText(panel, areas[2], QStringLiteral("maintenance-RWI.dat")));
+    for (std::size_t i = 0; i < areas.size(); ++i)
+        result.append(areaText(panel, areas[i], QLatin1String(retentionFileNames[i])));
     QStringList recent;
     for (const Change& change : changes)
         recent.append(QStringLiteral("%1 %2 = %3 (%4 s)")

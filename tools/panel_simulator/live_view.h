@@ -1,4 +1,4 @@
-// A view of the running panel that stays on top of the terminal while commands are typed below it.
+// Shows the running panel on top of the terminal while commands are typed below it.
 // SPDX-License-Identifier: MIT
 #ifndef TOOLS_PANEL_SIMULATOR_LIVE_VIEW_H
 #define TOOLS_PANEL_SIMULATOR_LIVE_VIEW_H

@@ -1,4 +1,4 @@
-// panel_simulator: options, start-up, and the loop between commands and cyclic calls.
+// Runs panel_simulator: options, start-up, and the loop over commands.
 // SPDX-License-Identifier: MIT
 #include "project_tree/project_reader.h"
 #include "simulated_host/panel.h"
@@ -44,7 +44,8 @@ Options readOptions(QCoreApplication& application)
             "The module's fixed directory shows --project-dir, in a mount namespace of this process only.\n\n"
             "Commands, from the terminal, a pipe or a script ('#' begins a comment line):\n") +
         commandHelp());
-    parser.addHelpOption();
+    // Not addHelpOption(): that also offers --help-all, for Qt's own options, and there are none.
+    parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help.")});
     parser.addPositionalArgument(QStringLiteral("PROJECT.xml"), QStringLiteral("The panel's project."));
     const QCommandLineOption module(
         QStringLiteral("module"), QStringLiteral("The module binary."), QStringLiteral("PATH"),
@@ -61,7 +62,7 @@ Options readOptions(QCoreApplication& application)
     if (!parser.parse(application.arguments()))
         giveUp(parser.errorText() + QStringLiteral(" (see --help)"));
     if (parser.isSet(QStringLiteral("help")))
-        parser.showHelp(0);
+        parser.showHelp();
     if (parser.positionalArguments().size() != 1)
         giveUp(
             QStringLiteral("expected one project file: panel_simulator PROJECT.xml [options] (see --help)"));

@@ -1,4 +1,4 @@
-// The commands of the simulated panel.
+// Runs the commands on the panel and words their answers.
 // SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/session.h"
 
@@ -79,7 +79,7 @@ void status(const Panel& panel, const QString& directory, std::ostream& out)
     out << "ready      " << (panel.started ? "yes" : "no") << '\n';
     out << "syncs run  " << commandsRun(QStringLiteral("sync")) << '\n';
     out << "files      in " << text(directory) << '\n';
-    for (const char* name : {"maintenance-bit.dat", "maintenance-word.dat", "maintenance-RWI.dat"}) {
+    for (const char* name : retentionFileNames) {
         const QFileInfo file(
             QStringLiteral("%1/%2").arg(QLatin1String(fixedProjectDirectory), QLatin1String(name)));
         out << "           " << text(QStringLiteral("%1").arg(QLatin1String(name), -21));

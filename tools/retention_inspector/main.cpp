@@ -1,12 +1,20 @@
-// retention_inspector: shows, checks, explains and carries over kept values.
+// Runs the command that the command line names: help, options, inputs, report and exit status.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_inspector/command_line.h"
+#include "tools/retention_core/refusal.h"
+#include "tools/retention_inspector/command.h"
 
+#include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
 
 #include <cstdio>
 
 namespace {
+
+const int findingStatus = 1;
+const int refusalStatus = 2;
+
+const char* const programName = "retention_inspector";
+const char* const statusHelp = "Exit status: 0 clean, 1 findings, 2 usage or unreadable input.";
 
 bool print(const QString& text, FILE* stream)
 {
@@ -15,16 +23,168 @@ bool print(const QString& text, FILE* stream)
     return std::fwrite(bytes.constData(), 1, size, stream) == size && std::fflush(stream) == 0;
 }
 
+QString generalHelp()
+{
+    QString help =
+        QStringLiteral(
+            "Usage: %1 COMMAND ARGUMENTS [options]\n"
+            "Shows, checks, explains and carries over the files in which a panel keeps its values.\n\n"
+            "Commands:\n")
+            .arg(QLatin1String(programName));
+    for (const Command* command : commands())
+        help += QStringLiteral("  %1%2\n")
+                    .arg(QLatin1String(command->name), -10)
+                    .arg(QLatin1String(command->summary));
+    help += QStringLiteral(
+                "\nPROJECT.xml is the panel's project; DIR is the folder with its files %1,\n%2 and %3.\n\n")
+                .arg(QLatin1String(areaFacts[0].fileName), QLatin1String(areaFacts[1].fileName),
+                     QLatin1String(areaFacts[2].fileName));
+    help += QStringLiteral("Options of every command:\n"
+                           "  --format FORMAT  text (for people), json or csv (for scripts)\n"
+                           "  --help           explains the command, with examples\n\n"
+                           "%2\n\n"
+                           "Examples:\n"
+                           "  %1 layout project.xml\n"
+                           "  %1 migrate --help\n")
+                .arg(QLatin1String(programName), QLatin1String(statusHelp));
+    return help;
+}
+
+QStringList argumentNames(const Command& command)
+{
+    QStringList names;
+    for (const Argument& argument : command.arguments)
+        names.append(QLatin1String(argument.name));
+    return names;
+}
+
+QString commandHelp(const QCommandLineParser& parser, const Command& command)
+{
+    const QString call =
+        QStringLiteral("%1 %2 ").arg(QLatin1String(programName), QLatin1String(command.name));
+    // The parser's own text begins with a usage line that knows nothing of commands.
+    const QString text = parser.helpText();
+    QString help = QStringLiteral("Usage: ") + call + argumentNames(command).join(QLatin1Char(' ')) +
+                   QLatin1String(" [options]\n") + text.mid(text.indexOf(QLatin1Char('\n')) + 1).trimmed();
+    help += QStringLiteral("\n\n%1\n\nExamples:\n").arg(QLatin1String(statusHelp));
+    for (const QString& example : QString::fromLatin1(command.examples).split(QLatin1Char('\n')))
+        help += QLatin1String("  ") + call + example + QLatin1Char('\n');
+    return help;
+}
+
+void addOptions(QCommandLineParser& parser, const Command& command)
+{
+    for (const Option& option : command.options) {
+        QStringList names(QString::fromLatin1(option.name));
+        if (names.first() == QLatin1String("output"))
+            names.prepend(QStringLiteral("o"));
+        QString description = QString::fromLatin1(option.description);
+        if (option.usual)
+            description += QStringLiteral("; %1 unless given").arg(QLatin1String(option.usual));
+        QCommandLineOption added(names, description + QLatin1Char('.'));
+        if (option.value)
+            added.setValueName(QString::fromLatin1(option.value));
+        parser.addOption(added);
+    }
+    parser.addOption({QStringLiteral("format"), QStringLiteral("text (the default), json or csv."),
+                      QStringLiteral("FORMAT")});
+    parser.addOption({QStringLiteral("help"), QStringLiteral("Explains the command.")});
+}
+
+const ReportFormat& formatNamed(const QString& name)
+{
+    for (const ReportFormat& format : reportFormats)
+        if (name == QLatin1String(format.name))
+            return format;
+    throw Refusal(QStringLiteral("--format \"%1\": expected text, json or csv").arg(name));
+}
+
+Inputs readInputs(const Command& command, const QCommandLineParser& parser)
+{
+    Inputs inputs;
+    inputs.options = usualOptions(command);
+    for (const Option& option : command.options)
+        if (parser.isSet(QLatin1String(option.name)))
+            inputs.options.insert(QLatin1String(option.name), parser.value(QLatin1String(option.name)));
+    const QStringList words = parser.positionalArguments();
+    for (std::size_t i = 0; i < command.arguments.size(); ++i) {
+        const Argument::Kind kind = command.arguments[i].kind;
+        const QString& word = words.at(static_cast<int>(i));
+        if (kind == Argument::Kind::Project) {
+            inputs.projects.push_back({word, makeLayout(readSettings(word))});
+            continue;
+        }
+        inputs.files.push_back(openRetentionFiles(word));
+        if (kind == Argument::Kind::Files)
+            requireReadable(inputs.files.back());
+    }
+    return inputs;
+}
+
+/// Runs a command with its words, the first of which is its name; returns the exit status.
+int runCommand(const Command& command, const QStringList& words, QString& out)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QString::fromLatin1(command.description));
+    addOptions(parser, command);
+    const QString seeHelp =
+        QStringLiteral(" (see %1 %2 --help)").arg(QLatin1String(programName), QLatin1String(command.name));
+    if (!parser.parse(words))
+        throw Refusal(parser.errorText() + seeHelp);
+    if (parser.isSet(QStringLiteral("help"))) {
+        out = commandHelp(parser, command);
+        return 0;
+    }
+    const QStringList names = argumentNames(command);
+    if (parser.positionalArguments().size() != names.size())
+        throw Refusal(QStringLiteral("expected: %1 %2%3")
+                          .arg(QLatin1String(command.name), names.join(QLatin1Char(' ')), seeHelp));
+    const ReportFormat& format = parser.isSet(QStringLiteral("format"))
+                                     ? formatNamed(parser.value(QStringLiteral("format")))
+                                     : reportFormats.front();
+    Report report = command.run(readInputs(command, parser));
+    report.command = QLatin1String(command.name);
+    out = format.write(report);
+    return report.isClean() ? 0 : findingStatus;
+}
+
+int run(const QStringList& words, QString& out)
+{
+    const QString name = words.value(1);
+    if (name == QLatin1String("--help") || name == QLatin1String("-h") || name == QLatin1String("help")) {
+        out = generalHelp();
+        return 0;
+    }
+    if (name == QLatin1String("--version")) {
+        out = QLatin1String(programName) + QLatin1String(" " INSPECTOR_VERSION "\n");
+        return 0;
+    }
+    if (const Command* const command = commandNamed(name))
+        return runCommand(*command, words.mid(1), out);
+    QStringList known;
+    for (const Command* command : commands())
+        known.append(QLatin1String(command->name));
+    const QString expected =
+        QStringLiteral("expected one of %1 (see --help)").arg(known.join(QLatin1String(", ")));
+    throw Refusal(name.isEmpty() ? expected
+                                 : QStringLiteral("unknown command \"%1\": %2").arg(name, expected));
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
-    const Outcome outcome = runInspector(QCoreApplication::arguments());
-    print(outcome.err, stderr);
-    if (!print(outcome.out, stdout)) {
-        std::perror("retention_inspector: standard output");
-        return 2;
+    QString out;
+    int status = refusalStatus;
+    try {
+        status = run(QCoreApplication::arguments(), out);
+    } catch (const Refusal& refusal) {
+        print(QStringLiteral("%1: %2\n").arg(QLatin1String(programName), refusal.message()), stderr);
     }
-    return outcome.status;
+    if (!print(out, stdout)) {
+        std::perror("retention_inspector: standard output");
+        return refusalStatus;
+    }
+    return status;
 }

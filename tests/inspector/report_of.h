@@ -1,0 +1,27 @@
+// Runs a command of the inspector without its command line.
+// SPDX-License-Identifier: MIT
+#ifndef TESTS_INSPECTOR_REPORT_OF_H
+#define TESTS_INSPECTOR_REPORT_OF_H
+
+#include "tools/retention_inspector/command.h"
+
+#include <initializer_list>
+#include <utility>
+
+/// What the command reports of these projects and files. Options that are not given have their usual values.
+inline Report reportOf(const char* command, const std::vector<Layout>& projects,
+                       std::vector<RetentionFiles> files = {},
+                       std::initializer_list<std::pair<const char*, QString>> options = {})
+{
+    const Command& known = *commandNamed(QLatin1String(command));
+    Inputs inputs;
+    for (const Layout& layout : projects)
+        inputs.projects.push_back({QStringLiteral("project.xml"), layout});
+    inputs.files = std::move(files);
+    inputs.options = usualOptions(known);
+    for (const auto& [name, value] : options)
+        inputs.options.insert(QLatin1String(name), value);
+    return known.run(inputs);
+}
+
+#endif

@@ -1,0 +1,72 @@
+// Finds what the user of a project and its files should change, and says how.
+// SPDX-License-Identifier: MIT
+#ifndef TOOLS_RETENTION_CORE_FINDINGS_H
+#define TOOLS_RETENTION_CORE_FINDINGS_H
+
+#include "tools/retention_core/layout.h"
+#include "tools/retention_core/retention_files.h"
+
+#include <vector>
+
+/// Something that the user should change.
+struct Finding
+{
+    enum class Severity
+    {
+        Warning, ///< nothing is lost, but it is hardly meant
+        Error    ///< values are or will be lost
+    };
+
+    Severity severity;
+    const char* kind;      ///< stable key such as "lost-in-fold"
+    QString place;         ///< file or entry, with area and cells
+    QString problem;       ///< what is wrong
+    QString remedy;        ///< what to do
+    QString area = {};     ///< empty for none
+    CellRanges cells = {}; ///< the cells concerned
+    int entry = 0;         ///< number of the entry; 0 for none
+};
+
+/// What becomes of a configured entry.
+struct EntryVerdict
+{
+    enum class Kind
+    {
+        Whole,   ///< every cell comes back; the block is its own
+        Folded,  ///< shares its block with entries that overlap it
+        Partial, ///< some cells come back
+        None     ///< nothing comes back
+    };
+
+    const ProjectEntry* entry = nullptr;
+    Kind kind = Kind::None;
+    const LayoutBlock* block = nullptr; ///< the block that it went into; null for none
+    CellRanges lost;                    ///< its cells that do not come back
+
+    Words words() const; ///< such as "folded" and "folded into block 2"
+};
+
+/// One verdict an entry, in the project's order: the entry's cells compared with the cells that are kept. In
+/// whole-area mode, where entries have no effect, there are none. Points into `layout`.
+std::vector<EntryVerdict> entryVerdicts(const Layout& layout);
+
+/// About the mode, the save period and the "DataRetention" object as a whole.
+std::vector<Finding> settingsFindings(const ProjectSettings& settings);
+/// About single entries, and entries that lose cells to each other.
+std::vector<Finding> entryFindings(const Layout& layout);
+/// Those about the settings, then those about the entries.
+std::vector<Finding> projectFindings(const Layout& layout);
+
+/// What was found about one file.
+struct FileCheck
+{
+    QString nextStart; ///< what the module will do with it
+    std::vector<Finding> findings;
+};
+
+FileCheck checkFile(const Layout& layout, const RetentionFile& file);
+
+/// Such as "1 cell" or "3 cells".
+QString countText(qint64 count, const char* what);
+
+#endif

@@ -1,0 +1,45 @@
+// Reads and writes the values of retention files, by address.
+// SPDX-License-Identifier: MIT
+#ifndef TOOLS_RETENTION_CORE_KEPT_VALUES_H
+#define TOOLS_RETENTION_CORE_KEPT_VALUES_H
+
+#include "tools/retention_core/layout.h"
+#include "tools/retention_core/retention_files.h"
+
+#include <vector>
+
+enum class CellState : unsigned char
+{
+    NotRetained, ///< the project does not keep the cell
+    Kept,        ///< the value comes back at the next start
+    StartValue,  ///< 0 in the file, but in a byte of zeros, which leaves the panel's own start value alone
+    NoValue      ///< the file is missing, empty or ends before the cell
+};
+
+/// Of every cell of one area. A cell without a value has the value 0.
+struct AreaValues
+{
+    const AreaFacts* area = nullptr;
+    std::vector<ushort> values;
+    std::vector<CellState> states;
+    qint64 oddBytes = 0; ///< bytes of an "LB" image that are neither 0 nor 1
+
+    bool hasValue(std::size_t cell) const
+    {
+        return states[cell] == CellState::Kept || states[cell] == CellState::StartValue;
+    }
+    CellRanges cellsIn(CellState state) const;
+};
+
+/// Reads a file of any length and contents by the layout. A file that is not readable has no values.
+AreaValues areaValues(const Layout& layout, const RetentionFile& file);
+
+/// Writes the values of the cells that the area keeps into a file of at least fileLength bytes. The rest of
+/// the file stays as it is. False when the device fails.
+bool writeValues(const AreaLayout& area, const std::vector<ushort>& values, QIODevice& device);
+
+/// Number of set bits after the last cell of a per-address "LB" file, looking a few kilobytes past it; 0 for
+/// other files, and where the place of the last cell is not certain.
+qint64 strayBits(const Layout& layout, const RetentionFile& file);
+
+#endif

@@ -1,0 +1,59 @@
+// Describes what a project says about retention: the mode, the save period and the entries as configured.
+// SPDX-License-Identifier: MIT
+#ifndef TOOLS_RETENTION_CORE_PROJECT_SETTINGS_H
+#define TOOLS_RETENTION_CORE_PROJECT_SETTINGS_H
+
+#include "poweroff_protect/area_facts.h"
+#include "poweroff_protect/retention_settings.h"
+#include "tools/retention_core/cell_ranges.h"
+
+#include <QtCore/QString>
+
+#include <optional>
+#include <vector>
+
+/// One child of "DataRetention".
+struct ProjectEntry
+{
+    int number = 0;                  ///< place among the children, from 1
+    QString name;                    ///< of the entry object
+    bool hasSource = false;          ///< there is a "sourceAddress"
+    const AreaFacts* area = nullptr; ///< null when the area name is unknown
+    structMaintenance configured;    ///< as the module reads it
+
+    int length() const { return configured.addressLength; } ///< number of cells, any value
+    qint64 first() const { return configured.address.index; }
+    qint64 last() const { return first() + length() - 1; } ///< below first() when the entry names no cell
+    CellRanges cells() const { return CellRanges({{first(), last()}}); }
+    QString areaName() const { return configured.address.block; } ///< as configured
+    QString text() const;                                         ///< such as `entry 2 "recipe"`
+};
+
+struct ProjectSettings
+{
+    RetentionMode mode = RetentionMode::None;
+    int retentionObjects = 0;          ///< number of "DataRetention" objects; the first one counts
+    std::optional<quint32> saveTime;   ///< "Save Time" as configured; nothing when it is not set as a number
+    qint16 saveTimeMinutes = 0;        ///< what it means to the module
+    std::vector<ProjectEntry> entries; ///< in the project's order; of no effect in whole-area mode
+
+    qint64 periodMs() const { return qint64(60000) * saveTimeMinutes; }
+};
+
+/// `project` may be null. Never fails: what is missing or odd is shown by the result.
+ProjectSettings readSettings(object* project);
+
+/// From an XML file. Throws a Refusal when it cannot be read.
+ProjectSettings readSettings(const QString& projectFile);
+
+/// One thing in a fixed word for scripts and in words for people.
+struct Words
+{
+    const char* key;
+    QString text;
+};
+
+/// Such as "whole-area" and "whole areas".
+Words wordsOf(RetentionMode mode);
+
+#endif

@@ -1,0 +1,19 @@
+// Defines what is thrown when an input or an output is refused.
+// SPDX-License-Identifier: MIT
+#ifndef TOOLS_RETENTION_CORE_REFUSAL_H
+#define TOOLS_RETENTION_CORE_REFUSAL_H
+
+#include <QtCore/QString>
+
+#include <stdexcept>
+
+/// The message names the input or output, what is wrong with it and what to do.
+class Refusal : public std::runtime_error
+{
+public:
+    explicit Refusal(const QString& message) : std::runtime_error(message.toStdString()) {}
+
+    QString message() const { return QString::fromUtf8(what()); }
+};
+
+#endif

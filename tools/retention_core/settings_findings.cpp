@@ -1,0 +1,77 @@
+// Finds what is wrong with the retention settings as a whole.
+// SPDX-License-Identifier: MIT
+#include "tools/retention_core/findings.h"
+
+#include <utility>
+
+namespace {
+
+const auto error = Finding::Severity::Error;
+const auto warning = Finding::Severity::Warning;
+
+void checkSaveTime(const ProjectSettings& settings, std::vector<Finding>& findings)
+{
+    const int minutes = settings.saveTimeMinutes;
+    const quint32 configured = settings.saveTime.value_or(1);
+    QString problem = QStringLiteral("%1 means %2 minutes, because only its low 16 bits count")
+                          .arg(configured)
+                          .arg(minutes);
+    const char* kind = "save-time-wrapped";
+    if (minutes == 0) {
+        kind = "save-time-zero";
+        problem =
+            QStringLiteral("%1 means a period of 0 minutes; a panel may then save all the time or never")
+                .arg(configured);
+    } else if (minutes < 0) {
+        kind = "save-time-negative";
+        problem += QLatin1String(", with a sign; a panel may never save");
+    } else if (configured <= 32767) {
+        return;
+    }
+    findings.push_back({error, kind, QStringLiteral("\"Save Time\""), problem + QLatin1Char('.'),
+                        QStringLiteral("Set \"Save Time\" to the minutes between two saves, from 1 to 32767; "
+                                       "5 is usual.")});
+}
+
+} // namespace
+
+std::vector<Finding> settingsFindings(const ProjectSettings& settings)
+{
+    const QString retention = QStringLiteral("\"DataRetention\"");
+    std::vector<Finding> findings;
+    if (settings.retentionObjects == 0)
+        findings.push_back({error, "nothing-retained", QStringLiteral("project"),
+                            QStringLiteral("there is no object \"DataRetention\", so nothing is retained."),
+                            QStringLiteral("Add an object \"DataRetention\" with \"open Save all\" 1, or "
+                                           "with an entry for each range to keep.")});
+    else if (settings.mode == RetentionMode::None)
+        findings.push_back(
+            {error, "nothing-retained", retention,
+             QStringLiteral("\"open Save all\" is 0 and there is no entry, so nothing is retained."),
+             QStringLiteral("Add an entry for each range to keep, or set \"open Save all\" to 1.")});
+    if (settings.retentionObjects > 1)
+        findings.push_back({error, "second-retention-object", QStringLiteral("project"),
+                            QStringLiteral("there are %1 objects \"DataRetention\"; only the first counts.")
+                                .arg(settings.retentionObjects),
+                            QStringLiteral("Move all settings and entries into the first one.")});
+    if (settings.mode == RetentionMode::WholeAreas) {
+        checkSaveTime(settings, findings);
+        const auto entries = static_cast<qint64>(settings.entries.size());
+        if (entries > 0)
+            findings.push_back(
+                {warning, "entries-without-effect", retention,
+                 QStringLiteral("\"open Save all\" is set, so its %1 %2 no effect.")
+                     .arg(entries)
+                     .arg(QLatin1String(entries == 1 ? "entry has" : "entries have")),
+                 QStringLiteral("Remove the entries, or set \"open Save all\" to 0 to keep only them.")});
+    }
+    return findings;
+}
+
+std::vector<Finding> projectFindings(const Layout& layout)
+{
+    std::vector<Finding> findings = settingsFindings(layout.settings);
+    for (Finding& finding : entryFindings(layout))
+        findings.push_back(std::move(finding));
+    return findings;
+}

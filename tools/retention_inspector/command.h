@@ -1,0 +1,75 @@
+// Describes a command: arguments, options and help, and the function that runs it. The commands stand in
+// commands/, each in the file of its name.
+// SPDX-License-Identifier: MIT
+#ifndef TOOLS_RETENTION_INSPECTOR_COMMAND_H
+#define TOOLS_RETENTION_INSPECTOR_COMMAND_H
+
+#include "tools/retention_core/layout.h"
+#include "tools/retention_core/retention_files.h"
+#include "tools/retention_inspector/report/report.h"
+
+#include <QtCore/QHash>
+
+#include <vector>
+
+/// An argument that a command requires, and what is read from it before the command runs.
+struct Argument
+{
+    enum class Kind
+    {
+        Project,     ///< an XML file
+        Files,       ///< a directory of retention files; one that cannot be read is refused
+        FilesAsFound ///< the same, but the command itself deals with files that cannot be read
+    };
+
+    const char* name; ///< in the help
+    Kind kind;
+};
+
+struct Option
+{
+    const char* name;            ///< "output" may also be given as -o
+    const char* value;           ///< name of its value; null for a switch
+    const char* description;     ///< in the help; followed by what is usual
+    const char* usual = nullptr; ///< its value when it is not given; null for none
+};
+
+/// What a command works on.
+struct Inputs
+{
+    struct Project
+    {
+        QString path;
+        Layout layout;
+    };
+
+    std::vector<Project> projects;     ///< in the order of the arguments
+    std::vector<RetentionFiles> files; ///< in the order of the arguments
+    QHash<QString, QString> options;   ///< those given and those with a usual value, without the dashes
+
+    const Layout& layout() const { return projects.front().layout; }
+    bool has(const char* option) const { return options.contains(QLatin1String(option)); }
+    QString option(const char* name) const { return options.value(QLatin1String(name)); }
+};
+
+struct Command
+{
+    const char* name;
+    std::vector<Argument> arguments;
+    const char* summary;
+    const char* description;
+    const char* examples; ///< one a line, without the names of tool and command
+    std::vector<Option> options;
+    Report (*run)(const Inputs& inputs); ///< throws a Refusal
+};
+
+/// All commands, in the order in which the help names them.
+const std::vector<const Command*>& commands();
+
+/// Null when there is none of that name.
+const Command* commandNamed(const QString& name);
+
+/// The usual values of the command's options.
+QHash<QString, QString> usualOptions(const Command& command);
+
+#endif

@@ -1,0 +1,48 @@
+// Tells whether files fit a project, and what the next start makes of them.
+// SPDX-License-Identifier: MIT
+#include "tools/retention_inspector/command.h"
+
+namespace {
+
+Report run(const Inputs& inputs)
+{
+    const Layout& layout = inputs.layout();
+    Report report;
+    report.facts.push_back({"mode", "Mode", layout.settings.mode});
+    Table table{"files",
+                "file",
+                "Files",
+                {{"file", "File"},
+                 {"bytes", "Bytes"},
+                 {"expected", "Expected"},
+                 {"fits", "Fits"},
+                 {"next_start", "At the next start"}}};
+    for (const RetentionFile& file : inputs.files.front()) {
+        const FileCheck check = checkFile(layout, file);
+        const bool readable = file.state == RetentionFile::State::Readable;
+        table.rows.push_back({file.area->fileName, readable ? Value(file.size) : Value(),
+                              layout.of(*file.area).fileLength, check.findings.empty() ? "yes" : "no",
+                              check.nextStart});
+        report.findings.insert(report.findings.end(), check.findings.begin(), check.findings.end());
+    }
+    report.tables.push_back(std::move(table));
+    if (const std::size_t inProject = projectFindings(layout).size())
+        report.notes.append(
+            QStringLiteral("The project itself has %1; \"layout\" names %2.")
+                .arg(countText(qint64(inProject), "finding"), QLatin1String(inProject == 1 ? "it" : "them")));
+    report.notes.append(QStringLiteral("Nothing in a file tells for which project it was written: one of the "
+                                       "right length may still hold the values of other cells."));
+    return report;
+}
+
+} // namespace
+
+extern const Command checkCommand = {
+    "check",
+    {{"PROJECT.xml", Argument::Kind::Project}, {"DIR", Argument::Kind::FilesAsFound}},
+    "do the files fit the project, and what happens at the next start",
+    "Checks the files of DIR against the project: missing, empty, shorter, longer, of the other mode, bits\n"
+    "set after the last cell. Says what the next start makes of each file.",
+    "project.xml /usr/tavrin/project",
+    {},
+    run};

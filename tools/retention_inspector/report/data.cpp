@@ -1,0 +1,127 @@
+// Writes reports for scripts, as JSON and CSV.
+// SPDX-License-Identifier: MIT
+#include "tools/retention_inspector/report/report.h"
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+
+namespace {
+
+const int formVersion = 1; // goes up when a key or its meaning changes; new keys leave it alone
+
+/// The findings as one more table.
+Table findingTable(const Report& report)
+{
+    Table table{"findings",
+                "finding",
+                nullptr,
+                {{"severity"}, {"kind"}, {"entry"}, {"area"}, {"cells"}, {"place"}, {"problem"}, {"remedy"}}};
+    for (const Finding& finding : report.findings)
+        table.rows.push_back({finding.severity == Finding::Severity::Error ? "error" : "warning",
+                              finding.kind, finding.entry ? Value(finding.entry) : Value(),
+                              finding.area.isEmpty() ? Value() : Value(finding.area), finding.cells,
+                              finding.place, finding.problem, finding.remedy});
+    return table;
+}
+
+QJsonArray rowObjects(const Table& table)
+{
+    QJsonArray rows;
+    for (const auto& row : table.rows) {
+        QJsonObject object;
+        for (std::size_t i = 0; i < table.columns.size(); ++i)
+            if (table.columns[i].key)
+                object.insert(QLatin1String(table.columns[i].key), row[i].data);
+        rows.append(object);
+    }
+    return rows;
+}
+
+QString csvField(const QString& text)
+{
+    if (!text.contains(QLatin1Char(',')) && !text.contains(QLatin1Char('"')) &&
+        !text.contains(QLatin1Char('\n')) && !text.contains(QLatin1Char('\r')))
+        return text;
+    QString quoted = text;
+    quoted.replace(QLatin1Char('"'), QLatin1String("\"\""));
+    return QLatin1Char('"') + quoted + QLatin1Char('"');
+}
+
+QString csvText(const Value& value)
+{
+    return csvField(value.data.isString() ? value.data.toString() : value.text);
+}
+
+void appendCsv(QString& out, const Table& table)
+{
+    out += QLatin1String("record");
+    for (const Column& column : table.columns)
+        if (column.key)
+            out += QLatin1Char(',') + QLatin1String(column.key);
+    out += QLatin1Char('\n');
+    for (const auto& row : table.rows) {
+        out += QLatin1String(table.record);
+        for (std::size_t i = 0; i < row.size(); ++i)
+            if (table.columns[i].key)
+                out += QLatin1Char(',') + csvText(row[i]);
+        out += QLatin1Char('\n');
+    }
+}
+
+} // namespace
+
+Value::Value(qint64 number) : data(static_cast<double>(number)), text(QString::number(number)) {}
+
+Value::Value(const CellRanges& ranges) : text(ranges.text())
+{
+    QJsonArray pairs;
+    for (const CellRange& range : ranges)
+        pairs.append(QJsonArray{static_cast<double>(range.first), static_cast<double>(range.last)});
+    data = pairs;
+}
+
+Value::Value(const std::vector<int>& numbers)
+{
+    QJsonArray list;
+    QStringList texts;
+    for (const int number : numbers) {
+        list.append(number);
+        texts.append(QString::number(number));
+    }
+    data = list;
+    text = texts.join(QLatin1String(", "));
+}
+
+Value decimalValue(double number, int decimals)
+{
+    return {QJsonValue(number), QString::number(number, 'f', decimals)};
+}
+
+QString reportJson(const Report& report)
+{
+    QJsonObject root;
+    root.insert(QStringLiteral("version"), formVersion);
+    root.insert(QStringLiteral("command"), report.command);
+    for (const Fact& fact : report.facts)
+        root.insert(QLatin1String(fact.key), fact.value.data);
+    for (const Table& table : report.tables)
+        if (table.key)
+            root.insert(QLatin1String(table.key), rowObjects(table));
+    root.insert(QStringLiteral("findings"), rowObjects(findingTable(report)));
+    root.insert(QStringLiteral("notes"), QJsonArray::fromStringList(report.notes));
+    return QString::fromUtf8(QJsonDocument(root).toJson());
+}
+
+QString reportCsv(const Report& report)
+{
+    QString out = QStringLiteral("record,key,value\n");
+    for (const Fact& fact : report.facts)
+        out +=
+            QStringLiteral("fact,%1,").arg(QLatin1String(fact.key)) + csvText(fact.value) + QLatin1Char('\n');
+    for (const Table& table : report.tables)
+        if (table.key)
+            appendCsv(out, table);
+    appendCsv(out, findingTable(report));
+    return out;
+}

@@ -1,0 +1,85 @@
+// Describes what a command found, before it is written as text, JSON or CSV.
+// SPDX-License-Identifier: MIT
+#ifndef TOOLS_RETENTION_INSPECTOR_REPORT_REPORT_H
+#define TOOLS_RETENTION_INSPECTOR_REPORT_REPORT_H
+
+#include "tools/retention_core/findings.h"
+
+#include <QtCore/QJsonValue>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <array>
+#include <vector>
+
+/// One value in the form for scripts and in the form for people.
+struct Value
+{
+    Value() = default; ///< null; nothing in the text
+    Value(QJsonValue forScripts, const QString& forPeople) : data(std::move(forScripts)), text(forPeople) {}
+    Value(int number) : Value(qint64(number)) {}
+    Value(qint64 number);
+    Value(const QString& words) : data(words), text(words) {}
+    Value(const char* words) : Value(QString::fromLatin1(words)) {}
+    Value(const CellRanges& ranges); ///< [[first, last], ...]
+    Value(const std::vector<int>& numbers);
+    Value(const Words& words) : data(QString::fromLatin1(words.key)), text(words.text) {}
+    Value(RetentionMode mode) : Value(wordsOf(mode)) {}
+
+    QJsonValue data;
+    QString text;
+};
+
+/// With that many decimals in the text.
+Value decimalValue(double number, int decimals);
+
+struct Fact
+{
+    const char* key;
+    const char* title; ///< in the text; null leaves the fact out of it
+    Value value;
+};
+
+struct Column
+{
+    const char* key;             ///< in JSON and CSV; null leaves the column out of them
+    const char* title = nullptr; ///< in the text; null leaves the column out of it
+};
+
+struct Table
+{
+    const char* key;    ///< in JSON; null leaves the table out of JSON and CSV
+    const char* record; ///< first field of each CSV line
+    const char* title;  ///< null leaves the table out of the text
+    std::vector<Column> columns;
+    std::vector<std::vector<Value>> rows = {};
+};
+
+struct Report
+{
+    QString command;
+    std::vector<Fact> facts;
+    std::vector<Table> tables;
+    std::vector<Finding> findings;
+    QStringList notes;    ///< what else the user should know; no reason to change anything
+    bool differs = false; ///< the tables themselves are what was looked for: differences
+
+    bool isClean() const { return findings.empty() && !differs; }
+};
+
+/// The whole report, ending with a line feed.
+QString reportText(const Report& report);
+QString reportJson(const Report& report);
+QString reportCsv(const Report& report);
+
+struct ReportFormat
+{
+    const char* name; ///< as in --format
+    QString (*write)(const Report& report);
+};
+
+/// The first one is the usual one.
+inline constexpr std::array<ReportFormat, 3> reportFormats = {
+    {{"text", reportText}, {"json", reportJson}, {"csv", reportCsv}}};
+
+#endif

@@ -1,0 +1,133 @@
+// Writes reports for people: facts, aligned tables, findings with their remedies.
+// SPDX-License-Identifier: MIT
+#include "tools/retention_inspector/report/report.h"
+
+#include <algorithm>
+
+namespace {
+
+const int widestLine = 100; // of running text
+
+/// One line without anything that would move the terminal's cursor.
+QString printable(const QString& text)
+{
+    QString line = text;
+    for (QChar& c : line)
+        if (c.category() == QChar::Other_Control)
+            c = QLatin1Char(' ');
+    return line;
+}
+
+/// Breaks running text at blanks; every line but the first begins with `indent` blanks.
+QString wrapped(const QString& text, int indent)
+{
+    QString out;
+    int column = indent;
+    for (const QString& word : printable(text).split(QLatin1Char(' '))) {
+        if (column > indent && column + 1 + word.size() > widestLine) {
+            out += QLatin1Char('\n') + QString(indent, QLatin1Char(' '));
+            column = indent;
+        } else if (column > indent) {
+            out += QLatin1Char(' ');
+            ++column;
+        }
+        out += word;
+        column += word.size();
+    }
+    return out;
+}
+
+bool isNumber(const Value& value)
+{
+    return value.data.isDouble();
+}
+
+struct TextColumn
+{
+    std::size_t at;
+    int width;
+    bool right; ///< numbers only
+};
+
+std::vector<TextColumn> textColumns(const Table& table)
+{
+    std::vector<TextColumn> columns;
+    for (std::size_t i = 0; i < table.columns.size(); ++i) {
+        if (!table.columns[i].title)
+            continue;
+        TextColumn column{i, static_cast<int>(qstrlen(table.columns[i].title)), !table.rows.empty()};
+        for (const auto& row : table.rows) {
+            column.width = std::max(column.width, row[i].text.size());
+            column.right = column.right && (isNumber(row[i]) || row[i].text.isEmpty());
+        }
+        columns.push_back(column);
+    }
+    return columns;
+}
+
+template <typename TextOf>
+void appendLine(QString& out, const std::vector<TextColumn>& columns, TextOf textOf)
+{
+    QString line;
+    for (const TextColumn& column : columns) {
+        const QString text = printable(textOf(column.at));
+        line += line.isEmpty() ? QStringLiteral("  ") : QStringLiteral("   ");
+        line += column.right ? text.rightJustified(column.width) : text.leftJustified(column.width);
+    }
+    while (line.endsWith(QLatin1Char(' ')))
+        line.chop(1);
+    out += line + QLatin1Char('\n');
+}
+
+void appendTable(QString& out, const Table& table)
+{
+    if (table.rows.empty())
+        return;
+    out += QLatin1Char('\n') + QLatin1String(table.title) + QLatin1Char('\n');
+    const std::vector<TextColumn> columns = textColumns(table);
+    appendLine(out, columns, [&table](std::size_t i) { return QLatin1String(table.columns[i].title); });
+    for (const auto& row : table.rows)
+        appendLine(out, columns, [&row](std::size_t i) { return row[i].text; });
+}
+
+void appendFindings(QString& out, const std::vector<Finding>& findings)
+{
+    if (findings.empty()) {
+        out += QLatin1String("\nNo findings.\n");
+        return;
+    }
+    out += QLatin1String("\nFindings\n");
+    int number = 0;
+    for (const Finding& finding : findings) {
+        const QString head =
+            QStringLiteral("  %1. %2: ")
+                .arg(++number)
+                .arg(QLatin1String(finding.severity == Finding::Severity::Error ? "error" : "warning"));
+        out += head + wrapped(finding.place + QLatin1String(": ") + finding.problem, 5) + QLatin1Char('\n');
+        out += QLatin1String("     -> ") + wrapped(finding.remedy, 8) + QLatin1Char('\n');
+    }
+}
+
+} // namespace
+
+QString reportText(const Report& report)
+{
+    QString out;
+    int width = 0;
+    for (const Fact& fact : report.facts)
+        width = std::max(width, QString::fromLatin1(fact.title).size());
+    for (const Fact& fact : report.facts)
+        if (fact.title)
+            out += QString::fromLatin1(fact.title).leftJustified(width + 3) + printable(fact.value.text) +
+                   QLatin1Char('\n');
+    for (const Table& table : report.tables)
+        if (table.title)
+            appendTable(out, table);
+    if (!report.differs)
+        appendFindings(out, report.findings);
+    if (!report.notes.isEmpty())
+        out += QLatin1String("\nNotes\n");
+    for (const QString& note : report.notes)
+        out += QLatin1String("  - ") + wrapped(note, 4) + QLatin1Char('\n');
+    return out;
+}
