@@ -5,6 +5,14 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+# A compiler cache where there is one. Without this it would pass over all that uses precompiled headers.
+find_program(CCACHE_PROGRAM ccache)
+mark_as_advanced(CCACHE_PROGRAM)
+if(CCACHE_PROGRAM AND "${CMAKE_CXX_COMPILER_LAUNCHER}" MATCHES "^(|ccache)$")
+    set(CMAKE_CXX_COMPILER_LAUNCHER
+        ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE_PROGRAM})
+endif()
+
 # Sums of configured numbers wrap: out-of-range values pass through as 32-bit values.
 add_compile_options(-Wall -Wextra -fwrapv)
 if(POWEROFF_PROTECT_WERROR)
