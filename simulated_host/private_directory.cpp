@@ -71,10 +71,7 @@ QString mapProjectDirectory(const QString& directory)
 
 QString pathMappingNotice()
 {
-    return refusal.isEmpty()
-               ? QString()
-               : QStringLiteral("%1 here: the paths below /usr/tavrin are mapped in the process")
-                     .arg(refusal);
+    return refusal.isEmpty() ? QString() : QStringLiteral("mapping paths to /usr/tavrin (%1)").arg(refusal);
 }
 
 QString mappedUsrTavrin()

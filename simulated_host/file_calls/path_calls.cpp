@@ -35,12 +35,11 @@
 
 namespace {
 
-/// What the C library answered about a path, under the names that the process knows.
-ssize_t unmapped(const MappedPath& asked, char* answer, ssize_t length, size_t room)
+/// What the C library answered, under the names that the process knows.
+ssize_t unmapped(char* answer, ssize_t length, size_t room)
 {
-    if (length < 0 || !asked.isMapped())
-        return length;
-    return unmapPath(answer, static_cast<unsigned>(length), static_cast<unsigned>(room));
+    return length < 0 ? length
+                      : unmapPath(answer, static_cast<unsigned>(length), static_cast<unsigned>(room));
 }
 
 } // namespace
@@ -108,15 +107,13 @@ int symlinkat(const char* target, int directory, const char* path) noexcept
 ssize_t readlink(const char* path, char* buffer, size_t size) noexcept
 {
     NEXT(readlink);
-    const MappedPath asked(path);
-    return unmapped(asked, buffer, next(asked, buffer, size), size);
+    return unmapped(buffer, next(MappedPath(path), buffer, size), size);
 }
 
 ssize_t readlinkat(int directory, const char* path, char* buffer, size_t size) noexcept
 {
     NEXT(readlinkat);
-    const MappedPath asked(path);
-    return unmapped(asked, buffer, next(directory, asked, buffer, size), size);
+    return unmapped(buffer, next(directory, MappedPath(path), buffer, size), size);
 }
 
 char* realpath(const char* path, char* resolved) noexcept
@@ -126,7 +123,8 @@ char* realpath(const char* path, char* resolved) noexcept
     char answer[PATH_MAX];
     if (!next(asked, answer))
         return nullptr;
-    answer[unmapped(asked, answer, static_cast<ssize_t>(std::strlen(answer)), sizeof answer - 1)] = '\0';
+    if (asked.isMapped()) // who asks for the other directory by its own name gets that
+        answer[unmapped(answer, static_cast<ssize_t>(std::strlen(answer)), sizeof answer - 1)] = '\0';
     return resolved ? std::strcpy(resolved, answer) : strdup(answer);
 }
 
