@@ -9,6 +9,14 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Release, Debug, RelWithDebInfo or MinSizeRel" FORCE)
 endif()
 
+# A compiler cache where there is one. Without this it would pass over all that uses precompiled headers.
+find_program(CCACHE_PROGRAM ccache)
+mark_as_advanced(CCACHE_PROGRAM)
+if(CCACHE_PROGRAM AND "${CMAKE_CXX_COMPILER_LAUNCHER}" MATCHES "^(|ccache)$")
+    set(CMAKE_CXX_COMPILER_LAUNCHER
+        ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE_PROGRAM})
+endif()
+
 add_compile_options(-Wall -Wextra -Wsuggest-override)
 if(POWEROFF_PROTECT_WERROR)
     add_compile_options(-Werror)

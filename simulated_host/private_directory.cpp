@@ -1,112 +1,80 @@
-// Mount namespace of a process that runs the module away from the machine's own /usr/tavrin.
+// Chooses between a mount namespace and mapped paths.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/private_directory.h"
+
+#include "simulated_host/file_calls/path_mapping.h"
+#include "simulated_host/mount_namespace.h"
+#include "simulated_host/scratch_directory.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
-#include <QtCore/QTemporaryDir>
 
-#include <cerrno>
-#include <cstring>
-#include <sched.h>
-#include <sys/mount.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
 
-QString failure(const QString& what)
-{
-    return QStringLiteral("%1: %2").arg(what, QString::fromLocal8Bit(std::strerror(errno)));
-}
+QString refusal; ///< why there is no mount namespace; empty when there is one
+QString scratch;
 
-bool writeProcFile(const char* path, const QByteArray& text)
+/// Lets a child try, because a half-made namespace cannot be left again. Returns what was refused.
+QString tryNamespace()
 {
-    QFile file(QString::fromLatin1(path));
-    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(text) == text.size();
-}
-
-/// Root gets a mount namespace alone; an ordinary user needs a user namespace around it, in which it keeps
-/// its ids.
-QString enterMountNamespace()
-{
-    if (unshare(CLONE_NEWNS) == 0)
-        return {};
-    const uid_t user = geteuid();
-    const gid_t group = getegid();
-    if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
-        return failure(QStringLiteral("no private mount namespace (needs root or user namespaces)"));
-    const auto idMap = [](unsigned id) {
-        return QByteArray::number(id) + ' ' + QByteArray::number(id) + " 1";
-    };
-    if (!writeProcFile("/proc/self/setgroups", "deny") || !writeProcFile("/proc/self/uid_map", idMap(user)) ||
-        !writeProcFile("/proc/self/gid_map", idMap(group)))
-        return failure(QStringLiteral("cannot keep the user id in the private mount namespace"));
-    return {};
-}
-
-QString bindMount(const QString& source, const QString& target)
-{
-    if (mount(QFile::encodeName(source).constData(), QFile::encodeName(target).constData(), nullptr,
-              MS_BIND | MS_REC, nullptr) != 0)
-        return failure(QStringLiteral("cannot show %1 at %2").arg(source, target));
-    return {};
-}
-
-/// Shows one entry of /usr in the scratch file system.
-QString keepEntry(const QFileInfo& entry, const QString& scratch)
-{
-    const QString target = scratch + QLatin1Char('/') + entry.fileName();
-    if (entry.isSymLink()) {
-        char link[4096];
-        const ssize_t length =
-            readlink(QFile::encodeName(entry.filePath()).constData(), link, sizeof link - 1);
-        link[length > 0 ? length : 0] = '\0';
-        if (length < 0 || symlink(link, QFile::encodeName(target).constData()) != 0)
-            return failure(QStringLiteral("cannot copy the link %1").arg(entry.filePath()));
-        return {};
+    int ends[2];
+    const pid_t child = pipe(ends) == 0 ? fork() : -1;
+    if (child < 0)
+        return QStringLiteral("no process to try it in");
+    if (child == 0) {
+        const QByteArray error = enterNamespaceWithOwnUsr().toUtf8();
+        const ssize_t written = write(ends[1], error.constData(), static_cast<size_t>(error.size()));
+        _exit(written == error.size() && error.isEmpty() ? 0 : 1);
     }
-    const bool made = entry.isDir() ? QDir().mkdir(target) : QFile(target).open(QIODevice::WriteOnly);
-    return made ? bindMount(entry.filePath(), target) : failure(QStringLiteral("cannot make %1").arg(target));
+    close(ends[1]);
+    QFile answer;
+    answer.open(ends[0], QIODevice::ReadOnly, QFile::AutoCloseHandle);
+    const QString error = QString::fromUtf8(answer.readAll());
+    int status = 0;
+    waitpid(child, &status, 0);
+    return status != 0 && error.isEmpty() ? QStringLiteral("no mount namespace") : error;
+}
+
+QString map(const QString& from, const QString& to)
+{
+    return mapPath(QFile::encodeName(from).constData(), QFile::encodeName(to).constData())
+               ? QString()
+               : QStringLiteral("cannot map %1 to %2: the path is too long").arg(from, to);
 }
 
 } // namespace
 
 QString enterPrivateUsr()
 {
-    QString error = enterMountNamespace();
-    if (!error.isEmpty())
-        return error;
-    if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
-        return failure(QStringLiteral("cannot make the mounts private"));
-
-    // The new /usr is put together beside the old one and then moved over it.
-    const QTemporaryDir scratch;
-    if (!scratch.isValid())
-        return QStringLiteral("no temporary directory: %1").arg(scratch.errorString());
-    const QByteArray scratchPath = QFile::encodeName(scratch.path());
-    if (mount("tmpfs", scratchPath.constData(), "tmpfs", 0, "mode=0755") != 0)
-        return failure(QStringLiteral("cannot mount a scratch file system"));
-    // By way of /proc, because qemu-user shows its library folder's /usr to whoever asks for /usr.
-    const QFileInfoList entries =
-        QDir(QStringLiteral("/proc/self/root/usr"))
-            .entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
-    for (const QFileInfo& entry : entries) {
-        if (entry.fileName() == QLatin1String("tavrin"))
-            continue;
-        error = keepEntry(entry, scratch.path());
-        if (!error.isEmpty())
-            return error;
-    }
-    if (mount(scratchPath.constData(), "/usr", nullptr, MS_MOVE, nullptr) != 0)
-        return failure(QStringLiteral("cannot put the scratch file system over /usr"));
-    return {};
+    refusal = tryNamespace();
+    if (refusal.isEmpty())
+        return enterNamespaceWithOwnUsr();
+    scratch = makeScratchDirectory();
+    if (scratch.isEmpty())
+        return QStringLiteral("%1, and no directory for temporary files in %2")
+            .arg(refusal, QDir::tempPath());
+    return map(QStringLiteral("/usr/tavrin"), mappedUsrTavrin());
 }
 
 QString mapProjectDirectory(const QString& directory)
 {
     const QString fixed = QString::fromLatin1(fixedProjectDirectory);
+    const QString shown = QFileInfo(directory).absoluteFilePath();
     if (!QDir().mkpath(fixed))
-        return failure(QStringLiteral("cannot make %1").arg(fixed));
-    return bindMount(QFileInfo(directory).absoluteFilePath(), fixed);
+        return QStringLiteral("cannot make %1").arg(fixed);
+    return refusal.isEmpty() ? bindMount(shown, fixed) : map(fixed, shown);
+}
+
+QString pathMappingNotice()
+{
+    return refusal.isEmpty() ? QString() : QStringLiteral("mapping paths to /usr/tavrin (%1)").arg(refusal);
+}
+
+QString mappedUsrTavrin()
+{
+    return refusal.isEmpty() ? QString() : scratch + QStringLiteral("/tavrin");
 }

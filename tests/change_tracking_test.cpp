@@ -339,6 +339,7 @@ TEST_F(ChangeTracking, WithoutAProjectDirectoryTheHostIsReadAndSyncRuns)
 
 TEST_F(ChangeTracking, AReadOnlyDirectoryKeepsItsFilesUntilItCanBeWritten)
 {
+    NEEDS_A_MOUNT();
     mountOnProjectDirectory("size=1m");
     start({{LW, 0, 2}});
     remountProjectDirectory("size=1m", MS_RDONLY);
@@ -351,6 +352,7 @@ TEST_F(ChangeTracking, AReadOnlyDirectoryKeepsItsFilesUntilItCanBeWritten)
 
 TEST_F(ChangeTracking, AStreamThatFailedOnAFullDiskKeepsFailingUntilTheNextStart)
 {
+    NEEDS_A_MOUNT();
     mountOnProjectDirectory("size=4k"); // new files have holes only: one page is all there is
     start({{LB, 0, 8}, {LW, 0, 8}, {RWI, 0, 1}});
     change(LB, 0, 1); // takes the page

@@ -58,15 +58,26 @@ TEST(Command, SaysWhatItExpected)
 class PanelSimulator : public testing::Test
 {
 protected:
+    /// Leaves out the line on mapped paths, which is only there where they are.
     ToolRun run(const char* example, const QByteArray& commands, const QStringList& more = QStringList())
     {
         const QString project = QStringLiteral(EXAMPLES_DIR "/%1.xml").arg(QLatin1String(example));
-        return runTool(
+        ToolRun result = runTool(
             QStringLiteral(PANEL_SIMULATOR_PATH),
             QStringList{project, QStringLiteral("--project-dir"), scratch.filePath(QStringLiteral("data"))} +
                 more,
             commands);
+        saidNotice = result.err.startsWith(notice());
+        result.err.remove(0, saidNotice ? notice().size() : 0);
+        return result;
     }
+
+    static QByteArray notice()
+    {
+        return pathMappingNotice().isEmpty() ? QByteArray()
+                                             : "panel_simulator: " + pathMappingNotice().toUtf8() + '\n';
+    }
+    bool saidNotice = false;
 
     QString writeScript(const QByteArray& text)
     {
@@ -220,6 +231,13 @@ TEST_F(PanelSimulatorOnATerminal, ShowsTheRunningPanelLive)
                 HasSubstr("RWI     0 cells watched,     1 not zero   maintenance-RWI.dat  131072 bytes"));
     EXPECT_THAT(out, HasSubstr("changed   RWI 7 = 1234 (0 s)"));
     EXPECT_THAT(out, HasSubstr("\x1b[r")) << "the terminal gets its scrolling region back";
+}
+
+TEST_F(PanelSimulator, SaysInOneLineWhenPathsAreMapped)
+{
+    const ToolRun tool = run("whole_areas", "stop\n");
+    EXPECT_TRUE(saidNotice) << "expected: " << notice().toStdString();
+    EXPECT_EQ(tool.err, "");
 }
 
 TEST_F(PanelSimulator, ShowsNothingLiveWithoutATerminal)

@@ -242,6 +242,7 @@ TEST_F(Restore, WithoutAProjectDirectoryLeavesTheAreasAlone)
 
 TEST_F(Restore, InAReadOnlyDirectoryMakesNothingAndZeroesTheWordsOfFilesThatItCannotOpen)
 {
+    NEEDS_A_MOUNT();
     mountOnProjectDirectory("size=1m");
     writeRetentionFile(bitFileName, QByteArray(1, '\xff'));
     writeRetentionFile(wordFileName, QByteArray(4, '\x11'));
@@ -263,6 +264,7 @@ TEST_F(Restore, ADirectoryInAFilesPlaceIsLikeAFileThatCannotBeOpened)
 
 TEST_F(Restore, AFullDiskStillGetsItsNewFiles)
 {
+    NEEDS_A_MOUNT();
     mountOnProjectDirectory("size=4k");
     writeRetentionFile("filler.dat", QByteArray(4096, '\x11'));
     EXPECT_EQ(restored({{LB, 0, 8}, {LW, 0, 10}}), "");

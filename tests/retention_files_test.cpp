@@ -118,6 +118,7 @@ TEST_F(RetentionFiles, CheckingADirectoryFails)
 
 TEST_F(RetentionFiles, CheckingFailsOnAReadOnlyFileSystem)
 {
+    NEEDS_A_MOUNT();
     mountOnProjectDirectory("size=1m");
     writeRetentionFile(fileName, QByteArray(2, '\x11'));
     remountProjectDirectory("size=1m", MS_RDONLY);
@@ -265,6 +266,7 @@ TEST_F(RetentionFiles, WritingInFrontOfTheFileFailsTheStream)
 
 TEST_F(RetentionFiles, WritingToAFullDiskFailsTheStreamAndCheckingDoesNotMendIt)
 {
+    NEEDS_A_MOUNT();
     mountOnProjectDirectory("size=4k");
     openOn(QByteArray());
     write(QByteArray(4096, '\x22'), 0);

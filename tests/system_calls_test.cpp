@@ -1,69 +1,82 @@
 // The system calls and the stream buffers that the module's work costs, counted between the module and the C
 // library.
 // SPDX-License-Identifier: MIT
+#include "simulated_host/file_calls/file_calls.h"
 #include "tests/support/module_test.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <new>
-
-#include <dlfcn.h>
-#include <sys/types.h>
-#include <sys/uio.h>
+#include <vector>
 
 namespace {
 
 const QString LB = QStringLiteral("LB");
 const QString LW = QStringLiteral("LW");
 
-enum class Kind
-{
-    Seek,
-    Read,
-    Write
-};
+using Kind = FileCall::Kind;
 
-/// Plain memory, because calls come before and after the life of any object here.
 struct Call
 {
     Kind kind;
     size_t bytes;       ///< of reads and writes
     const void* memory; ///< where the bytes of a write come from
 };
-Call recorded[64];
-size_t calls = 0; ///< also those beyond the record
-size_t seeks = 0;
-size_t reads = 0;
-size_t oneByteReads = 0;
-size_t streamBuffers = 0; ///< arrays of the size of an ordinary stream's buffer, or larger
-bool recording = false;
 
-void record(Kind kind, size_t bytes = 0, const void* memory = nullptr)
+/// Keeps what it is told of seeks, reads and writes.
+class Recording : public FileCallHook
 {
-    if (!recording)
-        return;
-    if (calls < sizeof recorded / sizeof recorded[0])
-        recorded[calls] = {kind, bytes, memory};
-    ++calls;
-    seeks += kind == Kind::Seek;
-    reads += kind == Kind::Read;
-    oneByteReads += kind == Kind::Read && bytes == 1;
-}
+public:
+    int before(FileCall& call) override
+    {
+        if (call.kind != Kind::Seek && call.kind != Kind::Read && call.kind != Kind::Write)
+            return 0;
+        // A stream writes what it holds and what it was given with one call; the former is nothing here.
+        const void* const memory = call.partCount > 0 ? call.parts[call.partCount - 1].iov_base : nullptr;
+        calls.push_back({call.kind, static_cast<size_t>(call.length), memory});
+        return 0;
+    }
+
+    std::vector<Call> calls;
+};
+Recording recording;
+bool counting = false;    ///< of stream buffers
+size_t streamBuffers = 0; ///< arrays of the size of an ordinary stream's buffer, or larger
 
 void startRecording()
 {
-    calls = seeks = reads = oneByteReads = streamBuffers = 0;
-    recording = true;
+    recording.calls.clear();
+    recording.calls.reserve(1 << 18); // so that recording allocates nothing
+    streamBuffers = 0;
+    counting = true;
+    setFileCallHook(&recording);
+}
+
+void stopRecording()
+{
+    setFileCallHook(nullptr);
+    counting = false;
+}
+
+template <typename Condition> size_t callsThat(Condition condition)
+{
+    const auto& calls = recording.calls;
+    return static_cast<size_t>(std::count_if(calls.begin(), calls.end(), condition));
+}
+
+size_t callsOf(Kind kind)
+{
+    return callsThat([&](const Call& call) { return call.kind == kind; });
 }
 
 /// As "seek read:1 seek write:1".
 std::string recordedCalls()
 {
-    recording = false;
+    stopRecording();
     std::string text;
-    for (size_t at = 0; at < calls; ++at) {
-        const Call& call = recorded[at];
+    for (const Call& call : recording.calls) {
         text += text.empty() ? "" : " ";
         text += call.kind == Kind::Seek ? "seek" : call.kind == Kind::Read ? "read:" : "write:";
         if (call.kind != Kind::Seek)
@@ -72,55 +85,13 @@ std::string recordedCalls()
     return text;
 }
 
-template <typename Function> Function* next(const char* name)
-{
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
 } // namespace
-
-extern "C" {
-
-off_t lseek(int descriptor, off_t offset, int whence)
-{
-    record(Kind::Seek);
-    return next<off_t(int, off_t, int)>("lseek")(descriptor, offset, whence);
-}
-
-off64_t lseek64(int descriptor, off64_t offset, int whence)
-{
-    record(Kind::Seek);
-    return next<off64_t(int, off64_t, int)>("lseek64")(descriptor, offset, whence);
-}
-
-ssize_t read(int descriptor, void* buffer, size_t bytes)
-{
-    record(Kind::Read, bytes);
-    return next<ssize_t(int, void*, size_t)>("read")(descriptor, buffer, bytes);
-}
-
-ssize_t write(int descriptor, const void* buffer, size_t bytes)
-{
-    record(Kind::Write, bytes, buffer);
-    return next<ssize_t(int, const void*, size_t)>("write")(descriptor, buffer, bytes);
-}
-
-/// A stream writes what it holds and what it was given with one call; the former is nothing here.
-ssize_t writev(int descriptor, const struct iovec* parts, int count)
-{
-    size_t bytes = 0;
-    for (int part = 0; part < count; ++part)
-        bytes += parts[part].iov_len;
-    record(Kind::Write, bytes, parts[count - 1].iov_base);
-    return next<ssize_t(int, const struct iovec*, int)>("writev")(descriptor, parts, count);
-}
-}
 
 #if !defined(__SANITIZE_ADDRESS__)
 /// Stream buffers are made by it.
 void* operator new[](std::size_t bytes)
 {
-    streamBuffers += recording && bytes >= BUFSIZ;
+    streamBuffers += counting && bytes >= BUFSIZ;
     if (void* const memory = std::malloc(bytes))
         return memory;
     throw std::bad_alloc();
@@ -147,7 +118,7 @@ protected:
         setCallLog(nullptr); // its strings are not the module's work
         setCommandRunner([](const char*) { return 0; });
     }
-    ~SystemCalls() override { recording = false; }
+    ~SystemCalls() override { stopRecording(); }
 
     void start(std::unique_ptr<object> configured)
     {
@@ -196,7 +167,8 @@ TEST_F(SystemCalls, AWholeAreaSaveSeeksAndWritesThreeTimesStraightFromTheAreas)
     EXPECT_EQ(recordedCalls(), "seek write:65536 seek write:131072 seek write:131072");
     const char* const areas[] = {"LB", "LW", "RWI"};
     for (size_t at = 0; at < 3; ++at)
-        EXPECT_EQ(recorded[2 * at + 1].memory, panel->areas.named(QLatin1String(areas[at]))->memory().data())
+        EXPECT_EQ(recording.calls[2 * at + 1].memory,
+                  panel->areas.named(QLatin1String(areas[at]))->memory().data())
             << areas[at] << " is copied before it is written";
 }
 
@@ -209,9 +181,12 @@ TEST_F(SystemCalls, ARestoredBitCostsOneReadOfOneByteHoweverLongTheFileIs)
         restored->open();
         startRecording();
         restored->init();
-        recording = false;
-        EXPECT_EQ(oneByteReads, static_cast<size_t>(count));
-        EXPECT_EQ(reads, oneByteReads) << "a longer read fetches bytes that nobody asked for";
+        stopRecording();
+        const size_t seeks = callsOf(Kind::Seek);
+        EXPECT_EQ(callsThat([](const Call& call) { return call.kind == Kind::Read && call.bytes == 1; }),
+                  static_cast<size_t>(count));
+        EXPECT_EQ(callsOf(Kind::Read), static_cast<size_t>(count))
+            << "a longer read fetches bytes that nobody asked for";
         EXPECT_GE(seeks, static_cast<size_t>(count));
         EXPECT_LE(seeks, static_cast<size_t>(count) + 10) << "the cost of a bit grows with the file";
     }
@@ -226,7 +201,7 @@ TEST_F(SystemCalls, ARestoredWordBlockCostsOneRead)
     startRecording();
     restored->init();
     EXPECT_THAT(recordedCalls(), testing::HasSubstr("read:131072"));
-    EXPECT_EQ(reads, 1U);
+    EXPECT_EQ(callsOf(Kind::Read), 1U);
 }
 
 TEST_F(SystemCalls, NoStreamBufferIsEverAllocated)
@@ -245,7 +220,7 @@ TEST_F(SystemCalls, NoStreamBufferIsEverAllocated)
     start(perAddressProject({{LB, 0, 100}, {LW, 0, 10}}));
     panel->reportChange(LB, 3);
     panel->reportChange(LW, 3);
-    recording = false;
+    stopRecording();
     EXPECT_EQ(streamBuffers, 0U);
 }
 

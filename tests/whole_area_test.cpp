@@ -195,6 +195,7 @@ void mountOnProjectDirectory(const char* options, unsigned long flags = 0)
 
 TEST_F(WholeArea, AReadOnlyDirectoryKeepsItsFilesAsTheyAre)
 {
+    NEEDS_A_MOUNT();
     mountOnProjectDirectory("size=1m");
     writeRetentionFile(wordFileName, pattern(131072, 17));
     writeRetentionFile(bitFileName, pattern(100, 17));
@@ -210,6 +211,7 @@ TEST_F(WholeArea, AReadOnlyDirectoryKeepsItsFilesAsTheyAre)
 
 TEST_F(WholeArea, AFullDiskLosesTheAreasThatDoNotFitForGood)
 {
+    NEEDS_A_MOUNT();
     mountOnProjectDirectory("size=128k"); // room for "LB" and a part of "LW"
     const auto panel = openedPanel();
     for (const ImageFile& file : imageFiles)

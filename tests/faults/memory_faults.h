@@ -2,8 +2,9 @@
 // process.
 // SPDX-License-Identifier: MIT
 //
-// Part of the shared library `fault_injection`; see storage_faults.h for how it gets its place before the C
-// library. The operators new of the C++ library end in malloc and so fail with it.
+// The shared library `memory_faults` is linked before the C library, so that everything in the process, the
+// unmodified module binary included, allocates through it. The operators new of the C++ library end in malloc
+// and so fail with it.
 #ifndef TESTS_FAULTS_MEMORY_FAULTS_H
 #define TESTS_FAULTS_MEMORY_FAULTS_H
 

@@ -1,11 +1,8 @@
-// Storage that fails on demand: an interposing library between the C library and everything in the process.
-// SPDX-License-Identifier: MIT
+// Storage that fails on demand: a hook on the file calls of everything in the process, QtCore, the C++
+// library and the unmodified module binary among them. SPDX-License-Identifier: MIT
 //
-// The shared library `fault_injection` defines open, fopen, read, write, writev, lseek, truncate, ftruncate,
-// close, fclose and mkdir (with their 64-bit names). A program links it before anything else, so that QtCore
-// and the C++ library, and through them the unmodified module binary, call these instead of the C library's.
-// Each forwards to the C library unless the call is to fail. Only calls on paths below "/usr/tavrin" and on
-// descriptors opened there count, and only while storage faults are planned.
+// Only calls on paths below "/usr/tavrin" and on descriptors opened there count, and only while storage
+// faults are planned.
 #ifndef TESTS_FAULTS_STORAGE_FAULTS_H
 #define TESTS_FAULTS_STORAGE_FAULTS_H
 

@@ -1,11 +1,27 @@
 // A program that was built against the installed module.
 // SPDX-License-Identifier: MIT
+#include "simulated_host/file_calls/path_mapping.h"
 #include "tests/support/module_test.h"
 #include "tests/support/run_tool.h"
 
 namespace {
 
-using InstalledModule = ModuleTest;
+/// Where paths are mapped, the program shares them only if the mapping is loaded into it, too.
+class InstalledModule : public ModuleTest
+{
+protected:
+    InstalledModule()
+    {
+        if (pathMappingNotice().isEmpty())
+            return;
+        qputenv(usrTavrinVariable, mappedUsrTavrin().toLocal8Bit());
+        if (qEnvironmentVariableIsEmpty("TEST_EMULATOR"))
+            qputenv("LD_PRELOAD", FILE_CALLS_PATH);
+        else
+            qputenv("QEMU_SET_ENV",
+                    "LD_PRELOAD=" FILE_CALLS_PATH); // for the emulated program, not for the emulator
+    }
+};
 
 TEST_F(InstalledModule, KeepsTheCellOfAProgramThatWasBuiltAgainstIt)
 {

@@ -9,7 +9,8 @@
 
 const ModuleLibrary& moduleLibrary()
 {
-    static const ModuleLibrary library(QStringLiteral(MODULE_PATH));
+    static const ModuleLibrary library(
+        qEnvironmentVariable("MODULE_UNDER_TEST", QStringLiteral(MODULE_PATH)));
     return library;
 }
 

@@ -24,7 +24,8 @@ inline const char* const bitFileName = "maintenance-bit.dat";
 inline const char* const wordFileName = "maintenance-word.dat";
 inline const char* const rwiFileName = "maintenance-RWI.dat";
 
-/// The module binary under test, loaded once.
+/// The module binary under test, loaded once: that of the build, or the one that the environment variable
+/// MODULE_UNDER_TEST names.
 const ModuleLibrary& moduleLibrary();
 
 /// Path of a file in the fixed directory.

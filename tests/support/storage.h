@@ -17,6 +17,11 @@
 
 #include <sys/mount.h>
 
+/// Skips the test where nothing can be mounted.
+#define NEEDS_A_MOUNT()                                                                                      \
+    if (!pathMappingNotice().isEmpty())                                                                      \
+    GTEST_SKIP() << "needs a mount"
+
 /// Puts a file system with these options ("size=8k") on the fixed directory. The fixture takes it away again.
 inline void mountOnProjectDirectory(const char* options)
 {

@@ -16,6 +16,8 @@ int main(int argc, char** argv)
             std::cerr << "no private /usr/tavrin: " << error.toStdString() << '\n';
             return 2;
         }
+        if (!pathMappingNotice().isEmpty())
+            std::cerr << pathMappingNotice().toStdString() << '\n';
     }
     return RUN_ALL_TESTS();
 }

@@ -39,10 +39,9 @@ Options readOptions(QCoreApplication& application)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral(
-            "Runs the retention module against a project, as the panel's runtime would.\n"
-            "The module's fixed directory shows --project-dir, in a mount namespace of this process only.\n\n"
-            "Commands, from the terminal, a pipe or a script ('#' begins a comment line):\n") +
+        QStringLiteral("Runs the retention module against a project, as the panel's runtime would.\n"
+                       "The module's fixed directory shows --project-dir, for this process only.\n\n"
+                       "Commands, from the terminal, a pipe or a script ('#' begins a comment line):\n") +
         commandHelp());
     // Not addHelpOption(): that also offers --help-all, for Qt's own options, and there are none.
     parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help.")});
@@ -143,6 +142,8 @@ int main(int argc, char** argv)
         error = mapProjectDirectory(directory);
     if (!error.isEmpty())
         giveUp(error);
+    if (!pathMappingNotice().isEmpty())
+        std::cerr << "panel_simulator: " << pathMappingNotice().toStdString() << std::endl;
     const ModuleLibrary library(module);
     if (!library.isLoaded())
         giveUp(library.error());

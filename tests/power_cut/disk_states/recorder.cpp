@@ -1,21 +1,18 @@
-// The file functions that the recorder stands in for. The executable's own definitions come before those of
-// the C library for every library of the process, Qt, the C++ library and the module among them.
+// The hook that turns file calls into operations on the disk.
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/recorder.h"
 
+#include "simulated_host/file_calls/file_calls.h"
 #include "simulated_host/private_directory.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 
-#include <cstdarg>
 #include <cstring>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <map>
 #include <string>
 #include <sys/stat.h>
-#include <sys/uio.h>
 #include <unistd.h>
 #include <utility>
 
@@ -65,195 +62,92 @@ void recordData(FileId file, qint64 lengthBefore, qint64 offset, const QByteArra
     recording.sink({DiskOp::Kind::Data, file, {}, {}, 0, offset, bytes});
 }
 
-template <typename Open> auto recordOpen(const char* path, int flags, Open open)
+/// Looks at files before a call, and records what the call did to them.
+class RecordingHook : public FileCallHook
 {
-    const char* const name = recordedName(path);
+public:
+    int before(FileCall& call) override
+    {
+        file = {};
+        name = call.path ? recordedName(call.path) : nullptr;
+        existed = name && stat64(call.path, &file) == 0;
+        id = call.path ? nullptr : recordedFile(call.descriptor, file);
+        position = call.position;
+        if (call.kind == Kind::Write && id && position < 0)
+            position = fcntl(call.descriptor, F_GETFL) & O_APPEND ? file.st_size
+                                                                  : lseek64(call.descriptor, 0, SEEK_CUR);
+        return 0;
+    }
+
+    void after(const FileCall& call, long long result) override
+    {
+        switch (call.kind) {
+        case Kind::Open:
+        case Kind::StreamOpen:
+            return recordOpen(call);
+        case Kind::Write:
+            if (id && result > 0)
+                recordData(*id, file.st_size, position, bytesOf(call, result));
+            return;
+        case Kind::Truncate:
+            if (result == 0 && id)
+                recordLength(*id, call.length);
+            else if (result == 0 && existed)
+                recordLength(recording.ids.at(file.st_ino), call.length);
+            return;
+        case Kind::MakeDirectory:
+            if (result == 0 &&
+                QDir::cleanPath(QString::fromLocal8Bit(call.path)) == QLatin1String(fixedProjectDirectory))
+                recording.sink({DiskOp::Kind::MakeDirectory});
+            return;
+        case Kind::Rename:
+            if (const char* const newName = recordedName(call.newPath); result == 0 && name && newName)
+                recording.sink(
+                    {DiskOp::Kind::Rename, 0, QString::fromLocal8Bit(name), QString::fromLocal8Bit(newName)});
+            return;
+        case Kind::Remove:
+            if (result == 0 && name)
+                recording.sink({DiskOp::Kind::Remove, 0, QString::fromLocal8Bit(name)});
+            return;
+        default:
+            return;
+        }
+    }
+
+private:
+    using Kind = FileCall::Kind;
+
+    void recordOpen(const FileCall& call)
+    {
+        struct stat64 opened = {};
+        if (!name || stat64(call.path, &opened) != 0 || !S_ISREG(opened.st_mode))
+            return;
+        if (!existed)
+            recording.sink({DiskOp::Kind::Make, newId(opened), QString::fromLocal8Bit(name)});
+        else if ((call.flags & O_TRUNC) && opened.st_size == 0)
+            recordLength(recording.ids.at(opened.st_ino), 0);
+    }
+
+    static QByteArray bytesOf(const FileCall& call, long long written)
+    {
+        QByteArray bytes;
+        for (int k = 0; k < call.partCount; ++k)
+            bytes.append(static_cast<const char*>(call.parts[k].iov_base),
+                         static_cast<int>(call.parts[k].iov_len));
+        bytes.truncate(static_cast<int>(written));
+        return bytes;
+    }
+
+    // As they were before the call.
     struct stat64 file = {};
-    const bool existed = name && stat64(path, &file) == 0;
-    const auto result = open();
-    if (!name || stat64(path, &file) != 0 || !S_ISREG(file.st_mode))
-        return result;
-    if (!existed)
-        recording.sink({DiskOp::Kind::Make, newId(file), QString::fromLocal8Bit(name)});
-    else if ((flags & O_TRUNC) && file.st_size == 0)
-        recordLength(recording.ids.at(file.st_ino), 0);
-    return result;
-}
-
-/// `position` is negative for a write at the file's own position.
-template <typename Write>
-ssize_t recordWrite(int descriptor, off64_t position, const QByteArray& bytes, Write write)
-{
-    struct stat64 file = {};
-    const FileId* const id = recordedFile(descriptor, file);
-    if (!id)
-        return write();
-    if (position < 0)
-        position = fcntl(descriptor, F_GETFL) & O_APPEND ? file.st_size : lseek64(descriptor, 0, SEEK_CUR);
-    const ssize_t written = write();
-    if (written > 0)
-        recordData(*id, file.st_size, position, QByteArray(bytes.constData(), static_cast<int>(written)));
-    return written;
-}
-
-template <typename Resize> int recordResize(int descriptor, off64_t length, Resize resize)
-{
-    struct stat64 file = {};
-    const FileId* const id = recordedFile(descriptor, file);
-    const int result = resize();
-    if (id && result == 0)
-        recordLength(*id, length);
-    return result;
-}
-
-template <typename Function> Function real(const char* name)
-{
-    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
-}
-
-/// The bytes, shared with the caller for as long as the call lasts; they are copied when they are recorded.
-QByteArray bytesOf(const void* data, std::size_t size)
-{
-    return QByteArray::fromRawData(static_cast<const char*>(data), static_cast<int>(size));
-}
-
-mode_t modeArgument(int flags, va_list arguments)
-{
-    return flags & (O_CREAT | O_TMPFILE) ? va_arg(arguments, mode_t) : 0;
-}
-
-int flagsOf(const char* stdioMode)
-{
-    return stdioMode[0] == 'w' ? O_CREAT | O_TRUNC : stdioMode[0] == 'a' ? O_CREAT : 0;
-}
+    const char* name = nullptr; ///< in the project directory; null outside of it
+    bool existed = false;
+    const FileId* id = nullptr; ///< of the descriptor's file
+    off64_t position = -1;
+};
+RecordingHook hook;
 
 } // namespace
-
-extern "C" {
-
-#define OPEN(NAME)                                                                                           \
-    int NAME(const char* path, int flags, ...)                                                               \
-    {                                                                                                        \
-        static const auto next = real<int (*)(const char*, int, ...)>(#NAME);                                \
-        va_list arguments;                                                                                   \
-        va_start(arguments, flags);                                                                          \
-        const mode_t mode = modeArgument(flags, arguments);                                                  \
-        va_end(arguments);                                                                                   \
-        return recordOpen(path, flags, [&] { return next(path, flags, mode); });                             \
-    }
-OPEN(open)
-OPEN(open64)
-
-#define OPENAT(NAME)                                                                                         \
-    int NAME(int directory, const char* path, int flags, ...)                                                \
-    {                                                                                                        \
-        static const auto next = real<int (*)(int, const char*, int, ...)>(#NAME);                           \
-        va_list arguments;                                                                                   \
-        va_start(arguments, flags);                                                                          \
-        const mode_t mode = modeArgument(flags, arguments);                                                  \
-        va_end(arguments);                                                                                   \
-        return recordOpen(path, flags, [&] { return next(directory, path, flags, mode); });                  \
-    }
-OPENAT(openat)
-OPENAT(openat64)
-
-#define CREAT(NAME)                                                                                          \
-    int NAME(const char* path, mode_t mode)                                                                  \
-    {                                                                                                        \
-        static const auto next = real<int (*)(const char*, mode_t)>(#NAME);                                  \
-        return recordOpen(path, O_CREAT | O_TRUNC, [&] { return next(path, mode); });                        \
-    }
-CREAT(creat)
-CREAT(creat64)
-
-#define FOPEN(NAME)                                                                                          \
-    FILE* NAME(const char* path, const char* mode)                                                           \
-    {                                                                                                        \
-        static const auto next = real<FILE* (*)(const char*, const char*)>(#NAME);                           \
-        return recordOpen(path, flagsOf(mode), [&] { return next(path, mode); });                            \
-    }
-FOPEN(fopen)
-FOPEN(fopen64)
-
-ssize_t write(int descriptor, const void* data, size_t size)
-{
-    static const auto next = real<ssize_t (*)(int, const void*, size_t)>("write");
-    return recordWrite(descriptor, -1, bytesOf(data, size), [&] { return next(descriptor, data, size); });
-}
-
-ssize_t writev(int descriptor, const iovec* parts, int count)
-{
-    static const auto next = real<ssize_t (*)(int, const iovec*, int)>("writev");
-    QByteArray bytes;
-    for (int i = 0; recording.sink && i < count; ++i)
-        bytes.append(static_cast<const char*>(parts[i].iov_base), static_cast<int>(parts[i].iov_len));
-    return recordWrite(descriptor, -1, bytes, [&] { return next(descriptor, parts, count); });
-}
-
-#define PWRITE(NAME, OFFSET)                                                                                 \
-    ssize_t NAME(int descriptor, const void* data, size_t size, OFFSET offset)                               \
-    {                                                                                                        \
-        static const auto next = real<ssize_t (*)(int, const void*, size_t, OFFSET)>(#NAME);                 \
-        return recordWrite(descriptor, offset, bytesOf(data, size),                                          \
-                           [&] { return next(descriptor, data, size, offset); });                            \
-    }
-PWRITE(pwrite, off_t)
-PWRITE(pwrite64, off64_t)
-
-#define FTRUNCATE(NAME, OFFSET)                                                                              \
-    int NAME(int descriptor, OFFSET length)                                                                  \
-    {                                                                                                        \
-        static const auto next = real<int (*)(int, OFFSET)>(#NAME);                                          \
-        return recordResize(descriptor, length, [&] { return next(descriptor, length); });                   \
-    }
-FTRUNCATE(ftruncate, off_t)
-FTRUNCATE(ftruncate64, off64_t)
-
-#define TRUNCATE(NAME, OFFSET)                                                                               \
-    int NAME(const char* path, OFFSET length)                                                                \
-    {                                                                                                        \
-        static const auto next = real<int (*)(const char*, OFFSET)>(#NAME);                                  \
-        const int result = next(path, length);                                                               \
-        struct stat64 file = {};                                                                             \
-        if (result == 0 && recordedName(path) && stat64(path, &file) == 0)                                   \
-            recordLength(recording.ids.at(file.st_ino), length);                                             \
-        return result;                                                                                       \
-    }
-TRUNCATE(truncate, off_t)
-TRUNCATE(truncate64, off64_t)
-
-int mkdir(const char* path, mode_t mode)
-{
-    static const auto next = real<int (*)(const char*, mode_t)>("mkdir");
-    const int result = next(path, mode);
-    if (result == 0 && recording.sink &&
-        QDir::cleanPath(QString::fromLocal8Bit(path)) == QLatin1String(fixedProjectDirectory))
-        recording.sink({DiskOp::Kind::MakeDirectory});
-    return result;
-}
-
-int rename(const char* from, const char* to)
-{
-    static const auto next = real<int (*)(const char*, const char*)>("rename");
-    const char* const name = recordedName(from);
-    const char* const newName = recordedName(to);
-    const int result = next(from, to);
-    if (result == 0 && name && newName)
-        recording.sink(
-            {DiskOp::Kind::Rename, 0, QString::fromLocal8Bit(name), QString::fromLocal8Bit(newName)});
-    return result;
-}
-
-int unlink(const char* path)
-{
-    static const auto next = real<int (*)(const char*)>("unlink");
-    const int result = next(path);
-    if (const char* const name = recordedName(path); result == 0 && name)
-        recording.sink({DiskOp::Kind::Remove, 0, QString::fromLocal8Bit(name)});
-    return result;
-}
-
-} // extern "C"
 
 Recorder::Recorder(std::function<void(const DiskOp&)> sink)
 {
@@ -270,9 +164,11 @@ Recorder::Recorder(std::function<void(const DiskOp&)> sink)
         initial.files[id] = {bytes, bytes.size()};
     }
     recording.sink = std::move(sink);
+    setFileCallHook(&hook);
 }
 
 Recorder::~Recorder()
 {
+    setFileCallHook(nullptr);
     recording = {};
 }

@@ -1,4 +1,4 @@
-// Records what this process does to the project directory, by standing in for the C library's file functions.
+// Records what this process does to the project directory, through whichever library.
 // SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_DISK_STATES_RECORDER_H
 #define TESTS_POWER_CUT_DISK_STATES_RECORDER_H

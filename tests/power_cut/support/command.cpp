@@ -72,6 +72,8 @@ ModuleLibrary loadPrivately(const QString& module)
     const QString error = enterPrivateUsr();
     if (!error.isEmpty())
         giveUp(error);
+    if (!pathMappingNotice().isEmpty())
+        std::cerr << qPrintable(pathMappingNotice()) << std::endl;
     ModuleLibrary library(module);
     if (!library.isLoaded())
         giveUp(library.error());

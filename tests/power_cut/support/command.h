@@ -29,7 +29,7 @@ Options readOptions(const QCoreApplication& application, const QString& unit, qi
 /// Says on standard error what is wrong and ends the program with status 2.
 [[noreturn]] void giveUp(const QString& message);
 
-/// The module, in a mount namespace with a /usr/tavrin of this process only. Gives up when one of them fails.
+/// The module, with a /usr/tavrin of this process only. Gives up when one of them fails.
 ModuleLibrary loadPrivately(const QString& module);
 
 /// A line on standard error that says how far it is, when that is a terminal.

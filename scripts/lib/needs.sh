@@ -1,0 +1,57 @@
+# Looks for what a script needs, wherever it comes from; source it. Names are those of Debian's packages.
+# SPDX-License-Identifier: MIT
+
+# Programs that only root's path has.
+PATH=$PATH:/usr/sbin:/sbin
+
+# What builds and tests need on this machine, in the order in which they come to need it.
+demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev)
+build_needs=("${demo_needs[@]}" libgtest-dev libgmock-dev python3)
+armhf_needs=("${build_needs[@]}" g++-arm-linux-gnueabihf qemu-user)
+emulated_panel_needs=("${armhf_needs[@]}" binutils cpio e2fsprogs kmod mtd-utils qemu-system-arm)
+bench_needs=("${build_needs[@]}" libbenchmark-dev libsqlite3-dev liblmdb-dev valgrind strace gnuplot-nox)
+
+# is_present NAME: whether what that package would bring is there.
+is_present() {
+    case "$1" in
+    g++) command -v c++ ;;
+    ninja-build) command -v ninja ;;
+    qtbase5-dev) pkg-config --exists 'Qt5Core >= 5.15' ;;
+    libgtest-dev) pkg-config --exists gtest ;;
+    libgmock-dev) pkg-config --exists gmock ;;
+    libedit-dev) pkg-config --exists libedit ;;
+    libbenchmark-dev) pkg-config --exists benchmark ;;
+    libsqlite3-dev) pkg-config --exists sqlite3 ;;
+    liblmdb-dev) pkg-config --exists lmdb ;;
+    libseccomp-dev) pkg-config --exists libseccomp ;;
+    libclang-rt-dev) compgen -G "$(clang -print-resource-dir)/lib/*/libclang_rt.fuzzer*.a" ;;
+    clang) command -v clang++ ;;
+    clang-tidy) command -v run-clang-tidy ;;
+    g++-arm-linux-gnueabihf) command -v arm-linux-gnueabihf-g++ ;;
+    qemu-user) command -v qemu-arm ;;
+    binutils) command -v readelf ;;
+    e2fsprogs) command -v mke2fs ;;
+    kmod) command -v modprobe ;;
+    mtd-utils) command -v ubinize ;;
+    gnuplot-nox) command -v gnuplot ;;
+    *) command -v "$1" ;;
+    esac >/dev/null 2>&1
+}
+
+# find_missing NAME...: sets `missing` to those that are not there.
+find_missing() {
+    local name
+    missing=()
+    for name in "$@"; do
+        is_present "$name" || [[ " ${missing[*]} " = *" $name "* ]] || missing+=("$name")
+    done
+}
+
+# need NAME...: ends the script, with status 2, when one is missing.
+need() {
+    local missing
+    find_missing "$@"
+    [ ${#missing[@]} -gt 0 ] || return 0
+    echo "missing: ${missing[*]}, run scripts/bootstrap" >&2
+    exit 2
+}

@@ -1,0 +1,24 @@
+# Runs the steps of a long run and says how long each one took; source it.
+# SPDX-License-Identifier: MIT
+step_times=()
+
+# run_step TITLE COMMAND...: runs it. A step that fails ends the script, after the times.
+run_step() {
+    local title=$1 begin=$SECONDS
+    shift
+    printf '\n=== %s\n' "$title"
+    if ! "$@"; then
+        step_times+=("$(printf '%6d s  %s: FAILED' $((SECONDS - begin)) "$title")")
+        print_steps
+        echo "FAILED: $title ($*)" >&2
+        exit 1
+    fi
+    step_times+=("$(printf '%6d s  %s' $((SECONDS - begin)) "$title")")
+}
+
+# print_steps: what has been run so far, with the sum.
+print_steps() {
+    printf '\n'
+    printf '%s\n' "${step_times[@]}"
+    printf '%6d s  in all\n\n' "$SECONDS"
+}

@@ -1,0 +1,16 @@
+// A mount namespace for this process, with a /usr of its own.
+// SPDX-License-Identifier: MIT
+#ifndef SIMULATED_HOST_MOUNT_NAMESPACE_H
+#define SIMULATED_HOST_MOUNT_NAMESPACE_H
+
+#include <QtCore/QString>
+
+/// Moves this process into a mount namespace in which /usr is a scratch file system with the entries of the
+/// machine's /usr in it, all but "tavrin". Works as root and, where the kernel allows user namespaces, as an
+/// ordinary user. Returns an empty string, or what was refused; then the process may be half on its way.
+QString enterNamespaceWithOwnUsr();
+
+/// Shows the directory or file `source` at `target` too. Returns an empty string, or what went wrong.
+QString bindMount(const QString& source, const QString& target);
+
+#endif

@@ -1,0 +1,49 @@
+// Leaves the removal to a process that waits for the end of this one.
+// SPDX-License-Identifier: MIT
+#include "simulated_host/scratch_directory.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QTemporaryDir>
+
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+/// Waits until nobody holds the other end of the pipe any more, then removes the directory.
+[[noreturn]] void removeAfterTheEnd(int pipeEnd, const QString& directory)
+{
+    // Nobody waits for a terminal, a pipe or a group of processes because of this one.
+    setsid();
+    for (int descriptor = 0; descriptor < 1024; ++descriptor)
+        if (descriptor != pipeEnd)
+            close(descriptor);
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM})
+        std::signal(signal, SIG_IGN);
+    char byte;
+    while (read(pipeEnd, &byte, 1) < 0) {
+    }
+    QDir(directory).removeRecursively();
+    _exit(0);
+}
+
+} // namespace
+
+QString makeScratchDirectory()
+{
+    QTemporaryDir directory(QDir::tempPath() + QStringLiteral("/usr_tavrin.XXXXXX"));
+    int ends[2];
+    if (!directory.isValid() || pipe2(ends, O_CLOEXEC) != 0)
+        return {};
+    const pid_t child = fork();
+    if (child < 0)
+        return {};
+    if (child == 0) {
+        close(ends[1]);
+        removeAfterTheEnd(ends[0], directory.path());
+    }
+    close(ends[0]);
+    directory.setAutoRemove(false);
+    return directory.path();
+}

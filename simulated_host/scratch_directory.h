@@ -1,0 +1,13 @@
+// A scratch directory that goes when the process goes, whichever way that is.
+// SPDX-License-Identifier: MIT
+#ifndef SIMULATED_HOST_SCRATCH_DIRECTORY_H
+#define SIMULATED_HOST_SCRATCH_DIRECTORY_H
+
+#include <QtCore/QString>
+
+/// Makes an empty directory in the machine's directory for temporary files. It is removed with all that is in
+/// it as soon as this process and the children that it forks have ended, also when they were killed. Empty
+/// when none can be made.
+QString makeScratchDirectory();
+
+#endif
