@@ -1,48 +1,33 @@
 // Fails looks at the files: what is not known to be missing or too short is neither created nor emptied.
 // SPDX-License-Identifier: MIT
+#include "simulated_host/file_calls/file_calls.h"
 #include "tests/support/module_test.h"
 
 #include <QtCore/QFile>
 
 #include <cerrno>
 #include <cstring>
-#include <dlfcn.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 namespace {
 
-int lookError = 0; ///< errno of every look at a retention file; 0 lets looks through
-int failedLooks = 0;
-
-/// Whether the look at `path` is to fail, with errno set.
-bool failsLook(const char* path)
+/// Fails every look at a retention file.
+class FailingLooks : public FileCallHook
 {
-    if (lookError == 0 || !path || !std::strstr(path, "/maintenance-"))
-        return false;
-    ++failedLooks;
-    errno = lookError;
-    return true;
-}
+public:
+    explicit FailingLooks(int error) : error(error) { setFileCallHook(this); }
+    ~FailingLooks() override { setFileCallHook(nullptr); }
 
-} // namespace
+    int before(FileCall& call) override
+    {
+        if (call.kind != FileCall::Kind::Look || !call.path || !std::strstr(call.path, "/maintenance-"))
+            return 0;
+        ++count;
+        return error;
+    }
 
-// The module and QtCore look through these, whichever the C library offers them.
-extern "C" {
-int stat64(const char* path, struct stat64* found) noexcept
-{
-    return failsLook(path) ? -1 : fstatat64(AT_FDCWD, path, found, 0);
-}
-
-int statx(int folder, const char* path, int flags, unsigned mask, struct statx* found) noexcept
-{
-    return failsLook(path) ? -1 : static_cast<int>(syscall(SYS_statx, folder, path, flags, mask, found));
-}
-}
-
-namespace {
+    const int error;
+    int count = 0;
+};
 
 class FailedLook : public ModuleTest, public testing::WithParamInterface<int>
 {
@@ -50,11 +35,9 @@ protected:
     /// One start of a panel whose looks at the files fail.
     std::unique_ptr<Panel> startBlind(object* project)
     {
-        failedLooks = 0;
-        lookError = GetParam();
+        FailingLooks looks(GetParam());
         std::unique_ptr<Panel> panel = startPanel(project);
-        lookError = 0;
-        EXPECT_GE(failedLooks, 3) << "the module looks in a way that this test does not reach";
+        EXPECT_GE(looks.count, 3) << "the module looks in a way that this test does not reach";
         return panel;
     }
 };

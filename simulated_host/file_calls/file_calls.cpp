@@ -305,6 +305,31 @@ REMOVE(unlink)
 REMOVE(rmdir)
 REMOVE(remove)
 
+#define WITH(...) , __VA_ARGS__
+#define LOOK(NAME, PARAMETERS, ARGUMENTS)                                                                    \
+    int NAME(const char* path PARAMETERS) noexcept                                                           \
+    {                                                                                                        \
+        NEXT(NAME);                                                                                          \
+        return run(pathCall(Kind::Look, path),                                                               \
+                   [&](const FileCall&) { return next(MappedPath(path) ARGUMENTS); });                       \
+    }
+#define LOOK_AT(NAME, PARAMETERS, ARGUMENTS)                                                                 \
+    int NAME(int directory, const char* path PARAMETERS) noexcept                                            \
+    {                                                                                                        \
+        NEXT(NAME);                                                                                          \
+        return run(pathCall(Kind::Look, path),                                                               \
+                   [&](const FileCall&) { return next(directory, MappedPath(path) ARGUMENTS); });            \
+    }
+LOOK(stat, WITH(struct stat* status), WITH(status))
+LOOK(stat64, WITH(struct stat64* status), WITH(status))
+LOOK(lstat, WITH(struct stat* status), WITH(status))
+LOOK(lstat64, WITH(struct stat64* status), WITH(status))
+LOOK(access, WITH(int mode), WITH(mode))
+LOOK_AT(fstatat, WITH(struct stat* status, int flags), WITH(status, flags))
+LOOK_AT(fstatat64, WITH(struct stat64* status, int flags), WITH(status, flags))
+LOOK_AT(statx, WITH(int flags, unsigned mask, struct statx* status), WITH(flags, mask, status))
+LOOK_AT(faccessat, WITH(int mode, int flags), WITH(mode, flags))
+
 int unlinkat(int directory, const char* path, int flags) noexcept
 {
     NEXT(unlinkat);

@@ -22,6 +22,7 @@ struct FileCall
         Sync,     ///< fsync(), fdatasync()
         Close,    ///< close(), fclose()
         MakeDirectory,
+        Look, ///< stat(), statx(), access() and their kin
         Rename,
         Remove ///< unlink(), rmdir(), remove()
     };
