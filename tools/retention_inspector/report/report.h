@@ -10,6 +10,7 @@
 #include <QtCore/QStringList>
 
 #include <array>
+#include <utility>
 #include <vector>
 
 /// One value in the form for scripts and in the form for people.
