@@ -75,20 +75,19 @@ public:
     int before(FileCall& call) override
     {
         const std::optional<StorageCall> fault = faultOf(call.kind);
-        const Path path = pathOf(call);
+        const Path path = fault && *fault == plan.call ? pathOf(call) : Path();
         if (call.kind == Kind::Close)
             openPaths.erase(call.descriptor);
         if (call.kind == Kind::Read)
             call.length = std::min(call.length, readable(call.descriptor));
-        if (!fault || *fault != plan.call || path.text.empty())
-            return 0;
-        return judge(call, path);
+        return path.text.empty() ? 0 : judge(call, path);
     }
 
     void after(const FileCall& call, long long result) override
     {
-        const Path path = pathOf(call);
-        if ((call.kind == Kind::Open || call.kind == Kind::StreamOpen) && result >= 0 && !path.text.empty())
+        if ((call.kind != Kind::Open && call.kind != Kind::StreamOpen) || result < 0)
+            return;
+        if (const Path path = pathOf(call); !path.text.empty())
             openPaths[call.descriptor] = path;
     }
 
