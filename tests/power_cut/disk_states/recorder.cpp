@@ -38,6 +38,12 @@ const char* recordedName(const char* path)
     return path + length + 1;
 }
 
+ino_t directoryInode()
+{
+    struct stat64 directory = {};
+    return stat64(fixedProjectDirectory, &directory) == 0 ? directory.st_ino : 0;
+}
+
 FileId newId(const struct stat64& file)
 {
     return recording.ids[file.st_ino] = ++recording.lastId;
@@ -61,7 +67,7 @@ void recordData(FileId file, qint64 lengthBefore, qint64 offset, const QByteArra
 {
     const qint64 end = offset + bytes.size();
     if (end > lengthBefore)
-        recording.sink({DiskOp::Kind::GrowTo, file, {}, {}, end});
+        recording.sink({DiskOp::Kind::GrowTo, file, {}, {}, end, offset});
     recording.sink({DiskOp::Kind::Data, file, {}, {}, 0, offset, bytes});
 }
 
@@ -103,6 +109,19 @@ template <typename Resize> int recordResize(int descriptor, off64_t length, Resi
     const int result = resize();
     if (id && result == 0)
         recordLength(*id, length);
+    return result;
+}
+
+template <typename Sync> int recordSync(int descriptor, Sync sync)
+{
+    struct stat64 file = {};
+    const FileId* const id = recordedFile(descriptor, file);
+    const bool isDirectory = recording.sink && S_ISDIR(file.st_mode) && file.st_ino == directoryInode();
+    const int result = sync();
+    if (result == 0 && id)
+        recording.sink({DiskOp::Kind::SyncFile, *id});
+    else if (result == 0 && isDirectory)
+        recording.sink({DiskOp::Kind::SyncNames});
     return result;
 }
 
@@ -221,6 +240,15 @@ FTRUNCATE(ftruncate64, off64_t)
     }
 TRUNCATE(truncate, off_t)
 TRUNCATE(truncate64, off64_t)
+
+#define FSYNC(NAME)                                                                                          \
+    int NAME(int descriptor)                                                                                 \
+    {                                                                                                        \
+        static const auto next = real<int (*)(int)>(#NAME);                                                  \
+        return recordSync(descriptor, [&] { return next(descriptor); });                                     \
+    }
+FSYNC(fsync)
+FSYNC(fdatasync)
 
 int mkdir(const char* path, mode_t mode)
 {
