@@ -158,3 +158,16 @@ DiskImage Disk::image() const
             result.files[name] = files.at(file).visible();
     return result;
 }
+
+void Disk::forgetNameless(const std::vector<DiskOp>& pending)
+{
+    if (files.size() == names.size())
+        return;
+    std::set<FileId> needed;
+    for (const auto& [name, file] : names)
+        needed.insert(file);
+    for (const DiskOp& op : pending)
+        needed.insert(op.file);
+    for (auto file = files.begin(); file != files.end();)
+        file = needed.count(file->first) ? std::next(file) : files.erase(file);
+}

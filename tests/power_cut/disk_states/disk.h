@@ -73,6 +73,8 @@ struct Disk
 
     void apply(const DiskOp& op);
     DiskImage image() const;
+    /// Drops the bytes of files that have no name and that no such operation is about.
+    void forgetNameless(const std::vector<DiskOp>& pending);
 };
 
 #endif

@@ -10,8 +10,6 @@ namespace {
 const int samplesOfCutPoint = 24;
 /// About so many at most, for the sake of many lives.
 const int cutPointsOfLife = 25;
-const int longLifeChanges = 70001;
-const int longLifeSaves = 301;
 
 /// Files of an earlier time: missing, empty, shorter, longer, as long as those of this mode or of the other
 /// one. Half a word at the end of a file, which the module never writes, could come back with half a change.
@@ -51,9 +49,10 @@ qint64 Totals::states() const
     return sum;
 }
 
-Totals runHistories(const ModuleLibrary& library, qint64 states, quint64 seed, bool stopWhenLost,
-                    Findings& findings, const std::function<void(qint64)>& progress)
+Totals runHistories(const ModuleLibrary& library, const RunPlan& plan, Findings& findings,
+                    const std::function<void(qint64)>& progress)
 {
+    const qint64 states = plan.states;
     // A start with a long bit file costs as much as twenty others.
     const History::Kind manyRanges = {ProjectKind::ManyRanges, false, states};
     const History::Kind fewRanges = {ProjectKind::FewRanges, false, states};
@@ -63,18 +62,19 @@ Totals runHistories(const ModuleLibrary& library, qint64 states, quint64 seed, b
     const History::Kind turns[] = {manyRanges, wholeAreas, longBlocks, overlapping,
                                    fewRanges,  manyRanges, wholeAreas, overlapping};
     Totals totals;
-    for (quint64 number = 0; totals.states() < states && !(stopWhenLost && findings.lost() > 0); ++number) {
+    for (quint64 number = 0; totals.states() < states && !(plan.stopWhenLost && findings.lost() > 0);
+         ++number) {
         History::Kind kind = turns[number % 8];
         kind.longLife = number % 64 < 2;
-        History(library, seed, number, kind, states, findings, totals).run();
+        History(library, plan, number, kind, findings, totals).run();
         progress(totals.states());
     }
     return totals;
 }
 
-History::History(const ModuleLibrary& library, quint64 seed, quint64 number, Kind kind, qint64 most,
+History::History(const ModuleLibrary& library, const RunPlan& plan, quint64 number, Kind kind,
                  Findings& findings, Totals& totals)
-    : library(library), seed(seed), number(number), kind(kind), most(most), random(seed, number),
+    : library(library), plan(plan), number(number), kind(kind), random(plan.seed, number),
       project(randomProject(kind.project, random)), cells(retainedCellsOf(project.xml)), findings(findings),
       totals(totals), ofKind(totals.kinds[static_cast<std::size_t>(kind.project)])
 {
@@ -95,32 +95,32 @@ void History::run()
 
 bool History::isFull() const
 {
-    return ofKind.states >= kind.mostStates || totals.states() >= most;
+    return ofKind.states >= kind.mostStates || totals.states() >= plan.states;
 }
 
-LifePlan History::plan()
+LifePlan History::planOfLife()
 {
-    LifePlan plan;
+    LifePlan life;
     switch (kind.project) {
     case ProjectKind::FewRanges:
     case ProjectKind::WholeAreas:
-        plan.steps = random.between(1, 4);
+        life.steps = random.between(1, 4);
         break;
     case ProjectKind::OverlappingRanges:
-        plan.steps = random.between(2, 10);
+        life.steps = random.between(2, 10);
         break;
     case ProjectKind::ManyRanges:
-        plan.steps = random.between(10, 40);
+        life.steps = random.between(10, 40);
         break;
     case ProjectKind::LongBlocks:
-        plan.steps = random.between(4, 8);
+        life.steps = random.between(4, 8);
     }
     if (kind.longLife && lives == 1) {
-        plan.changes = cells.wholeAreas ? longLifeSaves : longLifeChanges;
-        plan.windowBegin = random.between(plan.changes / 2, plan.changes - 20);
-        plan.windowSteps = 3;
+        life.changes = cells.wholeAreas ? plan.savesOfLongLife : plan.changesOfLongLife;
+        life.windowBegin = random.between(life.changes / 2, life.changes - 20);
+        life.windowSteps = 3;
     }
-    return plan;
+    return life;
 }
 
 void History::live()
@@ -129,7 +129,7 @@ void History::live()
     statesOfLife = 0;
     checked.clear();
     const DiskImage found = nextStart;
-    life = recordLife(library, project.root.get(), cells, found, plan(), random);
+    life = recordLife(library, project.root.get(), cells, found, planOfLife(), random);
     totals.kept += life->kept;
     int& most = cells.wholeAreas ? totals.mostSaves : totals.mostChanges;
     most = std::max(most, life->kept);
@@ -203,14 +203,17 @@ void History::report(const QString& when, const QStringList& lost, const Files& 
                               .arg(lives)
                               .arg(number)
                               .arg(QLatin1String(projectKindNames[static_cast<int>(kind.project)]))
-                              .arg(seed)
+                              .arg(plan.seed)
                               .arg(when);
     QStringList events;
     for (std::size_t i = 0; i < eventsDone; ++i)
         events += QStringLiteral("  %1  %2")
                       .arg(life->eventsBefore + static_cast<int>(i) + 1)
                       .arg(life->events[i].text());
-    findings.add(
-        {QStringLiteral("seed-%1-panel-%2-life-%3-event-%4").arg(seed).arg(number).arg(lives).arg(eventsDone),
-         title, lost, events, project.xml, files});
+    findings.add({QStringLiteral("seed-%1-panel-%2-life-%3-event-%4")
+                      .arg(plan.seed)
+                      .arg(number)
+                      .arg(lives)
+                      .arg(eventsDone),
+                  title, lost, events, project.xml, files});
 }

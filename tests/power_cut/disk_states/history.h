@@ -32,10 +32,18 @@ struct Totals
     qint64 states() const;
 };
 
-/// Panels of all kinds until `states` states were started, the the first two of them with long lives. The
-/// seed fixes everything. With `stopWhenLost` no panel lives after one that lost something.
-Totals runHistories(const ModuleLibrary& library, qint64 states, quint64 seed, bool stopWhenLost,
-                    Findings& findings, const std::function<void(qint64)>& progress);
+struct RunPlan
+{
+    qint64 states = 0;
+    quint64 seed = 1;          ///< fixes everything
+    bool stopWhenLost = false; ///< no panel lives after one that lost something
+    int changesOfLongLife = 70001;
+    int savesOfLongLife = 301;
+};
+
+/// Lets panels of all kinds live, the first two of them long, until enough states were started.
+Totals runHistories(const ModuleLibrary& library, const RunPlan& plan, Findings& findings,
+                    const std::function<void(qint64)>& progress);
 
 /// One panel. `library`, `findings` and `totals` stay the caller's.
 class History
@@ -48,10 +56,9 @@ public:
         qint64 mostStates; ///< of this kind, in all histories
     };
 
-    /// `number` chooses the random numbers; with `seed` and `kind` it fixes everything.
-    /// `most` states are started in all histories.
-    History(const ModuleLibrary& library, quint64 seed, quint64 number, Kind kind, qint64 most,
-            Findings& findings, Totals& totals);
+    /// `number` chooses the random numbers; with the seed and `kind` it fixes everything.
+    History(const ModuleLibrary& library, const RunPlan& plan, quint64 number, Kind kind, Findings& findings,
+            Totals& totals);
 
     /// Lives a few lives. The first begins without a project directory or on random files, each further one
     /// on a random state of the life before.
@@ -60,16 +67,15 @@ public:
 private:
     bool isFull() const;
     void live();
-    LifePlan plan();
+    LifePlan planOfLife();
     void cutHere(const LifeState& state, std::size_t eventsDone);
     void startOn(const LifeState& state, const DiskImage& image, std::size_t eventsDone, bool spoiled);
     void report(const QString& when, const QStringList& lost, const Files& files, std::size_t eventsDone);
 
     const ModuleLibrary& library;
-    const quint64 seed;
+    const RunPlan& plan;
     const quint64 number;
     const Kind kind;
-    const qint64 most;
     Random random;
     const PanelProject project;
     const RetainedCells cells;

@@ -200,6 +200,7 @@ void LifeState::settle(const std::function<bool(const DiskOp&)>& isDurable)
     const auto rest = std::stable_partition(unsynced.begin(), unsynced.end(), isDurable);
     std::for_each(unsynced.begin(), rest, [&](const DiskOp& op) { synced.apply(op); });
     unsynced.erase(unsynced.begin(), rest);
+    synced.forgetNameless(unsynced);
 }
 
 QStringList startPanel(Panel& panel, const RetainedCells& cells, const Files& found, Random& random)

@@ -41,7 +41,7 @@ int main(int argc, char** argv)
     Totals totals;
     {
         Progress progress(options.total, QStringLiteral("states"));
-        totals = runHistories(library, options.total, options.seed, false, findings,
+        totals = runHistories(library, {options.total, options.seed}, findings,
                               [&](qint64 done) { progress.show(done); });
     }
     print(totals, options.seed);

@@ -65,10 +65,11 @@ const PlantedFault faults[] = {
     {"values as they were at the start are left out", "was to be written as"},
     {"sectors as they were at the start are not saved", "was to be saved"},
 
-    {"the file is emptied and filled again for every change", "is 0 bytes long, it had"},
+    {"the file is emptied and filled again for every change", "is \\d+ bytes long, it had"},
     {"a new file is renamed before it is synchronised", "is \\d+ bytes long, it had|comes back as"},
     {"a save removes the file and makes it again", "is gone|bytes long|neither that of"},
-    {"a start empties files and fills them again", "is 0 bytes long, it had|neither that of the last save"},
+    {"a start empties files and fills them again",
+     "is \\d+ bytes long, it had|neither that of the last save"},
     {"a start shortens longer files", "is not what the start must leave|bytes long, it had"},
     {"a start clears shorter files", "is 0 bytes long, it had|must be|is not what the start must leave"},
     {"a new file has no length", "is not what the start must leave|first start: .* must be 0"},
@@ -78,7 +79,7 @@ const PlantedFault faults[] = {
 const PlantedFault unseen[] = {
     {"", "nothing is wrong"},
     {"a new file is synchronised and renamed", "nothing is wrong"},
-    {"the file is synchronised by itself", "nothing is wrong"},
+    {"the file and its directory are synchronised", "nothing is wrong"},
     {"no sync after 100000 changes", "the longest life has some 70000"},
 };
 
@@ -94,7 +95,10 @@ protected:
         setenv("PLANTED_FAULT", GetParam().name, 1);
         setCommandRunner({});
         Findings findings({});
-        runHistories(library, states, seed, true, findings, [](qint64) {});
+        RunPlan plan = {states, seed, true};
+        if (!QLatin1String(GetParam().name).startsWith(QLatin1String("no sync after ")))
+            plan.changesOfLongLife = 2000, plan.savesOfLongLife = 60;
+        runHistories(library, plan, findings, [](qint64) {});
         return findings.first();
     }
 };
@@ -104,7 +108,7 @@ using FoundByDiskStates = Catalogue;
 TEST_P(FoundByDiskStates, WithTheMessageOfThatFault)
 {
     const QRegularExpression message(QString::fromLatin1(GetParam().message));
-    for (const quint64 seed : {1U, 2U, 3U}) {
+    for (const quint64 seed : {1U, 2U}) {
         const QString first = firstFinding(20000, seed).value(0);
         EXPECT_TRUE(message.match(first).hasMatch())
             << "seed " << seed << ": expected \"" << GetParam().message << "\", found \"" << qPrintable(first)

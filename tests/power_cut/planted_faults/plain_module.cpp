@@ -51,6 +51,15 @@ struct Change
     int address;
 };
 
+/// The file, then the directory that has its name.
+void syncItself(int file)
+{
+    fdatasync(file);
+    const int directory = open(folder, O_RDONLY | O_DIRECTORY);
+    fsync(directory);
+    close(directory);
+}
+
 class PlainModule : public ExtendFuncModelBase
 {
 public:
@@ -266,7 +275,8 @@ bool PlainModule::forgetsToSync(const Change& change)
            (planted("no sync after 255 changes") && changes > 255) ||
            (planted("no sync after 65535 changes") && changes > 65535) ||
            (planted("no sync after 100000 changes") && changes > 100000) ||
-           planted("the file is synchronised by itself") || planted("a new file is synchronised and renamed");
+           planted("the file and its directory are synchronised") ||
+           planted("a new file is synchronised and renamed");
 }
 
 void PlainModule::keep(const Block& block, int address)
@@ -399,8 +409,8 @@ void PlainModule::write(std::size_t area, int offset, const QByteArray& bytes)
     }
     if (pwrite(files[area], bytes.constData(), static_cast<std::size_t>(bytes.size()), offset) < 0)
         return;
-    if (planted("the file is synchronised by itself"))
-        fdatasync(files[area]);
+    if (planted("the file and its directory are synchronised"))
+        syncItself(files[area]);
 }
 
 void PlainModule::writeNewFile(std::size_t area, const QByteArray& bytes)
@@ -410,15 +420,12 @@ void PlainModule::writeNewFile(std::size_t area, const QByteArray& bytes)
     if (pwrite(file, bytes.constData(), static_cast<std::size_t>(bytes.size()), 0) < 0)
         return;
     if (planted("a new file is synchronised and renamed"))
-        fsync(file);
+        syncItself(file);
     if (std::rename(path.constData(), facts[area].path) != 0)
         return;
     close(std::exchange(files[area], file));
-    if (planted("a new file is synchronised and renamed")) {
-        const int directory = open(folder, O_RDONLY | O_DIRECTORY);
-        fsync(directory);
-        close(directory);
-    }
+    if (planted("a new file is synchronised and renamed"))
+        syncItself(files[area]);
 }
 
 void PlainModule::sync()
