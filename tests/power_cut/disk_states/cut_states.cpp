@@ -168,7 +168,7 @@ bool visitContents(const Disk& names, const std::map<FileId, Outcomes>& outcomes
         product = std::min<std::size_t>(product * outcomes.at(file).contents.size(), 1U << 30);
         complete = complete && outcomes.at(file).complete;
     }
-    const bool all = product <= 4096;
+    const bool all = product <= 256;
     const std::size_t rounds = all ? product : static_cast<std::size_t>(samples);
     for (std::size_t round = 0; round < rounds; ++round) {
         std::size_t digits = all ? round : random.engine();

@@ -13,7 +13,7 @@
 /// Writes and grown lengths come apart into atoms, see atomsOf(); atoms in files arrive in any order, changes
 /// of names in their own. A grown length without its bytes shows zeros or old bytes of the medium. A file
 /// with up to 5 pending atoms, or up to 8 in different sectors, is taken through all its contents; others,
-/// and products of more than 4096 states, through `samples` random ones. Atoms that change nothing do not
+/// and products of more than 256 states, through `samples` random ones. Atoms that change nothing do not
 /// count. Returns whether all states were visited.
 bool forEachCutState(const Disk& synced, const std::vector<DiskOp>& unsynced, Random& random, int samples,
                      const std::function<void(const DiskImage&)>& visit);

@@ -95,7 +95,8 @@ void History::run()
 
 bool History::isFull() const
 {
-    return ofKind.states >= kind.mostStates || totals.states() >= plan.states;
+    return ofKind.states >= kind.mostStates || totals.states() >= plan.states ||
+           (plan.stopWhenLost && findings.lost() > 0);
 }
 
 LifePlan History::planOfLife()
@@ -158,7 +159,7 @@ void History::cutHere(const LifeState& state, std::size_t eventsDone)
             if (!isFull() && checked.insert(image.hash()).second)
                 startOn(state, image, eventsDone, false);
         });
-    if (random.oneIn(16))
+    if (!isFull() && random.oneIn(16))
         if (const auto image = withSpoiledPages(state.synced, state.unsynced, random))
             startOn(state, *image, eventsDone, true);
 }

@@ -36,7 +36,7 @@ struct RunPlan
 {
     qint64 states = 0;
     quint64 seed = 1;          ///< fixes everything
-    bool stopWhenLost = false; ///< no panel lives after one that lost something
+    bool stopWhenLost = false; ///< nothing more is started after something was lost
     int changesOfLongLife = 70001;
     int savesOfLongLife = 301;
 };

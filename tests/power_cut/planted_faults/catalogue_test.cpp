@@ -109,7 +109,7 @@ TEST_P(FoundByDiskStates, WithTheMessageOfThatFault)
 {
     const QRegularExpression message(QString::fromLatin1(GetParam().message));
     for (const quint64 seed : {1U, 2U}) {
-        const QString first = firstFinding(20000, seed).value(0);
+        const QString first = firstFinding(6000, seed).value(0);
         EXPECT_TRUE(message.match(first).hasMatch())
             << "seed " << seed << ": expected \"" << GetParam().message << "\", found \"" << qPrintable(first)
             << '"';
