@@ -10,10 +10,10 @@ namespace {
 
 using Ops = std::vector<DiskOp>;
 
-/// The contents that one file may come out with.
+/// The contents that one file may come out with, and whether they end in old bytes of the medium.
 struct Outcomes
 {
-    std::vector<QByteArray> contents;
+    std::vector<std::pair<QByteArray, bool>> contents;
     bool complete = true;
 };
 
@@ -107,25 +107,48 @@ QByteArray randomContent(const DiskFile& file, const Ops& ops, Random& random)
     return result.visible();
 }
 
-Outcomes outcomesOf(const DiskFile& file, const Ops& allOps, Random& random, int samples)
+/// Returns whether all contents were added.
+bool addContents(const DiskFile& file, const Ops& ops, Random& random, int samples,
+                 std::set<QByteArray>& contents)
 {
-    const Ops ops = effectiveOps(file, allOps);
-    std::set<QByteArray> contents;
-    Outcomes outcomes;
     if (ops.size() <= 8 && areIndependent(ops)) {
         addSubsets(file, ops, contents);
-    } else if (ops.size() <= 5) {
-        addOrderedSubsets(file, ops, contents);
-    } else {
-        outcomes.complete = false;
-        DiskFile all = file;
-        for (const DiskOp& op : ops)
-            all.apply(op);
-        contents = {file.visible(), all.visible()};
-        for (int i = 0; i < samples; ++i)
-            contents.insert(randomContent(file, ops, random));
+        return true;
     }
-    outcomes.contents.assign(contents.begin(), contents.end());
+    if (ops.size() <= 5) {
+        addOrderedSubsets(file, ops, contents);
+        return true;
+    }
+    DiskFile all = file;
+    for (const DiskOp& op : ops)
+        all.apply(op);
+    contents.insert({file.visible(), all.visible()});
+    for (int i = 0; i < samples; ++i)
+        contents.insert(randomContent(file, ops, random));
+    return false;
+}
+
+Outcomes outcomesOf(const DiskFile& file, const Ops& allOps, Random& random, int samples)
+{
+    Ops ops = effectiveOps(file, allOps);
+    std::set<QByteArray> clean;
+    Outcomes outcomes;
+    outcomes.complete = addContents(file, ops, random, samples, clean);
+    for (const QByteArray& content : clean)
+        outcomes.contents.emplace_back(content, false);
+
+    bool grows = false;
+    for (DiskOp& op : ops)
+        if (op.kind == DiskOp::Kind::GrowTo) {
+            op = withStaleBytes(op);
+            grows = true;
+        }
+    std::set<QByteArray> stale;
+    if (grows)
+        addContents(file, ops, random, samples, stale);
+    for (const QByteArray& content : stale)
+        if (clean.count(content) == 0)
+            outcomes.contents.emplace_back(content, true);
     return outcomes;
 }
 
@@ -145,13 +168,17 @@ bool visitContents(const Disk& names, const std::map<FileId, Outcomes>& outcomes
         product = std::min<std::size_t>(product * outcomes.at(file).contents.size(), 1U << 30);
         complete = complete && outcomes.at(file).complete;
     }
-    const bool all = product <= 4096;
+    const bool all = product <= 256;
     const std::size_t rounds = all ? product : static_cast<std::size_t>(samples);
     for (std::size_t round = 0; round < rounds; ++round) {
         std::size_t digits = all ? round : random.engine();
         for (const auto& [name, file] : names.names) {
             const auto& contents = outcomes.at(file).contents;
-            image.files[name] = contents[digits % contents.size()];
+            const auto& [bytes, stale] = contents[digits % contents.size()];
+            image.files[name] = bytes;
+            image.stale.erase(name);
+            if (stale)
+                image.stale.insert(name);
             digits = all ? digits / contents.size() : random.engine();
         }
         visit(image);
@@ -161,20 +188,24 @@ bool visitContents(const Disk& names, const std::map<FileId, Outcomes>& outcomes
 
 } // namespace
 
-bool forEachCutState(const Disk& synced, const std::vector<DiskOp>& pending, Random& random, int samples,
+bool forEachCutState(const Disk& synced, const std::vector<DiskOp>& unsynced, Random& random, int samples,
                      const std::function<void(const DiskImage&)>& visit)
 {
     Ops nameOps;
     std::map<FileId, Ops> fileOps;
     for (const auto& [file, content] : synced.files)
         fileOps[file] = {};
-    for (const DiskOp& op : pending) {
-        if (op.isInFile())
-            fileOps[op.file].push_back(op);
-        else
+    Disk now = synced;
+    for (const DiskOp& op : unsynced) {
+        if (op.isInFile()) {
+            const Ops atoms = atomsOf(op, now.files[op.file].length);
+            fileOps[op.file].insert(fileOps[op.file].end(), atoms.begin(), atoms.end());
+        } else {
             nameOps.push_back(op);
+        }
         if (op.kind == DiskOp::Kind::Make)
             fileOps[op.file];
+        now.apply(op);
     }
     std::map<FileId, Outcomes> outcomes;
     for (const auto& [file, ops] : fileOps) {
@@ -197,4 +228,28 @@ bool forEachCutState(const Disk& synced, const std::vector<DiskOp>& pending, Ran
         complete &= visitContents(disk, outcomes, random, samples, visit);
     }
     return complete;
+}
+
+std::optional<DiskImage> withSpoiledPages(const Disk& synced, const std::vector<DiskOp>& unsynced,
+                                          Random& random)
+{
+    const qint64 pageBytes = 4096;
+    Disk disk = synced;
+    std::map<FileId, std::set<qint64>> pages;
+    for (const DiskOp& op : unsynced) {
+        disk.apply(op);
+        if (isData(op))
+            for (qint64 page = op.offset / pageBytes; page * pageBytes < op.offset + op.bytes.size(); ++page)
+                pages[op.file].insert(page);
+    }
+    if (pages.empty())
+        return std::nullopt;
+    for (const auto& [file, spoiled] : pages) {
+        QByteArray& data = disk.files[file].data;
+        for (const qint64 page : spoiled)
+            for (qint64 at = page * pageBytes; at < std::min<qint64>((page + 1) * pageBytes, data.size());
+                 ++at)
+                data[static_cast<int>(at)] = static_cast<char>(random.below(256));
+    }
+    return disk.image();
 }

@@ -7,13 +7,20 @@
 #include "tests/power_cut/support/random.h"
 
 #include <functional>
+#include <optional>
 
-/// Calls `visit` for the states that any subset of `pending`, which are atoms, leaves on a disk that surely
-/// holds `synced`: atoms in files arrive in any order, changes of names in their own. A file with up to 5
-/// pending atoms, or up to 8 in different sectors, is taken through all its contents; others, and products
-/// of more than 4096 states, through `samples` random ones. Atoms that change nothing do not count. Returns
-/// whether all states were visited.
-bool forEachCutState(const Disk& synced, const std::vector<DiskOp>& pending, Random& random, int samples,
+/// Calls `visit` for the states that any subset of `unsynced` leaves on a disk that surely holds `synced`.
+/// Writes and grown lengths come apart into atoms, see atomsOf(); atoms in files arrive in any order, changes
+/// of names in their own. A grown length without its bytes shows zeros or old bytes of the medium. A file
+/// with up to 5 pending atoms, or up to 8 in different sectors, is taken through all its contents; others,
+/// and products of more than 256 states, through `samples` random ones. Atoms that change nothing do not
+/// count. Returns whether all states were visited.
+bool forEachCutState(const Disk& synced, const std::vector<DiskOp>& unsynced, Random& random, int samples,
                      const std::function<void(const DiskImage&)>& visit);
+
+/// The disk with everything unsynced on it, but random bytes in every page of 4096 bytes around a write;
+/// nothing without a write.
+std::optional<DiskImage> withSpoiledPages(const Disk& synced, const std::vector<DiskOp>& unsynced,
+                                          Random& random);
 
 #endif

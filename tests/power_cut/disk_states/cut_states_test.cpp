@@ -24,18 +24,6 @@ Disk diskWith(const QByteArray& bytes)
     return disk;
 }
 
-std::vector<DiskOp> pendingAtoms(const Disk& disk, const std::vector<DiskOp>& ops)
-{
-    Disk now = disk;
-    std::vector<DiskOp> atoms;
-    for (const DiskOp& op : ops) {
-        for (const DiskOp& atom : atomsOf(op, op.isInFile() ? now.files[op.file].length : 0))
-            atoms.push_back(atom);
-        now.apply(op);
-    }
-    return atoms;
-}
-
 DiskOp data(qint64 offset, const QByteArray& bytes)
 {
     return {Kind::Data, 1, {}, {}, 0, offset, bytes};
@@ -51,16 +39,15 @@ States statesOf(const Disk& disk, const std::vector<DiskOp>& ops, int samples = 
 {
     States states;
     Random random(1);
-    states.complete =
-        forEachCutState(disk, pendingAtoms(disk, ops), random, samples, [&](const DiskImage& image) {
-            const auto file = image.files.find(name);
-            if (!image.directory)
-                states.contents.insert("no directory");
-            else if (file == image.files.end())
-                states.contents.insert("missing");
-            else
-                states.contents.insert(file->second);
-        });
+    states.complete = forEachCutState(disk, ops, random, samples, [&](const DiskImage& image) {
+        const auto file = image.files.find(name);
+        if (!image.directory)
+            states.contents.insert("no directory");
+        else if (file == image.files.end())
+            states.contents.insert("missing");
+        else
+            states.contents.insert(file->second);
+    });
     EXPECT_TRUE(states.complete || !states.contents.empty());
     return states;
 }
@@ -112,10 +99,45 @@ TEST(CutStates, WithoutItsNewDirectoryThereIsNoFile)
                 UnorderedElementsAre("no directory", "missing", ""));
 }
 
+/// What the write of these bytes past the end of a file is recorded as.
+std::vector<DiskOp> growingWrite(FileId file, qint64 offset, const QByteArray& bytes)
+{
+    return {{Kind::GrowTo, file, {}, {}, offset + bytes.size(), offset},
+            {Kind::Data, file, {}, {}, 0, offset, bytes}};
+}
+
+/// Bytes that the medium had before, from that place of a file on.
+QByteArray staleBytes(qint64 offset, qint64 count)
+{
+    return withStaleBytes({Kind::GrowTo, 1, {}, {}, offset + count, offset}).bytes;
+}
+
 TEST(CutStates, AWritePastTheEndMayLoseItsLengthItsBytesOrBoth)
 {
-    EXPECT_THAT(statesOf(diskWith("ab"), {{Kind::GrowTo, 1, {}, {}, 4}, data(2, "cd")}).contents,
-                UnorderedElementsAre("ab", QByteArray("ab\0\0", 4), "abcd"));
+    EXPECT_THAT(statesOf(diskWith("ab"), growingWrite(1, 2, "cd")).contents,
+                UnorderedElementsAre("ab", QByteArray("ab\0\0", 4), "ab" + staleBytes(2, 2), "abcd"));
+}
+
+TEST(CutStates, WhatTheFileHadAndWhatLiesBeforeAWriteIsNeverStale)
+{
+    EXPECT_THAT(statesOf(diskWith("ab"), growingWrite(1, 1, "cde")).contents,
+                UnorderedElementsAre("ab", "ac", QByteArray("ab\0\0", 4), "ab" + staleBytes(2, 2), "acde"));
+    EXPECT_THAT(statesOf(diskWith("ab"), growingWrite(1, 4, "c")).contents,
+                UnorderedElementsAre("ab", QByteArray("ab\0\0\0", 5),
+                                     QByteArray("ab\0\0", 4) + staleBytes(4, 1), QByteArray("ab\0\0c", 5)));
+}
+
+TEST(CutStates, PagesAreSpoiledAroundWritesAlone)
+{
+    const QByteArray old(3 * 4096, 'o');
+    Random random(1);
+    EXPECT_FALSE(withSpoiledPages(diskWith(old), {}, random));
+    const auto spoiled = withSpoiledPages(diskWith(old), {data(5000, "new")}, random);
+    ASSERT_TRUE(spoiled);
+    const QByteArray content = spoiled->files.at(name);
+    EXPECT_EQ(content.left(4096), old.left(4096));
+    EXPECT_LT(content.mid(4096, 4096).count('o'), 100);
+    EXPECT_EQ(content.mid(2 * 4096), old.left(4096));
 }
 
 TEST(CutStates, AnEmptiedFileMayBeFoundEmpty)
@@ -130,11 +152,11 @@ TEST(CutStates, AnEmptiedFileMayBeFoundEmpty)
 TEST(CutStates, AFileRenamedOverAnotherMayLackItsBytes)
 {
     Disk disk = diskWith("old");
-    const std::vector<DiskOp> ops = {{Kind::Make, 2, QStringLiteral("new")},
-                                     {Kind::GrowTo, 2, {}, {}, 3},
-                                     {Kind::Data, 2, {}, {}, 0, 0, "new"},
-                                     {Kind::Rename, 0, QStringLiteral("new"), name}};
-    EXPECT_THAT(statesOf(disk, ops).contents, UnorderedElementsAre("old", "", QByteArray(3, '\0'), "new"));
+    std::vector<DiskOp> ops = growingWrite(2, 0, "new");
+    ops.insert(ops.begin(), {Kind::Make, 2, QStringLiteral("new")});
+    ops.push_back({Kind::Rename, 0, QStringLiteral("new"), name});
+    EXPECT_THAT(statesOf(disk, ops).contents,
+                UnorderedElementsAre("old", "", QByteArray(3, '\0'), staleBytes(0, 3), "new"));
 }
 
 TEST(CutStates, ManySectorsAreSampledWithBothEndsAmongThem)

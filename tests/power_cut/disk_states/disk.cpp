@@ -27,6 +27,10 @@ QString DiskOp::text() const
         return QStringLiteral("rename %1 to %2").arg(name, newName);
     case Kind::Remove:
         return QStringLiteral("remove %1").arg(name);
+    case Kind::SyncNames:
+        return QStringLiteral("synchronise the directory");
+    case Kind::SyncFile:
+        return QStringLiteral("synchronise file %1").arg(file);
     case Kind::SetLength:
         return QStringLiteral("set the length of file %1 to %2").arg(file).arg(length);
     case Kind::GrowTo:
@@ -68,12 +72,12 @@ std::vector<DiskOp> atomsOf(const DiskOp& op, qint64 lengthBefore)
     return atoms;
 }
 
-std::map<QString, qint64> DiskImage::lengths() const
+DiskOp withStaleBytes(DiskOp growTo)
 {
-    std::map<QString, qint64> lengths;
-    for (const auto& [name, bytes] : files)
-        lengths[name] = bytes.size();
-    return lengths;
+    growTo.bytes.clear();
+    for (qint64 at = growTo.offset; at < growTo.length; ++at)
+        growTo.bytes.append(static_cast<char>(0x5a ^ (at * 37 & 0x7f)));
+    return growTo;
 }
 
 std::size_t DiskImage::hash() const
@@ -95,6 +99,12 @@ void DiskFile::apply(const DiskOp& op)
         length = op.length;
         break;
     case DiskOp::Kind::GrowTo:
+        if (!op.bytes.isEmpty()) { // for what lies past the end alone
+            const int end = asSize(std::max(length, op.offset));
+            if (data.size() < end)
+                data.append(QByteArray(end - data.size(), '\0'));
+            data.append(op.bytes.mid(data.size() - asSize(op.offset)));
+        }
         length = std::max(length, op.length);
         break;
     default:
@@ -131,6 +141,9 @@ void Disk::apply(const DiskOp& op)
     case DiskOp::Kind::Remove:
         names.erase(op.name);
         break;
+    case DiskOp::Kind::SyncNames:
+    case DiskOp::Kind::SyncFile:
+        break;
     default:
         files[op.file].apply(op);
     }
@@ -144,4 +157,17 @@ DiskImage Disk::image() const
         for (const auto& [name, file] : names)
             result.files[name] = files.at(file).visible();
     return result;
+}
+
+void Disk::forgetNameless(const std::vector<DiskOp>& pending)
+{
+    if (files.size() == names.size())
+        return;
+    std::set<FileId> needed;
+    for (const auto& [name, file] : names)
+        needed.insert(file);
+    for (const DiskOp& op : pending)
+        needed.insert(op.file);
+    for (auto file = files.begin(); file != files.end();)
+        file = needed.count(file->first) ? std::next(file) : files.erase(file);
 }

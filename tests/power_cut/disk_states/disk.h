@@ -7,6 +7,7 @@
 #include <QtCore/QString>
 
 #include <map>
+#include <set>
 #include <vector>
 
 /// Identity of a file, whatever its name.
@@ -22,8 +23,10 @@ struct DiskOp
         Make,          ///< an empty file
         Rename,        ///< `name` to `newName`, over any file of that name
         Remove,
-        SetLength, ///< what lies behind is gone; new bytes are zero
-        GrowTo,    ///< `length` at least
+        SyncNames, ///< changes of names before it are durable
+        SyncFile,  ///< changes in the file before it are durable; its name need not be
+        SetLength, ///< what lies past it is gone; new bytes are zero
+        GrowTo,    ///< `length` at least, by a write that begins at `offset`
         Data
     };
     Kind kind;
@@ -31,8 +34,8 @@ struct DiskOp
     QString name = {};
     QString newName = {};
     qint64 length = 0;
-    qint64 offset = 0; ///< of Data
-    QByteArray bytes = {};
+    qint64 offset = 0;
+    QByteArray bytes = {}; ///< of Data; of GrowTo: old bytes of the medium that come with the length, or none
 
     bool isInFile() const { return kind >= Kind::SetLength; }
     QString text() const;
@@ -40,14 +43,16 @@ struct DiskOp
 
 /// The pieces of it that a cut may keep or lose, each for itself: Data and GrowTo by sectors of 512 bytes.
 std::vector<DiskOp> atomsOf(const DiskOp& op, qint64 lengthBefore);
+/// GrowTo with old bytes of the medium for everything that the write covers.
+DiskOp withStaleBytes(DiskOp growTo);
 
 /// What a start finds: the directory and its files.
 struct DiskImage
 {
     bool directory = false;
     std::map<QString, QByteArray> files;
+    std::set<QString> stale = {}; ///< files that end in old bytes of the medium
 
-    std::map<QString, qint64> lengths() const;
     std::size_t hash() const;
 };
 
@@ -68,6 +73,8 @@ struct Disk
 
     void apply(const DiskOp& op);
     DiskImage image() const;
+    /// Drops the bytes of files that have no name and that no such operation is about.
+    void forgetNameless(const std::vector<DiskOp>& pending);
 };
 
 #endif

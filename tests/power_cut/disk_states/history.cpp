@@ -8,58 +8,120 @@
 namespace {
 
 const int samplesOfCutPoint = 24;
+/// About so many at most, for the sake of many lives.
+const int cutPointsOfLife = 25;
 
-PanelProject projectOfHistory(quint64 number, Random& random)
-{
-    switch (number % 4) {
-    case 0:
-    case 1:
-        return randomRanges(random, ProjectSize::Small);
-    case 2:
-        return randomRanges(random, ProjectSize::Large);
-    default:
-        return projectOf({});
-    }
-}
-
-/// Files of an earlier time: any bytes, and of address ranges any even length. Half a word at the end of a
-/// file, which the module never writes, would be no value.
-DiskImage randomFiles(const PanelProject& project, Random& random)
+/// Files of an earlier time: missing, empty, shorter, longer, as long as those of this mode or of the other
+/// one. Half a word at the end of a file, which the module never writes, could come back with half a change.
+DiskImage randomFiles(const RetainedCells& cells, Random& random)
 {
     DiskImage image;
     image.directory = true;
-    for (std::size_t i = 0; i < 3; ++i) {
-        const int areaBytes = static_cast<int>(MemoryAreas().all()[i].memory().size());
-        QByteArray bytes(project.wholeAreas() ? areaBytes + random.below(600) : 2 * random.below(750), '\0');
+    for (std::size_t area = 0; area < 3; ++area) {
+        const int imageBytes = area == 0 ? 65536 : 131072;
+        const int count = cells.count(area);
+        const int rangesBytes = area == 0 ? count / 8 + 1 : 2 * count;
+        const int own = cells.wholeAreas ? imageBytes : rangesBytes;
+        const std::vector<int> lengths = {-1,
+                                          0,
+                                          random.below(own + 1),
+                                          own,
+                                          own + random.between(1, 600),
+                                          cells.wholeAreas ? random.below(2000) : imageBytes};
+        const int length = random.oneOf(lengths);
+        if (length < 0)
+            continue;
+        QByteArray bytes(cells.wholeAreas ? length : length & ~1, '\0');
         for (char& byte : bytes)
             byte = static_cast<char>(random.oneIn(4) ? 0 : random.below(256));
-        image.files[QLatin1String(retentionFileNames[i])] = bytes;
+        image.files[QLatin1String(retentionFileNames[area])] = bytes;
     }
     return image;
 }
 
 } // namespace
 
-History::History(const ModuleLibrary& library, quint64 seed, quint64 number, Evidence& evidence,
-                 StateCounts& totals)
-    : library(library), seed(seed), number(number), random(seed, number),
-      project(projectOfHistory(number, random)), promise(project), evidence(evidence), totals(totals)
+qint64 Totals::states() const
+{
+    qint64 sum = 0;
+    for (const OfKind& kind : kinds)
+        sum += kind.states;
+    return sum;
+}
+
+Totals runHistories(const ModuleLibrary& library, const RunPlan& plan, Findings& findings,
+                    const std::function<void(qint64)>& progress)
+{
+    const qint64 states = plan.states;
+    // A start with a long bit file costs as much as twenty others.
+    const History::Kind manyRanges = {ProjectKind::ManyRanges, false, states};
+    const History::Kind fewRanges = {ProjectKind::FewRanges, false, states};
+    const History::Kind overlapping = {ProjectKind::OverlappingRanges, false, states};
+    const History::Kind longBlocks = {ProjectKind::LongBlocks, false, states / 40 + 1};
+    const History::Kind wholeAreas = {ProjectKind::WholeAreas, false, states / 3};
+    const History::Kind turns[] = {manyRanges, wholeAreas, longBlocks, overlapping,
+                                   fewRanges,  manyRanges, wholeAreas, overlapping};
+    Totals totals;
+    for (quint64 number = 0; totals.states() < states && !(plan.stopWhenLost && findings.lost() > 0);
+         ++number) {
+        History::Kind kind = turns[number % 8];
+        kind.longLife = number % 64 < 2;
+        History(library, plan, number, kind, findings, totals).run();
+        progress(totals.states());
+    }
+    return totals;
+}
+
+History::History(const ModuleLibrary& library, const RunPlan& plan, quint64 number, Kind kind,
+                 Findings& findings, Totals& totals)
+    : library(library), plan(plan), number(number), kind(kind), random(plan.seed, number),
+      project(randomProject(kind.project, random)), cells(retainedCellsOf(project.xml)), findings(findings),
+      totals(totals), ofKind(totals.kinds[static_cast<std::size_t>(kind.project)])
 {
 }
 
-void History::run(qint64 mostStates)
+void History::run()
 {
-    most = mostStates;
-    if (random.oneIn(3)) {
-        nextStart = randomFiles(project, random);
-        writeProjectDirectory(nextStart);
-        Panel panel(library, project.root.get());
-        panel.start();
-        nextRestored = panel.areas;
-        beginFromNextStart();
-    }
-    for (int left = random.between(1, 4); left > 0 && totals.counts.units < most; --left)
+    if (isFull() && !kind.longLife)
+        return;
+    ++totals.panels;
+    totals.retainedCells += cells.count(0) + cells.count(1) + cells.count(2);
+    if (random.oneIn(2))
+        nextStart = randomFiles(cells, random);
+    const qint64 lostBefore = findings.lost();
+    for (int left = random.between(1, 4); left > 0 && findings.lost() == lostBefore; --left)
         live();
+}
+
+bool History::isFull() const
+{
+    return ofKind.states >= kind.mostStates || totals.states() >= plan.states ||
+           (plan.stopWhenLost && findings.lost() > 0);
+}
+
+LifePlan History::planOfLife()
+{
+    LifePlan life;
+    switch (kind.project) {
+    case ProjectKind::FewRanges:
+    case ProjectKind::WholeAreas:
+        life.steps = random.between(1, 4);
+        break;
+    case ProjectKind::OverlappingRanges:
+        life.steps = random.between(2, 10);
+        break;
+    case ProjectKind::ManyRanges:
+        life.steps = random.between(10, 40);
+        break;
+    case ProjectKind::LongBlocks:
+        life.steps = random.between(4, 8);
+    }
+    if (kind.longLife && lives == 1) {
+        life.changes = cells.wholeAreas ? plan.savesOfLongLife : plan.changesOfLongLife;
+        life.windowBegin = random.between(life.changes / 2, life.changes - 20);
+        life.windowSteps = 3;
+    }
+    return life;
 }
 
 void History::live()
@@ -67,116 +129,92 @@ void History::live()
     ++lives;
     statesOfLife = 0;
     checked.clear();
-    const int steps = number % 4 == 2 ? random.between(10, 40) : random.between(1, 4);
-    life = recordLife(library, project, nextStart, steps, random);
-    if (!life.error.isEmpty())
-        giveUp(life.error);
-
-    Disk now = life.start;
-    Disk synced = life.start;
-    std::vector<DiskOp> pending;
-    for (std::size_t i = 0; i < life.events.size() && totals.counts.units < most; ++i) {
-        const Event& event = life.events[i];
-        if (event.kind == Event::Kind::Op) {
-            const qint64 length = event.op.isInFile() ? now.files[event.op.file].length : 0;
-            const std::vector<DiskOp> atoms = atomsOf(event.op, length);
-            pending.insert(pending.end(), atoms.begin(), atoms.end());
-            now.apply(event.op);
-        } else if (event.kind == Event::Kind::Sync) {
-            ++totals.counts.synced;
-            pending.clear();
-            synced = now;
-        }
-        applyPromise(event, now);
-        cutHere(synced, pending, i + 1);
-    }
-    if (statesOfLife == 0) // the life changed nothing
+    const DiskImage found = nextStart;
+    life = recordLife(library, project.root.get(), cells, found, planOfLife(), random);
+    totals.kept += life->kept;
+    int& most = cells.wholeAreas ? totals.mostSaves : totals.mostChanges;
+    most = std::max(most, life->kept);
+    if (!life->lost.isEmpty()) {
+        report(QStringLiteral("while it worked"), life->lost, found.files, life->events.size());
         return;
-    beginFromNextStart();
-}
-
-void History::beginFromNextStart()
-{
-    promise.restart(nextRestored);
-    lengths.keep(nextStart.lengths());
-}
-
-void History::applyPromise(const Event& event, const Disk& now)
-{
-    switch (event.kind) {
-    case Event::Kind::Give:
-        promise.give(event.change);
-        break;
-    case Event::Kind::BeginSave:
-        promise.beginSave(*event.images);
-        break;
-    case Event::Kind::Keep:
-        if (promisesNothing(event.change.cell))
-            break;
-        promise.keep(event.change.cell);
-        becomeStricter(now);
-        break;
-    case Event::Kind::CompleteSave:
-        promise.completeSave();
-        becomeStricter(now);
-        break;
-    case Event::Kind::Op:
-    case Event::Kind::Sync:
-        break;
+    }
+    LifeState state = life->begin;
+    const int eventsOfCut = 1 + static_cast<int>(life->events.size()) / cutPointsOfLife;
+    for (std::size_t i = 0; i < life->events.size() && !isFull(); ++i) {
+        const Event& event = life->events[i];
+        state.apply(event);
+        // All that was written is promised now, and every state is to be checked again.
+        if (event.kind == Event::Kind::End)
+            checked.clear();
+        if (random.oneIn(eventsOfCut))
+            cutHere(state, i + 1);
     }
 }
 
-/// All that was written is promised now, and every state is to be checked again.
-void History::becomeStricter(const Disk& now)
-{
-    lengths.keep(now.image().lengths());
-    checked.clear();
-}
-
-void History::cutHere(const Disk& synced, const std::vector<DiskOp>& pending, std::size_t eventsDone)
+void History::cutHere(const LifeState& state, std::size_t eventsDone)
 {
     ++totals.cutPoints;
-    const bool complete =
-        forEachCutState(synced, pending, random, samplesOfCutPoint, [&](const DiskImage& image) {
-            if (totals.counts.units < most && checked.insert(image.hash()).second)
-                startOn(image, eventsDone);
+    totals.exhausted +=
+        forEachCutState(state.synced, state.unsynced, random, samplesOfCutPoint, [&](const DiskImage& image) {
+            if (!isFull() && checked.insert(image.hash()).second)
+                startOn(state, image, eventsDone, false);
         });
-    totals.exhausted += complete;
+    if (!isFull() && random.oneIn(16))
+        if (const auto image = withSpoiledPages(state.synced, state.unsynced, random))
+            startOn(state, *image, eventsDone, true);
 }
 
-void History::startOn(const DiskImage& image, std::size_t eventsDone)
+void History::startOn(const LifeState& state, const DiskImage& image, std::size_t eventsDone, bool spoiled)
 {
-    ++totals.counts.units;
-    ++statesOfLife;
+    const Verdict verdict = state.promise.check(image.files, state.judged(image));
+    QStringList lost;
+    if (spoiled) {
+        ++totals.spoiled.states;
+        totals.spoiled.atStake += verdict.checked;
+        totals.spoiledLost += verdict.lost.size();
+    } else {
+        ++ofKind.states;
+        ofKind.atStake += state.promise.keptInLife();
+        totals.compared += verdict.checked;
+        lost = state.shortened(image.files) + verdict.lost;
+        ++statesOfLife;
+        if (random.oneIn(static_cast<int>(statesOfLife)))
+            nextStart = image;
+    }
     writeProjectDirectory(image);
-    Verdict verdict = lengths.check(image.lengths());
     {
         Panel panel(library, project.root.get());
-        panel.start();
-        verdict += promise.check(panel.areas);
-        if (random.oneIn(static_cast<int>(statesOfLife))) {
-            nextStart = image;
-            nextRestored = panel.areas;
-        }
+        lost += startPanel(panel, cells, image.files, random);
     }
-    LengthPromise ofState;
-    ofState.keep(image.lengths());
-    verdict += ofState.check(readProjectDirectory().lengths());
+    const Files left = readProjectDirectory().files;
+    const Files must = filesAfterStart(cells, image.files);
+    for (const auto& [name, bytes] : must)
+        if (left.count(name) == 0 || left.at(name) != bytes)
+            lost.append(QStringLiteral("%1 is not what the start must leave").arg(name));
+    if (left.size() > must.size())
+        lost.append(QStringLiteral("the start left a file of its own"));
+    if (!lost.isEmpty())
+        report(QStringLiteral("cut after event %1").arg(life->eventsBefore + static_cast<int>(eventsDone)),
+               lost, image.files, eventsDone);
+}
 
-    totals.counts.checked += verdict.checked;
-    totals.counts.lost += verdict.lost.size();
-    if (verdict.lost.isEmpty())
-        return;
-    QStringList report = {QStringLiteral("life %1 of panel %2, seed %3, cut after event %4:")
+void History::report(const QString& when, const QStringList& lost, const Files& files, std::size_t eventsDone)
+{
+    const QString title = QStringLiteral("life %1 of panel %2 (%3), seed %4, %5:")
                               .arg(lives)
                               .arg(number)
-                              .arg(seed)
-                              .arg(eventsDone)};
-    report += verdict.lost;
-    report += QStringLiteral("Events of this life until the cut:");
+                              .arg(QLatin1String(projectKindNames[static_cast<int>(kind.project)]))
+                              .arg(plan.seed)
+                              .arg(when);
+    QStringList events;
     for (std::size_t i = 0; i < eventsDone; ++i)
-        report += QStringLiteral("  %1  %2").arg(i + 1).arg(life.events[i].text());
-    evidence.add(
-        QStringLiteral("seed-%1-panel-%2-life-%3-event-%4").arg(seed).arg(number).arg(lives).arg(eventsDone),
-        project, image.files, report);
+        events += QStringLiteral("  %1  %2")
+                      .arg(life->eventsBefore + static_cast<int>(i) + 1)
+                      .arg(life->events[i].text());
+    findings.add({QStringLiteral("seed-%1-panel-%2-life-%3-event-%4")
+                      .arg(plan.seed)
+                      .arg(number)
+                      .arg(lives)
+                      .arg(eventsDone),
+                  title, lost, events, project.xml, files});
 }

@@ -1,55 +1,91 @@
-// A panel's lives, each ended by a cut of which every possible disk state is started.
+// Lets panels live, each life ended by a cut of which every possible disk state is started.
 // SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_DISK_STATES_HISTORY_H
 #define TESTS_POWER_CUT_DISK_STATES_HISTORY_H
 
-#include "tests/power_cut/disk_states/recorded_life.h"
+#include "tests/power_cut/disk_states/life.h"
 #include "tests/power_cut/support/command.h"
+#include "tests/power_cut/support/panel_project.h"
 
 #include <unordered_set>
 
-struct StateCounts
+struct Totals
 {
-    Counts counts;
+    struct OfKind
+    {
+        qint64 states = 0;
+        qint64 atStake =
+            0; ///< values that were changed and kept in the life that led to the state, summed up
+    };
+    std::array<OfKind, projectKinds> kinds;
+    quint64 panels = 0;
+    qint64 retainedCells = 0;
     qint64 cutPoints = 0;
     qint64 exhausted = 0; ///< cut points of which all states were started
+    qint64 kept = 0;      ///< changes and saves that the module returned from
+    int mostChanges = 0;  ///< in one life
+    int mostSaves = 0;    ///< in one life
+    qint64 compared = 0;  ///< values
+    OfKind spoiled;       ///< states with spoiled pages; values that were compared there
+    qint64 spoiledLost = 0;
+
+    qint64 states() const;
 };
 
-/// One panel. `library`, `evidence` and `totals` stay the caller's.
+struct RunPlan
+{
+    qint64 states = 0;
+    quint64 seed = 1;          ///< fixes everything
+    bool stopWhenLost = false; ///< nothing more is started after something was lost
+    int changesOfLongLife = 70001;
+    int savesOfLongLife = 301;
+};
+
+/// Lets panels of all kinds live, the first two of them long, until enough states were started.
+Totals runHistories(const ModuleLibrary& library, const RunPlan& plan, Findings& findings,
+                    const std::function<void(qint64)>& progress);
+
+/// One panel. `library`, `findings` and `totals` stay the caller's.
 class History
 {
 public:
-    /// `number` chooses the kind of project; with `seed` it fixes everything.
-    History(const ModuleLibrary& library, quint64 seed, quint64 number, Evidence& evidence,
-            StateCounts& totals);
+    struct Kind
+    {
+        ProjectKind project;
+        bool longLife;
+        qint64 mostStates; ///< of this kind, in all histories
+    };
 
-    /// Lives a few lives, until `most` states were started in all histories. The first begins without a
-    /// project directory or on random files, each further one on a random state of the life before.
-    void run(qint64 most);
+    /// `number` chooses the random numbers; with the seed and `kind` it fixes everything.
+    History(const ModuleLibrary& library, const RunPlan& plan, quint64 number, Kind kind, Findings& findings,
+            Totals& totals);
+
+    /// Lives a few lives. The first begins without a project directory or on random files, each further one
+    /// on a random state of the life before.
+    void run();
 
 private:
+    bool isFull() const;
     void live();
-    void beginFromNextStart();
-    void applyPromise(const Event& event, const Disk& now);
-    void becomeStricter(const Disk& now);
-    void cutHere(const Disk& synced, const std::vector<DiskOp>& pending, std::size_t eventsDone);
-    void startOn(const DiskImage& image, std::size_t eventsDone);
+    LifePlan planOfLife();
+    void cutHere(const LifeState& state, std::size_t eventsDone);
+    void startOn(const LifeState& state, const DiskImage& image, std::size_t eventsDone, bool spoiled);
+    void report(const QString& when, const QStringList& lost, const Files& files, std::size_t eventsDone);
 
     const ModuleLibrary& library;
-    const quint64 seed;
+    const RunPlan& plan;
     const quint64 number;
+    const Kind kind;
     Random random;
     const PanelProject project;
-    Promise promise;
-    LengthPromise lengths;
-    Evidence& evidence;
-    StateCounts& totals;
-    qint64 most = 0;
+    const RetainedCells cells;
+    Findings& findings;
+    Totals& totals;
+    Totals::OfKind& ofKind;
 
     int lives = 0;
-    RecordedLife life;
-    DiskImage nextStart;      ///< a state that was started
-    MemoryAreas nextRestored; ///< what that start restored
+    std::optional<RecordedLife> life;
+    DiskImage nextStart; ///< a state that was started
     qint64 statesOfLife = 0;
     std::unordered_set<std::size_t> checked; ///< states that need no further check under the present promise
 };

@@ -7,6 +7,23 @@
 
 #include <iostream>
 
+namespace {
+
+void print(const Totals& totals, quint64 seed)
+{
+    std::cout << "seed " << seed << ": " << totals.panels << " panels with " << totals.retainedCells
+              << " retained cells, " << totals.cutPoints << " cut points, of " << totals.exhausted
+              << " every state\n"
+              << "longest lives: " << totals.mostChanges << " changes, " << totals.mostSaves << " saves\n";
+    for (std::size_t i = 0; i < totals.kinds.size(); ++i)
+        std::cout << "  " << projectKindNames[i] << ": " << totals.kinds[i].states << " states, "
+                  << totals.kinds[i].atStake << " values at stake\n";
+    std::cout << "pages of 4 KiB spoiled around each write (not promised): " << totals.spoiled.states
+              << " states, " << totals.spoiledLost << " of " << totals.spoiled.atStake << " values lost\n";
+}
+
+} // namespace
+
 int main(int argc, char** argv)
 {
     QCoreApplication::setApplicationName(QStringLiteral("power_cut_disk_states"));
@@ -20,17 +37,19 @@ int main(int argc, char** argv)
     const ModuleLibrary library = loadPrivately(options.module);
     setCommandRunner({});
 
-    Evidence evidence(options.evidence);
-    StateCounts totals;
-    quint64 number = 0;
+    Findings findings(options.evidence);
+    Totals totals;
     {
         Progress progress(options.total, QStringLiteral("states"));
-        for (; totals.counts.units < options.total; ++number) {
-            History(library, options.seed, number, evidence, totals).run(options.total);
-            progress.show(totals.counts.units);
-        }
+        totals = runHistories(library, {options.total, options.seed}, findings,
+                              [&](qint64 done) { progress.show(done); });
     }
-    std::cout << "seed " << options.seed << ": " << number << " panels, " << totals.cutPoints
-              << " cut points, of " << totals.exhausted << " every state\n";
-    return printCounts(totals.counts, QStringLiteral("states"));
+    print(totals, options.seed);
+    qint64 atStake = 0;
+    for (const Totals::OfKind& kind : totals.kinds)
+        atStake += kind.atStake;
+    std::cout << totals.states() << " states, " << totals.kept << " changes kept, " << atStake
+              << " values at stake, " << totals.compared << " values compared, " << findings.lost()
+              << " values lost" << std::endl;
+    return findings.lost() == 0 ? 0 : 1;
 }

@@ -35,6 +35,12 @@ const char* recordedName(const char* path)
     return path + length + 1;
 }
 
+ino_t directoryInode()
+{
+    struct stat64 directory = {};
+    return stat64(fixedProjectDirectory, &directory) == 0 ? directory.st_ino : 0;
+}
+
 FileId newId(const struct stat64& file)
 {
     return recording.ids[file.st_ino] = ++recording.lastId;
@@ -58,7 +64,7 @@ void recordData(FileId file, qint64 lengthBefore, qint64 offset, const QByteArra
 {
     const qint64 end = offset + bytes.size();
     if (end > lengthBefore)
-        recording.sink({DiskOp::Kind::GrowTo, file, {}, {}, end});
+        recording.sink({DiskOp::Kind::GrowTo, file, {}, {}, end, offset});
     recording.sink({DiskOp::Kind::Data, file, {}, {}, 0, offset, bytes});
 }
 
@@ -94,6 +100,13 @@ public:
                 recordLength(*id, call.length);
             else if (result == 0 && existed)
                 recordLength(recording.ids.at(file.st_ino), call.length);
+            return;
+        case Kind::Sync:
+            if (result == 0 && id)
+                recording.sink({DiskOp::Kind::SyncFile, *id});
+            else if (result == 0 && recording.sink && S_ISDIR(file.st_mode) &&
+                     file.st_ino == directoryInode())
+                recording.sink({DiskOp::Kind::SyncNames});
             return;
         case Kind::MakeDirectory:
             if (result == 0 &&

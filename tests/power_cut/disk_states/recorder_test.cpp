@@ -103,6 +103,23 @@ TEST(Recorder, SeesFilesBeingEmptiedCutRenamedAndRemoved)
     });
 }
 
+TEST(Recorder, SeesFilesAndTheDirectoryBeingSynchronised)
+{
+    const auto ops = recordOf(oneFile, [] {
+        const int file = open(path, O_RDWR);
+        EXPECT_EQ(fsync(file), 0);
+        EXPECT_EQ(fdatasync(file), 0);
+        close(file);
+        const int directory = open(fixedProjectDirectory, O_RDONLY | O_DIRECTORY);
+        EXPECT_EQ(fsync(directory), 0);
+        close(directory);
+        const int elsewhere = open("/usr/tavrin", O_RDONLY | O_DIRECTORY);
+        EXPECT_EQ(fsync(elsewhere), 0);
+        close(elsewhere);
+    });
+    EXPECT_EQ(kindsOf(ops), (std::vector<Kind>{Kind::SyncFile, Kind::SyncFile, Kind::SyncNames}));
+}
+
 TEST(Recorder, TakesNoNoticeOfOtherFiles)
 {
     EXPECT_TRUE(recordOf(emptyDirectory, [] {

@@ -100,26 +100,26 @@ void Progress::show(qint64 done)
     std::cerr << '\r' << done << " of " << total << ' ' << qPrintable(unit) << std::flush;
 }
 
-int printCounts(const Counts& counts, const QString& unit)
+void Findings::add(const Finding& finding)
 {
-    std::cout << counts.units << ' ' << qPrintable(unit) << ", " << counts.synced << " changes synced, "
-              << counts.checked << " values checked, " << counts.lost << " values lost" << std::endl;
-    return counts.lost == 0 ? 0 : 1;
-}
-
-void Evidence::add(const QString& name, const PanelProject& project,
-                   const std::map<QString, QByteArray>& files, const QStringList& report)
-{
-    if (++kept > 10)
+    lostValues += finding.lost.size();
+    if (firstLost.isEmpty())
+        firstLost = finding.lost;
+    if (directory.isEmpty() || ++kept > 10)
         return;
-    QString folder = directory + QLatin1Char('/') + name;
+    QString folder = directory + QLatin1Char('/') + finding.name;
     for (int n = 2; QFileInfo::exists(folder); ++n)
-        folder = QStringLiteral("%1/%2-%3").arg(directory, name).arg(n);
+        folder = QStringLiteral("%1/%2-%3").arg(directory, finding.name).arg(n);
     if (!QDir().mkpath(folder))
         giveUp(QStringLiteral("%1: cannot be made; name another folder with --evidence").arg(folder));
-    writeFile(folder + QLatin1String("/project.xml"), project.xml);
+    QStringList report = {finding.title};
+    report += finding.lost;
+    report += QStringLiteral("Events of this life until the cut:");
+    report += finding.events;
+    writeFile(folder + QLatin1String("/project.xml"), finding.projectXml);
     writeFile(folder + QLatin1String("/report.txt"), report.join(QLatin1Char('\n')).toUtf8() + '\n');
-    for (const auto& [file, bytes] : files)
+    for (const auto& [file, bytes] : finding.files)
         writeFile(folder + QLatin1Char('/') + file, bytes);
-    std::cerr << qPrintable(report.value(0)) << "\n  evidence: " << qPrintable(folder) << std::endl;
+    std::cerr << qPrintable(finding.title) << "\n  " << qPrintable(finding.lost.value(0))
+              << "\n  evidence: " << qPrintable(folder) << std::endl;
 }

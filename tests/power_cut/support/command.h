@@ -1,15 +1,14 @@
-// What the power-cut commands have in common: options, progress, counts, evidence.
+// Reads options, shows progress and keeps evidence.
 // SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_SUPPORT_COMMAND_H
 #define TESTS_POWER_CUT_SUPPORT_COMMAND_H
 
 #include "simulated_host/module_library.h"
-#include "tests/power_cut/support/panel_project.h"
-#include "tests/power_cut/support/promise.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <map>
 
@@ -49,30 +48,32 @@ private:
     QElapsedTimer sinceLast;
 };
 
-struct Counts
+/// Something that was lost, and what is needed to look into it.
+struct Finding
 {
-    qint64 units = 0; ///< cuts or states
-    qint64 synced = 0;
-    qint64 checked = 0;
-    qint64 lost = 0;
+    QString name; ///< of its folder
+    QString title;
+    QStringList lost;
+    QStringList events; ///< of the life until the cut
+    QByteArray projectXml;
+    std::map<QString, QByteArray> files; ///< that the start found
 };
 
-/// Prints the last line. Returns the exit status: 1 when something was lost.
-int printCounts(const Counts& counts, const QString& unit);
-
-/// Keeps what is needed to look into failures, one folder each; only the first ten are kept.
-class Evidence
+/// Counts findings, and keeps the first ten in a folder each; an older folder of the same name stays.
+class Findings
 {
 public:
-    explicit Evidence(QString directory) : directory(std::move(directory)) {}
+    /// Without a directory nothing is kept.
+    explicit Findings(QString directory) : directory(std::move(directory)) {}
 
-    /// `name` tells which run and which cut it was; an older folder of that name stays beside it. `files` are
-    /// the retention files that the start found.
-    void add(const QString& name, const PanelProject& project, const std::map<QString, QByteArray>& files,
-             const QStringList& report);
+    void add(const Finding& finding);
+    qint64 lost() const { return lostValues; }
+    const QStringList& first() const { return firstLost; } ///< the lines of the first one
 
 private:
     QString directory;
+    QStringList firstLost;
+    qint64 lostValues = 0;
     int kept = 0;
 };
 

@@ -9,18 +9,45 @@
 
 namespace {
 
-ushort randomValue(Random& random, int area)
+/// The bit whose changes are not written.
+const int ignoredBit = 60100;
+
+/// Leads a word through all its values, with changes in both bytes.
+const int step16 = 0x9e37;
+
+QByteArray randomBytes(int size, std::uint64_t seed)
 {
-    if (area == 0)
-        return static_cast<ushort>(random.below(2));
-    static const std::vector<ushort> corners = {0, 1, 0x00ff, 0xff00, 0x8000, 0xffff};
-    return random.oneIn(4) ? random.oneOf(corners) : static_cast<ushort>(random.below(0x10000));
+    QByteArray bytes(size, '\0');
+    Random random(seed);
+    for (int i = 0; i < size; i += 2) {
+        const int fewSteps = -step16 * random.between(1, 5);
+        const int word = random.oneIn(8) ? fewSteps : random.between(1, 255) | random.between(1, 255) << 8;
+        bytes[i] = static_cast<char>(word);
+        bytes[i + 1] = static_cast<char>(word >> 8);
+    }
+    return bytes;
 }
 
 } // namespace
 
-Load::Load(Panel& panel, const PanelProject& project, Random& random, LoadLog& log)
-    : panel(panel), project(project), random(random), log(log)
+void fillAtRandom(MemoryAreas& areas, Random& random)
+{
+    // Drawn from one supply, because every start of every disk state needs 320 KiB.
+    static const QByteArray words = randomBytes(1 << 19, 1);
+    for (MemoryArea& area : areas.all()) {
+        auto& memory = area.memory();
+        const auto from =
+            words.begin() + 2 * random.below((words.size() - static_cast<int>(memory.size())) / 2);
+        if (area.isBits()) // of 131072 bytes each second one, as one that is 0 in about half the cells
+            for (std::size_t i = 0; i < memory.size(); ++i)
+                memory[i] = static_cast<unsigned char>(from[static_cast<int>(i)] & 0x81);
+        else
+            std::copy(from, from + static_cast<int>(memory.size()), memory.begin());
+    }
+}
+
+Load::Load(Panel& panel, const RetainedCells& cells, Random& random, LoadLog& log)
+    : panel(panel), cells(cells), random(random), log(log)
 {
     setCommandRunner([this](const char* command) { return runCommand(command); });
 }
@@ -32,7 +59,7 @@ Load::~Load()
 
 void Load::step()
 {
-    if (project.wholeAreas())
+    if (cells.wholeAreas)
         changeAreas();
     else
         changeRange();
@@ -43,53 +70,111 @@ int Load::runCommand(const char* command)
     if (std::strcmp(command, "sync") != 0)
         qFatal("the module ran '%s'", command);
     log.sync();
-    finishCurrent();
     return 0;
 }
 
-void Load::finishCurrent()
+/// The next pattern of consecutive cells: each word after its step, bits as one number after an odd step.
+void Load::changeGroup(std::size_t area, int first, int count)
 {
-    if (reporting)
-        log.keep(*reporting);
-    if (saving)
-        log.completeSave();
-    reporting = nullptr;
-    saving = false;
+    MemoryArea& memory = panel.areas.all()[area];
+    last = {area, first, {}};
+    for (int j = 0; j < count; ++j)
+        last.before.push_back(*memory.cell(first + j));
+    const int step = random.oneIn(4) ? random.oneOf<int>({0x0001, 0x0100}) : step16;
+    int carry = 2 * random.below(1 << std::min(count - 1, 8)) + 1;
+    for (int j = 0; j < count; ++j) {
+        const int value = last.before[static_cast<std::size_t>(j)];
+        const int sum = value + (carry & 1);
+        carry = (carry >> 1) + (sum >> 1);
+        memory.setCell(first + j, static_cast<ushort>(memory.isBits() ? sum & 1 : value + step));
+    }
+}
+
+/// Gives the last group its values before.
+void Load::undo()
+{
+    MemoryArea& memory = panel.areas.all()[last.area];
+    int address = last.first;
+    for (ushort& value : last.before) {
+        const ushort now = *memory.cell(address);
+        memory.setCell(address++, value);
+        value = now;
+    }
 }
 
 void Load::changeRange()
 {
-    const CellRange& range = random.oneOf(project.ranges);
-    const int first = random.below(range.count);
-    const int count = random.oneIn(3) ? std::min(random.between(2, 5), range.count - first) : 1;
-    std::vector<Change> changes;
-    for (int j = 0; j < count; ++j)
-        changes.push_back({{range.area, range.first + first + j}, randomValue(random, range.area)});
+    std::vector<std::size_t> areas;
+    for (std::size_t area = 0; area < 3; ++area)
+        if (!cells.blocks[area].empty())
+            areas.push_back(area);
+    const std::size_t area = random.oneOf(areas);
+    const Block& block = random.oneOf(cells.blocks[area]);
+    const int end = block.count - 1;
+    // The ends of blocks more often than the rest, and now and then cells around a block.
+    const int offset = random.oneIn(4) ? random.oneOf<int>({-1, 0, end, end}) : random.below(block.count);
+    const int first = std::max(0, block.first + offset);
+    if (cells.blockOf(0, ignoredBit) && random.oneIn(8))
+        changeGroup(0, ignoredBit, 1);
+    else if (!last.before.empty() && random.oneIn(6))
+        undo();
+    else
+        changeGroup(area, first,
+                    std::min(random.oneIn(3) ? random.between(2, 9) : 1, MemoryArea::cellCount - first));
 
-    MemoryArea& area = panel.areas.all()[static_cast<std::size_t>(range.area)];
-    for (const Change& change : changes) {
-        log.give(change);
-        area.setCell(change.cell.address, change.value);
+    const Group group = last;
+    MemoryArea& memory = panel.areas.all()[group.area];
+    int address = group.first;
+    for (const ushort before : group.before) {
+        if (*memory.cell(address) != before)
+            reportChange(group.area, address);
+        ++address;
     }
-    for (const Change& change : changes) {
-        reporting = &change;
-        panel.reportChange(area.name(), change.cell.address);
-        finishCurrent(); // a report that returned counts, whether it ran "sync" or not
+}
+
+/// Lets the panel set the cell to the value that it has already, so that cells which changed together are in
+/// the memory together before the first of them is reported.
+void Load::reportChange(std::size_t area, int address)
+{
+    MemoryArea& memory = panel.areas.all()[area];
+    const Block* const block = cells.blockOf(area, address);
+    const bool isWritten = block && !(area == 0 && address == ignoredBit);
+    if (isWritten) {
+        Write write = {QStringLiteral("%1 %2").arg(memory.name()).arg(address), area, 0, {}, nullptr};
+        const int first = area == 0 ? address : block->first;
+        write.place = block->place + first - block->first;
+        for (int j = 0; j < (area == 0 ? 1 : block->count); ++j)
+            write.values.push_back(*memory.cell(first + j));
+        if (!panel.watched.contains(memory.name(), address))
+            write.text += QLatin1String(" (for which the module has not asked)");
+        log.begin(write);
     }
+    panel.setCells(memory.name(), address, {*memory.cell(address)});
+    if (isWritten)
+        log.end();
 }
 
 void Load::changeAreas()
 {
-    for (int left = random.between(1, 6); left > 0; --left) {
-        const int area = random.below(3);
-        // Now and then a long run of cells, so that many sectors differ.
-        const int count = random.oneIn(8) ? random.between(1000, 20000) : random.between(1, 3);
-        const int first = random.below(MemoryArea::cellCount - count);
-        for (int j = 0; j < count; ++j)
-            panel.areas.all()[static_cast<std::size_t>(area)].setCell(first + j, randomValue(random, area));
+    if (!last.before.empty() && random.oneIn(6)) {
+        undo();
+    } else {
+        for (int left = random.between(1, 6); left > 0; --left) {
+            // Now and then a long run of cells, so that many sectors differ, and now and then the ends.
+            const int count = random.oneIn(8) ? random.between(1000, 20000) : random.between(1, 9);
+            const int end = MemoryArea::cellCount - count;
+            changeGroup(static_cast<std::size_t>(random.below(3)),
+                        random.oneIn(8) ? end * random.below(2) : random.below(end), count);
+        }
     }
-    log.beginSave(panel.areas);
-    saving = true;
+    if (random.oneIn(5)) // lost, unless a later step saves them
+        return;
+    std::array<QByteArray, 3> images;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const auto& memory = panel.areas.all()[i].memory();
+        images[i] = QByteArray(reinterpret_cast<const char*>(memory.data()), static_cast<int>(memory.size()));
+    }
+    log.begin({QStringLiteral("save"), 0, 0, {}, std::make_shared<const std::array<QByteArray, 3>>(images)});
     panel.advance(panel.model->cyclePeriodMs);
-    finishCurrent();
+    log.end();
 }

@@ -1,4 +1,4 @@
-// The random work of a panel until its power is cut.
+// Gives a simulated panel random work: changes that reach the module through the watch list, and saves.
 // SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_SUPPORT_LOAD_H
 #define TESTS_POWER_CUT_SUPPORT_LOAD_H
@@ -7,43 +7,56 @@
 #include "tests/power_cut/support/promise.h"
 #include "tests/power_cut/support/random.h"
 
-/// Where the panel writes down what it does, each thing before or after it happens, as said.
+/// Told what happens, when it happens.
 class LoadLog
 {
 public:
     virtual ~LoadLog() = default;
-    virtual void give(const Change& change) = 0;          ///< before the cell gets the value
-    virtual void keep(const Change& change) = 0;          ///< after the change's "sync" or report returned
-    virtual void beginSave(const MemoryAreas& areas) = 0; ///< before the cyclic call
-    virtual void completeSave() = 0; ///< after the save's "sync" or the cyclic call returned
-    virtual void sync() = 0;         ///< the module ran "sync"; nothing is kept yet
+    virtual void begin(const Write& write) = 0; ///< the panel's memory is this; the module is told next
+    virtual void end() = 0;                     ///< the panel goes on
+    virtual void sync() = 0;                    ///< the module ran "sync"
 };
 
-/// Changes cells and reports them, or changes areas and has them saved. While it exists, the commands of the
-/// module run no shell; `panel`, `project`, `random` and `log` stay the caller's.
+/// Fills areas as a panel might have them before the module restores anything: no word is 0, and some words
+/// are few changes away from it.
+void fillAtRandom(MemoryAreas& areas, Random& random);
+
+/// Changes cells or has areas saved. Now and then the last change is undone. Otherwise every value of a word
+/// differs from its last one in one byte or both, and from older ones nearly always; every pattern of a group
+/// of bits differs from as many as the group can have. While it exists, the commands of the module run no
+/// shell; all that it is given stays the caller's.
 class Load
 {
 public:
-    Load(Panel& panel, const PanelProject& project, Random& random, LoadLog& log);
+    Load(Panel& panel, const RetainedCells& cells, Random& random, LoadLog& log);
     ~Load();
     Load(const Load&) = delete;
     Load& operator=(const Load&) = delete;
 
-    /// One to a few changes next to each other, or one save.
+    /// One to a few changes next to each other, or changes anywhere that are saved or not.
     void step();
 
 private:
+    /// Consecutive cells and their values before the last change.
+    struct Group
+    {
+        std::size_t area;
+        int first;
+        std::vector<ushort> before;
+    };
+
     int runCommand(const char* command);
-    void finishCurrent();
+    void changeGroup(std::size_t area, int first, int count);
+    void undo();
     void changeRange();
+    void reportChange(std::size_t area, int address);
     void changeAreas();
 
     Panel& panel;
-    const PanelProject& project;
+    const RetainedCells& cells;
     Random& random;
     LoadLog& log;
-    const Change* reporting = nullptr;
-    bool saving = false;
+    Group last = {};
 };
 
 #endif

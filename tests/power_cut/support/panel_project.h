@@ -1,4 +1,4 @@
-// Random projects for panels that lose their power.
+// Makes random projects for panels that lose their power.
 // SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_SUPPORT_PANEL_PROJECT_H
 #define TESTS_POWER_CUT_SUPPORT_PANEL_PROJECT_H
@@ -9,39 +9,26 @@
 #include <QtCore/QByteArray>
 
 #include <memory>
-#include <vector>
-
-inline const char* const areaNames[3] = {"LB", "LW", "RWI"};
-inline const char* const retentionFileNames[3] = {"maintenance-bit.dat", "maintenance-word.dat",
-                                                  "maintenance-RWI.dat"};
-
-/// Consecutive cells of one area, which is a place in `areaNames`.
-struct CellRange
-{
-    int area;
-    int first;
-    int count;
-};
 
 struct PanelProject
 {
-    std::vector<CellRange> ranges; ///< what is retained, without overlaps; empty: whole areas
-    QByteArray xml;                ///< the project file
-    std::unique_ptr<object> root;  ///< the same for a panel
-
-    bool wholeAreas() const { return ranges.empty(); }
+    QByteArray xml;               ///< the project file
+    std::unique_ptr<object> root; ///< the same for a panel
 };
 
-PanelProject projectOf(std::vector<CellRange> ranges);
-
-/// How much a project retains.
-enum class ProjectSize
+enum class ProjectKind
 {
-    Small, ///< few cells, some of them in blocks that cross a sector boundary
-    Large
+    FewRanges, ///< few cells, some of them in blocks that cross a sector boundary
+    ManyRanges,
+    OverlappingRanges, ///< entries that overlap, are empty or name no area
+    LongBlocks,        ///< of more than 4096 words, and a bit file of several sectors
+    WholeAreas
 };
+constexpr int projectKinds = 5;
+inline const char* const projectKindNames[projectKinds] = {"few ranges", "many ranges", "overlapping ranges",
+                                                           "long blocks", "whole areas"};
 
-/// Address ranges in at least one area. Some are adjacent, some are wider than a sector.
-PanelProject randomRanges(Random& random, ProjectSize size);
+/// At least one cell of it is retained.
+PanelProject randomProject(ProjectKind kind, Random& random);
 
 #endif

@@ -1,159 +1,142 @@
-// Comparing of restored values with the possible ones.
+// Comparing of what files say with what was promised.
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/support/promise.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace {
 
 const int sectorBytes = 512;
 
-QString valuesText(const std::vector<ushort>& values)
+bool sameSector(const QByteArray& image, const QByteArray& other, int offset)
 {
-    QStringList texts;
-    for (const ushort value : values)
-        texts.append(QString::number(value));
-    return texts.join(QLatin1String(", "));
+    return !other.isEmpty() &&
+           std::memcmp(image.constData() + offset, other.constData() + offset, sectorBytes) == 0;
 }
 
-bool sameSector(const unsigned char* sector, const QByteArray& image, int offset)
+QString valueText(int value)
 {
-    return std::memcmp(sector, image.constData() + offset, sectorBytes) == 0;
+    return value == nothing ? QStringLiteral("no value") : QString::number(value);
 }
 
 } // namespace
 
-bool promisesNothing(const Cell& cell)
+void Promise::restart(const Files& files)
 {
-    return cell.area == 0 && cell.address == 60100;
-}
-
-Images imagesOf(const MemoryAreas& areas)
-{
-    Images images;
-    for (std::size_t i = 0; i < images.size(); ++i) {
-        const auto& memory = areas.all()[i].memory();
-        images[i] = QByteArray(reinterpret_cast<const char*>(memory.data()), static_cast<int>(memory.size()));
-    }
-    return images;
-}
-
-Verdict& Verdict::operator+=(const Verdict& other)
-{
-    checked += other.checked;
-    lost += other.lost;
-    return *this;
-}
-
-Promise::Promise(const PanelProject& project)
-{
-    if (project.wholeAreas())
-        saved = imagesOf(MemoryAreas());
-    for (const CellRange& range : project.ranges)
-        for (int j = 0; j < range.count; ++j)
-            possible[{range.area, range.first + j}] = {0};
-}
-
-void Promise::give(const Change& change)
-{
-    const auto found = possible.find(change.cell);
-    if (found != possible.end())
-        found->second.push_back(change.value);
-}
-
-void Promise::keep(const Cell& cell)
-{
-    const auto found = possible.find(cell);
-    if (found == possible.end() || promisesNothing(cell))
-        return;
-    std::vector<ushort>& values = found->second;
-    values.erase(values.begin(), values.end() - 1);
-}
-
-void Promise::beginSave(const Images& images)
-{
-    underWay = images;
-}
-
-void Promise::completeSave()
-{
-    saved = underWay;
     underWay.reset();
-}
-
-void Promise::restart(const MemoryAreas& restored)
-{
-    for (auto& [cell, values] : possible)
-        values = {*restored.all()[static_cast<std::size_t>(cell.area)].cell(cell.address)};
-    if (saved)
-        saved = imagesOf(restored);
-    underWay.reset();
-}
-
-Verdict Promise::check(const MemoryAreas& restored) const
-{
-    Verdict verdict;
-    if (saved)
-        checkSectors(restored, verdict);
-    else
-        checkCells(restored, verdict);
-    return verdict;
-}
-
-void Promise::checkCells(const MemoryAreas& restored, Verdict& verdict) const
-{
-    MemoryAreas others = restored;
-    for (const auto& [cell, values] : possible) {
-        const auto area = static_cast<std::size_t>(cell.area);
-        const ushort value = *restored.all()[area].cell(cell.address);
-        others.all()[area].setCell(cell.address, 0);
-        if (std::find(values.begin(), values.end(), value) == values.end())
-            verdict.lost.append(QStringLiteral("%1 %2 came back as %3, possible were %4")
-                                    .arg(QLatin1String(areaNames[area]))
-                                    .arg(cell.address)
-                                    .arg(value)
-                                    .arg(valuesText(values)));
-    }
-    verdict.checked += static_cast<qint64>(possible.size());
-    for (const MemoryArea& area : others.all()) {
-        const auto& memory = area.memory();
-        const auto touched = std::find_if(memory.begin(), memory.end(), [](unsigned char b) { return b; });
-        if (touched != memory.end())
-            verdict.lost.append(QStringLiteral("%1: the start wrote outside the retained cells, at byte %2")
-                                    .arg(area.name())
-                                    .arg(touched - memory.begin()));
-    }
-}
-
-void Promise::checkSectors(const MemoryAreas& restored, Verdict& verdict) const
-{
-    for (std::size_t i = 0; i < 3; ++i) {
-        const auto& memory = restored.all()[i].memory();
-        for (int offset = 0; offset < static_cast<int>(memory.size()); offset += sectorBytes) {
-            ++verdict.checked;
-            const unsigned char* const sector = memory.data() + offset;
-            if (!sameSector(sector, (*saved)[i], offset) &&
-                !(underWay && sameSector(sector, (*underWay)[i], offset)))
-                verdict.lost.append(
-                    QStringLiteral("%1: sector %2 is neither that of the last save nor that of a save "
-                                   "under way")
-                        .arg(QLatin1String(areaNames[i]))
-                        .arg(offset / sectorBytes));
+    changed = 0;
+    for (std::size_t area = 0; area < 3; ++area) {
+        if (cells->wholeAreas) {
+            saved[area] = storedImage(area, files);
+            changedSectors[area].assign(static_cast<std::size_t>(saved[area].size() / sectorBytes), false);
+            const auto found = files.find(QLatin1String(retentionFileNames[area]));
+            repaired[area].clear();
+            if (found != files.end() && found->second.size() < saved[area].size())
+                repaired[area] = found->second + QByteArray(saved[area].size() - found->second.size(), '\0');
+            continue;
         }
+        values[area].clear();
+        for (const int value : storedCells(area, files, 0, cells->count(area)))
+            values[area].push_back({value});
     }
 }
 
-Verdict LengthPromise::check(const Lengths& lengths) const
+void Promise::end()
+{
+    const Write write = *underWay;
+    underWay.reset();
+    for (std::size_t i = 0; i < write.values.size(); ++i) {
+        Value& value = values[write.area][static_cast<std::size_t>(write.place) + i];
+        if (value.kept == write.values[i])
+            continue;
+        changed += !value.changed;
+        value = {write.values[i], value.kept, true};
+    }
+    if (!write.images)
+        return;
+    for (std::size_t area = 0; area < 3; ++area) {
+        const QByteArray& image = (*write.images)[area];
+        for (std::size_t sector = 0; sector < changedSectors[area].size(); ++sector) {
+            const bool same = sameSector(image, saved[area], static_cast<int>(sector) * sectorBytes);
+            changed += !same && !changedSectors[area][sector];
+            changedSectors[area][sector] = changedSectors[area][sector] || !same;
+        }
+        saved[area] = image;
+        repaired[area].clear();
+    }
+}
+
+QStringList Promise::missingOf(const Write& write, const Files& files) const
+{
+    QStringList missing;
+    const std::vector<int> stored =
+        storedCells(write.area, files, write.place, static_cast<int>(write.values.size()));
+    for (std::size_t i = 0; i < stored.size(); ++i)
+        if (stored[i] != write.values[i])
+            missing.append(QStringLiteral("%1 %2 was to be written as %3, its file has %4")
+                               .arg(QLatin1String(areaNames[write.area]))
+                               .arg(cells->addressAt(write.area, write.place + static_cast<int>(i)))
+                               .arg(write.values[i])
+                               .arg(valueText(stored[i])));
+    for (std::size_t area = 0; write.images && area < 3; ++area)
+        if (storedImage(area, files) != (*write.images)[area])
+            missing.append(QStringLiteral("%1 was to be saved, its file has other bytes")
+                               .arg(QLatin1String(areaNames[area])));
+    return missing;
+}
+
+Verdict Promise::check(const Files& files, const JudgedBytes& judged) const
 {
     Verdict verdict;
-    for (const auto& [name, length] : least) {
-        const auto found = lengths.find(name);
-        const qint64 now = found == lengths.end() ? -1 : found->second;
-        if (now < length)
-            verdict.lost.append(
-                now < 0 ? QStringLiteral("%1 is gone").arg(name)
-                        : QStringLiteral("%1 is %2 bytes long, it had %3").arg(name).arg(now).arg(length));
+    for (std::size_t area = 0; area < 3; ++area) {
+        const auto found = judged.find(QLatin1String(retentionFileNames[area]));
+        if (cells->wholeAreas)
+            checkSectors(area, files, verdict);
+        else
+            checkCells(area, files, found == judged.end() ? 1 << 30 : static_cast<int>(found->second),
+                       verdict);
     }
     return verdict;
+}
+
+void Promise::checkCells(std::size_t area, const Files& files, int judgedBytes, Verdict& verdict) const
+{
+    const int count = cells->count(area);
+    const std::vector<int> stored = storedCells(area, files, 0, count);
+    for (int place = 0; place < count; ++place) {
+        if ((area == 0 ? place / 8 : 2 * place + 1) >= judgedBytes)
+            break;
+        const Value& value = values[area][static_cast<std::size_t>(place)];
+        const int found = stored[static_cast<std::size_t>(place)];
+        ++verdict.checked;
+        // A new file has a 0 for what nobody has written yet.
+        if (found == value.kept || (value.kept == nothing && found == 0))
+            continue;
+        if (underWay && underWay->area == area && place >= underWay->place &&
+            place < underWay->place + static_cast<int>(underWay->values.size()) &&
+            found == underWay->values[static_cast<std::size_t>(place - underWay->place)])
+            continue;
+        verdict.lost.append(QStringLiteral("%1 %2 comes back as %3, promised was %4%5")
+                                .arg(QLatin1String(areaNames[area]))
+                                .arg(cells->addressAt(area, place))
+                                .arg(valueText(found), valueText(value.kept),
+                                     value.changed && found == value.before
+                                         ? QStringLiteral(": that is its value before")
+                                         : QString()));
+    }
+}
+
+void Promise::checkSectors(std::size_t area, const Files& files, Verdict& verdict) const
+{
+    const QByteArray image = storedImage(area, files);
+    const QByteArray next = underWay && underWay->images ? (*underWay->images)[area] : QByteArray();
+    for (int offset = 0; offset < image.size(); offset += sectorBytes) {
+        ++verdict.checked;
+        if (!sameSector(image, saved[area], offset) && !sameSector(image, next, offset) &&
+            !sameSector(image, repaired[area], offset))
+            verdict.lost.append(
+                QStringLiteral("%1: sector %2 is neither that of the last save nor that of a save under way")
+                    .arg(QLatin1String(areaNames[area]))
+                    .arg(offset / sectorBytes));
+    }
 }

@@ -1,94 +1,76 @@
-// What the next start may restore, given all that happened before the power was cut.
+// What the retention files may say, given all that happened before the power was cut.
 // SPDX-License-Identifier: MIT
 #ifndef TESTS_POWER_CUT_SUPPORT_PROMISE_H
 #define TESTS_POWER_CUT_SUPPORT_PROMISE_H
 
-#include "simulated_host/memory_areas.h"
-#include "tests/power_cut/support/panel_project.h"
+#include "tests/power_cut/support/retained_cells.h"
 
-#include <QtCore/QByteArray>
 #include <QtCore/QStringList>
 
-#include <array>
-#include <map>
+#include <memory>
 #include <optional>
-#include <tuple>
-#include <vector>
 
-/// One cell; `area` is a place in `areaNames`.
-struct Cell
+/// What the module is asked to keep: by the report of one cell's change, or by a save.
+struct Write
 {
-    int area;
-    int address;
-};
-inline bool operator<(const Cell& a, const Cell& b)
-{
-    return std::tie(a.area, a.address) < std::tie(b.area, b.address);
-}
-
-struct Change
-{
-    Cell cell;
-    ushort value;
+    QString text;            ///< "LW 105" or "save"
+    std::size_t area = 0;    ///< of `values`
+    int place = 0;           ///< of `values`: a whole block of words, or one bit
+    std::vector<int> values; ///< what the panel has
+    std::shared_ptr<const std::array<QByteArray, 3>> images; ///< of a save; null otherwise
 };
 
-/// True of "LB" 60100: reports of its changes do nothing, so that it may come back with any value it had.
-bool promisesNothing(const Cell& cell);
-
-/// The memory of the three areas.
-using Images = std::array<QByteArray, 3>;
-Images imagesOf(const MemoryAreas& areas);
-
-/// Values are cells, or, in whole-area mode, sectors of 512 bytes.
+/// Values are cells, or, with whole areas, sectors of 512 bytes.
 struct Verdict
 {
     qint64 checked = 0;
-    QStringList lost; ///< one line for each value that must not have come back
-
-    Verdict& operator+=(const Verdict& other);
+    QStringList lost; ///< one line for each value that must not be there
 };
 
-/// The promise to one panel, which starts with all cells 0.
+/// Values from this byte of a file on are not judged.
+using JudgedBytes = std::map<QString, qint64>;
+
+/// The promise to one panel. Writes begin and end one after the other.
 class Promise
 {
 public:
-    explicit Promise(const PanelProject& project);
+    /// `cells` stay the caller's.
+    explicit Promise(const RetainedCells& cells) : cells(&cells) {}
 
-    /// The panel gave the cell that value.
-    void give(const Change& change);
-    /// The "sync" of the cell's last change has returned. Without effect for a cell that promises nothing.
-    void keep(const Cell& cell);
-    /// The panel has these areas and begins to save them.
-    void beginSave(const Images& images);
-    /// The "sync" of the save has returned.
-    void completeSave();
-    /// The panel started with these areas: they are on the disk.
-    void restart(const MemoryAreas& restored);
+    /// The panel starts with these files: they are on the disk.
+    void restart(const Files& files);
+    /// The panel's memory is this, and the module is about to be told.
+    void begin(const Write& write) { underWay = write; }
+    /// The module has returned.
+    void end();
 
-    /// Compares what a start restored.
-    Verdict check(const MemoryAreas& restored) const;
+    /// Whether a file says what the write that has just ended asked for; a line for each value that it does
+    /// not.
+    QStringList missingOf(const Write& write, const Files& files) const;
+    /// Judges all that the files say, up to those bytes.
+    Verdict check(const Files& files, const JudgedBytes& judged = {}) const;
 
-private:
-    void checkCells(const MemoryAreas& restored, Verdict& verdict) const;
-    void checkSectors(const MemoryAreas& restored, Verdict& verdict) const;
-
-    std::map<Cell, std::vector<ushort>> possible; ///< of each retained cell; the kept value is the first
-    std::optional<Images> saved;                  ///< in whole-area mode
-    std::optional<Images> underWay;
-};
-
-/// No retention file gets shorter.
-class LengthPromise
-{
-public:
-    using Lengths = std::map<QString, qint64>; ///< of the files that exist
-
-    /// From now on these lengths are the least.
-    void keep(const Lengths& lengths) { least = lengths; }
-    Verdict check(const Lengths& lengths) const;
+    /// Values that were changed and kept since the restart.
+    qint64 keptInLife() const { return changed; }
 
 private:
-    Lengths least;
+    struct Value
+    {
+        int kept = nothing;
+        int before = nothing; ///< the value that was kept before this one
+        bool changed = false; ///< since the restart
+    };
+
+    void checkCells(std::size_t area, const Files& files, int judgedBytes, Verdict& verdict) const;
+    void checkSectors(std::size_t area, const Files& files, Verdict& verdict) const;
+
+    const RetainedCells* cells;
+    std::array<std::vector<Value>, 3> values; ///< by place
+    std::array<QByteArray, 3> saved;          ///< with whole areas
+    std::array<QByteArray, 3> repaired;       ///< old bytes of a file that the start had to make longer
+    std::array<std::vector<bool>, 3> changedSectors;
+    std::optional<Write> underWay;
+    qint64 changed = 0;
 };
 
 #endif
