@@ -1,8 +1,18 @@
-# Finds QtCore: Qt 5.15 unless POWEROFF_PROTECT_QT says 4 or 6. For Qt 4, CMAKE_PREFIX_PATH or QT_QMAKE_EXECUTABLE leads to
-# it, or PKG_CONFIG_PATH to its QtCore.pc.
+# Finds QtCore: that of POWEROFF_PROTECT_QT. Who points at a Qt 4, with QT_QMAKE_EXECUTABLE or with a QtCore.pc in
+# PKG_CONFIG_PATH, need not say so twice; one that merely lies on the machine is not taken.
 # Sets POWEROFF_PROTECT_QTCORE, the target to link, and POWEROFF_PROTECT_MODULE_STANDARD, the C++ of the module's sources.
 # SPDX-License-Identifier: MIT
-set(POWEROFF_PROTECT_QT 5 CACHE STRING "Major version of the Qt to build for: 4, 5 or 6")
+set(pointed_at 5)
+if(QT_QMAKE_EXECUTABLE)
+    set(pointed_at 4)
+endif()
+string(REPLACE ":" ";" pkg_config_folders "$ENV{PKG_CONFIG_PATH}")
+foreach(folder ${pkg_config_folders})
+    if(EXISTS ${folder}/QtCore.pc)
+        set(pointed_at 4)
+    endif()
+endforeach()
+set(POWEROFF_PROTECT_QT ${pointed_at} CACHE STRING "Major version of the Qt to build for: 4, 5 or 6")
 set_property(CACHE POWEROFF_PROTECT_QT PROPERTY STRINGS 4 5 6)
 
 set(POWEROFF_PROTECT_MODULE_STANDARD 11)

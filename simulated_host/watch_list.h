@@ -30,7 +30,7 @@ public:
     /// Whether that cell is watched.
     bool contains(const QString& area, int address) const;
 
-    /// The watched cells in ranges as wide as they go, by area in the order "LB", "LW", "RWI" and others.
+    /// The watched cells in ranges as wide as they go, by area in alphabetical order: "LB", "LW", "RWI".
     std::vector<WatchedRange> ranges() const;
 
 private:
