@@ -31,7 +31,6 @@ inline qint64 cellCount(const AreaFacts& area)
 
 /// The one bit cell whose changes are never written through.
 const int ignoredBitAddress = 60100;
-
 inline bool isIgnoredBit(const AreaFacts& area, int address)
 {
     return area.bits && address == ignoredBitAddress;

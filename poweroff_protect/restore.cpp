@@ -28,6 +28,7 @@ void poweroff_protect::initMaintenance(QList<MaintenanceFileInfo>& blocks)
     if (!interfaceComm)
         return;
     const std::array<AreaFields, areaCount> areas = AreaFields::of(*this);
+    const MaintenanceFileInfo fileStart;
     int bitNumber = 0; // of the block's first bit, counted through the file
     for (int k = 0; k < blocks.size(); ++k) {
         const MaintenanceFileInfo& block = blocks.at(k);
@@ -37,7 +38,7 @@ void poweroff_protect::initMaintenance(QList<MaintenanceFileInfo>& blocks)
         const AreaFacts* const area = areaNamed(address.block);
         if (area && area->bits) {
             for (int j = 0; j < block.count; ++j) {
-                const BitPlace place = bitPlace(MaintenanceFileInfo(), wrapAdd(bitNumber, j));
+                const BitPlace place = bitPlace(fileStart, wrapAdd(bitNumber, j));
                 unsigned char byte = 0;
                 readFile(areas[area - areaFacts].file, reinterpret_cast<char*>(&byte), 1, place.byte);
                 if (byte == 0) // restores nothing: its cells keep the values that the runtime started with

@@ -28,7 +28,7 @@ struct AreaLayout
     const AreaFacts* area = nullptr;
     bool image = false;              ///< the file is an image of the area; otherwise packed blocks
     std::vector<LayoutBlock> blocks; ///< ascending by first cell
-    qint64 cells = 0;                ///< sum of the blocks' counts
+    qint64 cells = 0;                ///< sum of the blocks' counts; what comes back of them is `kept`
     qint64 fileLength = 0;           ///< bytes of a new file
     CellRanges kept;                 ///< cells of the area whose values come back after a power cut
     QString problem;                 ///< why no value of the area can be relied on; empty for a sound area
