@@ -22,7 +22,8 @@ void poweroff_protect::extModelOpen(object* project, QString text, InterfaceComm
     saveTimeMinutes = settings.saveTimeMinutes;
 
     if (saveAllEnabled) {
-        cycleRemainingMs = cyclePeriodMs = 60000 * saveTimeMinutes; // any 16-bit value fits
+        const int period = 60000 * saveTimeMinutes; // any 16-bit value fits
+        cycleRemainingMs = cyclePeriodMs = period;
         for (const AreaFields& area : AreaFields::of(*this))
             initFile(area.file, QLatin1String(area.facts.fileName), area.facts.wholeAreaCode);
     } else if (settings.mode == RetentionMode::PerAddress) {

@@ -4,8 +4,7 @@
 
 #include <new>
 
-/// Runs `step`. False when an allocation in it failed: what it had not done by then stays undone, so that one
-/// file or block is left out and the others go on.
+/// Runs `step`. False when an allocation in it failed: what it had not done by then stays undone.
 template <typename Step> bool ranWithMemory(Step step)
 {
     try {

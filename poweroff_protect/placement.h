@@ -6,8 +6,7 @@
 
 #include <QtCore/QList>
 
-/// Sets fileOffset and bitOffset of one area's blocks, which lie end to end. Any counts pass through, sums
-/// wrap.
+/// Sets fileOffset and bitOffset of one area's blocks, end to end. Any counts pass through, sums wrap.
 void placeBlocks(QList<MaintenanceFileInfo>& blocks);
 
 /// Bytes of a new file for these blocks: always one more byte than full ones for bits, 0 for an unknown code.
