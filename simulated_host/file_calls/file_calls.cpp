@@ -305,6 +305,7 @@ REMOVE(unlink)
 REMOVE(rmdir)
 REMOVE(remove)
 
+// NOLINTBEGIN(bugprone-macro-parentheses): arguments come with their comma
 #define WITH(...) , __VA_ARGS__
 #define LOOK(NAME, PARAMETERS, ARGUMENTS)                                                                    \
     int NAME(const char* path PARAMETERS) noexcept                                                           \
@@ -320,6 +321,7 @@ REMOVE(remove)
         return run(pathCall(Kind::Look, path),                                                               \
                    [&](const FileCall&) { return next(directory, MappedPath(path) ARGUMENTS); });            \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 LOOK(stat, WITH(struct stat* status), WITH(status))
 LOOK(stat64, WITH(struct stat64* status), WITH(status))
 LOOK(lstat, WITH(struct stat* status), WITH(status))

@@ -16,6 +16,7 @@
 #include <unistd.h>
 #include <utime.h>
 
+// NOLINTBEGIN(bugprone-macro-parentheses): arguments come with their comma
 /// NAME(path, ...).
 #define PATH_CALL(RESULT, NAME, PARAMETERS, ARGUMENTS)                                                       \
     RESULT NAME(const char* path PARAMETERS) noexcept                                                        \
@@ -32,6 +33,7 @@
     }
 #define WITH(...) , __VA_ARGS__
 #define NOTHING
+// NOLINTEND(bugprone-macro-parentheses)
 
 namespace {
 
@@ -116,7 +118,10 @@ char* realpath(const char* path, char* resolved) noexcept
         return nullptr;
     if (asked.isMapped()) // who asks for the other directory by its own name gets that
         answer[unmapped(answer, static_cast<ssize_t>(std::strlen(answer)), sizeof answer - 1)] = '\0';
-    return resolved ? std::strcpy(resolved, answer) : strdup(answer);
+    if (!resolved)
+        return strdup(answer);
+    stpcpy(resolved, answer);
+    return resolved;
 }
 
 } // extern "C"

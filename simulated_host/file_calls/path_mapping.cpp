@@ -72,8 +72,8 @@ bool mapPath(const char* from, const char* to)
     if (k == static_cast<int>(sizeof mappings / sizeof mappings[0]) ||
         std::strlen(from) >= sizeof mappings[k].from || std::strlen(to) >= sizeof mappings[k].to)
         return false;
-    std::strcpy(mappings[k].from, from);
-    std::strcpy(mappings[k].to, to);
+    stpcpy(mappings[k].from, from);
+    stpcpy(mappings[k].to, to);
     count = k == count ? k + 1 : count;
     return true;
 }
@@ -88,8 +88,7 @@ MappedPath::MappedPath(const char* path) : text(path)
     const Mapping* const mapping = mappingOf(clean);
     if (!mapping)
         return;
-    std::strcpy(buffer, mapping->to);
-    std::strcat(buffer, clean + std::strlen(mapping->from));
+    stpcpy(stpcpy(buffer, mapping->to), clean + std::strlen(mapping->from));
     text = buffer;
 }
 
