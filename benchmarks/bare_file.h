@@ -1,7 +1,6 @@
 // A retention file opened without the module.
 // SPDX-License-Identifier: MIT
-#ifndef BENCHMARKS_BARE_FILE_H
-#define BENCHMARKS_BARE_FILE_H
+#pragma once
 
 #include "benchmarks/bench_host.h"
 
@@ -47,5 +46,3 @@ public:
 
     const int fd;
 };
-
-#endif

@@ -1,7 +1,6 @@
 // The host of the benchmarks: as little work as a runtime can do, so that the module's own cost shows.
 // SPDX-License-Identifier: MIT
-#ifndef BENCHMARKS_BENCH_HOST_H
-#define BENCHMARKS_BENCH_HOST_H
+#pragma once
 
 #include "host_interface/interface_comm.h"
 #include "poweroff_protect/poweroff_protect.h"
@@ -70,5 +69,3 @@ QByteArray filePath(const char* name);
 /// Removes the module's files.
 void removeRetentionFiles();
 void writeFileBytes(const char* name, const QByteArray& bytes);
-
-#endif

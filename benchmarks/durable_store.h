@@ -1,7 +1,6 @@
 // The module and the stores that a user might pick instead, behind one interface.
 // SPDX-License-Identifier: MIT
-#ifndef BENCHMARKS_DURABLE_STORE_H
-#define BENCHMARKS_DURABLE_STORE_H
+#pragma once
 
 #include <QtCore/QtGlobal>
 
@@ -42,5 +41,3 @@ const std::vector<std::vector<char>>& imagesToKeep(int seed);
 
 /// Ends the program: a store that cannot do its job has no figure.
 [[noreturn]] void storeFailed(const char* what, const char* why);
-
-#endif

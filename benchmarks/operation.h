@@ -1,7 +1,6 @@
 // What is measured: operations of the module beside the system calls that move the same bytes.
 // SPDX-License-Identifier: MIT
-#ifndef BENCHMARKS_OPERATION_H
-#define BENCHMARKS_OPERATION_H
+#pragma once
 
 #include <functional>
 #include <string>
@@ -41,5 +40,3 @@ std::vector<Workload> wholeAreaWorkloads();
 std::vector<Workload> changeWorkloads();
 std::vector<Workload> restoreWorkloads();
 std::vector<Workload> startUpWorkloads();
-
-#endif

@@ -1,7 +1,6 @@
 // Alternating measurement: what disturbs the machine disturbs all sides alike.
 // SPDX-License-Identifier: MIT
-#ifndef BENCHMARKS_SIDE_BY_SIDE_H
-#define BENCHMARKS_SIDE_BY_SIDE_H
+#pragma once
 
 #include "benchmarks/operation.h"
 
@@ -18,5 +17,3 @@ void registerDurable(int repetitions);
 
 /// The middle of the values, which must not be empty.
 double medianOf(std::vector<double> values);
-
-#endif

@@ -1,7 +1,6 @@
 // Projects as XML files: nested "object" elements with "property" children.
 // SPDX-License-Identifier: MIT
-#ifndef PROJECT_TREE_PROJECT_READER_H
-#define PROJECT_TREE_PROJECT_READER_H
+#pragma once
 
 #include "project_tree/project_tree.h"
 
@@ -24,5 +23,3 @@ struct ProjectReading
 /// with the types "int32", "uint32" (decimal) and "string". `fileName` is only used in messages.
 ProjectReading readProject(QIODevice& device, const QString& fileName);
 ProjectReading readProjectFile(const QString& fileName);
-
-#endif

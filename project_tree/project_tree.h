@@ -1,7 +1,6 @@
 // Defines the configuration tree of a project: the types that models only see as pointers.
 // SPDX-License-Identifier: MIT
-#ifndef PROJECT_TREE_PROJECT_TREE_H
-#define PROJECT_TREE_PROJECT_TREE_H
+#pragma once
 
 #include "host_interface/configuration_tree.h"
 
@@ -42,5 +41,3 @@ using TreeObserver = std::function<void(const QString& call)>;
 /// From now on `observer` gets one line for each call of the configuration-tree functions, with its
 /// arguments; an empty one, as at the start, ends that.
 void observeTree(TreeObserver observer);
-
-#endif

@@ -1,7 +1,6 @@
 // A record of the calls that a model makes to its host, for tests that check their order.
 // SPDX-License-Identifier: MIT
-#ifndef SIMULATED_HOST_CALL_LOG_H
-#define SIMULATED_HOST_CALL_LOG_H
+#pragma once
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -17,5 +16,3 @@ template <typename Describe> void logCall(Describe describe)
     if (QStringList* const log = callLog())
         log->append(describe());
 }
-
-#endif

@@ -1,7 +1,6 @@
 // The areas "LB", "LW" and "RWI": one memory that serves as raw image and as cells.
 // SPDX-License-Identifier: MIT
-#ifndef SIMULATED_HOST_MEMORY_AREAS_H
-#define SIMULATED_HOST_MEMORY_AREAS_H
+#pragma once
 
 #include <QtCore/QString>
 
@@ -56,5 +55,3 @@ public:
 private:
     std::array<MemoryArea, 3> areas;
 };
-
-#endif

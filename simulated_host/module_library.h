@@ -1,7 +1,6 @@
 // Loading of a model's shared library.
 // SPDX-License-Identifier: MIT
-#ifndef SIMULATED_HOST_MODULE_LIBRARY_H
-#define SIMULATED_HOST_MODULE_LIBRARY_H
+#pragma once
 
 #include <QtCore/QString>
 
@@ -32,5 +31,3 @@ private:
     void (*destroy)(ExtendFuncModelBase*) = nullptr;
     QString errorText;
 };
-
-#endif

@@ -1,7 +1,6 @@
 // A mount namespace for this process, with a /usr of its own.
 // SPDX-License-Identifier: MIT
-#ifndef SIMULATED_HOST_MOUNT_NAMESPACE_H
-#define SIMULATED_HOST_MOUNT_NAMESPACE_H
+#pragma once
 
 #include <QtCore/QString>
 
@@ -12,5 +11,3 @@ QString enterNamespaceWithOwnUsr();
 
 /// Shows the directory or file `source` at `target` too. Returns an empty string, or what went wrong.
 QString bindMount(const QString& source, const QString& target);
-
-#endif

@@ -1,7 +1,6 @@
 // The simulated panel: areas, a project and one model, driven in the order in which the real runtime does it.
 // SPDX-License-Identifier: MIT
-#ifndef SIMULATED_HOST_PANEL_H
-#define SIMULATED_HOST_PANEL_H
+#pragma once
 
 #include "project_tree/project_tree.h"
 #include "simulated_host/memory_areas.h"
@@ -45,5 +44,3 @@ public:
 private:
     object* project;
 };
-
-#endif

@@ -1,7 +1,6 @@
 // A private /usr/tavrin for this process, so that the module's fixed directory can be any directory.
 // SPDX-License-Identifier: MIT
-#ifndef SIMULATED_HOST_PRIVATE_DIRECTORY_H
-#define SIMULATED_HOST_PRIVATE_DIRECTORY_H
+#pragma once
 
 #include <QtCore/QString>
 
@@ -25,5 +24,3 @@ QString pathMappingNotice();
 /// The directory that is /usr/tavrin, for programs that are given it with `usrTavrinVariable`; empty in a
 /// mount namespace, which they share.
 QString mappedUsrTavrin();
-
-#endif

@@ -1,7 +1,6 @@
 // A scratch directory that goes when the process goes, whichever way that is.
 // SPDX-License-Identifier: MIT
-#ifndef SIMULATED_HOST_SCRATCH_DIRECTORY_H
-#define SIMULATED_HOST_SCRATCH_DIRECTORY_H
+#pragma once
 
 #include <QtCore/QString>
 
@@ -9,5 +8,3 @@
 /// it as soon as this process and the children that it forks have ended, also when they were killed. Empty
 /// when none can be made.
 QString makeScratchDirectory();
-
-#endif

@@ -1,7 +1,6 @@
 // The shell that models run commands through.
 // SPDX-License-Identifier: MIT
-#ifndef SIMULATED_HOST_SHELL_H
-#define SIMULATED_HOST_SHELL_H
+#pragma once
 
 #include <QtCore/QString>
 
@@ -13,5 +12,3 @@ void setCommandRunner(std::function<int(const char*)> runner);
 
 /// How often a command was run since the process began.
 int commandsRun(const QString& command);
-
-#endif

@@ -1,7 +1,6 @@
 // The communication interface over the simulated areas.
 // SPDX-License-Identifier: MIT
-#ifndef SIMULATED_HOST_SIMULATED_COMM_H
-#define SIMULATED_HOST_SIMULATED_COMM_H
+#pragma once
 
 #include "host_interface/interface_comm.h"
 #include "simulated_host/memory_areas.h"
@@ -30,5 +29,3 @@ private:
     MemoryAreas& areas;
     QSet<int> removedCodes;
 };
-
-#endif

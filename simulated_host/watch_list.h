@@ -1,7 +1,6 @@
 // The cells whose changes a model wants reported.
 // SPDX-License-Identifier: MIT
-#ifndef SIMULATED_HOST_WATCH_LIST_H
-#define SIMULATED_HOST_WATCH_LIST_H
+#pragma once
 
 #include "host_interface/exchange_records.h"
 
@@ -39,5 +38,3 @@ private:
 
 /// The message that reports a change of that cell. Area names longer than its field are cut off.
 _ExtendTriggerMsg_t changeMessage(const QString& area, int address);
-
-#endif

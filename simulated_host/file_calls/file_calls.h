@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Part of the shared library `file_calls` (path_mapping.h says how it gets its place before the C library).
-#ifndef SIMULATED_HOST_FILE_CALLS_FILE_CALLS_H
-#define SIMULATED_HOST_FILE_CALLS_FILE_CALLS_H
+#pragma once
 
 #include <sys/types.h>
 #include <sys/uio.h>
@@ -62,5 +61,3 @@ public:
 /// From now on this hook is told of every call, null: none. It stays the caller's. Calls that a hook makes
 /// itself are not told. For programs with one thread.
 void setFileCallHook(FileCallHook* hook);
-
-#endif

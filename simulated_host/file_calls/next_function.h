@@ -1,7 +1,6 @@
 // Finds the C library's function that an interposed one stands before.
 // SPDX-License-Identifier: MIT
-#ifndef SIMULATED_HOST_FILE_CALLS_NEXT_FUNCTION_H
-#define SIMULATED_HOST_FILE_CALLS_NEXT_FUNCTION_H
+#pragma once
 
 #include <dlfcn.h>
 
@@ -12,5 +11,3 @@ template <typename Function> Function nextFunction(const char* name)
 
 /// `next` is the function of that name behind this one. Looked up once.
 #define NEXT(NAME) static const auto next = nextFunction<decltype(&::NAME)>(#NAME)
-
-#endif

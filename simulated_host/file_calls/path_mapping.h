@@ -6,8 +6,7 @@
 // is preloaded into one (LD_PRELOAD) that does not: QtCore, the C++ library and unmodified modules all go
 // through it. It needs no privilege. What it cannot change is what the kernel resolves by itself: the targets
 // of symbolic links that others made, and system calls made without the C library.
-#ifndef SIMULATED_HOST_FILE_CALLS_PATH_MAPPING_H
-#define SIMULATED_HOST_FILE_CALLS_PATH_MAPPING_H
+#pragma once
 
 #include <climits>
 
@@ -38,5 +37,3 @@ private:
 /// Turns a path that the C library answered with, of `length` characters, back into what the process is to
 /// see; returns its new length. No zero byte is needed or written.
 unsigned unmapPath(char* path, unsigned length, unsigned room);
-
-#endif

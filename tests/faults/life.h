@@ -1,7 +1,6 @@
 // A scripted life of a panel: start-up with given files, changes or saves, an orderly stop.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_FAULTS_LIFE_H
-#define TESTS_FAULTS_LIFE_H
+#pragma once
 
 #include "tests/support/module_test.h"
 
@@ -96,5 +95,3 @@ struct LifeRecord
 
 /// Lives through it. When the module is not even created, nothing else happens.
 LifeRecord live(Mode mode, const StepRunner& run);
-
-#endif

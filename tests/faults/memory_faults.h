@@ -5,8 +5,7 @@
 // The shared library `memory_faults` is linked before the C library, so that everything in the process, the
 // unmodified module binary included, allocates through it. The operators new of the C++ library end in malloc
 // and so fail with it.
-#ifndef TESTS_FAULTS_MEMORY_FAULTS_H
-#define TESTS_FAULTS_MEMORY_FAULTS_H
+#pragma once
 
 struct MemoryFault
 {
@@ -27,5 +26,3 @@ bool memoryFaultHappened();
 
 /// Number of blocks that were allocated between enterModule() and leaveModule() and are not freed yet.
 int moduleBlocksInUse();
-
-#endif

@@ -3,8 +3,7 @@
 //
 // Only calls on paths below "/usr/tavrin" and on descriptors opened there count, and only while storage
 // faults are planned.
-#ifndef TESTS_FAULTS_STORAGE_FAULTS_H
-#define TESTS_FAULTS_STORAGE_FAULTS_H
+#pragma once
 
 #include <string>
 
@@ -45,5 +44,3 @@ void endStorageFaults();
 bool storageFaultHappened();
 bool storageFaultOnStream();
 std::string storageFaultPath();
-
-#endif

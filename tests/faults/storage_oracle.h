@@ -1,7 +1,6 @@
 // What a life leaves behind in one area when one call to storage fails, told without the module.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_FAULTS_STORAGE_ORACLE_H
-#define TESTS_FAULTS_STORAGE_ORACLE_H
+#pragma once
 
 #include "tests/faults/life.h"
 #include "tests/faults/storage_faults.h"
@@ -35,5 +34,3 @@ AreaOutcome outcome(const AreaStart& start, const std::optional<Hit>& hit, int u
 
 /// Number of units that a restore of the area goes through, one by one.
 int restoreUnits(const AreaStart& start);
-
-#endif

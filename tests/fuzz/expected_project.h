@@ -1,8 +1,7 @@
 // What the module must make of a project, worked out rule by rule and without any of its code: mode, period,
 // blocks and their places in the files.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_FUZZ_EXPECTED_PROJECT_H
-#define TESTS_FUZZ_EXPECTED_PROJECT_H
+#pragma once
 
 #include "project_tree/project_tree.h"
 
@@ -48,5 +47,3 @@ ExpectedProject expectedOf(const object& project);
 
 /// The blocks of one area's entries in the order in which they stand, each in its place in the file.
 std::vector<ExpectedBlock> expectedBlocks(const std::vector<ExpectedEntry>& entries, const QString& area);
-
-#endif

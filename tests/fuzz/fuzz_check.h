@@ -1,7 +1,6 @@
 // The end of a fuzzer's run when the module and the account of it differ.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_FUZZ_FUZZ_CHECK_H
-#define TESTS_FUZZ_FUZZ_CHECK_H
+#pragma once
 
 #include <cstdio>
 #include <cstdlib>
@@ -14,5 +13,3 @@
             std::abort();                                                                                    \
         }                                                                                                    \
     } while (false)
-
-#endif

@@ -1,7 +1,6 @@
 // Numbers and texts taken from a fuzzer's bytes.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_FUZZ_FUZZ_INPUT_H
-#define TESTS_FUZZ_FUZZ_INPUT_H
+#pragma once
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
@@ -31,5 +30,3 @@ private:
     const std::uint8_t* data;
     std::size_t size;
 };
-
-#endif

@@ -43,7 +43,7 @@ bool isAffordable(const ExpectedProject& model)
     std::int64_t total = 0;
     for (std::size_t a = 0; a < 3; ++a) {
         for (const ExpectedBlock& block : model.blocks[a]) {
-            total += std::max(0, block.count) * (a == 0 ? 20 : 1);
+            total += std::int64_t(std::max(0, block.count)) * (a == 0 ? 20 : 1);
             if (std::abs(std::int64_t(block.count)) > most || block.fileOffset > most)
                 return false;
         }

@@ -1,7 +1,6 @@
 // Retention files of any length and content from a fuzzer's bytes.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_FUZZ_HOSTILE_FILES_H
-#define TESTS_FUZZ_HOSTILE_FILES_H
+#pragma once
 
 #include "tests/fuzz/expected_project.h"
 #include "tests/fuzz/fuzz_input.h"
@@ -19,5 +18,3 @@ Files filesFrom(FuzzInput& input);
 
 /// Whether memory and files stay small: no block lies or reaches far away.
 bool isAffordable(const ExpectedProject& project);
-
-#endif

@@ -160,11 +160,9 @@ void KeptFilesModel::change(const QByteArray& nameField, std::int32_t address)
 void KeptFilesModel::writeBit(const ExpectedBlock& block, std::int32_t address)
 {
     const std::int32_t bit = sum32(difference32(address, block.entry.index), block.bitOffset);
-    if (bit % 8 < 0) // only behind a negative count: no bit of any byte
-        return;
     const std::int32_t offset = sum32(block.fileOffset, bit / 8);
     const int byte = readAt(files[0], offset, 1).at(0);
-    const int mask = 1 << (bit % 8);
+    const int mask = bit % 8 < 0 ? 0 : 1 << (bit % 8); // after a negative count: no bit of the byte
     const bool set = memory(0).cell(address).value_or(0) != 0;
     writeAt(files[0], offset, QByteArray(1, static_cast<char>(set ? byte | mask : byte & ~mask)));
 }

@@ -1,7 +1,6 @@
 // What the module must do to its files and to the panel's cells, worked out on byte arrays without its code.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_FUZZ_KEPT_FILES_MODEL_H
-#define TESTS_FUZZ_KEPT_FILES_MODEL_H
+#pragma once
 
 #include "simulated_host/memory_areas.h"
 #include "tests/fuzz/expected_project.h"
@@ -50,5 +49,3 @@ private:
     bool ready = false;
     int syncCount = 0;
 };
-
-#endif

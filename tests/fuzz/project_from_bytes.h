@@ -1,7 +1,6 @@
 // Project trees from a fuzzer's bytes.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_FUZZ_PROJECT_FROM_BYTES_H
-#define TESTS_FUZZ_PROJECT_FROM_BYTES_H
+#pragma once
 
 #include "project_tree/project_tree.h"
 #include "tests/fuzz/fuzz_input.h"
@@ -12,5 +11,3 @@
 /// text, or append a whole retention entry. Names and texts are often those that the module looks for. Trees
 /// have at most some thousand objects.
 std::unique_ptr<object> projectFromBytes(FuzzInput& input);
-
-#endif

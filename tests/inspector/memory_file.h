@@ -1,7 +1,6 @@
 // Makes a retention file that is only in memory.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_INSPECTOR_MEMORY_FILE_H
-#define TESTS_INSPECTOR_MEMORY_FILE_H
+#pragma once
 
 #include "tools/retention_core/retention_files.h"
 
@@ -20,5 +19,3 @@ inline RetentionFile memoryFile(const AreaFacts& area, const QByteArray& bytes)
     file.device = device;
     return file;
 }
-
-#endif

@@ -1,7 +1,6 @@
 // Runs a command of the inspector without its command line.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_INSPECTOR_REPORT_OF_H
-#define TESTS_INSPECTOR_REPORT_OF_H
+#pragma once
 
 #include "tools/retention_inspector/command.h"
 
@@ -23,5 +22,3 @@ inline Report reportOf(const char* command, const std::vector<Layout>& projects,
         inputs.options.insert(QLatin1String(name), value);
     return known.run(inputs);
 }
-
-#endif

@@ -2,8 +2,7 @@
 // has no Qt 4; compiling the module's sources against these declarations shows that they use nothing newer.
 // Before a declaration is added here, look it up in the documentation of Qt 4.8.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_QT4_DECLARATIONS_H
-#define TESTS_QT4_DECLARATIONS_H
+#pragma once
 
 #define QT_VERSION 0x040807
 
@@ -267,5 +266,3 @@ public:
 };
 QDataStream& operator<<(QDataStream&, const QString&);
 QDataStream& operator>>(QDataStream&, QString&);
-
-#endif

@@ -1,7 +1,6 @@
 // Change messages byte by byte, for names and surroundings that a well-behaved host does not send.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_SUPPORT_CHANGE_MESSAGES_H
-#define TESTS_SUPPORT_CHANGE_MESSAGES_H
+#pragma once
 
 #include "host_interface/host_interface.h"
 
@@ -29,5 +28,3 @@ public:
 private:
     alignas(8) std::array<char, 128> bytes;
 };
-
-#endif

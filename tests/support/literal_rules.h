@@ -1,8 +1,7 @@
 // The rules by which entries become blocks and blocks get their places in a file, one rule a statement, in
 // records of their own: what the module's results are compared with.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_SUPPORT_LITERAL_RULES_H
-#define TESTS_SUPPORT_LITERAL_RULES_H
+#pragma once
 
 #include <QtCore/QString>
 
@@ -37,5 +36,3 @@ std::vector<RuleBlock> partitionByRules(std::vector<RuleEntry> entries);
 
 /// Sets fileOffset and bitOffset of one area's blocks.
 void mapByRules(std::vector<RuleBlock>& blocks);
-
-#endif

@@ -1,8 +1,7 @@
 // What tests of the module binary share: a fresh fixed directory, the loaded library, files, projects, the
 // call log.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_SUPPORT_MODULE_TEST_H
-#define TESTS_SUPPORT_MODULE_TEST_H
+#pragma once
 
 #include "simulated_host/call_log.h"
 #include "simulated_host/panel.h"
@@ -68,5 +67,3 @@ protected:
 
     QStringList calls;
 };
-
-#endif

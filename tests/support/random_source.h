@@ -1,7 +1,6 @@
 // Random inputs of tests, the same in every run unless asked otherwise.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_SUPPORT_RANDOM_SOURCE_H
-#define TESTS_SUPPORT_RANDOM_SOURCE_H
+#pragma once
 
 #include <cstdlib>
 #include <iostream>
@@ -50,5 +49,3 @@ public:
 private:
     std::mt19937 engine;
 };
-
-#endif

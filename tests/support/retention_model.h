@@ -1,8 +1,7 @@
 // An independent model of the per-address mode: what the files hold and what the host is asked for, said
 // again without the module.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_SUPPORT_RETENTION_MODEL_H
-#define TESTS_SUPPORT_RETENTION_MODEL_H
+#pragma once
 
 #include "tests/support/literal_rules.h"
 #include "tests/support/module_test.h"
@@ -64,5 +63,3 @@ private:
     void changeBit(ModelArea& area, const RuleBlock& block, int address, QStringList& calls);
     void changeWords(ModelArea& area, const RuleBlock& block, QStringList& calls);
 };
-
-#endif

@@ -1,7 +1,6 @@
 // Runs a compiled tool as a user would and keeps what it said.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_SUPPORT_RUN_TOOL_H
-#define TESTS_SUPPORT_RUN_TOOL_H
+#pragma once
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
@@ -21,5 +20,3 @@ ToolRun runTool(const QString& program, const QStringList& arguments, const QByt
 /// The same with a terminal of 30 lines as standard input, output and error, on which `keys` are typed at
 /// once.
 ToolRun runToolOnTerminal(const QString& program, const QStringList& arguments, const QByteArray& keys);
-
-#endif

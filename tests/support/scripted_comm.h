@@ -1,7 +1,6 @@
 // A communication interface whose answers a test decides and whose calls it sees as they were made.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_SUPPORT_SCRIPTED_COMM_H
-#define TESTS_SUPPORT_SCRIPTED_COMM_H
+#pragma once
 
 #include "host_interface/interface_comm.h"
 
@@ -48,5 +47,3 @@ public:
         return result;
     }
 };
-
-#endif

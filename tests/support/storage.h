@@ -1,7 +1,6 @@
 // Storage in odd states: file systems of their own on the fixed directory, files as text.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_SUPPORT_STORAGE_H
-#define TESTS_SUPPORT_STORAGE_H
+#pragma once
 
 #include "simulated_host/private_directory.h"
 
@@ -64,5 +63,3 @@ inline std::string lines(const QStringList& calls)
 {
     return calls.join(QLatin1Char('\n')).toStdString();
 }
-
-#endif

@@ -1,7 +1,6 @@
 // Parses the command language of the simulated panel.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_PANEL_SIMULATOR_COMMAND_H
-#define TOOLS_PANEL_SIMULATOR_COMMAND_H
+#pragma once
 
 #include <QtCore/QString>
 
@@ -37,5 +36,3 @@ Command parseCommand(const QString& line);
 
 /// The commands, one a line, for people.
 QString commandHelp();
-
-#endif

@@ -1,7 +1,6 @@
 // Supplies command lines from a terminal, a pipe or a script, while the panel's time passes.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_PANEL_SIMULATOR_LINE_SOURCE_H
-#define TOOLS_PANEL_SIMULATOR_LINE_SOURCE_H
+#pragma once
 
 #include "simulated_host/panel.h"
 #include "tools/panel_simulator/live_view.h"
@@ -50,5 +49,3 @@ private:
     std::unique_ptr<History, EndHistory> history;
     std::unique_ptr<EditLine, EndEditor> editor; ///< null unless the descriptor is a terminal
 };
-
-#endif

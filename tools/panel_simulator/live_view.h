@@ -1,7 +1,6 @@
 // Shows the running panel on top of the terminal while commands are typed below it.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_PANEL_SIMULATOR_LIVE_VIEW_H
-#define TOOLS_PANEL_SIMULATOR_LIVE_VIEW_H
+#pragma once
 
 #include "simulated_host/panel.h"
 
@@ -47,5 +46,3 @@ private:
     MemoryAreas seen;           ///< as of the last frame
     std::deque<Change> changes; ///< the latest first
 };
-
-#endif

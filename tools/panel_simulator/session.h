@@ -1,7 +1,6 @@
 // Carries out commands on a simulated panel and tells the user what happened.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_PANEL_SIMULATOR_SESSION_H
-#define TOOLS_PANEL_SIMULATOR_SESSION_H
+#pragma once
 
 #include "simulated_host/panel.h"
 #include "tools/panel_simulator/command.h"
@@ -19,5 +18,3 @@ bool runCommand(const Command& command, Panel& panel, const QString& directory, 
 
 /// The chosen mode in words, with its number.
 QString modeText(const ExtendFuncModelBase& model);
-
-#endif

@@ -1,7 +1,6 @@
 // Keeps sets of cell addresses as ranges: a range costs the same whether it names one cell or two billion.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_CORE_CELL_RANGES_H
-#define TOOLS_RETENTION_CORE_CELL_RANGES_H
+#pragma once
 
 #include <QtCore/QString>
 
@@ -50,5 +49,3 @@ private:
 
 /// Such as "9" or "12 to 14".
 QString rangeText(const CellRange& range);
-
-#endif

@@ -1,7 +1,6 @@
 // Finds what the user of a project and its files should change, and says how.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_CORE_FINDINGS_H
-#define TOOLS_RETENTION_CORE_FINDINGS_H
+#pragma once
 
 #include "tools/retention_core/layout.h"
 #include "tools/retention_core/retention_files.h"
@@ -68,5 +67,3 @@ FileCheck checkFile(const Layout& layout, const RetentionFile& file);
 
 /// Such as "1 cell" or "3 cells".
 QString countText(qint64 count, const char* what);
-
-#endif

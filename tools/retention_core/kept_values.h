@@ -1,7 +1,6 @@
 // Reads and writes the values of retention files, by address.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_CORE_KEPT_VALUES_H
-#define TOOLS_RETENTION_CORE_KEPT_VALUES_H
+#pragma once
 
 #include "tools/retention_core/layout.h"
 #include "tools/retention_core/retention_files.h"
@@ -41,5 +40,3 @@ bool writeValues(const AreaLayout& area, const std::vector<ushort>& values, QIOD
 /// Number of set bits after the last cell of a per-address "LB" file, looking a few kilobytes past it; 0 for
 /// other files, and where the place of the last cell is not certain.
 qint64 strayBits(const Layout& layout, const RetentionFile& file);
-
-#endif

@@ -1,7 +1,6 @@
 // Describes where a project's retained cells lie in its files, as the module's own rules place them.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_CORE_LAYOUT_H
-#define TOOLS_RETENTION_CORE_LAYOUT_H
+#pragma once
 
 #include "poweroff_protect/maintenance_file_info.h"
 #include "tools/retention_core/cell_ranges.h"
@@ -52,5 +51,3 @@ CellRanges ignoredCells(const AreaFacts& area);
 
 /// The layout that the module makes of these settings, whatever their values.
 Layout makeLayout(ProjectSettings settings);
-
-#endif

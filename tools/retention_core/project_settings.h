@@ -1,7 +1,6 @@
 // Describes what a project says about retention: the mode, the save period and the entries as configured.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_CORE_PROJECT_SETTINGS_H
-#define TOOLS_RETENTION_CORE_PROJECT_SETTINGS_H
+#pragma once
 
 #include "poweroff_protect/area_facts.h"
 #include "poweroff_protect/retention_settings.h"
@@ -55,5 +54,3 @@ struct Words
 
 /// Such as "whole-area" and "whole areas".
 Words wordsOf(RetentionMode mode);
-
-#endif

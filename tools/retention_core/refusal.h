@@ -1,7 +1,6 @@
 // Defines what is thrown when an input or an output is refused.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_CORE_REFUSAL_H
-#define TOOLS_RETENTION_CORE_REFUSAL_H
+#pragma once
 
 #include <QtCore/QString>
 
@@ -15,5 +14,3 @@ public:
 
     QString message() const { return QString::fromUtf8(what()); }
 };
-
-#endif

@@ -1,7 +1,6 @@
 // Opens the three retention files of a directory, and makes a directory with three new ones.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_CORE_RETENTION_FILES_H
-#define TOOLS_RETENTION_CORE_RETENTION_FILES_H
+#pragma once
 
 #include "poweroff_protect/area_facts.h"
 
@@ -49,5 +48,3 @@ void requireReadable(const RetentionFiles& files);
 /// gets each file open and empty, and answers false when it cannot be written. Throws a Refusal.
 void makeRetentionFiles(const QString& directory,
                         const std::function<bool(const AreaFacts& area, QFile& file)>& fill);
-
-#endif

@@ -1,8 +1,7 @@
 // Describes a command: arguments, options and help, and the function that runs it. The commands stand in
 // commands/, each in the file of its name.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_INSPECTOR_COMMAND_H
-#define TOOLS_RETENTION_INSPECTOR_COMMAND_H
+#pragma once
 
 #include "tools/retention_core/layout.h"
 #include "tools/retention_core/retention_files.h"
@@ -71,5 +70,3 @@ const Command* commandNamed(const QString& name);
 
 /// The usual values of the command's options.
 QHash<QString, QString> usualOptions(const Command& command);
-
-#endif

@@ -1,7 +1,6 @@
 // The states in which a power cut can leave the disk.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_POWER_CUT_DISK_STATES_CUT_STATES_H
-#define TESTS_POWER_CUT_DISK_STATES_CUT_STATES_H
+#pragma once
 
 #include "tests/power_cut/disk_states/disk.h"
 #include "tests/power_cut/support/random.h"
@@ -22,5 +21,3 @@ bool forEachCutState(const Disk& synced, const std::vector<DiskOp>& unsynced, Ra
 /// nothing without a write.
 std::optional<DiskImage> withSpoiledPages(const Disk& synced, const std::vector<DiskOp>& unsynced,
                                           Random& random);
-
-#endif

@@ -1,7 +1,6 @@
 // What a program does to the disk, and what the disk then holds.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_POWER_CUT_DISK_STATES_DISK_H
-#define TESTS_POWER_CUT_DISK_STATES_DISK_H
+#pragma once
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
@@ -76,5 +75,3 @@ struct Disk
     /// Drops the bytes of files that have no name and that no such operation is about.
     void forgetNameless(const std::vector<DiskOp>& pending);
 };
-
-#endif

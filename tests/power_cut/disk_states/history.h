@@ -1,7 +1,6 @@
 // Lets panels live, each life ended by a cut of which every possible disk state is started.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_POWER_CUT_DISK_STATES_HISTORY_H
-#define TESTS_POWER_CUT_DISK_STATES_HISTORY_H
+#pragma once
 
 #include "tests/power_cut/disk_states/life.h"
 #include "tests/power_cut/support/command.h"
@@ -89,5 +88,3 @@ private:
     qint64 statesOfLife = 0;
     std::unordered_set<std::size_t> checked; ///< states that need no further check under the present promise
 };
-
-#endif

@@ -1,7 +1,6 @@
 // Records one life of a panel, and checks on the way that every write is synced before the module returns.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_POWER_CUT_DISK_STATES_LIFE_H
-#define TESTS_POWER_CUT_DISK_STATES_LIFE_H
+#pragma once
 
 #include "simulated_host/module_library.h"
 #include "tests/power_cut/disk_states/disk.h"
@@ -76,5 +75,3 @@ RecordedLife recordLife(const ModuleLibrary& library, object* project, const Ret
 /// Starts a panel whose memory is random; a line for everything in all of the memory that is not what the
 /// start must make of it.
 QStringList startPanel(Panel& panel, const RetainedCells& cells, const Files& found, Random& random);
-
-#endif

@@ -1,7 +1,6 @@
 // Records what this process does to the project directory, through whichever library.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_POWER_CUT_DISK_STATES_RECORDER_H
-#define TESTS_POWER_CUT_DISK_STATES_RECORDER_H
+#pragma once
 
 #include "tests/power_cut/disk_states/disk.h"
 
@@ -29,5 +28,3 @@ private:
 DiskImage readProjectDirectory();
 /// Makes the project directory that, and nothing else. Nothing of it is recorded.
 void writeProjectDirectory(const DiskImage& image);
-
-#endif

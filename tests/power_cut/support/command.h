@@ -1,7 +1,6 @@
 // Reads options, shows progress and keeps evidence.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_POWER_CUT_SUPPORT_COMMAND_H
-#define TESTS_POWER_CUT_SUPPORT_COMMAND_H
+#pragma once
 
 #include "simulated_host/module_library.h"
 
@@ -76,5 +75,3 @@ private:
     qint64 lostValues = 0;
     int kept = 0;
 };
-
-#endif

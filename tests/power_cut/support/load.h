@@ -1,7 +1,6 @@
 // Gives a simulated panel random work: changes that reach the module through the watch list, and saves.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_POWER_CUT_SUPPORT_LOAD_H
-#define TESTS_POWER_CUT_SUPPORT_LOAD_H
+#pragma once
 
 #include "simulated_host/panel.h"
 #include "tests/power_cut/support/promise.h"
@@ -58,5 +57,3 @@ private:
     LoadLog& log;
     Group last = {};
 };
-
-#endif

@@ -1,7 +1,6 @@
 // Makes random projects for panels that lose their power.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_POWER_CUT_SUPPORT_PANEL_PROJECT_H
-#define TESTS_POWER_CUT_SUPPORT_PANEL_PROJECT_H
+#pragma once
 
 #include "project_tree/project_tree.h"
 #include "tests/power_cut/support/random.h"
@@ -30,5 +29,3 @@ inline const char* const projectKindNames[projectKinds] = {"few ranges", "many r
 
 /// At least one cell of it is retained.
 PanelProject randomProject(ProjectKind kind, Random& random);
-
-#endif

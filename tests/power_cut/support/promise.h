@@ -1,7 +1,6 @@
 // What the retention files may say, given all that happened before the power was cut.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_POWER_CUT_SUPPORT_PROMISE_H
-#define TESTS_POWER_CUT_SUPPORT_PROMISE_H
+#pragma once
 
 #include "tests/power_cut/support/retained_cells.h"
 
@@ -72,5 +71,3 @@ private:
     std::optional<Write> underWay;
     qint64 changed = 0;
 };
-
-#endif

@@ -1,7 +1,6 @@
 // Random numbers that depend on nothing but their seed.
 // SPDX-License-Identifier: MIT
-#ifndef TESTS_POWER_CUT_SUPPORT_RANDOM_H
-#define TESTS_POWER_CUT_SUPPORT_RANDOM_H
+#pragma once
 
 #include <cstdint>
 #include <random>
@@ -30,5 +29,3 @@ public:
 
     std::mt19937_64 engine;
 };
-
-#endif

@@ -1,7 +1,6 @@
 // Works out from a project's XML which cells are retained and what a start makes of the retention files,
 // without the module's code and without the configuration tree. SPDX-License-Identifier: MIT
-#ifndef TESTS_POWER_CUT_SUPPORT_RETAINED_CELLS_H
-#define TESTS_POWER_CUT_SUPPORT_RETAINED_CELLS_H
+#pragma once
 
 #include "simulated_host/memory_areas.h"
 
@@ -54,5 +53,3 @@ QByteArray storedImage(std::size_t area, const Files& files);
 void restoreInto(MemoryAreas& areas, const RetainedCells& cells, const Files& files);
 /// The files after a start.
 Files filesAfterStart(const RetainedCells& cells, Files files);
-
-#endif

@@ -1,7 +1,6 @@
 // Draws the three files of a project as an SVG picture.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_INSPECTOR_REPORT_MAP_PICTURE_H
-#define TOOLS_RETENTION_INSPECTOR_REPORT_MAP_PICTURE_H
+#pragma once
 
 #include "tools/retention_core/layout.h"
 
@@ -40,5 +39,3 @@ AreaMap areaMap(const Layout& layout, const AreaFacts& area);
 /// An SVG document: for each area its range to scale, then its blocks in the order of the file with addresses
 /// at their edges, and the configured cells that are not retained, hatched. `title` is put at the top.
 QByteArray mapPicture(const Layout& layout, const QString& title);
-
-#endif

@@ -1,7 +1,6 @@
 // Describes what a command found, before it is written as text, JSON or CSV.
 // SPDX-License-Identifier: MIT
-#ifndef TOOLS_RETENTION_INSPECTOR_REPORT_REPORT_H
-#define TOOLS_RETENTION_INSPECTOR_REPORT_REPORT_H
+#pragma once
 
 #include "tools/retention_core/findings.h"
 
@@ -82,5 +81,3 @@ struct ReportFormat
 /// The first one is the usual one.
 inline constexpr std::array<ReportFormat, 3> reportFormats = {
     {{"text", reportText}, {"json", reportJson}, {"csv", reportCsv}}};
-
-#endif
