@@ -4,6 +4,7 @@
 #include "poweroff_protect/poweroff_protect.h"
 
 #include <cstddef>
+#include <type_traits>
 
 // The module object has virtual operations; GCC and Clang lay out such classes as the target's C++ ABI says.
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
@@ -86,3 +87,9 @@ FIRST(MaintenanceFileInfo, address, 0);
 NEXT(MaintenanceFileInfo, address, bitOffset, 32);
 NEXT(MaintenanceFileInfo, bitOffset, fileOffset, 36);
 NEXT(MaintenanceFileInfo, fileOffset, count, 40);
+
+// Ordinary members: a runtime may hold pointers to them.
+static_assert(std::is_member_function_pointer<decltype(&poweroff_protect::memoryPartition)>::value,
+              "memoryPartition() must not be static");
+static_assert(std::is_member_function_pointer<decltype(&poweroff_protect::fileMemoryMap)>::value,
+              "fileMemoryMap() must not be static");
