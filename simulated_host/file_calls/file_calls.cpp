@@ -306,7 +306,6 @@ REMOVE(rmdir)
 REMOVE(remove)
 
 // NOLINTBEGIN(bugprone-macro-parentheses): arguments come with their comma
-#define WITH(...) , __VA_ARGS__
 #define LOOK(NAME, PARAMETERS, ARGUMENTS)                                                                    \
     int NAME(const char* path PARAMETERS) noexcept                                                           \
     {                                                                                                        \

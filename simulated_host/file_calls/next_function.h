@@ -11,3 +11,6 @@ template <typename Function> Function nextFunction(const char* name)
 
 /// `next` is the function of that name behind this one. Looked up once.
 #define NEXT(NAME) static const auto next = nextFunction<decltype(&::NAME)>(#NAME)
+
+/// Further parameters or arguments, with the comma before them, as one argument of a macro.
+#define WITH(...) , __VA_ARGS__

@@ -31,7 +31,6 @@
         NEXT(NAME);                                                                                          \
         return next(directory, MappedPath(path) ARGUMENTS);                                                  \
     }
-#define WITH(...) , __VA_ARGS__
 #define NOTHING
 // NOLINTEND(bugprone-macro-parentheses)
 
