@@ -121,8 +121,10 @@ LifeRecord live(Mode mode, const StepRunner& run)
 
     ModelPointer model;
     run(Create, [&] { model = moduleLibrary().createModel(); });
-    if (!model)
+    if (!model) {
+        record.restored = memoriesOf(areas);
         return record;
+    }
     run(Open, [&] { model->extModelOpen(project.get(), QString(), &comm); });
     run(Init, [&] { model->extModelInit(); });
     QList<RegisterValueChangeSize> watched;

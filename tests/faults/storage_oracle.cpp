@@ -33,7 +33,7 @@ bool heals(const Hit& hit)
 /// A life of one area: the hits, and the state that it moves through.
 struct Course
 {
-    const Hits& hits;
+    Hits hits;
     AreaStart start;
     QByteArray memory = imageAtStart(areaOf(start));
     std::optional<QByteArray> file = start.file;
@@ -110,23 +110,19 @@ int readBefore(const Hit& hit, int place, int there)
     return hit.fault.extent == Extent::ShortAndFail ? before + (there - before) / 2 : before;
 }
 
-AreaOutcome wholeAreaOutcome(const AreaStart& start, Course course)
+void startWholeArea(Course& course)
 {
-    const LifeArea& area = areaOf(start);
+    const LifeArea& area = areaOf(course.start);
     if (!course.hitBy({Kind::Look}, Open) && (!course.file || course.file->size() < area.imageBytes))
         make(course, Open, area.imageBytes);
     openStream(course, Open);
     if (course.open) {
         QByteArray readable = *course.file;
         if (const Hit* const hit = course.hitBy({Kind::Seek, Kind::Read}, Open))
-            readable.truncate(hit->area == start.area ? readBefore(*hit, 0, readable.size()) : 0);
+            readable.truncate(hit->area == course.start.area ? readBefore(*hit, 0, readable.size()) : 0);
         course.broken = readable.size() < area.imageBytes;
         course.memory.replace(0, qMin(readable.size(), area.imageBytes), readable.left(area.imageBytes));
     }
-    const QByteArray restored = course.memory;
-    for (int cycle = 1; cycle <= lifeCycles; ++cycle)
-        writeThrough(course, FirstEvent + cycle - 1, 0, imageForCycle(area, cycle));
-    return {restored, course.files};
 }
 
 int bitInFile(const QByteArray& file, int bit)
@@ -180,24 +176,37 @@ void writeBit(Course& course, int step, const LifeBlock& block, const Change& ch
                  QByteArray(1, static_cast<char>(change.value ? byte | mask : byte & ~mask)));
 }
 
-void runChange(Course& course, const LifeArea& area, int step, const Change& change)
+/// The panel changes the cell; unless the change is left out, the block that has it is written.
+void runChange(Course& course, int step, const Change& change, bool leftOut)
 {
+    const bool bits = areaOf(course.start).bits;
+    if (bits)
+        course.memory[change.address] = static_cast<char>(change.value != 0);
+    else
+        course.memory.replace(2 * change.address, 2, reinterpret_cast<const char*>(&change.value), 2);
     for (const LifeBlock& block : lifeBlocks) {
-        if (block.area != change.area || change.address < block.first ||
+        if (leftOut || block.area != change.area || change.address < block.first ||
             change.address >= block.first + block.count)
             continue;
-        if (area.bits)
-            course.memory[change.address] = static_cast<char>(change.value != 0);
-        else
-            course.memory.replace(2 * change.address, 2, reinterpret_cast<const char*>(&change.value), 2);
         if (!course.open)
             openStream(course, step);
-        if (!course.open)
-            continue;
-        if (area.bits)
+        if (course.open && bits)
             writeBit(course, step, block, change);
-        else
+        else if (course.open)
             writeThrough(course, step, block.place, course.memory.mid(2 * block.first, 2 * block.count));
+    }
+}
+
+void runEvents(Course& course, const std::set<int>& leftOut)
+{
+    const bool wholeAreas = course.start.mode == Mode::WholeAreas;
+    for (int event = 0; event < eventsOf(course.start.mode); ++event) {
+        const int step = FirstEvent + event;
+        const Change& change = lifeChanges[static_cast<std::size_t>(event)];
+        if (!wholeAreas && change.area == course.start.area)
+            runChange(course, step, change, leftOut.count(step) != 0);
+        else if (wholeAreas && leftOut.count(step) == 0)
+            writeThrough(course, step, 0, imageForCycle(areaOf(course.start), event + 1));
     }
 }
 
@@ -209,33 +218,41 @@ int newFileLength(const AreaStart& start)
     return areaOf(start).bits ? cells / 8 + 1 : 2 * cells;
 }
 
-AreaOutcome perAddressOutcome(const AreaStart& start, Course course)
+void startPerAddress(Course& course)
 {
     const bool unknown = course.hitBy({Kind::Look}, Init); // then it is taken for a file with values
     if (!course.file && !unknown) {
-        make(course, Init, newFileLength(start));
+        make(course, Init, newFileLength(course.start));
     } else if (unknown || !course.file->isEmpty()) {
         openStream(course, Init);
         const Hit* const hit = course.open ? course.hitBy({Kind::Seek, Kind::Read}, Init) : nullptr;
-        if (areaOf(start).bits)
+        if (areaOf(course.start).bits)
             restoreBits(course, hit);
         else
             restoreWordBlocks(course, hit);
         course.broken = hit != nullptr;
     }
-    const QByteArray restored = course.memory;
-    for (std::size_t k = 0; k < lifeChanges.size(); ++k) {
-        if (lifeChanges[k].area == start.area)
-            runChange(course, areaOf(start), FirstEvent + static_cast<int>(k), lifeChanges[k]);
-    }
-    return {restored, course.files};
 }
 
 } // namespace
 
 AreaOutcome outcome(const AreaStart& start, const Hits& hits)
 {
-    const Course course = {hits, start};
-    return start.mode == Mode::WholeAreas ? wholeAreaOutcome(start, course)
-                                          : perAddressOutcome(start, course);
+    Course course = {hits, start};
+    if (start.mode == Mode::WholeAreas)
+        startWholeArea(course);
+    else
+        startPerAddress(course);
+    const QByteArray restored = course.memory;
+    runEvents(course, {});
+    return {restored, course.files};
+}
+
+std::optional<QByteArray> fileAtEnd(const AreaStart& start, const QByteArray& restored,
+                                    const std::set<int>& leftOut)
+{
+    Course course = {{}, start, restored};
+    openStream(course, FirstEvent);
+    runEvents(course, leftOut);
+    return course.file;
 }

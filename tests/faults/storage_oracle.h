@@ -5,6 +5,8 @@
 #include "tests/faults/life.h"
 #include "tests/faults/storage_faults.h"
 
+#include <set>
+
 /// A fault that came, and in which step of the life.
 struct Hit
 {
@@ -40,3 +42,8 @@ struct AreaOutcome
 };
 
 AreaOutcome outcome(const AreaStart& start, const Hits& hits);
+
+/// The area's file at the end of a life that had `start.file` and `restored` after its start-up, and whose
+/// changes or saves in the steps `leftOut` were not written.
+std::optional<QByteArray> fileAtEnd(const AreaStart& start, const QByteArray& restored,
+                                    const std::set<int>& leftOut);
