@@ -110,6 +110,7 @@ int eventsOf(Mode mode)
 
 LifeRecord live(Mode mode, const StepRunner& run)
 {
+    EXPECT_TRUE(moduleLibrary().isLoaded()) << moduleLibrary().error().toStdString();
     const auto project = projectFor(mode);
     MemoryAreas areas;
     for (const LifeArea& area : lifeAreas)
