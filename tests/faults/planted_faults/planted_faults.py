@@ -2,7 +2,7 @@
 """Plants faults in copies of the module's sources: the sweeps must find each one, and say what it is.
 
     planted_faults.py write SOURCE COPY    copies one source with its faults, which PLANTED_FAULT then names
-    planted_faults.py try MODULE STORAGE_TEST MEMORY_TEST
+    planted_faults.py try MODULE STORAGE_TEST MEMORY_TEST HOSTILE_TEST
                                            runs the sweeps over the library of those copies
 """
 # SPDX-License-Identifier: MIT
@@ -13,7 +13,7 @@ import subprocess
 import sys
 import unittest
 
-STORAGE, MEMORY = "storage", "memory"
+STORAGE, MEMORY, HOSTILE = "storage", "memory", "hostile"
 ONE, PAIRS, STOPS = ".LeaveExactly*", ".InPairs*", ".BeforeTheProcessStops*"
 
 # (name, sweep, its test and life, what it must say, [(source, text, the text with the fault)]).
@@ -96,6 +96,12 @@ FAULTS = [
        "    failed = !ranWithMemory([&] {\n        const QString")]),
     ("without memory a block is watched in part", MEMORY, "*PerAddressLifeWithKeptFiles", "as watched",
      [("change_tracking.cpp", "while (!complete &&", "while (!FAULT && !complete &&")]),
+
+    ("what is no file makes room for one", HOSTILE, ".StopNoWholeAreaLife*/0", "identityOf(.|\n)*mode",
+     [("whole_areas.cpp", "    if (look.missing ||",
+       "    if (FAULT && !look.regular)\n"
+       "        unlink(path.toLatin1().constData());\n"
+       "    if ((FAULT && !look.regular) || look.missing ||")]),
 ]
 
 PRELUDE = """#include "poweroff_protect/file_access.h"
@@ -160,5 +166,5 @@ if __name__ == "__main__":
         write_copy(pathlib.Path(sys.argv[2]), pathlib.Path(sys.argv[3]))
     else:
         PlantedFaults.module = sys.argv[2]
-        PlantedFaults.tests = {STORAGE: sys.argv[3], MEMORY: sys.argv[4]}
+        PlantedFaults.tests = dict(zip((STORAGE, MEMORY, HOSTILE), sys.argv[3:]))
         unittest.main(argv=sys.argv[:1], verbosity=2)
