@@ -98,5 +98,9 @@ struct LifeRecord
     std::vector<RegisterValueChangeSize> watched;
 };
 
+/// Whether a sweep reached as many faults as it is known to reach, so that none goes missing unseen. The
+/// number is exact for Qt 5; another QtCore makes other calls and allocations of its own.
+testing::AssertionResult isReached(int faults, int known);
+
 /// Lives through it. When the module is not even created, nothing else happens.
 LifeRecord live(Mode mode, const StepRunner& run);
