@@ -189,6 +189,7 @@ TEST_F(ChangeTracking, ANullMessageIsIgnored)
     start({{LW, 0, 1}});
     panel->model->addrOptChangeMsg(nullptr);
     EXPECT_EQ(lines(calls), "");
+    EXPECT_EQ(lines(change(LW, 0, 1)), lines(readThenSync("LW", 0, 1))) << "any other one is not";
 }
 
 TEST_F(ChangeTracking, MessagesBeforeTheInitialisationAreIgnored)
@@ -209,6 +210,8 @@ TEST_F(ChangeTracking, InWholeAreaModeMessagesBeforeTheInitialisationAreIgnoredT
     panel = makePanel(project.get());
     panel->open();
     EXPECT_EQ(lines(change(LW, 0, 1)), "");
+    panel->init();
+    EXPECT_EQ(lines(change(LW, 0, 1)), "sync");
 }
 
 TEST_F(ChangeTracking, NamesThatDifferInAnyLetterAreIgnored)
@@ -220,6 +223,8 @@ TEST_F(ChangeTracking, NamesThatDifferInAnyLetterAreIgnored)
         panel->model->addrOptChangeMsg(RawMessage(name, 1));
         EXPECT_EQ(lines(calls), "") << '"' << name << '"';
     }
+    panel->model->addrOptChangeMsg(RawMessage("RWI", 1));
+    EXPECT_EQ(lines(calls), lines(readThenSync("RWI", 0, 4)));
 }
 
 TEST_F(ChangeTracking, OnlyTheAddressAndTheTerminatedNameOfAMessageCount)
@@ -235,12 +240,17 @@ TEST_F(ChangeTracking, OnlyTheAddressAndTheTerminatedNameOfAMessageCount)
 TEST_F(ChangeTracking, WithoutACommunicationInterfaceAChangeIsDroppedWithoutSync)
 {
     const ModelPointer model = moduleLibrary().createModel();
-    project = wholeAreaProject(0, 5);
-    model->extModelOpen(project.get(), QString(), nullptr);
-    model->extModelInit();
-    calls.clear();
-    model->addrOptChangeMsg(RawMessage("LW", 1));
-    EXPECT_EQ(lines(calls), "");
+    MemoryAreas areas;
+    SimulatedComm comm(areas);
+    project = perAddressProject({{LW, 1, 1}});
+    for (InterfaceComm* const given :
+         {static_cast<InterfaceComm*>(&comm), static_cast<InterfaceComm*>(nullptr)}) {
+        model->extModelOpen(project.get(), QString(), given);
+        model->extModelInit();
+        calls.clear();
+        model->addrOptChangeMsg(RawMessage("LW", 1));
+        EXPECT_EQ(lines(calls), given ? lines(readThenSync("LW", 1, 1)) : "");
+    }
 }
 
 TEST_F(ChangeTracking, CellsThatTheHostCannotReadAreStoredAsZero)

@@ -98,6 +98,9 @@ TEST_F(Configuration, SaveAllWinsOverEntriesWhichAreThenNotRead)
     EXPECT_TRUE(panel->watched.ranges().empty());
     EXPECT_FALSE(calls.contains(QStringLiteral("object_first_child")));
     EXPECT_FALSE(calls.contains(QStringLiteral("object_get_child sourceAddress")));
+    EXPECT_TRUE(calls.contains(QStringLiteral("object_get_child DataRetention"))) << "reading is recorded";
+    panel->model->cyclicRun();
+    EXPECT_EQ(syncs(), 1);
 }
 
 TEST_F(Configuration, ReadsSaveTimeInEveryModeInOrder)

@@ -214,6 +214,7 @@ TEST_F(Life, IsThatOfTheModelAfterEveryStartAndEveryChange)
                 ASSERT_NO_FATAL_FAILURE(change());
         }
     }
+    EXPECT_GT(changes, 0) << "TEST_LIVES is no number of lives";
     std::cout << life << " lives, " << starts << " starts, " << changes << " changes\n";
 }
 

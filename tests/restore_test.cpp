@@ -119,6 +119,10 @@ TEST_F(Restore, LeavesEmptyFilesEmptyAndClosed)
     for (const char* name : {bitFileName, wordFileName, rwiFileName})
         EXPECT_EQ(retentionFile(name), QByteArray("")) << name;
     EXPECT_TRUE(openFiles().isEmpty()) << lines(openFiles());
+    panel->areas.named(LW)->setCell(1, 7);
+    panel->reportChange(LW, 1);
+    EXPECT_EQ(hex(retentionFile(wordFileName)), "00 00 07 00 00 00") << "until the first change";
+    EXPECT_EQ(lines(openFiles()), wordFileName);
 }
 
 TEST_F(Restore, OpensFilesThatHaveBytesAndKeepsThemOpenUntilTheModuleEnds)
@@ -238,6 +242,9 @@ TEST_F(Restore, WithoutAProjectDirectoryLeavesTheAreasAlone)
 {
     blockProjectDirectory();
     EXPECT_EQ(restored({{LB, 0, 8}, {LW, 0, 2}, {RWI, 0, 2}}), "");
+    panel->reportChange(LW, 0);
+    EXPECT_EQ(syncs(), 1) << "the module goes on";
+    EXPECT_FALSE(QFileInfo(QLatin1String(fixedProjectDirectory)).isDir());
 }
 
 TEST_F(Restore, InAReadOnlyDirectoryMakesNothingAndZeroesTheWordsOfFilesThatItCannotOpen)

@@ -157,6 +157,7 @@ TEST_F(SystemCalls, AChangeOfACellThatIsNotKeptCostsNone)
     start(perAddressProject({{LW, 100, 10}}));
     panel->reportChange(LW, 100);
     EXPECT_EQ(callsOfChange(LW, 110), "");
+    EXPECT_EQ(callsOfChange(LW, 109), "seek write:20");
 }
 
 TEST_F(SystemCalls, AWholeAreaSaveSeeksAndWritesThreeTimesStraightFromTheAreas)

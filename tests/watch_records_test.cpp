@@ -149,6 +149,8 @@ TEST_F(WatchRecords, AreNoneInWholeAreaModeAndWithoutAProject)
         panel->model->getMonitorTriggerAddr(records);
         EXPECT_THAT(cellsOf(records), IsEmpty());
     }
+    const auto entries = perAddressProject({{QStringLiteral("LW"), 5, 1}});
+    EXPECT_EQ(startPanel(entries.get())->watched.ranges().size(), 1U) << "with entries there are";
 }
 
 TEST_F(WatchRecords, CarryTheGivenNameAndNotTheBlocks)

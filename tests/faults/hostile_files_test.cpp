@@ -2,10 +2,12 @@
 // the other areas are retained as ever.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
+#include "tests/support/storage.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 
+#include <climits>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -58,11 +60,36 @@ void putThing(const Place& place)
     }
 }
 
-struct stat statusOf(const char* fileName)
+QByteArray linkTarget(const QByteArray& path)
 {
+    char target[PATH_MAX] = {};
+    return {target, static_cast<int>(qMax<ssize_t>(0, readlink(path.constData(), target, sizeof target)))};
+}
+
+/// All that tells the thing from another one in its place: which inode of which kind with which rights, where
+/// it leads to, what it holds.
+std::string identityOf(const char* fileName)
+{
+    const QByteArray path = retentionPath(QLatin1String(fileName)).toLatin1();
     struct stat status = {};
-    EXPECT_EQ(lstat(retentionPath(QLatin1String(fileName)).toLatin1().constData(), &status), 0);
-    return status;
+    if (lstat(path.constData(), &status) != 0)
+        return "it is gone";
+    QStringList held;
+    if (S_ISDIR(status.st_mode))
+        held =
+            QDir(QString::fromLatin1(path)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    return "inode " + std::to_string(status.st_ino) + ", mode " + std::to_string(status.st_mode) + ", " +
+           std::to_string(status.st_nlink) + " names, " + std::to_string(status.st_size) + " bytes, to " +
+           linkTarget(path).toStdString() + ", holding " + lines(held);
+}
+
+/// What the links of these tests lead to.
+std::string identityOfTargets()
+{
+    struct stat full = {};
+    stat("/dev/full", &full);
+    return "device " + std::to_string(full.st_rdev) + ", mode " + std::to_string(full.st_mode) +
+           (QFile::exists(QStringLiteral("/usr/tavrin/missing")) ? ", and a file nowhere" : "");
 }
 
 class HostileFiles : public ModuleTest, public testing::WithParamInterface<Place>
@@ -71,61 +98,81 @@ protected:
     HostileFiles() { alarm(30); } // instead of waiting for ever
     ~HostileFiles() override { alarm(0); }
 
-    bool isHostile(const char* fileName) const { return qstrcmp(fileName, GetParam().fileName) == 0; }
+    void SetUp() override
+    {
+        ASSERT_NO_FATAL_FAILURE(putThing(GetParam()));
+        before = identityOf(GetParam().fileName);
+        targetsBefore = identityOfTargets();
+    }
+
+    void TearDown() override
+    {
+        EXPECT_EQ(identityOf(GetParam().fileName), before);
+        EXPECT_EQ(identityOfTargets(), targetsBefore);
+    }
+
+    static bool isHostile(std::size_t area) { return qstrcmp(files[area], GetParam().fileName) == 0; }
+
+    /// The cell is `value` in every area whose file is none of the things.
+    static void expectCells(Panel& panel, int address, ushort value)
+    {
+        for (std::size_t a = 0; a < files.size(); ++a)
+            if (!isHostile(a)) {
+                EXPECT_EQ(panel.areas.all()[a].cell(address), value) << files[a];
+            }
+    }
+
+    static void expectFiles(const std::array<QByteArray, 3>& expected)
+    {
+        for (std::size_t a = 0; a < files.size(); ++a)
+            if (!isHostile(a)) {
+                EXPECT_EQ(retentionFile(QLatin1String(files[a])), expected[a]) << files[a];
+            }
+    }
+
+    inline static const std::array<const char*, 3> files = {bitFileName, wordFileName, rwiFileName};
+
+private:
+    std::string before, targetsBefore;
 };
 
 TEST_P(HostileFiles, StopNoPerAddressLifeAndCostNoOtherArea)
 {
-    putThing(GetParam());
-    const struct stat before = statusOf(GetParam().fileName);
     const auto project = perAddressProject(
         {{QStringLiteral("LB"), 0, 8}, {QStringLiteral("LW"), 0, 2}, {QStringLiteral("RWI"), 0, 2}});
+    ushort last = 0;
     for (const ushort value : {1, 0, 1}) {
         auto panel = startPanel(project.get());
+        expectCells(*panel, 1, last);
         calls.clear();
-        panel->setCells(QStringLiteral("LB"), 3, {value});
-        panel->setCells(QStringLiteral("LW"), 1, {value});
-        panel->setCells(QStringLiteral("RWI"), 1, {value});
+        for (const char* const area : {"LB", "LW", "RWI"})
+            panel->setCells(QLatin1String(area), 1, {value});
         EXPECT_EQ(syncs(), 3);
         panel.reset();
         const auto word = QByteArray(2, '\0') + static_cast<char>(value) + '\0';
-        if (!isHostile(bitFileName)) {
-            EXPECT_EQ(retentionFile(bitFileName)->at(0), value << 3);
-        }
-        if (!isHostile(wordFileName)) {
-            EXPECT_EQ(retentionFile(wordFileName), word);
-        }
-        if (!isHostile(rwiFileName)) {
-            EXPECT_EQ(retentionFile(rwiFileName), word);
-        }
+        expectFiles({QByteArray(1, static_cast<char>(value << 1)) + '\0', word, word});
+        last = value;
     }
-    EXPECT_EQ(statusOf(GetParam().fileName).st_ino, before.st_ino) << "it was replaced";
-    EXPECT_EQ(statusOf(GetParam().fileName).st_mode, before.st_mode);
 }
 
 TEST_P(HostileFiles, StopNoWholeAreaLifeAndCostNoOtherArea)
 {
-    putThing(GetParam());
     const auto project = wholeAreaProject(1, 5);
+    ushort last = 0;
     for (const ushort value : {1, 0, 1}) {
         auto panel = startPanel(project.get());
+        expectCells(*panel, 100, last);
         calls.clear();
         for (MemoryArea& area : panel->areas.all())
             area.setCell(100, value);
         panel->model->cyclicRun();
         EXPECT_EQ(syncs(), 1);
         panel.reset();
-        if (!isHostile(bitFileName)) {
-            EXPECT_EQ(retentionFile(bitFileName)->at(100), value);
-        }
-        if (!isHostile(wordFileName)) {
-            EXPECT_EQ(retentionFile(wordFileName)->at(200), value);
-        }
-        if (!isHostile(rwiFileName)) {
-            EXPECT_EQ(retentionFile(rwiFileName)->at(200), value);
-        }
+        const auto one = QByteArray(1, static_cast<char>(value));
+        const auto words = QByteArray(131072, '\0').replace(200, 1, one);
+        expectFiles({QByteArray(65536, '\0').replace(100, 1, one), words, words});
+        last = value;
     }
-    statusOf(GetParam().fileName);
 }
 
 std::vector<Place> everyPlace()

@@ -72,15 +72,35 @@ void runEvent(Mode mode, MemoryAreas& areas, ExtendFuncModelBase& model, int eve
     run(FirstEvent + event, [&] { model.addrOptChangeMsg(&message); });
 }
 
+/// Counts what the module restores. Like everything that it calls here, without allocating.
+class CountingComm : public SimulatedComm
+{
+public:
+    using SimulatedComm::SimulatedComm;
+
+    int writeRegisterValues(const QString& link, const QString& area, int address, int selector, int count,
+                            const ushort* data) override
+    {
+        for (std::size_t a = 0; a < lifeAreas.size(); ++a)
+            areaWrites[a] += area == QLatin1String(lifeAreas[a].name);
+        return SimulatedComm::writeRegisterValues(link, area, address, selector, count, data);
+    }
+};
+
 int syncsRun = 0;
 
 } // namespace
 
+std::array<int, 3> areaWrites = {};
+std::function<int()> syncCommand;
+
 // Stands before the simulated host's, which keeps its own books in allocated memory.
 int sys_base_do_system(const char* command)
 {
-    syncsRun += qstrcmp(command, "sync") == 0;
-    return 0;
+    if (qstrcmp(command, "sync") != 0)
+        return 0;
+    ++syncsRun;
+    return syncCommand ? syncCommand() : 0;
 }
 
 int eventsOf(Mode mode)
@@ -90,18 +110,22 @@ int eventsOf(Mode mode)
 
 LifeRecord live(Mode mode, const StepRunner& run)
 {
+    EXPECT_TRUE(moduleLibrary().isLoaded()) << moduleLibrary().error().toStdString();
     const auto project = projectFor(mode);
     MemoryAreas areas;
     for (const LifeArea& area : lifeAreas)
         setMemory(areas, area, imageAtStart(area));
-    SimulatedComm comm(areas);
+    CountingComm comm(areas);
+    areaWrites = {};
     LifeRecord record;
     const int syncsBefore = syncsRun;
 
     ModelPointer model;
     run(Create, [&] { model = moduleLibrary().createModel(); });
-    if (!model)
+    if (!model) {
+        record.restored = memoriesOf(areas);
         return record;
+    }
     run(Open, [&] { model->extModelOpen(project.get(), QString(), &comm); });
     run(Init, [&] { model->extModelInit(); });
     QList<RegisterValueChangeSize> watched;

@@ -85,6 +85,11 @@ int eventsOf(Mode mode);
 /// Makes one call of the module; nothing but the module runs inside `call`, and what it calls of the host.
 using StepRunner = std::function<void(int step, const std::function<void()>& call)>;
 
+/// How often the life in progress has written to each area.
+extern std::array<int, 3> areaWrites;
+/// What "sync" does, and its exit status; an empty one does nothing and answers 0.
+extern std::function<int()> syncCommand;
+
 /// What became of a life.
 struct LifeRecord
 {

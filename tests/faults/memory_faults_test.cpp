@@ -1,5 +1,5 @@
-// Every allocation of the module fails in turn: at most that file or block is left out, and no file is
-// harmed.
+// Every allocation of the module fails in turn: at most that file, block or change is left out, and all else
+// is exactly as it should be.
 // SPDX-License-Identifier: MIT
 #include "tests/faults/current_life.h"
 #include "tests/faults/life.h"
@@ -9,8 +9,8 @@
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
+#include <cerrno>
 #include <cstdio>
-#include <iostream>
 #include <new>
 #include <set>
 #include <unistd.h>
@@ -22,66 +22,51 @@ void plainly(int, const std::function<void()>& call)
     call();
 }
 
-ushort wordAt(const QByteArray& bytes, int offset)
+/// The cells of an area that memory is needed for together: their bytes in its image. A whole area is one.
+struct Unit
 {
-    const auto at = [&](int k) { return k < bytes.size() ? static_cast<unsigned char>(bytes.at(k)) : 0; };
-    return static_cast<ushort>(at(offset) | at(offset + 1) << 8);
-}
+    int first, bytes;
+};
 
-/// The j-th cell of a block as a file or an area's memory has it.
-ushort cellInFile(const QByteArray& file, const LifeBlock& block, int j)
+std::vector<Unit> unitsOf(Mode mode, int area)
 {
-    const int bit = block.place + j;
-    if (lifeAreas[static_cast<std::size_t>(block.area)].bits)
-        return bit / 8 < file.size() ? file.at(bit / 8) >> (bit % 8) & 1 : 0;
-    return wordAt(file, block.place + 2 * j);
-}
-
-ushort cellInMemory(const QByteArray& memory, const LifeBlock& block, int j)
-{
-    const int address = block.first + j;
-    return lifeAreas[static_cast<std::size_t>(block.area)].bits ? static_cast<ushort>(memory.at(address) != 0)
-                                                                : wordAt(memory, 2 * address);
-}
-
-/// All values that the cell has had, or 0.
-std::set<ushort> valuesHad(const QByteArray& startFile, const LifeBlock& block, int j)
-{
-    const LifeArea& area = lifeAreas[static_cast<std::size_t>(block.area)];
-    std::set<ushort> values = {0, cellInFile(startFile, block, j),
-                               cellInMemory(imageAtStart(area), block, j)};
-    for (const Change& change : lifeChanges)
-        if (change.area == block.area && change.address == block.first + j)
-            values.insert(change.value);
-    return values;
-}
-
-/// A per-address file may lack changes, but holds nothing that its cells never had.
-testing::AssertionResult isUnharmed(int area, const std::optional<QByteArray>& startFile,
-                                    const std::optional<QByteArray>& file, int fullLength)
-{
-    if (!file)
-        return startFile ? testing::AssertionFailure() << "the file is gone" : testing::AssertionSuccess();
-    if (file->size() > fullLength || (startFile && file->size() < startFile->size()))
-        return testing::AssertionFailure() << "length " << file->size();
+    const LifeArea& facts = lifeAreas[static_cast<std::size_t>(area)];
+    if (mode == Mode::WholeAreas)
+        return {{0, facts.imageBytes}};
+    std::vector<Unit> units;
+    const int size = facts.bits ? 1 : 2;
     for (const LifeBlock& block : lifeBlocks)
-        for (int j = 0; block.area == area && j < block.count; ++j)
-            if (!valuesHad(startFile.value_or(QByteArray()), block, j).count(cellInFile(*file, block, j)))
-                return testing::AssertionFailure()
-                       << "cell " << block.first + j << " holds " << cellInFile(*file, block, j);
-    return testing::AssertionSuccess();
+        if (block.area == area)
+            units.push_back({size * block.first, size * block.count});
+    return units;
 }
 
-/// A whole-area file is always one whole image, or was not given its length.
-testing::AssertionResult isWholeImage(const LifeArea& area, const std::optional<QByteArray>& startFile,
-                                      const std::optional<QByteArray>& file)
+/// Whether the memory is `complete` but for units that are as in `before`.
+bool isCompleteButForUnits(const QByteArray& memory, QByteArray before, const QByteArray& complete,
+                           const std::vector<Unit>& units)
 {
-    if (file == startFile || file == QByteArray("") || file == QByteArray(area.imageBytes, '\0'))
-        return testing::AssertionSuccess();
-    for (int cycle = 1; cycle <= lifeCycles; ++cycle)
-        if (file == imageForCycle(area, cycle))
-            return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "a mixture of " << (file ? file->size() : -1) << " bytes";
+    for (const Unit& unit : units)
+        if (memory.mid(unit.first, unit.bytes) == complete.mid(unit.first, unit.bytes))
+            before.replace(unit.first, unit.bytes, complete.mid(unit.first, unit.bytes));
+    return memory == before;
+}
+
+/// The watched addresses of an area, `complete` or without blocks that there was no memory for.
+bool isWatchedButForBlocks(const QList<int>& addresses, int area, bool complete)
+{
+    int at = 0;
+    for (const LifeBlock& block : lifeBlocks) {
+        if (block.area != area)
+            continue;
+        QList<int> cells;
+        for (int j = 0; j < block.count; ++j)
+            cells.append(block.first + j);
+        if (addresses.mid(at, block.count) == cells)
+            at += block.count;
+        else if (complete)
+            return false;
+    }
+    return at == addresses.size();
 }
 
 QList<int> watchedAddresses(const LifeRecord& record, const char* area)
@@ -93,10 +78,37 @@ QList<int> watchedAddresses(const LifeRecord& record, const char* area)
     return addresses;
 }
 
+/// All choices among the steps.
+std::vector<std::set<int>> subsets(const std::vector<int>& steps)
+{
+    std::vector<std::set<int>> result(1);
+    for (const int step : steps)
+        for (std::size_t k = result.size(); k-- > 0;) {
+            result.push_back(result[k]);
+            result.back().insert(step);
+        }
+    return result;
+}
+
+/// Where lives start, and the number of faults that the sweep over them reaches.
+struct Sweep
+{
+    const char* name;
+    Mode mode;
+    StartFiles start;
+    int faults;
+};
+
+void PrintTo(const Sweep& sweep, std::ostream* out)
+{
+    *out << sweep.name;
+}
+
 struct MemoryLife
 {
     LifeRecord record;
     Files files;
+    std::optional<int> failedIn; ///< the step in which the fault came
     std::optional<int> thrownIn; ///< the step out of which std::bad_alloc came
 };
 
@@ -116,42 +128,19 @@ protected:
         GTEST_SKIP() << "a sanitizer brings its own allocator, which these faults do not reach";
 #endif
     }
+};
 
-    static void TearDownTestSuite()
+class MemoryFaultSweep : public MemoryFaults, public testing::WithParamInterface<Sweep>
+{
+protected:
+    const Mode mode = GetParam().mode;
+    const int startStep = mode == Mode::WholeAreas ? Open : Init; ///< in which files are made and restored
+    const bool hasDirectory = GetParam().start != StartFiles::NoDirectory;
+    const Files start = filesAtStart(mode, GetParam().start);
+
+    MemoryLife liveOnce(const MemoryFault& fault) const
     {
-        std::cout << allPoints << " memory faults in all\n";
-    }
-
-    void sweepAll(Mode mode, StartFiles kind)
-    {
-        int points = 0;
-        for (const bool lasting : {false, true}) {
-            const MemoryLife clean = liveOnce(mode, kind, {1 << 30, false});
-            liveOnce(mode, kind, {1 << 30, false}); // what QtCore makes once is made now
-            for (MemoryFault fault = {1, lasting};; ++fault.nth) {
-                std::snprintf(currentLife, sizeof currentLife, "allocation %d fails%s, %s mode, start %d",
-                              fault.nth, lasting ? " and all later ones" : "",
-                              mode == Mode::WholeAreas ? "whole-area" : "per-address",
-                              static_cast<int>(kind));
-                SCOPED_TRACE(currentLife);
-                if (!check(mode, kind, fault, clean))
-                    break;
-                ++points;
-                if (HasFailure())
-                    return;
-            }
-        }
-        allPoints += points;
-        std::cout << points << " memory faults\n";
-        EXPECT_GT(points, 20);
-    }
-
-private:
-    inline static int allPoints = 0;
-
-    static MemoryLife liveOnce(Mode mode, StartFiles kind, const MemoryFault& fault)
-    {
-        lay(filesAtStart(mode, kind), kind != StartFiles::NoDirectory);
+        lay(start, hasDirectory);
         alarm(20);
         MemoryLife life;
         planMemoryFault(fault);
@@ -165,6 +154,8 @@ private:
                 life.thrownIn = step;
             }
             leaveModule();
+            if (!life.failedIn && memoryFaultHappened())
+                life.failedIn = step;
         });
         endMemoryFaults();
         life.files = filesNow();
@@ -172,75 +163,145 @@ private:
     }
 
     /// False when the fault's turn never came.
-    bool check(Mode mode, StartFiles kind, const MemoryFault& fault, const MemoryLife& clean)
+    bool liveThrough(const MemoryFault& fault)
     {
+        std::snprintf(currentLife, sizeof currentLife, "%s, allocation %d fails%s", GetParam().name,
+                      fault.nth, fault.lasting ? " and all later ones" : "");
+        SCOPED_TRACE(currentLife);
         const int before = moduleBlocksInUse();
-        const MemoryLife life = liveOnce(mode, kind, fault);
-        const bool came = memoryFaultHappened();
+        const MemoryLife life = liveOnce(fault);
         EXPECT_EQ(moduleBlocksInUse(), before) << "memory leaked";
         EXPECT_TRUE(!life.thrownIn || *life.thrownIn == Create || *life.thrownIn == Open)
             << "std::bad_alloc out of step " << *life.thrownIn;
         EXPECT_EQ(life.record.syncs, life.thrownIn ? 0 : eventsOf(mode));
-
         int leftOut = 0;
-        const Files start = filesAtStart(mode, kind);
-        for (std::size_t a = 0; a < start.size(); ++a) {
-            const LifeArea& area = lifeAreas[a];
-            if (mode == Mode::WholeAreas)
-                EXPECT_TRUE(isWholeImage(area, start[a], life.files[a])) << area.name;
-            else
-                EXPECT_TRUE(isUnharmed(static_cast<int>(a), start[a], life.files[a], clean.files[a]->size()))
-                    << area.name;
-            leftOut += life.files[a] != clean.files[a] ||
-                       life.record.restored[a] != clean.record.restored[a] ||
-                       watchedAddresses(life.record, area.name) != watchedAddresses(clean.record, area.name);
-        }
+        for (int a = 0; a < 3; ++a)
+            leftOut += !checkArea(a, life, fault.lasting);
         EXPECT_TRUE(leftOut <= 1 || life.thrownIn || fault.lasting) << "a single fault reaches one area";
-        checkNextLife(mode);
-        return came;
+        checkNextLife();
+        return life.failedIn.has_value();
+    }
+
+private:
+    /// Holds one area against the account; whether it is as after a life without a fault.
+    bool checkArea(int area, const MemoryLife& life, bool lasting) const
+    {
+        const LifeArea& facts = lifeAreas[static_cast<std::size_t>(area)];
+        const auto mayLeaveOut = [&](int step) {
+            return life.failedIn && (step == *life.failedIn || (lasting && step > *life.failedIn));
+        };
+        const AreaStart areaStart = {mode, area, start[static_cast<std::size_t>(area)], hasDirectory};
+        const AreaOutcome clean = outcome(areaStart, {});
+
+        const QByteArray& restored = life.record.restored[static_cast<std::size_t>(area)];
+        const bool isRestored = restored == clean.restored;
+        const bool isRestoredInPart =
+            restored == notOpened(areaStart).restored ||
+            isCompleteButForUnits(restored, imageAtStart(facts), clean.restored, unitsOf(mode, area));
+        EXPECT_TRUE(isRestored || ((mayLeaveOut(startStep) || life.thrownIn) && isRestoredInPart))
+            << facts.name << " as restored";
+
+        const QList<int> watched = watchedAddresses(life.record, facts.name);
+        const bool isWatched =
+            mode == Mode::WholeAreas ? watched.isEmpty() : isWatchedButForBlocks(watched, area, true);
+        EXPECT_TRUE(isWatched || life.thrownIn ||
+                    (mayLeaveOut(Watch) && isWatchedButForBlocks(watched, area, false)))
+            << facts.name << " as watched";
+
+        const std::optional<QByteArray>& file = life.files[static_cast<std::size_t>(area)];
+        bool isExpected = false;
+        for (const AreaStart& made : afterStartUp(areaStart, clean, life))
+            isExpected =
+                isExpected ||
+                (life.thrownIn ? file == made.file : isAtEnd(file, made, restored, isRestored, mayLeaveOut));
+        EXPECT_TRUE(isExpected) << facts.name << " with " << (file ? file->size() : -1) << " bytes";
+        return isRestored && isWatched && file == clean.files.back().file;
+    }
+
+    /// What the rules make of a file that cannot be opened at start: its words are restored as 0.
+    AreaOutcome notOpened(const AreaStart& areaStart) const
+    {
+        const StorageFault fault = {FileCall::Kind::StreamOpen, 1, ENOMEM, StorageFault::Extent::Once};
+        return outcome(areaStart, {{fault, startStep, areaStart.area, false, 0, 0}});
+    }
+
+    /// What the start-up can have left in the place of the file: what it was to make, or, where the fault
+    /// came by then, a step on the way.
+    std::vector<AreaStart> afterStartUp(AreaStart areaStart, const AreaOutcome& clean,
+                                        const MemoryLife& life) const
+    {
+        const bool failed = life.failedIn && *life.failedIn <= startStep;
+        std::vector<AreaStart> result;
+        for (const FileState& state : clean.files) {
+            if (state.step > life.thrownIn.value_or(startStep))
+                break;
+            if (!failed)
+                result.clear();
+            areaStart.file = state.file;
+            result.push_back(areaStart);
+        }
+        return result;
+    }
+
+    /// Whether the file holds the last value of every cell but for changes that may be left out. An area
+    /// whose file was not opened as a whole is not saved either.
+    template <typename MayLeaveOut>
+    bool isAtEnd(const std::optional<QByteArray>& file, const AreaStart& made, const QByteArray& restored,
+                 bool isRestored, MayLeaveOut mayLeaveOut) const
+    {
+        if (mode == Mode::WholeAreas)
+            return file == (isRestored ? fileAtEnd(made, restored, {}) : made.file);
+        std::vector<int> steps;
+        for (int event = 0; event < eventsOf(mode); ++event)
+            if (lifeChanges[static_cast<std::size_t>(event)].area == made.area &&
+                mayLeaveOut(FirstEvent + event))
+                steps.push_back(FirstEvent + event);
+        for (const std::set<int>& leftOut : subsets(steps))
+            if (file == fileAtEnd(made, restored, leftOut))
+                return true;
+        return false;
     }
 
     /// With memory again, all is retained again.
-    static void checkNextLife(Mode mode)
+    void checkNextLife() const
     {
         const Files between = filesNow();
-        live(mode, plainly);
+        const LifeRecord record = live(mode, plainly);
         const Files files = filesNow();
-        for (std::size_t a = 0; a < files.size(); ++a)
-            EXPECT_EQ(files[a], outcome({mode, static_cast<int>(a), between[a]}, std::nullopt).file)
-                << lifeAreas[a].name << " in the next life";
+        for (std::size_t a = 0; a < files.size(); ++a) {
+            const AreaOutcome expected = outcome({mode, static_cast<int>(a), between[a], true}, {});
+            EXPECT_EQ(files[a], expected.files.back().file) << lifeAreas[a].name << " in the next life";
+            EXPECT_TRUE(record.restored[a] == expected.restored) << lifeAreas[a].name << " in the next life";
+        }
     }
 };
 
-TEST_F(MemoryFaults, AreSurvivedByAFirstWholeAreaLife)
+TEST_P(MemoryFaultSweep, LeavesFilesAsTheyBeganOrAsTheyShouldBe)
 {
-    sweepAll(Mode::WholeAreas, StartFiles::NoDirectory);
+    int points = 0;
+    for (const bool lasting : {false, true}) {
+        liveOnce({1 << 30, false}); // what QtCore makes once is made now
+        liveOnce({1 << 30, false});
+        MemoryFault fault = {1, lasting};
+        for (; liveThrough(fault); ++fault.nth)
+            ASSERT_FALSE(HasFailure());
+        points += fault.nth - 1;
+    }
+    EXPECT_EQ(points, GetParam().faults)
+        << "the module, QtCore or the C++ library allocates otherwise than before, so that other faults are "
+           "reached; if that is meant, expect this number and correct the sum in docs/reliability.md";
 }
 
-TEST_F(MemoryFaults, AreSurvivedByAWholeAreaLifeWithKeptFiles)
-{
-    sweepAll(Mode::WholeAreas, StartFiles::Kept);
-}
-
-TEST_F(MemoryFaults, AreSurvivedByAFirstPerAddressLife)
-{
-    sweepAll(Mode::PerAddress, StartFiles::NoDirectory);
-}
-
-TEST_F(MemoryFaults, AreSurvivedByAPerAddressLifeWithKeptFiles)
-{
-    sweepAll(Mode::PerAddress, StartFiles::Kept);
-}
-
-TEST_F(MemoryFaults, AreSurvivedByAPerAddressLifeWithShorterFiles)
-{
-    sweepAll(Mode::PerAddress, StartFiles::Shorter);
-}
-
-TEST_F(MemoryFaults, AreSurvivedByAPerAddressLifeWithEmptyFiles)
-{
-    sweepAll(Mode::PerAddress, StartFiles::Empty);
-}
+INSTANTIATE_TEST_SUITE_P(
+    In, MemoryFaultSweep,
+    testing::Values(Sweep{"AFirstWholeAreaLife", Mode::WholeAreas, StartFiles::NoDirectory, 118},
+                    Sweep{"AWholeAreaLifeWithKeptFiles", Mode::WholeAreas, StartFiles::Kept, 80},
+                    Sweep{"AWholeAreaLifeWithShorterFiles", Mode::WholeAreas, StartFiles::Shorter, 110},
+                    Sweep{"AFirstPerAddressLife", Mode::PerAddress, StartFiles::NoDirectory, 454},
+                    Sweep{"APerAddressLifeWithKeptFiles", Mode::PerAddress, StartFiles::Kept, 394},
+                    Sweep{"APerAddressLifeWithShorterFiles", Mode::PerAddress, StartFiles::Shorter, 394},
+                    Sweep{"APerAddressLifeWithEmptyFiles", Mode::PerAddress, StartFiles::Empty, 416}),
+    [](const auto& info) { return info.param.name; });
 
 /// Number of this process's descriptors that are open on retention files.
 int openRetentionFiles()

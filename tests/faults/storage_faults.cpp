@@ -2,13 +2,10 @@
 // SPDX-License-Identifier: MIT
 #include "tests/faults/storage_faults.h"
 
-#include "simulated_host/file_calls/file_calls.h"
-
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <map>
-#include <optional>
+#include <utility>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,63 +21,78 @@ struct Path
     bool ofStream = false;
 };
 
-/// The kind of fault that a call can have; nothing for those that never fail here.
-std::optional<StorageCall> faultOf(Kind kind)
-{
-    switch (kind) {
-    case Kind::Open:
-        return StorageCall::Open;
-    case Kind::StreamOpen:
-        return StorageCall::StreamOpen;
-    case Kind::Read:
-        return StorageCall::Read;
-    case Kind::Write:
-        return StorageCall::Write;
-    case Kind::Seek:
-        return StorageCall::Seek;
-    case Kind::Truncate:
-        return StorageCall::Truncate;
-    case Kind::Close:
-        return StorageCall::Close;
-    case Kind::MakeDirectory:
-        return StorageCall::MakeDirectory;
-    default:
-        return std::nullopt;
-    }
-}
-
 /// Bytes between the position and the end of the file, so that half of them is less than what is there.
 /// Everything that is no regular file has plenty.
-off64_t readable(int descriptor)
+off64_t readable(int descriptor, off64_t position)
 {
     struct stat status;
-    const off_t position = lseek(descriptor, 0, SEEK_CUR);
     if (position < 0 || fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
         return INT64_MAX;
     return std::max<off64_t>(status.st_size - position, 0);
 }
 
+/// A fault and how far its turn is.
+struct Plan
+{
+    StorageFault fault;
+    int seen = 0;
+    bool failsNext = false; ///< the second half of ShortAndFail
+    bool came = false;
+
+    /// Whether the fault hits the call. A transfer that is to come short has its turn only if it is of two
+    /// bytes or more.
+    bool hits(const FileCall& call)
+    {
+        if ((fault.kind && *fault.kind != call.kind) || (halves() && call.length < 2 && !failsNext))
+            return false;
+        ++seen;
+        return failsNext || seen == fault.nth || (seen > fault.nth && fault.extent == Extent::Lasting);
+    }
+
+    /// Lets the hit call come short, or says the errno with which it fails.
+    int strike(FileCall& call)
+    {
+        came = true;
+        if (!halves() || std::exchange(failsNext, false))
+            return fault.error;
+        failsNext = fault.extent == Extent::ShortAndFail;
+        call.length /= 2;
+        return 0;
+    }
+
+private:
+    bool halves() const { return fault.extent == Extent::Short || fault.extent == Extent::ShortAndFail; }
+};
+
 class FaultyStorage : public FileCallHook
 {
 public:
-    void begin(const StorageFault& fault)
+    void begin(const std::vector<StorageFault>& faults, StorageWatch newWatch)
     {
-        plan = fault;
-        seen = 0;
-        failsNext = false;
-        happened = false;
-        faultPath = {};
+        plans.clear();
+        for (const StorageFault& fault : faults)
+            plans.push_back({fault});
+        watch = std::move(newWatch);
     }
 
     int before(FileCall& call) override
     {
-        const std::optional<StorageCall> fault = faultOf(call.kind);
-        const Path path = fault && *fault == plan.call ? pathOf(call) : Path();
+        const Path path = pathOf(call);
         if (call.kind == Kind::Close)
             openPaths.erase(call.descriptor);
-        if (call.kind == Kind::Read)
-            call.length = std::min(call.length, readable(call.descriptor));
-        return path.text.empty() ? 0 : judge(call, path);
+        if (path.text.empty())
+            return 0;
+        off64_t position = 0;
+        if (call.kind == Kind::Read) {
+            position = lseek(call.descriptor, 0, SEEK_CUR);
+            call.length = std::min(call.length, readable(call.descriptor, position));
+        }
+        Plan* hit = nullptr;
+        for (Plan& plan : plans)
+            if (plan.hits(call) && !hit)
+                hit = &plan;
+        watch({call.kind, path.text, path.ofStream, position, hit && !hit->came ? &hit->fault : nullptr});
+        return hit ? hit->strike(call) : 0;
     }
 
     void after(const FileCall& call, long long result) override
@@ -90,9 +102,6 @@ public:
         if (const Path path = pathOf(call); !path.text.empty())
             openPaths[call.descriptor] = path;
     }
-
-    bool happened = false;
-    Path faultPath;
 
 private:
     Path pathOf(const FileCall& call) const
@@ -106,30 +115,8 @@ private:
         return found == openPaths.end() ? Path() : found->second;
     }
 
-    /// A transfer that is to come short has its turn only if it is of two bytes or more.
-    int judge(FileCall& call, const Path& path)
-    {
-        const bool halves = plan.extent == Extent::Short || plan.extent == Extent::ShortAndFail;
-        if (halves && call.length < 2 && !failsNext)
-            return 0;
-        ++seen;
-        const bool fails = failsNext;
-        failsNext = false;
-        if (!fails && (seen < plan.nth || (seen > plan.nth && plan.extent != Extent::Lasting)))
-            return 0;
-        if (!happened)
-            faultPath = path;
-        happened = true;
-        if (fails || !halves)
-            return plan.error;
-        failsNext = plan.extent == Extent::ShortAndFail;
-        call.length /= 2;
-        return 0;
-    }
-
-    StorageFault plan = {};
-    int seen = 0;
-    bool failsNext = false; ///< the second half of ShortAndFail
+    std::vector<Plan> plans;
+    StorageWatch watch;
     std::map<int, Path> openPaths;
 };
 
@@ -141,28 +128,13 @@ FaultyStorage& storage()
 
 } // namespace
 
-void planStorageFault(const StorageFault& fault)
+void planStorageFaults(const std::vector<StorageFault>& faults, StorageWatch watch)
 {
-    storage().begin(fault);
+    storage().begin(faults, std::move(watch));
     setFileCallHook(&storage());
 }
 
 void endStorageFaults()
 {
     setFileCallHook(nullptr);
-}
-
-bool storageFaultHappened()
-{
-    return storage().happened;
-}
-
-bool storageFaultOnStream()
-{
-    return storage().faultPath.ofStream;
-}
-
-std::string storageFaultPath()
-{
-    return storage().faultPath.text;
 }

@@ -1,46 +1,47 @@
 // Storage that fails on demand: a hook on the file calls of everything in the process, QtCore, the C++
-// library and the unmodified module binary among them. SPDX-License-Identifier: MIT
+// library and the unmodified module binary among them.
+// SPDX-License-Identifier: MIT
 //
 // Only calls on paths below "/usr/tavrin" and on descriptors opened there count, and only while storage
 // faults are planned.
 #pragma once
 
-#include <string>
+#include "simulated_host/file_calls/file_calls.h"
 
-enum class StorageCall
-{
-    Open,       ///< open(), by which files are made
-    StreamOpen, ///< fopen(), by which the C++ library opens
-    Read,
-    Write, ///< write() and writev()
-    Seek,
-    Truncate, ///< truncate() and ftruncate()
-    Close,    ///< close() and fclose(): as on Linux, the descriptor is gone even so
-    MakeDirectory
-};
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
 
 struct StorageFault
 {
     enum class Extent
     {
         Once,        ///< just that call
-        Lasting,     ///< that call and all later ones of its kind
+        Lasting,     ///< that call and all later ones that count
         Short,       ///< that read or write moves half of the bytes and says so; nothing fails
-        ShortAndFail ///< the same, and the next call of its kind fails
+        ShortAndFail ///< the same, and the next call that counts fails
     };
 
-    StorageCall call;
-    int nth;   ///< which call of the kind fails, from 1
-    int error; ///< the errno of the failure; unused for Short
+    std::optional<FileCall::Kind> kind; ///< calls of this kind count; nothing: all calls do
+    int nth;                            ///< which of them fails, from 1
+    int error;                          ///< the errno of the failure; unused for Short
     Extent extent;
 };
 
-/// Counting starts anew and the fault happens when its turn comes.
-void planStorageFault(const StorageFault& fault);
+/// A call that is about to be made.
+struct StorageTurn
+{
+    FileCall::Kind kind;
+    std::string path;          ///< of the file that it is about
+    bool onStream;             ///< on a retention stream that fopen() opened
+    off64_t position;          ///< where a read begins in the file
+    const StorageFault* fault; ///< that comes with this call; null when none does, or it came before
+};
+using StorageWatch = std::function<void(const StorageTurn&)>;
+
+/// Counting starts anew and each fault happens when its turn comes, the first one of `faults` where two meet.
+/// `watch` is told of all calls that count.
+void planStorageFaults(const std::vector<StorageFault>& faults, StorageWatch watch);
 /// Back to storage that works.
 void endStorageFaults();
-
-/// Whether the planned call has come, on which path, and whether that was opened by fopen().
-bool storageFaultHappened();
-bool storageFaultOnStream();
-std::string storageFaultPath();

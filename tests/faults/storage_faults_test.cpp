@@ -1,4 +1,5 @@
-// Every call to storage fails in turn: what a life leaves must be exactly what the account of it says.
+// Every call to storage fails in turn, alone, with a second one, or before the power goes: what a life leaves
+// must be exactly what the account of it says.
 // SPDX-License-Identifier: MIT
 #include "tests/faults/current_life.h"
 #include "tests/faults/life.h"
@@ -8,56 +9,64 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <iostream>
+#include <set>
+#include <thread>
 #include <unistd.h>
 
 namespace {
 
 using Extent = StorageFault::Extent;
+using Kind = FileCall::Kind;
 
 struct NamedCall
 {
-    StorageCall call;
+    Kind kind;
     const char* name;
 };
-const NamedCall callKinds[] = {{StorageCall::Open, "open"},   {StorageCall::StreamOpen, "fopen"},
-                               {StorageCall::Read, "read"},   {StorageCall::Write, "write"},
-                               {StorageCall::Seek, "lseek"},  {StorageCall::Truncate, "ftruncate"},
-                               {StorageCall::Close, "close"}, {StorageCall::MakeDirectory, "mkdir"}};
+const NamedCall callKinds[] = {
+    {Kind::Look, "stat"},          {Kind::Open, "open"},     {Kind::StreamOpen, "fopen"},
+    {Kind::Read, "read"},          {Kind::Write, "write"},   {Kind::Seek, "lseek"},
+    {Kind::Truncate, "ftruncate"}, {Kind::Close, "close"},   {Kind::MakeDirectory, "mkdir"},
+    {Kind::Sync, "fsync"},         {Kind::Rename, "rename"}, {Kind::Remove, "unlink"},
+};
 const int errors[] = {ENOSPC, EIO, EROFS, EACCES, EMFILE, EDQUOT, EINTR};
 
-const char* nameOf(StorageCall call)
+/// Where lives start, and the number of faults that the sweeps over them reach.
+struct Sweep
 {
-    for (const NamedCall& kind : callKinds)
-        if (kind.call == call)
-            return kind.name;
-    return "?";
+    const char* name;
+    Mode mode;
+    StartFiles start;
+    int faults; ///< one in a life
+    int pairs;  ///< two in a life
+    int stops;  ///< files that a stop of the process after a fault leaves
+};
+
+void PrintTo(const Sweep& sweep, std::ostream* out)
+{
+    *out << sweep.name;
 }
 
-const char* nameOf(Extent extent)
+std::string described(const StorageFault& fault)
 {
-    switch (extent) {
-    case Extent::Once:
-        return "fails once";
-    case Extent::Lasting:
-        return "fails from now on";
-    case Extent::Short:
-        return "comes short";
-    case Extent::ShortAndFail:
-        return "comes short, then fails";
-    }
-    return "?";
+    static const char* const extents[] = {"fails", "fails from now on", "comes short",
+                                          "comes short, then fails"};
+    std::string call = "file";
+    for (const NamedCall& named : callKinds)
+        if (fault.kind == named.kind)
+            call = named.name;
+    return call + " call " + std::to_string(fault.nth) + ' ' + extents[static_cast<int>(fault.extent)] +
+           " with \"" + std::strerror(fault.error) + '"';
 }
 
-void describeLife(const StorageFault& fault, Mode mode, StartFiles kind)
+/// A state of the three files during a life.
+struct Stop
 {
-    const char* const kinds[] = {"no directory", "kept files", "shorter files", "empty files"};
-    std::snprintf(currentLife, sizeof currentLife, "%s call %d %s with \"%s\", %s mode, start with %s",
-                  nameOf(fault.call), fault.nth, nameOf(fault.extent), std::strerror(fault.error),
-                  mode == Mode::WholeAreas ? "whole-area" : "per-address", kinds[static_cast<int>(kind)]);
-}
+    int step;
+    Files files;
+};
 
-class StorageFaults : public ModuleTest
+class StorageFaults : public ModuleTest, public testing::WithParamInterface<Sweep>
 {
 protected:
     StorageFaults()
@@ -65,75 +74,110 @@ protected:
         setCallLog(nullptr);
         tellLifeOnCrash();
     }
-    ~StorageFaults() override { alarm(0); }
-
-    static void TearDownTestSuite() { std::cout << allPoints << " storage faults in all\n"; }
-
-    /// Sweeps one kind of fault over all its turns; returns how often it came.
-    int sweep(Mode mode, StartFiles kind, StorageFault fault)
+    ~StorageFaults() override
     {
-        for (fault.nth = 1;; ++fault.nth) {
-            describeLife(fault, mode, kind);
-            SCOPED_TRACE(currentLife);
-            alarm(20);
-            if (!liveThrough(mode, kind, fault))
-                return fault.nth - 1;
-            if (HasFailure())
-                return fault.nth;
+        alarm(0);
+        syncCommand = nullptr;
+    }
+
+    const Mode mode = GetParam().mode;
+
+    /// Sweeps one kind of fault over all its turns, after `earlier` ones; returns how often it came.
+    int sweep(std::vector<StorageFault> faults)
+    {
+        for (faults.back().nth = faults.size() > 1 ? faults.front().nth + 1 : 1;; ++faults.back().nth) {
+            const bool came = liveThrough(faults).size() == faults.size();
+            if (!came || HasFailure())
+                return faults.back().nth - 1 - (faults.size() > 1 ? faults.front().nth : 0);
         }
     }
 
-    /// Sweeps all faults over lives of that mode and start.
-    void sweepAll(Mode mode, StartFiles kind)
+    /// A life with the faults, and one without on what it left; returns those that came. `stops` gets the
+    /// files as they were at each call after the first fault.
+    Hits liveThrough(const std::vector<StorageFault>& faults, std::vector<Stop>* stops = nullptr)
     {
-        int points = 0;
-        for (const NamedCall& named : callKinds) {
-            const int before = points;
-            for (const int error : errors) {
-                points += sweep(mode, kind, {named.call, 1, error, Extent::Once});
-                if (error != EINTR) // interrupted for ever is nothing that happens
-                    points += sweep(mode, kind, {named.call, 1, error, Extent::Lasting});
-                if (named.call == StorageCall::Read || named.call == StorageCall::Write)
-                    points += sweep(mode, kind, {named.call, 1, error, Extent::ShortAndFail});
-                if (HasFailure())
-                    return;
-            }
-            if (named.call == StorageCall::Read || named.call == StorageCall::Write)
-                points += sweep(mode, kind, {named.call, 1, 0, Extent::Short});
-            // A life that begins with nothing makes every kind of call.
-            EXPECT_TRUE(points > before || kind != StartFiles::NoDirectory) << named.name;
-        }
-        RecordProperty("fault points", points);
-        std::cout << points << " storage faults\n";
-        allPoints += points;
-        EXPECT_GT(points, 100);
-    }
+        std::string text = GetParam().name;
+        for (const StorageFault& fault : faults)
+            text += ", " + described(fault);
+        std::snprintf(currentLife, sizeof currentLife, "%s", text.c_str());
+        SCOPED_TRACE(currentLife);
+        alarm(20);
 
-private:
-    inline static int allPoints = 0;
-
-    /// One life with the fault and one without; false when the fault's turn never came.
-    bool liveThrough(Mode mode, StartFiles kind, const StorageFault& fault)
-    {
-        const Files start = filesAtStart(mode, kind);
-        lay(start, kind != StartFiles::NoDirectory);
-        std::optional<int> faultStep;
-        planStorageFault(fault);
-        const LifeRecord record = live(mode, [&](int step, const std::function<void()>& call) {
+        const bool hasDirectory = GetParam().start != StartFiles::NoDirectory;
+        const Files start = filesAtStart(mode, GetParam().start);
+        lay(start, hasDirectory);
+        Hits hits;
+        int step = Create;
+        planStorageFaults(faults, [&](const StorageTurn& turn) {
+            if (stops && !hits.empty())
+                stops->push_back({step, filesNow()});
+            if (!turn.fault)
+                return;
+            const int area = areaOfPath(turn.path);
+            hits.push_back({*turn.fault, step, area, turn.onStream,
+                            area < 0 ? 0 : areaWrites[static_cast<std::size_t>(area)],
+                            static_cast<int>(turn.position)});
+            hits.back().fault.kind = turn.kind;
+        });
+        const LifeRecord record = live(mode, [&](int newStep, const std::function<void()>& call) {
+            step = newStep;
             call();
-            if (!faultStep && storageFaultHappened())
-                faultStep = step;
         });
         endStorageFaults();
-        std::optional<Hit> hit;
-        if (faultStep)
-            hit = Hit{fault, *faultStep, areaOfPath(storageFaultPath()), storageFaultOnStream()};
-        check(mode, start, hit, record);
+        check(start, hasDirectory, hits, record);
+        if (stops)
+            checkStops(start, hasDirectory, hits, *stops);
+        restart(filesNow());
+        return hits;
+    }
 
-        const Files between = filesNow();
-        check(mode, between, std::nullopt,
-              live(mode, [](int, const std::function<void()>& call) { call(); }));
-        return hit.has_value();
+    /// A life without faults on these files, once for each state of them.
+    void restart(const Files& files)
+    {
+        if (!restarted.insert({files[0], files[1], files[2]}).second)
+            return;
+        lay(files, true);
+        check(files, true, {}, live(mode, plainly));
+    }
+
+    std::size_t restarts() const { return restarted.size(); }
+
+    static void plainly(int, const std::function<void()>& call) { call(); }
+
+    /// Holds what a life left and restored against the account.
+    void check(const Files& start, bool hasDirectory, const Hits& hits, const LifeRecord& record) const
+    {
+        EXPECT_EQ(record.syncs, eventsOf(mode));
+        const Files files = filesNow();
+        for (std::size_t a = 0; a < files.size(); ++a) {
+            const AreaOutcome expected = outcome({mode, static_cast<int>(a), start[a], hasDirectory}, hits);
+            EXPECT_EQ(files[a], expected.files.back().file) << lifeAreas[a].name;
+            EXPECT_TRUE(record.restored[a] == expected.restored) << lifeAreas[a].name << " as restored";
+        }
+    }
+
+    /// At each instant every file is in a state of that step, or in the last one before it, and no file goes
+    /// back to an earlier state.
+    void checkStops(const Files& start, bool hasDirectory, const Hits& hits,
+                    const std::vector<Stop>& stops) const
+    {
+        for (std::size_t a = 0; a < start.size(); ++a) {
+            const auto states = outcome({mode, static_cast<int>(a), start[a], hasDirectory}, hits).files;
+            std::size_t at = 0;
+            for (const Stop& stop : stops) {
+                while (at < states.size() &&
+                       (states[at].file != stop.files[a] || isOver(states, at, stop.step)))
+                    ++at;
+                EXPECT_TRUE(at < states.size() && states[at].step <= stop.step)
+                    << lifeAreas[a].name << " when the process stops in step " << stop.step;
+            }
+        }
+    }
+
+    /// Whether a later state had come before the step began.
+    static bool isOver(const std::vector<FileState>& states, std::size_t at, int step)
+    {
+        return at + 1 < states.size() && states[at + 1].step < step;
     }
 
     static int areaOfPath(const std::string& path)
@@ -144,62 +188,106 @@ private:
         return -1;
     }
 
-    static void check(Mode mode, const Files& start, const std::optional<Hit>& hit, const LifeRecord& record)
-    {
-        EXPECT_EQ(record.syncs, eventsOf(mode));
-        const Files files = filesNow();
-        for (std::size_t a = 0; a < files.size(); ++a) {
-            const AreaStart areaStart = {mode, static_cast<int>(a), start[a]};
-            const AreaOutcome expected = outcome(areaStart, hit);
-            EXPECT_EQ(files[a], expected.file) << lifeAreas[a].name;
-            EXPECT_TRUE(restoredAsExpected(areaStart, hit, record.restored[a])) << lifeAreas[a].name;
-        }
-    }
-
-    /// A restore may break off after any number of units.
-    static bool restoredAsExpected(const AreaStart& start, const std::optional<Hit>& hit,
-                                   const QByteArray& memory)
-    {
-        for (int units = 0; units <= restoreUnits(start); ++units)
-            if (outcome(start, hit, units).restored == memory)
-                return true;
-        return false;
-    }
+private:
+    std::set<std::array<std::optional<QByteArray>, 3>> restarted;
 };
 
-TEST_F(StorageFaults, AreSurvivedByAFirstWholeAreaLife)
+const char otherCalls[] =
+    "the module, QtCore or the C++ library makes other calls than before, so that other "
+    "faults are reached; if that is meant, expect this number and correct the sum in "
+    "docs/reliability.md";
+
+TEST_P(StorageFaults, LeaveExactlyTheFilesAndCellsOfTheAccount)
 {
-    sweepAll(Mode::WholeAreas, StartFiles::NoDirectory);
+    int points = 0;
+    for (const NamedCall& named : callKinds) {
+        const bool transfers = named.kind == Kind::Read || named.kind == Kind::Write;
+        for (const int error : errors) {
+            points += sweep({{named.kind, 1, error, Extent::Once}});
+            if (error != EINTR) // interrupted for ever is nothing that happens
+                points += sweep({{named.kind, 1, error, Extent::Lasting}});
+            if (transfers)
+                points += sweep({{named.kind, 1, error, Extent::ShortAndFail}});
+            ASSERT_FALSE(HasFailure());
+        }
+        if (transfers)
+            points += sweep({{named.kind, 1, 0, Extent::Short}});
+    }
+    EXPECT_EQ(points, GetParam().faults) << otherCalls;
 }
 
-TEST_F(StorageFaults, AreSurvivedByAWholeAreaLifeWithKeptFiles)
+TEST_P(StorageFaults, InPairsLeaveExactlyTheFilesAndCellsOfTheAccount)
 {
-    sweepAll(Mode::WholeAreas, StartFiles::Kept);
+    int pairs = 0;
+    StorageFault first = {std::nullopt, 1, EIO, Extent::Once};
+    for (; !liveThrough({first}).empty(); ++first.nth) {
+        pairs += sweep({first, {std::nullopt, 1, ENOSPC, Extent::Once}});
+        ASSERT_FALSE(HasFailure());
+    }
+    EXPECT_EQ(pairs, GetParam().pairs) << otherCalls;
 }
 
-TEST_F(StorageFaults, AreSurvivedByAWholeAreaLifeWithShorterFiles)
+TEST_P(StorageFaults, BeforeTheProcessStopsLeaveFilesOfTheAccountThatAStartRestores)
 {
-    sweepAll(Mode::WholeAreas, StartFiles::Shorter);
+    StorageFault fault = {std::nullopt, 1, EIO, Extent::Once};
+    for (std::vector<Stop> stops; !liveThrough({fault}, &stops).empty(); ++fault.nth, stops.clear()) {
+        for (const Stop& stop : stops)
+            restart(stop.files);
+        ASSERT_FALSE(HasFailure());
+    }
+    EXPECT_EQ(restarts(), static_cast<std::size_t>(GetParam().stops)) << otherCalls;
 }
 
-TEST_F(StorageFaults, AreSurvivedByAFirstPerAddressLife)
+TEST_P(StorageFaults, OfSyncChangeNothing)
 {
-    sweepAll(Mode::PerAddress, StartFiles::NoDirectory);
+    for (const int status : {-1, 1 << 8, 127 << 8}) {
+        syncCommand = [=] { return status; };
+        liveThrough({});
+    }
 }
 
-TEST_F(StorageFaults, AreSurvivedByAPerAddressLifeWithKeptFiles)
+TEST_P(StorageFaults, OfASyncThatNeverReturnsFindEverythingWritten)
 {
-    sweepAll(Mode::PerAddress, StartFiles::Kept);
+    const auto thread = std::this_thread::get_id();
+    std::vector<Stop> stops;
+    int step = Create;
+    syncCommand = [&] {
+        EXPECT_EQ(std::this_thread::get_id(), thread) << "the change would return before its sync";
+        stops.push_back({step, filesNow()});
+        return 0;
+    };
+    const Files start = filesAtStart(mode, GetParam().start);
+    const bool hasDirectory = GetParam().start != StartFiles::NoDirectory;
+    lay(start, hasDirectory);
+    live(mode, [&](int newStep, const std::function<void()>& call) {
+        step = newStep;
+        call();
+        EXPECT_EQ(stops.size(), static_cast<std::size_t>(qBound(0, step - FirstEvent + 1, eventsOf(mode))));
+    });
+    syncCommand = nullptr;
+    for (const Stop& stop : stops) {
+        for (std::size_t a = 0; a < start.size(); ++a) {
+            std::optional<QByteArray> written;
+            for (const FileState& state :
+                 outcome({mode, static_cast<int>(a), start[a], hasDirectory}, {}).files)
+                if (state.step <= stop.step)
+                    written = state.file;
+            EXPECT_EQ(stop.files[a], written) << lifeAreas[a].name << " in step " << stop.step;
+        }
+        restart(stop.files);
+    }
 }
 
-TEST_F(StorageFaults, AreSurvivedByAPerAddressLifeWithShorterFiles)
-{
-    sweepAll(Mode::PerAddress, StartFiles::Shorter);
-}
-
-TEST_F(StorageFaults, AreSurvivedByAPerAddressLifeWithEmptyFiles)
-{
-    sweepAll(Mode::PerAddress, StartFiles::Empty);
-}
+INSTANTIATE_TEST_SUITE_P(
+    In, StorageFaults,
+    testing::Values(
+        Sweep{"AFirstWholeAreaLife", Mode::WholeAreas, StartFiles::NoDirectory, 733, 873, 91},
+        Sweep{"AWholeAreaLifeWithKeptFiles", Mode::WholeAreas, StartFiles::Kept, 538, 452, 37},
+        Sweep{"AWholeAreaLifeWithShorterFiles", Mode::WholeAreas, StartFiles::Shorter, 694, 875, 103},
+        Sweep{"AFirstPerAddressLife", Mode::PerAddress, StartFiles::NoDirectory, 805, 1249, 122},
+        Sweep{"APerAddressLifeWithKeptFiles", Mode::PerAddress, StartFiles::Kept, 1292, 2356, 71},
+        Sweep{"APerAddressLifeWithShorterFiles", Mode::PerAddress, StartFiles::Shorter, 1310, 2515, 82},
+        Sweep{"APerAddressLifeWithEmptyFiles", Mode::PerAddress, StartFiles::Empty, 610, 732, 89}),
+    [](const auto& info) { return info.param.name; });
 
 } // namespace

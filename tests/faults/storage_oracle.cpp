@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 
 namespace {
 
 using Extent = StorageFault::Extent;
+using Kind = FileCall::Kind;
 
 const LifeArea& areaOf(const AreaStart& start)
 {
@@ -20,95 +22,107 @@ const LifeArea& areaOf(const AreaStart& start)
 bool heals(const Hit& hit)
 {
     const StorageFault& fault = hit.fault;
-    if (fault.call == StorageCall::Seek && fault.extent == Extent::Once && !hit.onStream)
+    if (fault.kind == Kind::Seek && fault.extent == Extent::Once && !hit.onStream)
         return true;
-    if (fault.extent == Extent::Short || fault.call == StorageCall::Close)
+    if (fault.extent == Extent::Short || fault.kind == Kind::Close)
         return true;
-    return fault.error == EINTR && (fault.call == StorageCall::Open || fault.call == StorageCall::Read ||
-                                    fault.call == StorageCall::Write);
+    return fault.error == EINTR &&
+           (fault.kind == Kind::Open || fault.kind == Kind::Read || fault.kind == Kind::Write);
 }
 
-/// A life of one area: the hit, and the state that it moves through.
+/// A life of one area: the hits, and the state that it moves through.
 struct Course
 {
-    std::optional<Hit> hit;
-    int area = 0;
-    std::optional<QByteArray> file;
-    QByteArray memory;
+    Hits hits;
+    AreaStart start;
+    QByteArray memory = imageAtStart(areaOf(start));
+    std::optional<QByteArray> file = start.file;
+    std::vector<FileState> files = {{Create, file}};
     bool open = false;
     bool broken = false; ///< the stream has failed for good
 
-    /// Whether one of these calls fails for this area in that step.
-    bool hitBy(std::initializer_list<StorageCall> calls, int step) const
+    /// The hit that makes one of these calls fail for this area in that step; null when there is none.
+    const Hit* hitBy(std::initializer_list<Kind> kinds, int step) const
     {
-        if (!hit || heals(*hit))
-            return false;
-        const bool first = step == hit->step && (hit->area < 0 || hit->area == area);
-        const bool later = hit->fault.extent == Extent::Lasting &&
-                           (step > hit->step || (step == hit->step && area > hit->area));
-        return (first || later) && std::find(calls.begin(), calls.end(), hit->fault.call) != calls.end();
+        for (const Hit& hit : hits) {
+            const bool here = step == hit.step && (hit.area < 0 || hit.area == start.area);
+            const bool later = hit.fault.extent == Extent::Lasting &&
+                               (step > hit.step || (step == hit.step && start.area > hit.area));
+            if (!heals(hit) && (here || later) &&
+                std::find(kinds.begin(), kinds.end(), hit.fault.kind) != kinds.end())
+                return &hit;
+        }
+        return nullptr;
     }
 
-    bool halfDone() const { return hit->fault.extent == Extent::ShortAndFail; }
-
-    void store(int offset, const QByteArray& bytes)
+    void become(int step, const QByteArray& bytes)
     {
-        if (file->size() < offset + bytes.size())
-            file->append(QByteArray(offset + bytes.size() - file->size(), '\0'));
-        file->replace(offset, bytes.size(), bytes);
+        file = bytes;
+        files.push_back({step, file});
+    }
+
+    void store(int step, int offset, const QByteArray& bytes)
+    {
+        QByteArray stored = *file + QByteArray(qMax(0, offset + bytes.size() - file->size()), '\0');
+        become(step, stored.replace(offset, bytes.size(), bytes));
     }
 };
 
-/// Makes the file at that length, as far as the fault lets it.
+/// Makes the file at that length, as far as the faults let it.
 void make(Course& course, int step, int length)
 {
+    if (!course.start.hasDirectory && course.hitBy({Kind::MakeDirectory}, Create))
+        return;
     const QByteArray before = course.file.value_or(QByteArray());
-    if (course.hitBy({StorageCall::MakeDirectory}, Create))
-        return;
-    if (course.hitBy({StorageCall::Open}, step)) {
-        // What could not be emptied still gets its length, by its path.
-        if (course.file)
-            course.file = before + QByteArray(length - before.size(), '\0');
-        return;
-    }
-    course.file = course.hitBy({StorageCall::Truncate}, step) ? QByteArray("") : QByteArray(length, '\0');
+    const bool resizes = !course.hitBy({Kind::Truncate}, step);
+    if (!course.hitBy({Kind::Open}, step))
+        course.become(step, QByteArray(""));
+    else if (course.file && resizes) // what could not be emptied still gets its length, by its path
+        course.become(step, before + QByteArray(length - before.size(), '\0'));
+    if (course.file == QByteArray("") && resizes)
+        course.become(step, QByteArray(length, '\0'));
 }
 
 void openStream(Course& course, int step)
 {
-    course.open = course.file && !course.hitBy({StorageCall::StreamOpen}, step);
+    course.open = course.file && !course.hitBy({Kind::StreamOpen}, step);
 }
 
 /// Writes to an open stream, unless it is or gets broken.
 void writeThrough(Course& course, int step, int offset, const QByteArray& bytes)
 {
-    if (course.open && !course.broken && course.hitBy({StorageCall::Seek, StorageCall::Write}, step)) {
-        if (course.halfDone() && course.hit->fault.call == StorageCall::Write)
-            course.store(offset, bytes.left(bytes.size() / 2));
-        course.broken = true;
-    }
-    if (course.open && !course.broken)
-        course.store(offset, bytes);
+    if (!course.open || course.broken)
+        return;
+    const Hit* const hit = course.hitBy({Kind::Seek, Kind::Write}, step);
+    if (!hit)
+        course.store(step, offset, bytes);
+    else if (hit->fault.kind == Kind::Write && hit->fault.extent == Extent::ShortAndFail)
+        course.store(step, offset, bytes.left(bytes.size() / 2));
+    course.broken = hit != nullptr;
 }
 
-AreaOutcome wholeAreaOutcome(const AreaStart& start, Course course)
+/// How many of the bytes that are there, `there` from `place` on, are read before the hit.
+int readBefore(const Hit& hit, int place, int there)
 {
-    const LifeArea& area = areaOf(start);
-    if (!course.file || course.file->size() < area.imageBytes)
+    if (hit.fault.kind != Kind::Read)
+        return 0;
+    const int before = hit.position - place;
+    return hit.fault.extent == Extent::ShortAndFail ? before + (there - before) / 2 : before;
+}
+
+void startWholeArea(Course& course)
+{
+    const LifeArea& area = areaOf(course.start);
+    if (!course.hitBy({Kind::Look}, Open) && (!course.file || course.file->size() < area.imageBytes))
         make(course, Open, area.imageBytes);
     openStream(course, Open);
     if (course.open) {
         QByteArray readable = *course.file;
-        if (course.hitBy({StorageCall::Seek, StorageCall::Read}, Open))
-            readable = course.halfDone() ? readable.left(area.imageBytes / 2) : QByteArray();
+        if (const Hit* const hit = course.hitBy({Kind::Seek, Kind::Read}, Open))
+            readable.truncate(hit->area == course.start.area ? readBefore(*hit, 0, readable.size()) : 0);
         course.broken = readable.size() < area.imageBytes;
         course.memory.replace(0, qMin(readable.size(), area.imageBytes), readable.left(area.imageBytes));
     }
-    AreaOutcome result = {course.memory, std::nullopt};
-    for (int cycle = 1; cycle <= lifeCycles; ++cycle)
-        writeThrough(course, FirstEvent + cycle - 1, 0, imageForCycle(area, cycle));
-    result.file = course.file;
-    return result;
 }
 
 int bitInFile(const QByteArray& file, int bit)
@@ -116,38 +130,40 @@ int bitInFile(const QByteArray& file, int bit)
     return bit / 8 < file.size() ? file.at(bit / 8) >> (bit % 8) & 1 : 0;
 }
 
-/// Restores one word block; what is beyond the first `readable` bytes comes out as zero.
-void restoreWords(Course& course, const LifeBlock& block, int readable)
+/// How many writes to the area a restore gets through.
+int writesUntil(const Hit* hit, int area)
 {
-    QByteArray words = course.open ? course.file->mid(block.place, readable) : QByteArray();
-    words.append(QByteArray(2 * block.count - words.size(), '\0'));
-    course.memory.replace(2 * block.first, words.size(), words);
+    return !hit ? INT_MAX : hit->area == area ? hit->areaWrites : 0;
 }
 
-/// Restores one bit; bits of a zero byte, and what cannot be read, stay as they are.
-void restoreBit(Course& course, int address, int bit, bool readable)
+/// Words that cannot be read come out as zero.
+void restoreWordBlocks(Course& course, const Hit* hit)
 {
-    if (!readable || bit / 8 >= course.file->size() || course.file->at(bit / 8) == 0)
-        return;
-    course.memory[address] = static_cast<char>(bitInFile(*course.file, bit));
-}
-
-void restore(Course& course, int area, int unitsRestored)
-{
-    int unit = 0;
+    int left = writesUntil(hit, course.start.area);
     for (const LifeBlock& block : lifeBlocks) {
-        if (block.area != area)
+        if (block.area != course.start.area)
             continue;
-        if (lifeAreas[static_cast<std::size_t>(area)].bits) {
-            for (int j = 0; j < block.count; ++j)
-                restoreBit(course, block.first + j, block.place + j, course.open && unit++ < unitsRestored);
-            continue;
-        }
-        const bool breaksHere = unit == unitsRestored && course.hit && course.halfDone();
-        const int there = qBound(0, course.file->size() - block.place, 2 * block.count);
-        restoreWords(course, block, unit < unitsRestored ? there : breaksHere ? there / 2 : 0);
-        ++unit;
+        int readable = course.open ? qBound(0, course.file->size() - block.place, 2 * block.count) : 0;
+        if (left <= 0) // the block in which the fault came, or a later one
+            readable = left == 0 && hit->area == block.area ? readBefore(*hit, block.place, readable) : 0;
+        const QByteArray words = course.file.value_or(QByteArray()).mid(block.place, readable);
+        course.memory.replace(2 * block.first, 2 * block.count, words.leftJustified(2 * block.count, '\0'));
+        --left;
     }
+}
+
+/// Bits of a byte that is 0 or missing are not written to the area.
+void restoreBits(Course& course, const Hit* hit)
+{
+    int left = course.open ? writesUntil(hit, course.start.area) : 0;
+    for (const LifeBlock& block : lifeBlocks)
+        for (int j = 0; block.area == course.start.area && j < block.count; ++j) {
+            const int bit = block.place + j;
+            if (left > 0 && bit / 8 < course.file->size() && course.file->at(bit / 8) != 0) {
+                course.memory[block.first + j] = static_cast<char>(bitInFile(*course.file, bit));
+                --left;
+            }
+        }
 }
 
 void writeBit(Course& course, int step, const LifeBlock& block, const Change& change)
@@ -155,29 +171,42 @@ void writeBit(Course& course, int step, const LifeBlock& block, const Change& ch
     const int bit = block.place + change.address - block.first;
     const int byte = bit / 8 < course.file->size() ? course.file->at(bit / 8) : 0;
     const int mask = 1 << (bit % 8);
-    course.broken = course.broken || course.hitBy({StorageCall::Read}, step); // the byte is read first
+    course.broken = course.broken || course.hitBy({Kind::Read}, step); // the byte is read first
     writeThrough(course, step, bit / 8,
                  QByteArray(1, static_cast<char>(change.value ? byte | mask : byte & ~mask)));
 }
 
-void runChange(Course& course, const LifeArea& area, int step, const Change& change)
+/// The panel changes the cell; unless the change is left out, the block that has it is written.
+void runChange(Course& course, int step, const Change& change, bool leftOut)
 {
+    const bool bits = areaOf(course.start).bits;
+    if (bits)
+        course.memory[change.address] = static_cast<char>(change.value != 0);
+    else
+        course.memory.replace(2 * change.address, 2, reinterpret_cast<const char*>(&change.value), 2);
     for (const LifeBlock& block : lifeBlocks) {
-        if (block.area != change.area || change.address < block.first ||
+        if (leftOut || block.area != change.area || change.address < block.first ||
             change.address >= block.first + block.count)
             continue;
-        if (area.bits)
-            course.memory[change.address] = static_cast<char>(change.value != 0);
-        else
-            course.memory.replace(2 * change.address, 2, reinterpret_cast<const char*>(&change.value), 2);
         if (!course.open)
             openStream(course, step);
-        if (!course.open)
-            continue;
-        if (area.bits)
+        if (course.open && bits)
             writeBit(course, step, block, change);
-        else
+        else if (course.open)
             writeThrough(course, step, block.place, course.memory.mid(2 * block.first, 2 * block.count));
+    }
+}
+
+void runEvents(Course& course, const std::set<int>& leftOut)
+{
+    const bool wholeAreas = course.start.mode == Mode::WholeAreas;
+    for (int event = 0; event < eventsOf(course.start.mode); ++event) {
+        const int step = FirstEvent + event;
+        const Change& change = lifeChanges[static_cast<std::size_t>(event)];
+        if (!wholeAreas && change.area == course.start.area)
+            runChange(course, step, change, leftOut.count(step) != 0);
+        else if (wholeAreas && leftOut.count(step) == 0)
+            writeThrough(course, step, 0, imageForCycle(areaOf(course.start), event + 1));
     }
 }
 
@@ -189,45 +218,41 @@ int newFileLength(const AreaStart& start)
     return areaOf(start).bits ? cells / 8 + 1 : 2 * cells;
 }
 
-AreaOutcome perAddressOutcome(const AreaStart& start, Course course, int unitsRestored)
+void startPerAddress(Course& course)
 {
-    if (!course.file) {
-        make(course, Init, newFileLength(start));
-    } else if (!course.file->isEmpty()) {
+    const bool unknown = course.hitBy({Kind::Look}, Init); // then it is taken for a file with values
+    if (!course.file && !unknown) {
+        make(course, Init, newFileLength(course.start));
+    } else if (unknown || !course.file->isEmpty()) {
         openStream(course, Init);
-        course.broken = course.hitBy({StorageCall::Seek, StorageCall::Read}, Init);
-        const bool hitHere = course.hit && course.hit->area == start.area;
-        restore(course, start.area, !course.broken ? restoreUnits(start) : hitHere ? unitsRestored : 0);
+        const Hit* const hit = course.open ? course.hitBy({Kind::Seek, Kind::Read}, Init) : nullptr;
+        if (areaOf(course.start).bits)
+            restoreBits(course, hit);
+        else
+            restoreWordBlocks(course, hit);
+        course.broken = hit != nullptr;
     }
-    AreaOutcome result = {course.memory, std::nullopt};
-    for (std::size_t k = 0; k < lifeChanges.size(); ++k) {
-        if (lifeChanges[k].area == start.area)
-            runChange(course, areaOf(start), FirstEvent + static_cast<int>(k), lifeChanges[k]);
-    }
-    result.file = course.file;
-    return result;
 }
 
 } // namespace
 
-int restoreUnits(const AreaStart& start)
+AreaOutcome outcome(const AreaStart& start, const Hits& hits)
 {
-    int units = 0;
+    Course course = {hits, start};
     if (start.mode == Mode::WholeAreas)
-        return 1;
-    for (const LifeBlock& block : lifeBlocks)
-        if (block.area == start.area)
-            units += areaOf(start).bits ? block.count : 1;
-    return units;
+        startWholeArea(course);
+    else
+        startPerAddress(course);
+    const QByteArray restored = course.memory;
+    runEvents(course, {});
+    return {restored, course.files};
 }
 
-AreaOutcome outcome(const AreaStart& start, const std::optional<Hit>& hit, int unitsRestored)
+std::optional<QByteArray> fileAtEnd(const AreaStart& start, const QByteArray& restored,
+                                    const std::set<int>& leftOut)
 {
-    Course course;
-    course.hit = hit;
-    course.area = start.area;
-    course.file = start.file;
-    course.memory = imageAtStart(areaOf(start));
-    return start.mode == Mode::WholeAreas ? wholeAreaOutcome(start, course)
-                                          : perAddressOutcome(start, course, unitsRestored);
+    Course course = {{}, start, restored};
+    openStream(course, FirstEvent);
+    runEvents(course, leftOut);
+    return course.file;
 }

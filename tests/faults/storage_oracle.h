@@ -5,20 +5,19 @@
 #include "tests/faults/life.h"
 #include "tests/faults/storage_faults.h"
 
-/// The fault that came, and in which step of the life.
+#include <set>
+
+/// A fault that came, and in which step of the life.
 struct Hit
 {
-    StorageFault fault;
+    StorageFault fault; ///< with its kind
     int step;
-    int area;      ///< index into lifeAreas of the file that it came for; below 0 for the directory
-    bool onStream; ///< on an open retention stream, not while a file is made
+    int area;       ///< index into lifeAreas of the file that it came for; below 0 for the directory
+    bool onStream;  ///< on an open retention stream, not while a file is made
+    int areaWrites; ///< how often the module had written to that area by then
+    int position;   ///< where the read that was hit began in the file
 };
-
-struct AreaOutcome
-{
-    QByteArray restored;            ///< the area's memory after start-up
-    std::optional<QByteArray> file; ///< at the end; nothing: no such file
-};
+using Hits = std::vector<Hit>;
 
 /// Where a life of an area starts.
 struct AreaStart
@@ -26,11 +25,25 @@ struct AreaStart
     Mode mode;
     int area; ///< index into lifeAreas
     std::optional<QByteArray> file;
+    bool hasDirectory;
 };
 
-/// The outcome for an area. When the restore of the area that was hit broke off, `unitsRestored` of its bits
-/// or word blocks were restored before.
-AreaOutcome outcome(const AreaStart& start, const std::optional<Hit>& hit, int unitsRestored = 0);
+/// A state of a file, and the step in which it came.
+struct FileState
+{
+    int step;
+    std::optional<QByteArray> file; ///< nothing: no such file
+};
 
-/// Number of units that a restore of the area goes through, one by one.
-int restoreUnits(const AreaStart& start);
+struct AreaOutcome
+{
+    QByteArray restored;          ///< the area's memory after start-up
+    std::vector<FileState> files; ///< one after the other; the first as it was at the start
+};
+
+AreaOutcome outcome(const AreaStart& start, const Hits& hits);
+
+/// The area's file at the end of a life that had `start.file` and `restored` after its start-up, and whose
+/// changes or saves in the steps `leftOut` were not written.
+std::optional<QByteArray> fileAtEnd(const AreaStart& start, const QByteArray& restored,
+                                    const std::set<int>& leftOut);
