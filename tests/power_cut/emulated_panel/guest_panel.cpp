@@ -17,7 +17,6 @@
 #include "simulated_host/panel.h"
 #include "simulated_host/shell.h"
 
-#include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QFileInfo>
@@ -212,14 +211,7 @@ int run(const QString& libraryPath, const QString& projectPath, unsigned seed)
 int main(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
-    QCommandLineParser parser;
-    parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("module"), QStringLiteral("The module library."));
-    parser.addPositionalArgument(QStringLiteral("project"), QStringLiteral("The project, an XML file."));
-    parser.addPositionalArgument(QStringLiteral("seed"),
-                                 QStringLiteral("Decides all changes that are made."));
-    parser.process(application);
-    const QStringList arguments = parser.positionalArguments();
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
     bool seedIsNumber = false;
     const unsigned seed = arguments.value(2).toUInt(&seedIsNumber);
     if (arguments.size() != 3 || !seedIsNumber) {
