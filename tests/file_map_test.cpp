@@ -46,7 +46,7 @@ Places placesOf(const std::vector<Cells>& cells)
     QList<MaintenanceFileInfo> blocks = blocksOf(cells);
     poweroff_protect().fileMemoryMap(blocks);
     Places places;
-    for (const MaintenanceFileInfo& block : qAsConst(blocks))
+    for (const MaintenanceFileInfo& block : std::as_const(blocks))
         places.emplace_back(block.fileOffset, block.bitOffset);
     return places;
 }

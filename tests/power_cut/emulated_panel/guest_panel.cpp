@@ -12,8 +12,7 @@
 //   change NUMBER AREA ADDRESS COUNT START STEP     is about to be made; cell i gets the low bits of
 //                                                   START + i * STEP: one, or 16 of a word
 //   synced NUMBER BYTES BYTES BYTES                 the module has returned from all changes up to NUMBER;
-//   the
-//                                                   lengths of the retention files
+//                                                   the lengths of the retention files
 // A change is made only after its line has left through the serial line, so whoever reads it knows everything
 // that the files can hold. When a device for marks is named, the number of lines said so far is written to
 // its last sector, past every cache of this machine, before each change and after each return. So a record of

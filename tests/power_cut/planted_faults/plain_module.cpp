@@ -357,7 +357,7 @@ void PlainModule::keepWords(const Block& block, int address)
     if (planted("a long block ends at 4096 words"))
         words.truncate(2 * 4096);
     if (planted("a write is one cell too long"))
-        words.append(2, '\0');
+        words.append(QByteArray(2, '\0'));
     if (planted("every fiftieth change writes the values before") && changes % 50 == 0)
         words = inFile;
     if (planted("another sector comes from a stale copy")) {
