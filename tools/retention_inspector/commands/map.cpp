@@ -24,14 +24,17 @@ void writePicture(const QByteArray& picture, const QString& path, bool force)
 
 Report run(const Inputs& inputs)
 {
-    if (!inputs.has("output"))
-        throw Refusal(QStringLiteral("map: expected --output FILE.svg"));
     const QString path = inputs.option("output");
     const QString title = QStringLiteral("%1: %2").arg(QFileInfo(inputs.projects.front().path).fileName(),
                                                        wordsOf(inputs.layout().settings.mode).text);
-    writePicture(mapPicture(inputs.layout(), title), path, inputs.has("force"));
+    const QByteArray picture = mapPicture(inputs.layout(), title);
     Report report = commandNamed(QStringLiteral("layout"))->run(inputs);
     report.tables.clear();
+    report.csvTable.clear();
+    if (path == QLatin1String("-"))
+        report.product = picture;
+    else
+        writePicture(picture, path, inputs.has("force"));
     report.facts.push_back({"picture", "Picture", path});
     return report;
 }
@@ -43,6 +46,7 @@ extern const Command mapCommand = {
     {{"PROJECT.xml", Argument::Kind::Project}},
     "a picture of the three files",
     "Draws the files as an SVG picture: blocks in colour with addresses at their edges, lost cells hatched.",
-    "project.xml --output project.svg",
-    {{"output", "FILE.svg", "The picture to make"}, {"force", nullptr, "Replace an existing picture"}},
+    "project.xml --output project.svg\nproject.xml --output - | rsvg-convert -o project.png",
+    {{"output", "FILE.svg", "The picture to make; - for standard output", nullptr, Option::Kind::Required},
+     {"force", nullptr, "Replace an existing picture"}},
     run};
