@@ -86,6 +86,11 @@ TEST_F(InspectorGuide, NamesEveryKey)
     const QString areas = QStringLiteral("examples/whole_areas.xml");
     const QString migrated = scratch.filePath(QStringLiteral("migrated"));
     const QString picture = scratch.filePath(QStringLiteral("map.svg"));
+    const QString table = scratch.filePath(QStringLiteral("values.csv"));
+    const QString edited = scratch.filePath(QStringLiteral("edited.csv"));
+    QFile edit(edited);
+    ASSERT_TRUE(edit.open(QIODevice::WriteOnly) && edit.write("area,address,value\nLW,100,1\n") > 0);
+    edit.close();
     const QString endurance = QStringLiteral("--endurance-cycles=3000");
     const QList<QStringList> calls = {
         {QStringLiteral("layout"), ranges},
@@ -97,7 +102,11 @@ TEST_F(InspectorGuide, NamesEveryKey)
         {QStringLiteral("wear"), ranges, QStringLiteral("--changes-per-hour=60"),
          QStringLiteral("--capacity=1G"), endurance},
         {QStringLiteral("wear"), areas, endurance},
-        {QStringLiteral("map"), ranges, QStringLiteral("-o"), picture}};
+        {QStringLiteral("map"), ranges, QStringLiteral("-o"), picture},
+        {QStringLiteral("export"), ranges, directory, QStringLiteral("-o"), table,
+         QStringLiteral("--nonzero")},
+        {QStringLiteral("import"), ranges, edited, QStringLiteral("-o"),
+         scratch.filePath(QStringLiteral("imported"))}};
     for (const Command* command : commands())
         EXPECT_TRUE(std::any_of(
             calls.begin(), calls.end(),

@@ -6,19 +6,7 @@
 
 #include <algorithm>
 
-namespace {
-
-const qint64 strayBytes = 4096; // looked at after the last cell
-
-/// Where a cell lies in its file.
-struct CellPlace
-{
-    qint64 byte;
-    int bytes; ///< 2 for a word, low byte first
-    int mask;  ///< of its bits in these bytes
-};
-
-CellPlace placeOf(const AreaLayout& area, const LayoutBlock& block, qint64 cell)
+FilePlace filePlace(const AreaLayout& area, const LayoutBlock& block, qint64 cell)
 {
     const qint64 number = cell - block.first();
     if (!area.area->bits)
@@ -28,6 +16,10 @@ CellPlace placeOf(const AreaLayout& area, const LayoutBlock& block, qint64 cell)
     const BitPlace place = bitPlace(block.info, static_cast<int>(number));
     return {place.byte, 1, place.mask};
 }
+
+namespace {
+
+const qint64 strayBytes = 4096; // looked at after the last cell
 
 std::size_t index(qint64 cell)
 {
@@ -49,8 +41,8 @@ std::vector<PackedCells> packedCells(const AreaLayout& area)
     std::vector<PackedCells> parts;
     for (const LayoutBlock& block : area.blocks) {
         for (const CellRange& cells : area.kept.within(block.cells())) {
-            const qint64 offset = placeOf(area, block, cells.first).byte;
-            const CellPlace last = placeOf(area, block, cells.last);
+            const qint64 offset = filePlace(area, block, cells.first).byte;
+            const FilePlace last = filePlace(area, block, cells.last);
             parts.push_back({block, cells, offset, last.byte + last.bytes - offset});
         }
     }
@@ -69,7 +61,7 @@ void decode(const AreaLayout& area, const PackedCells& part, const QByteArray& b
 {
     const bool packedBits = area.area->bits && !area.image;
     for (qint64 cell = part.cells.first; cell <= part.cells.last; ++cell) {
-        const CellPlace place = placeOf(area, part.block, cell);
+        const FilePlace place = filePlace(area, part.block, cell);
         const qint64 at = place.byte - part.offset;
         if (at + place.bytes > bytes.size())
             return;
@@ -85,7 +77,7 @@ void encode(const AreaLayout& area, const PackedCells& part, const std::vector<u
             QByteArray& bytes)
 {
     for (qint64 cell = part.cells.first; cell <= part.cells.last; ++cell) {
-        const CellPlace place = placeOf(area, part.block, cell);
+        const FilePlace place = filePlace(area, part.block, cell);
         const auto at = static_cast<int>(place.byte - part.offset);
         const int value = values[index(cell)];
         const int stored = area.area->bits && !area.image && value != 0 ? place.mask : value;

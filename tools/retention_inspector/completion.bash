@@ -1,7 +1,7 @@
 # Completion of retention_inspector for bash: source it, or install it as
 # /usr/share/bash-completion/completions/retention_inspector.
 _retention_inspector() {
-    local commands="layout show check migrate diff wear map"
+    local commands="layout show check migrate diff wear map export import"
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
     local options="--format --help" projects=0 i
     COMPREPLY=()
@@ -18,7 +18,7 @@ _retention_inspector() {
     --area)
         mapfile -t COMPREPLY < <(compgen -W "LB LW RWI" -- "$word")
         return ;;
-    -o | --output)
+    -o | --output | --tags)
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
         return ;;
     --address | --changes-per-hour | --endurance-cycles | --capacity | --erase-block | --page | \
@@ -30,16 +30,20 @@ _retention_inspector() {
     migrate) options+=" --output" ;;
     wear) options+=" --changes-per-hour --endurance-cycles --capacity --erase-block --page --file-system-pages --years" ;;
     map) options+=" --output --force" ;;
+    export) options+=" --output --tags --nonzero --force" ;;
+    import) options+=" --output" ;;
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
         return
     fi
-    # Projects come first, one or, for migrate, two; then directories.
+    # Projects come first, one or, for migrate, two; then, for import, a table; then directories.
     for ((i = 2; i < COMP_CWORD; ++i)); do
         [[ ${COMP_WORDS[i]} == *.xml ]] && projects=$((projects + 1))
     done
-    if [ "$projects" -ge "$([ "$command" = migrate ] && echo 2 || echo 1)" ]; then
+    if [ "$command" = import ] && [ "$projects" -eq 1 ] && [[ ${COMP_WORDS[COMP_CWORD - 1]} == *.xml ]]; then
+        mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X '!*.csv' -- "$word")
+    elif [ "$projects" -ge "$([ "$command" = migrate ] && echo 2 || echo 1)" ]; then
         mapfile -t COMPREPLY < <(compgen -d -- "$word")
     else
         mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X '!*.xml' -- "$word")

@@ -53,9 +53,27 @@ QString generalHelp()
 QStringList argumentNames(const Command& command)
 {
     QStringList names;
-    for (const Argument& argument : command.arguments)
-        names.append(QLatin1String(argument.name));
+    for (const Argument& argument : command.arguments) {
+        const QString name = QString::fromLatin1(argument.name);
+        names.append(argument.count == Argument::Count::AtMostOne ? QLatin1Char('[') + name + QLatin1Char(']')
+                     : argument.count == Argument::Count::AtLeastOne ? name + QLatin1String("...")
+                                                                     : name);
+    }
     return names;
+}
+
+bool takes(const Command& command, int words)
+{
+    const auto arguments = static_cast<int>(command.arguments.size());
+    switch (command.arguments.back().count) {
+    case Argument::Count::AtMostOne:
+        return words == arguments || words == arguments - 1;
+    case Argument::Count::AtLeastOne:
+        return words >= arguments;
+    case Argument::Count::One:
+        break;
+    }
+    return words == arguments;
 }
 
 QString commandHelp(const QCommandLineParser& parser, const Command& command)
@@ -106,17 +124,26 @@ Inputs readInputs(const Command& command, const QCommandLineParser& parser)
     for (const Option& option : command.options)
         if (parser.isSet(QLatin1String(option.name)))
             inputs.options.insert(QLatin1String(option.name), parser.value(QLatin1String(option.name)));
-    const QStringList words = parser.positionalArguments();
-    for (std::size_t i = 0; i < command.arguments.size(); ++i) {
-        const Argument::Kind kind = command.arguments[i].kind;
-        const QString& word = words.at(static_cast<int>(i));
-        if (kind == Argument::Kind::Project) {
+    std::size_t next = 0;
+    for (const QString& word : parser.positionalArguments()) {
+        const Argument& argument = command.arguments[next];
+        if (next + 1 < command.arguments.size())
+            ++next;
+        switch (argument.kind) {
+        case Argument::Kind::Project:
             inputs.projects.push_back({word, makeLayout(readSettings(word))});
-            continue;
-        }
-        inputs.files.push_back(openRetentionFiles(word));
-        if (kind == Argument::Kind::Files)
+            break;
+        case Argument::Kind::Path:
+            inputs.paths.append(word);
+            break;
+        case Argument::Kind::Files:
+            inputs.files.push_back(openRetentionFiles(word));
             requireReadable(inputs.files.back());
+            break;
+        case Argument::Kind::FilesAsFound:
+            inputs.files.push_back(openRetentionFiles(word));
+            break;
+        }
     }
     return inputs;
 }
@@ -136,7 +163,7 @@ int runCommand(const Command& command, const QStringList& words, QString& out)
         return 0;
     }
     const QStringList names = argumentNames(command);
-    if (parser.positionalArguments().size() != names.size())
+    if (!takes(command, parser.positionalArguments().size()))
         throw Refusal(QStringLiteral("expected: %1 %2%3")
                           .arg(QLatin1String(command.name), names.join(QLatin1Char(' ')), seeHelp));
     const ReportFormat& format = parser.isSet(QStringLiteral("format"))
@@ -145,6 +172,10 @@ int runCommand(const Command& command, const QStringList& words, QString& out)
     Report report = command.run(readInputs(command, parser));
     report.command = QLatin1String(command.name);
     out = format.write(report);
+    if (!report.product.isNull()) { // has standard output for itself
+        print(out, stderr);
+        out = QString::fromUtf8(report.product);
+    }
     return report.isClean() ? 0 : findingStatus;
 }
 

@@ -9,7 +9,9 @@
     COMMAND(migrate)                                                                                         \
     COMMAND(diff)                                                                                            \
     COMMAND(wear)                                                                                            \
-    COMMAND(map)
+    COMMAND(map)                                                                                             \
+    COMMAND(export)                                                                                          \
+    COMMAND(import)
 
 #define DECLARATION(NAME) extern const Command NAME##Command;
 RETENTION_INSPECTOR_COMMANDS(DECLARATION)

@@ -63,6 +63,7 @@ struct Report
     std::vector<Finding> findings;
     QStringList notes;    ///< what else the user should know; no reason to change anything
     bool differs = false; ///< the tables themselves are what was looked for: differences
+    QByteArray product; ///< UTF-8 for standard output; the report then goes to standard error. Null for none
 
     bool isClean() const { return findings.empty() && !differs; }
 };

@@ -1,0 +1,114 @@
+// Writes the kept values as one plain table.
+// SPDX-License-Identifier: MIT
+#include "tools/retention_core/refusal.h"
+#include "tools/retention_core/value_table.h"
+#include "tools/retention_inspector/command.h"
+#include "tools/retention_inspector/report/output_file.h"
+
+#include <optional>
+
+namespace {
+
+/// The table in the making, and what is told about it.
+struct Exporting
+{
+    const Layout& layout;
+    const Tags* tags;
+    bool nonzero;
+    QByteArray table = "area,address,name,type,value,state\n";
+    qint64 values = 0;
+    qint64 leftOut = 0;
+    std::vector<Finding> findings = {};
+};
+
+bool isZero(const AreaReading& reading, const ValueRow& row)
+{
+    for (qint64 cell = row.first; cell <= row.cells().last; ++cell)
+        if (reading.values.values[static_cast<std::size_t>(cell)] != 0)
+            return false;
+    return !textOf(reading.values, row).isNull();
+}
+
+void addRow(const AreaReading& reading, const ValueRow& row, Exporting& out)
+{
+    if (out.nonzero && isZero(reading, row)) {
+        ++out.leftOut;
+        return;
+    }
+    QString value = textOf(reading.values, row);
+    if (row.type.kind == ValueType::Kind::String)
+        value = withoutFormula(value);
+    const QStringList fields = {QString::fromLatin1(row.area->name),
+                                QString::number(row.first),
+                                csvField(withoutFormula(row.name)),
+                                row.type.text(),
+                                csvField(value),
+                                QString::fromLatin1(stateOf(reading, row))};
+    out.table += fields.join(QLatin1Char(',')).toUtf8() + '\n';
+    ++out.values;
+}
+
+void addArea(const AreaReading& reading, Exporting& out)
+{
+    const auto splits = [&](const ValueRow& row) {
+        const auto first = static_cast<std::size_t>(row.first);
+        for (std::size_t cell = first; cell < first + static_cast<std::size_t>(row.type.cells()); ++cell)
+            if (!reading.values.hasValue(cell))
+                return true;
+        if (!textOf(reading.values, row).isNull())
+            return false;
+        out.findings.push_back(notOfType(row, *out.tags));
+        return true;
+    };
+    forEachValue(out.layout, *reading.values.area, out.tags, splits,
+                 [&](const ValueRow& row) { addRow(reading, row, out); });
+}
+
+Report run(const Inputs& inputs)
+{
+    if (!inputs.has("output"))
+        throw Refusal(QStringLiteral("export: expected --output FILE.csv, or - for standard output"));
+    const Layout& layout = inputs.layout();
+    const std::optional<Tags> tags =
+        inputs.has("tags") ? std::optional(readTags(inputs.option("tags"))) : std::nullopt;
+    Report report;
+    report.facts.push_back({"mode", "Mode", layout.settings.mode});
+    Exporting out{layout, tags ? &*tags : nullptr, inputs.has("nonzero")};
+    bool doubtful = false;
+    for (const AreaReading& reading : readAreas(layout, inputs.files.front())) {
+        report.findings.insert(report.findings.end(), reading.findings.begin(), reading.findings.end());
+        doubtful = doubtful || reading.doubtful();
+        addArea(reading, out);
+    }
+    if (tags)
+        for (Finding& finding : tagFindings(layout, *tags))
+            report.findings.push_back(std::move(finding));
+    report.findings.insert(report.findings.end(), out.findings.begin(), out.findings.end());
+    deliver(out.table, inputs, report);
+    report.facts.push_back({"values", "Values", out.values});
+    if (out.leftOut > 0)
+        report.facts.push_back({"zeros", "Zeros left out", out.leftOut});
+    if (doubtful)
+        report.notes.append(
+            QStringLiteral("Values of files that do not fit have the state \"doubtful\"; \"import\" "
+                           "refuses them."));
+    return report;
+}
+
+} // namespace
+
+extern const Command exportCommand = {
+    "export",
+    {{"PROJECT.xml", Argument::Kind::Project}, {"DIR", Argument::Kind::Files}},
+    "the kept values as a table for a spreadsheet or for git",
+    "Writes every kept value of the files of DIR as one line of a CSV table: area, address, name, type, "
+    "value,\n"
+    "state. \"import\" makes files of such a table. With tags a value is one line, whatever its number of "
+    "cells.",
+    "project.xml /usr/tavrin/project --output values.csv\n"
+    "project.xml copy --tags tags.csv --nonzero --output -",
+    {{"output", "FILE.csv", "The table to make; - is standard output"},
+     {"tags", "TAGS.csv", "Names, types and units of values"},
+     {"nonzero", nullptr, "Leave out zeros"},
+     {"force", nullptr, "Replace an existing file"}},
+    run};
