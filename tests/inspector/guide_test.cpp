@@ -97,7 +97,8 @@ TEST_F(InspectorGuide, NamesEveryKey)
         {QStringLiteral("layout"), areas},
         {QStringLiteral("show"), ranges, directory},
         {QStringLiteral("check"), ranges, directory},
-        {QStringLiteral("migrate"), ranges, areas, directory, QStringLiteral("-o"), migrated},
+        {QStringLiteral("migrate"), ranges, areas, directory, QStringLiteral("--move=LW:200=LW:7"),
+         QStringLiteral("--force"), QStringLiteral("-o"), migrated},
         {QStringLiteral("diff"), ranges, directory, migrated},
         {QStringLiteral("wear"), ranges, QStringLiteral("--changes-per-hour=60"),
          QStringLiteral("--capacity=1G"), endurance},
@@ -162,7 +163,7 @@ TEST_F(InspectorGuide, CompletionOffersEveryCommandAndOption)
         for (const Option& option : form->options)
             EXPECT_TRUE(options.contains(QLatin1String("--") + QLatin1String(option.name)))
                 << form->name << ' ' << option.name;
-        EXPECT_EQ(options.size(), static_cast<int>(form->options.size()) + 2) << form->name;
+        EXPECT_EQ(options.size(), static_cast<int>(form->options.size()) + 4) << form->name;
     }
     EXPECT_THAT(offered({QStringLiteral("layout"), QStringLiteral("examples/over")}),
                 testing::ElementsAre(QStringLiteral("examples/overlapping_ranges.xml")));

@@ -61,9 +61,14 @@ struct FileCheck
 {
     QString nextStart; ///< what the module will do with it
     std::vector<Finding> findings;
+    bool foreign = false; ///< evidently not written under this project, so that its values are doubtful
 };
 
 FileCheck checkFile(const Layout& layout, const RetentionFile& file);
+using FileChecks = std::array<FileCheck, areaCount>;
+FileChecks checkFiles(const Layout& layout, const RetentionFiles& files);
+/// The findings of the three, in order.
+std::vector<Finding> findingsOf(const FileChecks& checks);
 
 /// Such as "1 cell" or "3 cells".
 QString countText(qint64 count, const char* what);

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/tags.h"
 
+#include "tools/numbers.h"
 #include "tools/retention_core/csv_table.h"
 #include "tools/retention_core/kept_values.h"
 #include "tools/retention_core/refusal.h"
@@ -86,12 +87,9 @@ const AreaFacts& areaOf(const QString& text)
 
 int addressOf(const QString& text)
 {
-    bool ok = false;
-    const ushort address = text.trimmed().toUShort(&ok);
-    if (!ok)
-        throw Refusal(
-            QStringLiteral("the address \"%1\" is not a number from 0 to 65535").arg(text.trimmed()));
-    return address;
+    if (const std::optional<qint64> address = wholeNumber(text.trimmed(), 0, 65535))
+        return static_cast<int>(*address);
+    throw Refusal(QStringLiteral("the address \"%1\" is not a number from 0 to 65535").arg(text.trimmed()));
 }
 
 void LineErrors::refuseIfAny() const

@@ -36,7 +36,7 @@ Tags readTags(const QString& path);
 
 /// An area by its name, to the letter. Throws a Refusal for any other text.
 const AreaFacts& areaOf(const QString& text);
-/// A decimal number from 0 to 65535. Throws a Refusal for any other text.
+/// A number from 0 to 65535. Throws a Refusal for any other text.
 int addressOf(const QString& text);
 
 /// About tags of which only some cells are retained, and about those that a power cut may leave half old and

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/typed_value.h"
 
+#include "tools/numbers.h"
 #include "tools/retention_core/refusal.h"
 
 #include <QtCore/QStringList>
@@ -145,19 +146,16 @@ std::vector<ushort> stringCells(const ValueType& type, const QString& text)
     return cells;
 }
 
-qint64 wholeNumber(const ValueType& type, const QString& text)
+qint64 numberOf(const ValueType& type, const QString& text)
 {
     const KindFacts& facts = factsOf(type.kind);
-    const bool hexadecimal = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
-    bool ok = false;
-    const qint64 number = text.toLongLong(&ok, hexadecimal ? 16 : 10);
-    if (!ok || number < facts.lowest || number > facts.highest)
-        throw Refusal(QStringLiteral("\"%1\" is not a whole number from %2 to %3, which %4 holds")
-                          .arg(text)
-                          .arg(facts.lowest)
-                          .arg(facts.highest)
-                          .arg(QLatin1String(facts.name)));
-    return number;
+    if (const std::optional<qint64> number = wholeNumber(text, facts.lowest, facts.highest))
+        return *number;
+    throw Refusal(QStringLiteral("\"%1\" is not a whole number from %2 to %3, which %4 holds")
+                      .arg(text)
+                      .arg(facts.lowest)
+                      .arg(facts.highest)
+                      .arg(QLatin1String(facts.name)));
 }
 
 } // namespace
@@ -248,7 +246,7 @@ std::vector<ushort> cellsOfValue(const ValueType& type, const QString& text)
     const QString word = text.trimmed();
     if (type.kind == Kind::Float)
         return split(type, floatBits(word));
-    const qint64 number = wholeNumber(type, word);
+    const qint64 number = numberOf(type, word);
     const auto bits = static_cast<quint32>(number);
     return split(type, type.kind == Kind::Bcd || type.kind == Kind::Bcd32 ? bcdBits(bits) : bits);
 }

@@ -36,10 +36,18 @@ struct Argument
 
 struct Option
 {
+    enum class Kind
+    {
+        Optional,
+        Required,  ///< stands in the usage line
+        Repeatable ///< may be given several times; a command gets the values joined by commas
+    };
+
     const char* name;            ///< "output" may also be given as -o
     const char* value;           ///< name of its value; null for a switch
     const char* description;     ///< in the help; followed by what is usual
     const char* usual = nullptr; ///< its value when it is not given; null for none
+    Kind kind = Kind::Optional;
 };
 
 /// What a command works on.

@@ -3,12 +3,16 @@
 _retention_inspector() {
     local commands="layout show check migrate diff wear map export import"
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
-    local options="--format --help" projects=0 i
+    local options="--format --table --quiet --help" projects=0 i
     COMPREPLY=()
     compopt -o filenames 2>/dev/null
 
     if [ "$COMP_CWORD" -eq 1 ]; then
-        mapfile -t COMPREPLY < <(compgen -W "$commands --help --version" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "$commands help --help --version" -- "$word")
+        return
+    fi
+    if [ "$command" = help ]; then
+        mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$word")
         return
     fi
     case $before in
@@ -21,13 +25,17 @@ _retention_inspector() {
     -o | --output | --tags)
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
         return ;;
-    --address | --changes-per-hour | --endurance-cycles | --capacity | --erase-block | --page | \
+    --table)
+        mapfile -t COMPREPLY < <(
+            compgen -W "files blocks entries cells differences days dropped moves findings facts all" -- "$word")
+        return ;;
+    --address | --entry | --move | --changes-per-hour | --endurance-cycles | --capacity | --erase-block | --page | \
         --file-system-pages | --years)
         return ;;
     esac
     case $command in
-    show) options+=" --area --address" ;;
-    migrate) options+=" --output" ;;
+    show) options+=" --area --address --entry --nonzero --hex --watch" ;;
+    migrate) options+=" --output --move --by-name --force" ;;
     wear) options+=" --changes-per-hour --endurance-cycles --capacity --erase-block --page --file-system-pages --years" ;;
     map) options+=" --output --force" ;;
     export) options+=" --output --tags --nonzero --force" ;;

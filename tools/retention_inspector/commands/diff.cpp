@@ -33,6 +33,11 @@ Report run(const Inputs& inputs)
     }
     Report report;
     report.differs = !table.rows.empty();
+    report.findingsFirst = true;
+    for (const RetentionFiles& files : inputs.files) {
+        const std::vector<Finding> found = findingsOf(checkFiles(inputs.layout(), files));
+        report.findings.insert(report.findings.end(), found.begin(), found.end());
+    }
     report.facts = {{"compared", "Compared cells", compared},
                     {"different", "Different", qint64(table.rows.size())}};
     report.tables.push_back(std::move(table));
@@ -41,13 +46,14 @@ Report run(const Inputs& inputs)
 
 } // namespace
 
-extern const Command diffCommand = {
-    "diff",
-    {{"PROJECT.xml", Argument::Kind::Project},
-     {"DIR1", Argument::Kind::Files},
-     {"DIR2", Argument::Kind::Files}},
-    "kept values that differ between two directories",
-    "Compares the values in the files of two directories by address. Exit status 1 when any differs.",
-    "project.xml monday friday\nproject.xml monday friday --format csv",
-    {},
-    run};
+extern const Command diffCommand = {"diff",
+                                    {{"PROJECT.xml", Argument::Kind::Project},
+                                     {"DIR1", Argument::Kind::Files},
+                                     {"DIR2", Argument::Kind::Files}},
+                                    "kept values that differ between two directories",
+                                    "Compares the values in the files of two directories by address; first "
+                                    "what \"check\" finds about the files.\n"
+                                    "Exit status 1 when any value differs, too.",
+                                    "project.xml monday friday\nproject.xml monday friday --format csv",
+                                    {},
+                                    run};

@@ -66,8 +66,6 @@ void addArea(const AreaReading& reading, Exporting& out)
 
 Report run(const Inputs& inputs)
 {
-    if (!inputs.has("output"))
-        throw Refusal(QStringLiteral("export: expected --output FILE.csv, or - for standard output"));
     const Layout& layout = inputs.layout();
     const std::optional<Tags> tags =
         inputs.has("tags") ? std::optional(readTags(inputs.option("tags"))) : std::nullopt;
@@ -84,7 +82,8 @@ Report run(const Inputs& inputs)
         for (Finding& finding : tagFindings(layout, *tags))
             report.findings.push_back(std::move(finding));
     report.findings.insert(report.findings.end(), out.findings.begin(), out.findings.end());
-    deliver(out.table, inputs, report);
+    deliver(out.table, inputs.option("output"), inputs.has("force"), report);
+    report.facts.push_back({"output", "Written to", inputs.option("output")});
     report.facts.push_back({"values", "Values", out.values});
     if (out.leftOut > 0)
         report.facts.push_back({"zeros", "Zeros left out", out.leftOut});
@@ -107,7 +106,7 @@ extern const Command exportCommand = {
     "cells.",
     "project.xml /usr/tavrin/project --output values.csv\n"
     "project.xml copy --tags tags.csv --nonzero --output -",
-    {{"output", "FILE.csv", "The table to make; - is standard output"},
+    {{"output", "FILE.csv", "The table to make; - for standard output", nullptr, Option::Kind::Required},
      {"tags", "TAGS.csv", "Names, types and units of values"},
      {"nonzero", nullptr, "Leave out zeros"},
      {"force", nullptr, "Replace an existing file"}},

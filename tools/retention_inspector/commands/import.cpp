@@ -138,8 +138,6 @@ qint64 unsetZeros(const Layout& layout, const Changes& changes, const QString& d
 
 Report run(const Inputs& inputs)
 {
-    if (!inputs.has("output"))
-        throw Refusal(QStringLiteral("import: expected --output NEW, a new directory for the files"));
     const Layout& layout = inputs.layout();
     const std::vector<ValueLine> lines = readValueLines(inputs.paths.front(), layout);
     Changes changes = startingPoint(inputs);
@@ -182,5 +180,6 @@ extern const Command importCommand = {
     "each\n"
     "change. When a line cannot be kept, all such lines are named and nothing is made.",
     "project.xml values.csv /usr/tavrin/project --output edited\nproject.xml values.csv --output new_panel",
-    {{"output", "NEW", "The directory to make; it must not exist, or be empty"}},
+    {{"output", "NEW", "The directory to make; it must not exist, or be empty", nullptr,
+      Option::Kind::Required}},
     run};

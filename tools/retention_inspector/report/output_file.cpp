@@ -7,16 +7,14 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
 
-void deliver(const QByteArray& product, const Inputs& inputs, Report& report)
+void deliver(const QByteArray& product, const QString& path, bool force, Report& report)
 {
-    const QString path = inputs.option("output");
-    report.facts.push_back({"output", "Written to", path});
     if (path == QLatin1String("-")) {
         report.product = product;
         return;
     }
     const QFileInfo info(path);
-    if ((info.exists() || info.isSymLink()) && (!inputs.has("force") || !info.isFile()))
+    if ((info.exists() || info.isSymLink()) && (!force || !info.isFile()))
         throw Refusal(QStringLiteral("%1: exists already; name a new file%2")
                           .arg(path, QLatin1String(info.isFile() ? ", or replace it with --force" : "")));
     QSaveFile file(path);

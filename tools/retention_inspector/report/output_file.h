@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tools/retention_inspector/command.h"
+#include "tools/retention_inspector/report/report.h"
 
-/// Writes to the file of the option "output" at once or not at all, and over an existing one only with the
-/// option "force"; "-" is standard output. Throws a Refusal.
-void deliver(const QByteArray& product, const Inputs& inputs, Report& report);
+/// Writes the file at once or not at all, over an existing one only with `force`; "-" is standard output.
+/// Throws a Refusal.
+void deliver(const QByteArray& product, const QString& path, bool force, Report& report);
