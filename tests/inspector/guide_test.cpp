@@ -87,6 +87,7 @@ TEST_F(InspectorGuide, NamesEveryKey)
     const QString migrated = scratch.filePath(QStringLiteral("migrated"));
     const QString picture = scratch.filePath(QStringLiteral("map.svg"));
     const QString table = scratch.filePath(QStringLiteral("values.csv"));
+    const QString tags = QStringLiteral("examples/address_ranges_tags.csv");
     const QString edited = scratch.filePath(QStringLiteral("edited.csv"));
     QFile edit(edited);
     ASSERT_TRUE(edit.open(QIODevice::WriteOnly) && edit.write("area,address,value\nLW,100,1\n") > 0);
@@ -104,6 +105,8 @@ TEST_F(InspectorGuide, NamesEveryKey)
          QStringLiteral("--capacity=1G"), endurance},
         {QStringLiteral("wear"), areas, endurance},
         {QStringLiteral("map"), ranges, QStringLiteral("-o"), picture},
+        {QStringLiteral("show"), ranges, directory, QStringLiteral("--tags"), tags},
+        {QStringLiteral("diff"), ranges, directory, migrated, QStringLiteral("--tags"), tags},
         {QStringLiteral("export"), ranges, directory, QStringLiteral("-o"), table,
          QStringLiteral("--nonzero")},
         {QStringLiteral("import"), ranges, edited, QStringLiteral("-o"),

@@ -366,13 +366,41 @@ TEST_F(ValueTableCommands, TagsMakeOneLineOfAValue)
     EXPECT_THAT(run.out.toStdString(), HasSubstr("\nLW,100,count,int16,1234,kept\n"
                                                  "LW,101,\"temperature, set\",float,21.5,kept\n"
                                                  "LW,103,recipe,string:4,\"'=A1 \",kept\n"
-                                                 "LW,105,broken[0],uint16,6708,kept\n"
+                                                 "LW,105,broken,uint16,6708,kept\n"
                                                  "LW,106,recipe[6],uint16,0,kept\n"));
     EXPECT_THAT(run.out.toStdString(), HasSubstr("\nLW,109,half[0],uint16,0,kept\nLW,200,"));
     EXPECT_THAT(run.err.toStdString(),
                 HasSubstr("tags.csv:6: \"half\", LW 109 to 110: of its cells only 109 is retained"));
     EXPECT_THAT(run.err.toStdString(), HasSubstr("tags.csv:5: \"broken\", LW 105: its cells hold no bcd"));
     EXPECT_THAT(run.err.toStdString(), Not(HasSubstr("elsewhere")));
+}
+
+TEST_F(ValueTableCommands, ShowAndDiffKnowTags)
+{
+    QByteArray words(30, '\0');
+    words.replace(0, 2, "\x2e\xfb");                    // LW 100: -1234
+    words.replace(2, 4, QByteArray("\0\0\xac\x41", 4)); // LW 101: 21.5
+    write("dir/maintenance-word.dat", words);
+    QDir(scratch.path()).mkdir(QStringLiteral("later"));
+    words.replace(2, 4, QByteArray("\0\0\xad\x41", 4)); // 21.625
+    words[28] = 9;                                      // LW 204
+    write("later/maintenance-word.dat", words);
+    write("later/maintenance-bit.dat", QByteArray("\x20\0", 2));
+    write("later/maintenance-RWI.dat", QByteArray());
+    const QString tags = write(
+        "tags.csv", "area,address,type,name,unit\nLW,100,int16,count,pcs\nLW,101,float,temperature,C\n");
+    const ToolRun show = run({QStringLiteral("show"), ranges, path("dir"), QStringLiteral("--tags"), tags});
+    EXPECT_EQ(show.status, 0) << show.err.toStdString();
+    EXPECT_THAT(show.out.toStdString(),
+                HasSubstr("  LW         100   count         -1234   pcs    int16   kept\n"
+                          "  LW         101   temperature    21.5   C      float   kept\n"));
+    EXPECT_THAT(show.out.toStdString(), Not(HasSubstr("204")));
+    const ToolRun diff =
+        run({QStringLiteral("diff"), ranges, path("dir"), path("later"), QStringLiteral("--tags"), tags});
+    EXPECT_EQ(diff.status, 1);
+    EXPECT_THAT(diff.out.toStdString(), HasSubstr("  LW         101    21.5   21.625   temperature   C\n"
+                                                  "  LW         204       0        9\n"));
+    EXPECT_THAT(diff.out.toStdString(), HasSubstr("Different        2\n"));
 }
 
 } // namespace

@@ -63,6 +63,28 @@ Finding foreignBits(const RetentionFile& file, qint64 oddBytes)
         QString::fromLatin1(file.area->name)};
 }
 
+Finding notOfType(const ValueRow& row, const Tags& tags)
+{
+    return {Finding::Severity::Warning,
+            "not-of-type",
+            QStringLiteral("%1:%2: \"%3\", %4 %5")
+                .arg(tags.fileName)
+                .arg(row.tag->line)
+                .arg(row.name, QLatin1String(row.area->name), rangeText(row.cells())),
+            QStringLiteral("its cells hold no %1, so they are shown one by one.").arg(row.type.text()),
+            QStringLiteral("Check the address and the type of the tag."),
+            QString::fromLatin1(row.area->name),
+            CellRanges({row.cells()})};
+}
+
+bool hasAll(const AreaValues& values, const CellRange& cells)
+{
+    for (qint64 cell = cells.first; cell <= cells.last; ++cell)
+        if (!values.hasValue(index(cell)))
+            return false;
+    return true;
+}
+
 /// Takes lines one by one; what cannot be kept is thrown as a Refusal about the line.
 class LineTaker
 {
@@ -159,66 +181,44 @@ AreaReadings readAreas(const Layout& layout, const RetentionFiles& files)
     return readings;
 }
 
-void forEachValue(const Layout& layout, const AreaFacts& area, const Tags* tags,
-                  const std::function<bool(const ValueRow& row)>& splits,
-                  const std::function<void(const ValueRow& row)>& take)
+void forEachValue(const Layout& layout, const AreaReading& reading, const Tags* tags,
+                  std::vector<Finding>& findings, const std::function<void(const ValueRow& row)>& take)
 {
+    const AreaFacts& area = *reading.values.area;
     const EntryNames names(layout, area);
-    const AreaLayout& areaLayout = layout.of(area);
-    for (const CellRange& range : areaLayout.kept) {
-        for (qint64 cell = range.first; cell <= range.last;) {
+    for (const CellRange& range : layout.of(area).kept) {
+        for (qint64 cell = range.first; cell <= range.last; ++cell) {
             const Tag* const tag = tags ? tags->of(area, cell) : nullptr;
-            ValueRow row{&area, cell, cellType(area.bits), tag, {}};
-            if (tag) {
+            ValueRow row{&area, cell, cellType(area.bits), tag, tag ? tag->name : names.of(cell)};
+            if (tag && tag->first == cell && tag->cells().last <= range.last &&
+                hasAll(reading.values, tag->cells())) {
                 row.type = tag->type;
-                row.name = tag->name;
-                if (tag->first == cell && row.cells().last <= range.last && !(splits && splits(row))) {
+                if (!textOf(reading.values, row).isNull()) {
                     take(row);
-                    cell = row.cells().last + 1;
+                    cell = row.cells().last;
                     continue;
                 }
+                findings.push_back(notOfType(row, *tags));
                 row.type = cellType(area.bits);
-                row.name = QStringLiteral("%1[%2]").arg(tag->name).arg(cell - tag->first);
-            } else {
-                row.name = names.of(cell);
             }
+            if (tag && tag->type.cells() > 1)
+                row.name += QStringLiteral("[%1]").arg(cell - tag->first);
             take(row);
-            ++cell;
         }
     }
 }
 
 QString textOf(const AreaValues& values, const ValueRow& row)
 {
-    for (qint64 cell = row.first; cell <= row.cells().last; ++cell)
-        if (!values.hasValue(index(cell)))
-            return {};
-    return valueText(row.type, &values.values[index(row.first)]);
+    return hasAll(values, row.cells()) ? valueText(row.type, &values.values[index(row.first)]) : QString();
 }
 
 const char* stateOf(const AreaReading& reading, const ValueRow& row)
 {
-    bool startValue = false;
-    for (qint64 cell = row.first; cell <= row.cells().last; ++cell) {
-        if (!reading.values.hasValue(index(cell)))
-            return "no-value";
-        startValue = startValue || reading.values.states[index(cell)] == CellState::StartValue;
-    }
+    if (!hasAll(reading.values, row.cells()))
+        return "no-value";
+    const bool startValue = reading.values.states[index(row.first)] == CellState::StartValue; // of a bit
     return reading.doubtful() ? "doubtful" : startValue ? "start-value" : "kept";
-}
-
-Finding notOfType(const ValueRow& row, const Tags& tags)
-{
-    return {Finding::Severity::Warning,
-            "not-of-type",
-            QStringLiteral("%1:%2: \"%3\", %4 %5")
-                .arg(tags.fileName)
-                .arg(row.tag->line)
-                .arg(row.name, QLatin1String(row.area->name), rangeText(row.cells())),
-            QStringLiteral("its cells hold no %1, so they are shown one by one.").arg(row.type.text()),
-            QStringLiteral("Check the address and the type of the tag."),
-            QString::fromLatin1(row.area->name),
-            CellRanges({row.cells()})};
 }
 
 std::vector<ValueLine> readValueLines(const QString& path, const Layout& layout)

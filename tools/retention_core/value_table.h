@@ -34,25 +34,22 @@ struct ValueRow
     qint64 first = 0;
     ValueType type;
     const Tag* tag = nullptr; ///< null for a cell without a tag
-    QString name;             ///< of the tag, or made from the entry's; may be empty
+    QString name; ///< of the tag, or made from the entry's; may be empty. Of a cell of several: "name[2]"
 
     CellRange cells() const { return {first, first + type.cells() - 1}; }
 };
 
-/// All that the project keeps, by area and address. Without tags, cell by cell; with tags, those that are
-/// kept whole in one row. `splits` gets every tag's row and may ask for single cells in its place.
-void forEachValue(const Layout& layout, const AreaFacts& area, const Tags* tags,
-                  const std::function<bool(const ValueRow& row)>& splits,
-                  const std::function<void(const ValueRow& row)>& take);
+/// All that the project keeps in one area, by address: cell by cell and, with tags, each tag that is kept
+/// whole in one row. A tag whose cells hold no value of its type comes cell by cell, too, and is added to the
+/// findings.
+void forEachValue(const Layout& layout, const AreaReading& reading, const Tags* tags,
+                  std::vector<Finding>& findings, const std::function<void(const ValueRow& row)>& take);
 
 /// The value in these values; null when they hold none or none of the type.
 QString textOf(const AreaValues& values, const ValueRow& row);
 
 /// "kept", "start-value", "no-value" or, in an area that is doubtful, "doubtful": the worst of its cells.
 const char* stateOf(const AreaReading& reading, const ValueRow& row);
-
-/// About a tag whose cells hold no value of its type.
-Finding notOfType(const ValueRow& row, const Tags& tags);
 
 /// One line of a table of values that names a value.
 struct ValueLine

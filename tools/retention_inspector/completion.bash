@@ -34,7 +34,8 @@ _retention_inspector() {
         return ;;
     esac
     case $command in
-    show) options+=" --area --address --entry --nonzero --hex --watch" ;;
+    show) options+=" --area --address --entry --nonzero --hex --watch --tags" ;;
+    diff) options+=" --tags" ;;
     migrate) options+=" --output --move --by-name --force" ;;
     wear) options+=" --changes-per-hour --endurance-cycles --capacity --erase-block --page --file-system-pages --years" ;;
     map) options+=" --output --force" ;;

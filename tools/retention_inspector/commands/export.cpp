@@ -1,24 +1,17 @@
 // Writes the kept values as one plain table.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_core/refusal.h"
-#include "tools/retention_core/value_table.h"
-#include "tools/retention_inspector/command.h"
+#include "tools/retention_inspector/report/named_values.h"
 #include "tools/retention_inspector/report/output_file.h"
-
-#include <optional>
 
 namespace {
 
 /// The table in the making, and what is told about it.
 struct Exporting
 {
-    const Layout& layout;
-    const Tags* tags;
     bool nonzero;
     QByteArray table = "area,address,name,type,value,state\n";
     qint64 values = 0;
     qint64 leftOut = 0;
-    std::vector<Finding> findings = {};
 };
 
 bool isZero(const AreaReading& reading, const ValueRow& row)
@@ -48,40 +41,25 @@ void addRow(const AreaReading& reading, const ValueRow& row, Exporting& out)
     ++out.values;
 }
 
-void addArea(const AreaReading& reading, Exporting& out)
-{
-    const auto splits = [&](const ValueRow& row) {
-        const auto first = static_cast<std::size_t>(row.first);
-        for (std::size_t cell = first; cell < first + static_cast<std::size_t>(row.type.cells()); ++cell)
-            if (!reading.values.hasValue(cell))
-                return true;
-        if (!textOf(reading.values, row).isNull())
-            return false;
-        out.findings.push_back(notOfType(row, *out.tags));
-        return true;
-    };
-    forEachValue(out.layout, *reading.values.area, out.tags, splits,
-                 [&](const ValueRow& row) { addRow(reading, row, out); });
-}
-
 Report run(const Inputs& inputs)
 {
     const Layout& layout = inputs.layout();
-    const std::optional<Tags> tags =
-        inputs.has("tags") ? std::optional(readTags(inputs.option("tags"))) : std::nullopt;
+    const std::optional<Tags> tags = tagsOf(inputs);
     Report report;
     report.facts.push_back({"mode", "Mode", layout.settings.mode});
-    Exporting out{layout, tags ? &*tags : nullptr, inputs.has("nonzero")};
+    Exporting out{inputs.has("nonzero")};
+    std::vector<Finding> notOfType;
     bool doubtful = false;
     for (const AreaReading& reading : readAreas(layout, inputs.files.front())) {
         report.findings.insert(report.findings.end(), reading.findings.begin(), reading.findings.end());
         doubtful = doubtful || reading.doubtful();
-        addArea(reading, out);
+        forEachValue(layout, reading, tags ? &*tags : nullptr, notOfType,
+                     [&](const ValueRow& row) { addRow(reading, row, out); });
     }
     if (tags)
         for (Finding& finding : tagFindings(layout, *tags))
             report.findings.push_back(std::move(finding));
-    report.findings.insert(report.findings.end(), out.findings.begin(), out.findings.end());
+    report.findings.insert(report.findings.end(), notOfType.begin(), notOfType.end());
     deliver(out.table, inputs.option("output"), inputs.has("force"), report);
     report.facts.push_back({"output", "Written to", inputs.option("output")});
     report.facts.push_back({"values", "Values", out.values});
