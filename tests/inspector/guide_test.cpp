@@ -109,6 +109,7 @@ TEST_F(InspectorGuide, NamesEveryKey)
         {QStringLiteral("diff"), ranges, directory, migrated, QStringLiteral("--tags"), tags},
         {QStringLiteral("export"), ranges, directory, QStringLiteral("-o"), table,
          QStringLiteral("--nonzero")},
+        {QStringLiteral("compare"), areas, migrated, migrated, directory},
         {QStringLiteral("import"), ranges, edited, QStringLiteral("-o"),
          scratch.filePath(QStringLiteral("imported"))}};
     for (const Command* command : commands())

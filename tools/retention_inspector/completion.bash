@@ -1,7 +1,7 @@
 # Completion of retention_inspector for bash: source it, or install it as
 # /usr/share/bash-completion/completions/retention_inspector.
 _retention_inspector() {
-    local commands="layout show check migrate diff wear map export import"
+    local commands="layout show check migrate diff wear map export import compare"
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
     local options="--format --table --quiet --help" projects=0 i
     COMPREPLY=()
@@ -35,7 +35,7 @@ _retention_inspector() {
     esac
     case $command in
     show) options+=" --area --address --entry --nonzero --hex --watch --tags" ;;
-    diff) options+=" --tags" ;;
+    compare | diff) options+=" --tags" ;;
     migrate) options+=" --output --move --by-name --force" ;;
     wear) options+=" --changes-per-hour --endurance-cycles --capacity --erase-block --page --file-system-pages --years" ;;
     map) options+=" --output --force" ;;

@@ -11,7 +11,8 @@
     COMMAND(wear)                                                                                            \
     COMMAND(map)                                                                                             \
     COMMAND(export)                                                                                          \
-    COMMAND(import)
+    COMMAND(import)                                                                                          \
+    COMMAND(compare)
 
 #define DECLARATION(NAME) extern const Command NAME##Command;
 RETENTION_INSPECTOR_COMMANDS(DECLARATION)
