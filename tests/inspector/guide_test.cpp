@@ -86,6 +86,12 @@ TEST_F(InspectorGuide, NamesEveryKey)
     const QString areas = QStringLiteral("examples/whole_areas.xml");
     const QString migrated = scratch.filePath(QStringLiteral("migrated"));
     const QString picture = scratch.filePath(QStringLiteral("map.svg"));
+    const QString table = scratch.filePath(QStringLiteral("values.csv"));
+    const QString tags = QStringLiteral("examples/address_ranges_tags.csv");
+    const QString edited = scratch.filePath(QStringLiteral("edited.csv"));
+    QFile edit(edited);
+    ASSERT_TRUE(edit.open(QIODevice::WriteOnly) && edit.write("area,address,value\nLW,100,1\n") > 0);
+    edit.close();
     const QString endurance = QStringLiteral("--endurance-cycles=3000");
     const QList<QStringList> calls = {
         {QStringLiteral("layout"), ranges},
@@ -98,7 +104,14 @@ TEST_F(InspectorGuide, NamesEveryKey)
         {QStringLiteral("wear"), ranges, QStringLiteral("--changes-per-hour=60"),
          QStringLiteral("--medium=emmc"), endurance},
         {QStringLiteral("wear"), areas, endurance},
-        {QStringLiteral("map"), ranges, QStringLiteral("-o"), picture}};
+        {QStringLiteral("map"), ranges, QStringLiteral("-o"), picture},
+        {QStringLiteral("show"), ranges, directory, QStringLiteral("--tags"), tags},
+        {QStringLiteral("diff"), ranges, directory, migrated, QStringLiteral("--tags"), tags},
+        {QStringLiteral("export"), ranges, directory, QStringLiteral("-o"), table,
+         QStringLiteral("--nonzero")},
+        {QStringLiteral("compare"), areas, migrated, migrated, directory},
+        {QStringLiteral("import"), ranges, edited, QStringLiteral("-o"),
+         scratch.filePath(QStringLiteral("imported"))}};
     for (const Command* command : commands())
         EXPECT_TRUE(std::any_of(
             calls.begin(), calls.end(),

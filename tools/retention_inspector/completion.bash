@@ -1,7 +1,7 @@
 # Completion of retention_inspector for bash: source it, or install it as
 # /usr/share/bash-completion/completions/retention_inspector.
 _retention_inspector() {
-    local commands="layout show check migrate diff wear map"
+    local commands="layout show check migrate diff wear map export import compare"
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
     local options="--format --table --quiet --help" projects=0 i
     COMPREPLY=()
@@ -22,7 +22,7 @@ _retention_inspector() {
     --area)
         mapfile -t COMPREPLY < <(compgen -W "LB LW RWI" -- "$word")
         return ;;
-    -o | --output)
+    -o | --output | --tags)
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
         return ;;
     --medium)
@@ -37,20 +37,25 @@ _retention_inspector() {
         return ;;
     esac
     case $command in
-    show) options+=" --area --address --entry --nonzero --hex --watch" ;;
+    show) options+=" --area --address --entry --nonzero --hex --watch --tags" ;;
+    compare | diff) options+=" --tags" ;;
     migrate) options+=" --output --move --by-name --force" ;;
     wear) options+=" --medium --changes-per-hour --endurance-cycles --capacity --erase-block --page --file-system-pages --years" ;;
     map) options+=" --output --force" ;;
+    export) options+=" --output --tags --nonzero --force" ;;
+    import) options+=" --output" ;;
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
         return
     fi
-    # Projects come first, one or, for migrate, two; then directories.
+    # Projects come first, one or, for migrate, two; then, for import, a table; then directories.
     for ((i = 2; i < COMP_CWORD; ++i)); do
         [[ ${COMP_WORDS[i]} == *.xml ]] && projects=$((projects + 1))
     done
-    if [ "$projects" -ge "$([ "$command" = migrate ] && echo 2 || echo 1)" ]; then
+    if [ "$command" = import ] && [ "$projects" -eq 1 ] && [[ ${COMP_WORDS[COMP_CWORD - 1]} == *.xml ]]; then
+        mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X '!*.csv' -- "$word")
+    elif [ "$projects" -ge "$([ "$command" = migrate ] && echo 2 || echo 1)" ]; then
         mapfile -t COMPREPLY < <(compgen -d -- "$word")
     else
         mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X '!*.xml' -- "$word")

@@ -4,6 +4,7 @@
 #include "tools/retention_core/kept_values.h"
 #include "tools/retention_core/refusal.h"
 #include "tools/retention_inspector/command.h"
+#include "tools/retention_inspector/report/named_values.h"
 
 #include <algorithm>
 
@@ -202,18 +203,28 @@ Report run(const Inputs& inputs)
     Table rows{
         nullptr, nullptr, "Kept values", {{nullptr, "Area"}, {nullptr, "Addresses"}, {nullptr, "Values"}}};
     Table cells{"cells", "cell", nullptr, {{"area"}, {"address"}, {"value"}, {"state"}}};
+    const std::optional<Tags> tags = tagsOf(inputs);
+    Table named = namedValues();
     for (std::size_t i = 0; i < checks.size(); ++i) {
         const RetentionFile& file = inputs.files.front()[i];
         const AreaValues values = areaValues(inputs.layout(), file);
         const CellRanges wanted = wantedCells(inputs, values);
         addArea(values, wanted, digits, checks[i].foreign, rows, cells);
         addNotes(values, wanted, file, report);
+        if (tags)
+            addNamedValues(inputs.layout(), readArea(inputs.layout(), file), *tags, wanted, false, named,
+                           report.findings);
     }
     if (cells.rows.empty())
         report.notes.append(inputs.has("nonzero")
                                 ? QStringLiteral("None of the cells asked for has a value other than 0.")
                                 : QStringLiteral("The project retains none of the cells asked for."));
     report.tables = {std::move(rows), std::move(cells)};
+    if (tags) {
+        report.tables.front() = std::move(named); // in place of the rows of cells
+        for (Finding& finding : tagFindings(inputs.layout(), *tags))
+            report.findings.push_back(std::move(finding));
+    }
     return report;
 }
 
@@ -231,6 +242,7 @@ extern const Command showCommand = {
     {{"area", "AREA", "Only this area: LB, LW or RWI"},
      {"address", "A[-B]", "Only these addresses, such as 100 or 100-109"},
      {"entry", "NAME", "Only the cells of the entry of that name"},
+     {"tags", "TAGS.csv", "Values by name, type and unit, in place of cells"},
      {"nonzero", nullptr, "Only values other than 0"},
      {"hex", nullptr, "Words in hexadecimal"},
      {"watch", nullptr, "Goes on with a line for each change, until it is interrupted"}},
