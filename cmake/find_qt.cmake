@@ -17,6 +17,7 @@ set_property(CACHE POWEROFF_PROTECT_QT PROPERTY STRINGS 4 5 6)
 
 set(POWEROFF_PROTECT_MODULE_STANDARD 11)
 if(POWEROFF_PROTECT_QT STREQUAL "4")
+    add_compile_options(-fPIC) # also for programs, as the targets of the later Qts say by themselves
     set(advice "Point at it with -DQT_QMAKE_EXECUTABLE=/path/to/qmake or PKG_CONFIG_PATH=/path/to/lib/pkgconfig.")
     if(QT_QMAKE_EXECUTABLE)
         execute_process(COMMAND ${QT_QMAKE_EXECUTABLE} -query QT_VERSION

@@ -8,6 +8,8 @@ function(module_objects name)
     target_compile_features(${name} PUBLIC cxx_std_11)
     target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
     target_link_libraries(${name} PUBLIC ${POWEROFF_PROTECT_QTCORE})
+    # It also loads with an older minor version than that it was built with; the test of its symbols says so.
+    target_compile_definitions(${name} PRIVATE QT_NO_VERSION_TAGGING)
     set_target_properties(${name} PROPERTIES
         CXX_STANDARD ${POWEROFF_PROTECT_MODULE_STANDARD}
         CXX_VISIBILITY_PRESET hidden

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "simulated_host/scratch_directory.h"
 
+#include "simulated_host/remove_directory.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QTemporaryDir>
 
@@ -24,7 +26,7 @@ namespace {
     char byte;
     while (read(pipeEnd, &byte, 1) < 0) {
     }
-    QDir(directory).removeRecursively();
+    removeDirectory(directory);
     _exit(0);
 }
 

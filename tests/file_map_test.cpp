@@ -1,14 +1,11 @@
-// Places of blocks in their file: the worked cases, and random lists against the rules taken literally.
-// SPDX-License-Identifier: MIT
+// Places of blocks in their file: the worked cases. The blocks of every small list are compared with the
+// rules in small_worlds/entry_lists_test.cpp. SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
-#include "tests/support/literal_rules.h"
-#include "tests/support/random_source.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <sstream>
 #include <utility>
 #include <vector>
 
@@ -46,7 +43,7 @@ Places placesOf(const std::vector<Cells>& cells)
     QList<MaintenanceFileInfo> blocks = blocksOf(cells);
     poweroff_protect().fileMemoryMap(blocks);
     Places places;
-    for (const MaintenanceFileInfo& block : qAsConst(blocks))
+    for (const MaintenanceFileInfo& block : std::as_const(blocks))
         places.emplace_back(block.fileOffset, block.bitOffset);
     return places;
 }
@@ -154,77 +151,5 @@ TEST(FileMap, StartsAnewWithEveryList)
     EXPECT_THAT(placesOf({{"LB", 1}, {"LB", 1}}), ElementsAre(Pair(0, 0), Pair(0, 1)));
     EXPECT_THAT(placesOf({{"LB", 1}, {"LB", 1}}), ElementsAre(Pair(0, 0), Pair(0, 1)));
 }
-
-// Random lists.
-
-std::vector<RuleBlock> randomBlocks(bool extreme, bool mixed, RandomSource& random)
-{
-    const char* const areas[] = {"LB", "LW", "RWI", "other"};
-    const QString only = QString::fromLatin1(areas[random.between(0, 2)]);
-    std::vector<RuleBlock> blocks(static_cast<std::size_t>(random.between(0, 9)));
-    for (RuleBlock& block : blocks) {
-        block.area = mixed ? QString::fromLatin1(areas[random.between(0, 3)]) : only;
-        block.count = extreme && !random.oneIn(3) ? random.extreme() : random.between(-20, 40);
-    }
-    return blocks;
-}
-
-std::string described(const std::vector<RuleBlock>& expected, const QList<MaintenanceFileInfo>& got)
-{
-    std::ostringstream text;
-    for (int k = 0; k < got.size(); ++k) {
-        const RuleBlock& block = expected[static_cast<std::size_t>(k)];
-        text << block.area.toStdString() << " count " << block.count << ": expected byte " << block.fileOffset
-             << " bit " << block.bitOffset << ", the module gave byte " << got[k].fileOffset << " bit "
-             << got[k].bitOffset << '\n';
-    }
-    return text.str();
-}
-
-struct Kind
-{
-    const char* name;
-    bool extreme;
-    bool mixed;
-};
-
-void PrintTo(const Kind& kind, std::ostream* out)
-{
-    *out << kind.name;
-}
-
-class RandomFileMap : public testing::TestWithParam<Kind>
-{
-};
-
-TEST_P(RandomFileMap, IsThatOfTheRulesTakenLiterally)
-{
-    RandomSource random(printedSeed());
-    poweroff_protect module;
-    for (int round = 0; round < 100000; ++round) {
-        std::vector<RuleBlock> expected = randomBlocks(GetParam().extreme, GetParam().mixed, random);
-        QList<MaintenanceFileInfo> got;
-        for (const RuleBlock& block : expected) {
-            got.append(MaintenanceFileInfo());
-            got.last().address.block = block.area;
-            got.last().count = block.count;
-        }
-        mapByRules(expected);
-        module.fileMemoryMap(got);
-        ASSERT_EQ(static_cast<std::size_t>(got.size()), expected.size());
-        for (int k = 0; k < got.size(); ++k) {
-            const RuleBlock& block = expected[static_cast<std::size_t>(k)];
-            ASSERT_TRUE(got[k].fileOffset == block.fileOffset && got[k].bitOffset == block.bitOffset)
-                << "round " << round << " block " << k << '\n'
-                << described(expected, got);
-        }
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Blocks, RandomFileMap,
-                         testing::Values(Kind{"OfOneArea", false, false}, Kind{"OfMixedAreas", false, true},
-                                         Kind{"OfExtremeCounts", true, false},
-                                         Kind{"OfExtremeCountsInMixedAreas", true, true}),
-                         [](const auto& info) { return std::string(info.param.name); });
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "tests/support/storage.h"
 
 #include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -173,7 +174,7 @@ protected:
         QList<RegisterValueChangeSize> records;
         panel->model->getMonitorTriggerAddr(records);
         QStringList cells;
-        for (const RegisterValueChangeSize& record : qAsConst(records))
+        for (const RegisterValueChangeSize& record : std::as_const(records))
             cells.append(QStringLiteral("%1 %2").arg(QLatin1String(record.areaName)).arg(record.address));
         ASSERT_EQ(lines(cells), lines(model.watched())) << situation();
     }

@@ -1,15 +1,13 @@
-// From sorted entries to blocks: the worked cases, and random entries against the rules taken literally.
+// From sorted entries to blocks: the worked cases. Every small list is compared with the rules in
+// small_worlds/entry_lists_test.cpp.
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/literal_rules.h"
-#include "tests/support/random_source.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <limits>
-#include <sstream>
 #include <utility>
 #include <vector>
 
@@ -243,95 +241,5 @@ TEST(Partition, HasNoLimitOnEntries)
         apart.emplace_back(2 * i, 1);
     EXPECT_EQ(blocksOf(apart), apart);
 }
-
-// Random entries.
-
-struct Kind
-{
-    const char* name;
-    bool sorted;
-    int leastLength;
-    bool extreme;
-};
-
-void PrintTo(const Kind& kind, std::ostream* out)
-{
-    *out << kind.name;
-}
-
-std::vector<RuleEntry> randomEntries(const Kind& kind, RandomSource& random)
-{
-    std::vector<RuleEntry> entries(static_cast<std::size_t>(random.between(0, 9)));
-    int origin = 0;
-    for (RuleEntry& entry : entries) {
-        const bool extreme = kind.extreme && !random.oneIn(3);
-        entry.index = extreme ? random.extreme() : random.between(-10, 40);
-        entry.addressLength = extreme ? random.extreme() : random.between(kind.leastLength, 12);
-        entry.length = extreme ? random.extreme() : random.between(-3, 20);
-        entry.origin = origin++;
-    }
-    if (kind.sorted)
-        std::sort(entries.begin(), entries.end(),
-                  [](const RuleEntry& a, const RuleEntry& b) { return a.index < b.index; });
-    return entries;
-}
-
-std::string described(const std::vector<RuleEntry>& entries, const std::vector<RuleBlock>& expected,
-                      const QList<MaintenanceFileInfo>& got)
-{
-    std::ostringstream text;
-    text << "entries (index, addressLength, address.length):";
-    for (const RuleEntry& entry : entries)
-        text << " (" << entry.index << ", " << entry.addressLength << ", " << entry.length << ")";
-    text << "\nexpected blocks (index, count; origin):";
-    for (const RuleBlock& block : expected)
-        text << " (" << block.index << ", " << block.count << "; " << block.origin << ")";
-    text << "\nthe module's blocks:";
-    for (const MaintenanceFileInfo& block : got)
-        text << " (" << block.address.index << ", " << block.count << "; " << block.address.station - 1000
-             << ")";
-    return text.str();
-}
-
-bool same(const std::vector<RuleEntry>& entries, const std::vector<RuleBlock>& expected,
-          const QList<MaintenanceFileInfo>& got)
-{
-    if (static_cast<int>(expected.size()) != got.size())
-        return false;
-    for (int k = 0; k < got.size(); ++k) {
-        const RuleBlock& block = expected[static_cast<std::size_t>(k)];
-        const auto origin = std::find_if(entries.begin(), entries.end(), [&](const RuleEntry& entry) {
-            return entry.origin == block.origin;
-        });
-        if (got[k].count != block.count || got[k].bitOffset != 0 || got[k].fileOffset != 0 ||
-            got[k].address.index != block.index || !sameAddress(got[k].address, moduleEntry(*origin).address))
-            return false;
-    }
-    return true;
-}
-
-class RandomPartition : public testing::TestWithParam<Kind>
-{
-};
-
-TEST_P(RandomPartition, IsThatOfTheRulesTakenLiterally)
-{
-    RandomSource random(printedSeed());
-    for (int round = 0; round < 100000; ++round) {
-        const std::vector<RuleEntry> entries = randomEntries(GetParam(), random);
-        const std::vector<RuleBlock> expected = partitionByRules(entries);
-        const QList<MaintenanceFileInfo> got = partitioned(entries);
-        ASSERT_TRUE(same(entries, expected, got)) << "round " << round << '\n'
-                                                  << described(entries, expected, got);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Entries, RandomPartition,
-                         testing::Values(Kind{"Sorted", true, 1, false},
-                                         Kind{"SortedWithZeroAndNegativeLengths", true, -4, false},
-                                         Kind{"Unsorted", false, -4, false},
-                                         Kind{"SortedExtreme", true, -4, true},
-                                         Kind{"UnsortedExtreme", false, -4, true}),
-                         [](const auto& info) { return std::string(info.param.name); });
 
 } // namespace

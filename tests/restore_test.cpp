@@ -43,7 +43,7 @@ QString wrote(const char* area, int address, const std::vector<int>& values)
         .arg(QLatin1String(area))
         .arg(address)
         .arg(values.size())
-        .arg(texts.join(QLatin1Char(',')));
+        .arg(texts.join(QLatin1String(",")));
 }
 
 class Restore : public ModuleTest

@@ -129,7 +129,7 @@ TEST_F(RetentionFiles, CheckingFailsOnAReadOnlyFileSystem)
 
 TEST_F(RetentionFiles, CheckingFailsWithoutAProjectDirectoryAndMakesNone)
 {
-    QDir(QLatin1String(fixedProjectDirectory)).removeRecursively();
+    removeDirectory(QLatin1String(fixedProjectDirectory));
     model.checkFile(file, fileName);
     EXPECT_TRUE(file.fail());
     EXPECT_FALSE(QDir(QLatin1String(fixedProjectDirectory)).exists());

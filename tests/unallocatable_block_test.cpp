@@ -4,6 +4,7 @@
 #include "tests/support/storage.h"
 
 #include <cstdlib>
+#include <utility>
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -173,7 +174,7 @@ TEST_F(UnallocatableBlock, IsNotWatchedWhenItsRecordsDoNotFitAndTheOtherBlocksAr
         QList<RegisterValueChangeSize> records;
         panel->model->getMonitorTriggerAddr(records);
         QStringList cells;
-        for (const RegisterValueChangeSize& record : qAsConst(records))
+        for (const RegisterValueChangeSize& record : std::as_const(records))
             cells.append(QStringLiteral("%1 %2").arg(QLatin1String(record.areaName)).arg(record.address));
         EXPECT_EQ(
             lines(cells.mid(0, 10)),

@@ -23,7 +23,7 @@ install_missing() {
         fi
         as_root=(sudo)
     fi
-    step "Installing with ${as_root[*]} apt-get, $why:"
+    step "Installing with ${as_root[*]:+${as_root[*]} }apt-get, $why:"
     printf '%s\n' "${missing[*]}" | fold -s -w 76 | sed 's/^/   /'
     local apt_get=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -o DPkg::Lock::Timeout=600)
     log=$(mktemp)

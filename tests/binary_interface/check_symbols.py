@@ -2,9 +2,12 @@
 # SPDX-License-Identifier: MIT
 """Compares the symbols that a library exports or leaves undefined with a committed list.
 
-The list holds one demangled symbol a line, written as on the panel (32-bit ARM). A line may begin with "armhf: " or
-"amd64: " when the symbol belongs to that processor alone. A line that ends in "*" stands for any number of
-symbols that begin so. "#" begins a comment; "## " begins a section, which can be compared alone.
+The list holds one demangled symbol a line, written as on the panel (32-bit ARM) with the names of Qt 4 and 5. A line may
+begin with "Qt 4: ", "Qt 5: " or "Qt 6: " when the symbol belongs to that Qt alone. A line that ends in "*" stands for
+any number of symbols that begin so. "#" begins a comment; "## " begins a section, which can be compared alone.
+
+A library that was built with one minor version of a Qt also has to load with the first one: a symbol that came later is
+a difference.
 
 Exit status: 0 the same, 1 a difference, 2 unreadable input.
 """
@@ -25,21 +28,28 @@ def as_on_the_panel(symbol):
 
 
 def library_symbols(nm, library, undefined):
-    command = [nm, "--dynamic", "--demangle", "--without-symbol-versions",
-               "--undefined-only" if undefined else "--defined-only", library]
+    """The symbols, each with its version or an empty string."""
+    command = [nm, "--dynamic", "--demangle", "--undefined-only" if undefined else "--defined-only", library]
     result = subprocess.run(command, capture_output=True, text=True)
     if result.returncode != 0:
         fail(f"{' '.join(command)}: {result.stderr.strip()}")
-    symbols = set()
+    symbols = {}
     for line in result.stdout.splitlines():
-        match = re.match(r"[0-9a-f]* *([A-Za-z]) (.+)$", line)
+        match = re.match(r"[0-9a-f]* *([A-Za-z]) (.+?)(?:@@?([\w.]+)(?: \(\d+\))?)?$", line)
         # Weak references are the start-up code's, which works without them.
         if match and match[1] != "w":
-            symbols.add(match[2])
+            symbols[as_on_the_panel(match[2])] = match[3] or ""
     return symbols
 
 
-def listed_symbols(path, processor, section):
+def with_names_of(qt, symbol):
+    """A listed symbol as that Qt spells it."""
+    if qt < 6:
+        return symbol
+    return symbol.replace("QStringList", "QList<QString>").replace("QVector<", "QList<")
+
+
+def listed_symbols(path, qt, section):
     try:
         with open(path, encoding="utf-8") as file:
             lines = file.read().splitlines()
@@ -51,9 +61,9 @@ def listed_symbols(path, processor, section):
         if line.startswith("## "):
             current = line[3:]
         elif line and not line.startswith("#") and section in (None, current):
-            only = re.match(r"(armhf|amd64): ", line)
-            if not only or only[1] == processor:
-                symbols.add(line[only.end():] if only else line)
+            only = re.match(r"Qt (\d): ", line)
+            if not only or int(only[1]) == qt:
+                symbols.add(with_names_of(qt, line[only.end():] if only else line))
     if not symbols:
         fail(f"{path}: no symbols" + (f" in a section '{section}'" if section else ""))
     return symbols
@@ -62,7 +72,7 @@ def listed_symbols(path, processor, section):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--nm", default="nm", help="the nm of the library's processor")
-    parser.add_argument("--processor", choices=["armhf", "amd64"], required=True)
+    parser.add_argument("--qt", type=int, choices=[4, 5, 6], required=True, help="the major version of its Qt")
     parser.add_argument("--undefined", action="store_true", help="the undefined symbols instead of the exported ones")
     parser.add_argument("--section", help="compare this section only: every symbol of it must be there")
     parser.add_argument("library")
@@ -70,18 +80,19 @@ def main():
     arguments = parser.parse_args()
 
     found = library_symbols(arguments.nm, arguments.library, arguments.undefined)
-    if arguments.processor != "armhf":
-        found = {as_on_the_panel(symbol) for symbol in found}
-    listed = listed_symbols(arguments.list, arguments.processor, arguments.section)
+    listed = listed_symbols(arguments.list, arguments.qt, arguments.section)
     kind = "undefined" if arguments.undefined else "exported"
     groups = tuple(symbol[:-1] for symbol in listed if symbol.endswith("*"))
-    missing = sorted(symbol for symbol in listed - found if not symbol.endswith("*"))
-    added = [] if arguments.section else sorted(symbol for symbol in found - listed if not symbol.startswith(groups))
+    missing = sorted(symbol for symbol in listed - found.keys() if not symbol.endswith("*"))
+    added = [] if arguments.section else sorted(symbol for symbol in found.keys() - listed if not symbol.startswith(groups))
     for symbol in missing:
         print(f"no longer {kind}: {symbol}")
     for symbol in added:
         print(f"newly {kind}: {symbol}")
-    if missing or added:
+    late = sorted(symbol for symbol, version in found.items() if re.match(r"Qt_\d+\.\d+", version))
+    for symbol in late:
+        print(f"not in the first Qt {arguments.qt}: {symbol} ({found[symbol]})")
+    if missing or added or late:
         print(f"{arguments.library} has changed its binary interface. If that is meant, change {arguments.list} too.")
         return 1
     print(f"{len(found)} {kind} symbols, as listed in {arguments.list}.")

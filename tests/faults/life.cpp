@@ -2,9 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "tests/faults/life.h"
 
+#include "simulated_host/remove_directory.h"
 #include "tests/support/storage.h"
-
-#include <QtCore/QDir>
 
 #include <algorithm>
 
@@ -187,7 +186,7 @@ Files filesAtStart(Mode mode, StartFiles kind)
 
 void lay(const Files& files, bool withDirectory)
 {
-    QDir(QStringLiteral("/usr/tavrin")).removeRecursively();
+    removeDirectory(QStringLiteral("/usr/tavrin"));
     if (withDirectory)
         QDir().mkpath(QLatin1String(fixedProjectDirectory));
     for (std::size_t a = 0; a < files.size(); ++a)

@@ -8,6 +8,9 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+#if QT_VERSION < 0x050000
+#include <QtCore/QTextCodec>
+#endif
 
 #include <cerrno>
 #include <cstdio>
@@ -119,8 +122,15 @@ protected:
     {
         setCallLog(nullptr);
         tellLifeOnCrash();
+#if QT_VERSION < 0x050000
+        // Its codec for the C locale loses an iconv handle when memory ends right after opening one.
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+#endif
     }
-    ~MemoryFaults() override { alarm(0); }
+    ~MemoryFaults() override
+    {
+        alarm(0);
+    }
 
     void SetUp() override
     {
@@ -307,7 +317,7 @@ int openRetentionFiles()
     int count = 0;
     const QDir descriptors(QStringLiteral("/proc/self/fd"));
     for (const QFileInfo& descriptor : descriptors.entryInfoList(QDir::Files | QDir::System))
-        count += descriptor.symLinkTarget().contains(QLatin1String("/maintenance-"));
+        count += descriptor.symLinkTarget().contains(QLatin1String("/maintenance-")) ? 1 : 0;
     return count;
 }
 

@@ -86,18 +86,32 @@ TEST_F(InspectorGuide, NamesEveryKey)
     const QString areas = QStringLiteral("examples/whole_areas.xml");
     const QString migrated = scratch.filePath(QStringLiteral("migrated"));
     const QString picture = scratch.filePath(QStringLiteral("map.svg"));
+    const QString table = scratch.filePath(QStringLiteral("values.csv"));
+    const QString tags = QStringLiteral("examples/address_ranges_tags.csv");
+    const QString edited = scratch.filePath(QStringLiteral("edited.csv"));
+    QFile edit(edited);
+    ASSERT_TRUE(edit.open(QIODevice::WriteOnly) && edit.write("area,address,value\nLW,100,1\n") > 0);
+    edit.close();
     const QString endurance = QStringLiteral("--endurance-cycles=3000");
     const QList<QStringList> calls = {
         {QStringLiteral("layout"), ranges},
         {QStringLiteral("layout"), areas},
         {QStringLiteral("show"), ranges, directory},
         {QStringLiteral("check"), ranges, directory},
-        {QStringLiteral("migrate"), ranges, areas, directory, QStringLiteral("-o"), migrated},
+        {QStringLiteral("migrate"), ranges, areas, directory, QStringLiteral("--move=LW:200=LW:7"),
+         QStringLiteral("--force"), QStringLiteral("-o"), migrated},
         {QStringLiteral("diff"), ranges, directory, migrated},
         {QStringLiteral("wear"), ranges, QStringLiteral("--changes-per-hour=60"),
-         QStringLiteral("--capacity=1G"), endurance},
+         QStringLiteral("--medium=emmc"), endurance},
         {QStringLiteral("wear"), areas, endurance},
-        {QStringLiteral("map"), ranges, QStringLiteral("-o"), picture}};
+        {QStringLiteral("map"), ranges, QStringLiteral("-o"), picture},
+        {QStringLiteral("show"), ranges, directory, QStringLiteral("--tags"), tags},
+        {QStringLiteral("diff"), ranges, directory, migrated, QStringLiteral("--tags"), tags},
+        {QStringLiteral("export"), ranges, directory, QStringLiteral("-o"), table,
+         QStringLiteral("--nonzero")},
+        {QStringLiteral("compare"), areas, migrated, migrated, directory},
+        {QStringLiteral("import"), ranges, edited, QStringLiteral("-o"),
+         scratch.filePath(QStringLiteral("imported"))}};
     for (const Command* command : commands())
         EXPECT_TRUE(std::any_of(
             calls.begin(), calls.end(),
@@ -153,7 +167,7 @@ TEST_F(InspectorGuide, CompletionOffersEveryCommandAndOption)
         for (const Option& option : form->options)
             EXPECT_TRUE(options.contains(QLatin1String("--") + QLatin1String(option.name)))
                 << form->name << ' ' << option.name;
-        EXPECT_EQ(options.size(), static_cast<int>(form->options.size()) + 2) << form->name;
+        EXPECT_EQ(options.size(), static_cast<int>(form->options.size()) + 4) << form->name;
     }
     EXPECT_THAT(offered({QStringLiteral("layout"), QStringLiteral("examples/over")}),
                 testing::ElementsAre(QStringLiteral("examples/overlapping_ranges.xml")));

@@ -7,6 +7,7 @@
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
 
 namespace {
@@ -96,7 +97,7 @@ TEST_F(Inspector, GivesScriptsJson)
     const ToolRun run = Inspector::run({QStringLiteral("layout"), example("address_ranges"),
                                         QStringLiteral("--format"), QStringLiteral("json")});
     const QJsonObject root = QJsonDocument::fromJson(run.out).object();
-    EXPECT_EQ(root.value(QStringLiteral("version")).toInt(), 1);
+    EXPECT_EQ(root.value(QStringLiteral("version")).toInt(), 2);
     EXPECT_EQ(root.value(QStringLiteral("mode")).toString(), QStringLiteral("per-address"));
     const QJsonObject block = root.value(QStringLiteral("blocks")).toArray().at(2).toObject();
     EXPECT_EQ(block.value(QStringLiteral("first")).toInt(), 200);
@@ -110,10 +111,96 @@ TEST_F(Inspector, GivesScriptsCsv)
     const ToolRun run = Inspector::run({QStringLiteral("show"), example("address_ranges"), scratch.path(),
                                         QStringLiteral("--address"), QStringLiteral("203-204"),
                                         QStringLiteral("--format=csv")});
-    EXPECT_EQ(run.out.toStdString(),
-              "record,key,value\nfact,mode,per-address\n"
-              "record,area,address,value,state\ncell,LW,203,7,kept\ncell,LW,204,0,kept\n"
-              "record,severity,kind,entry,area,cells,place,problem,remedy\n");
+    EXPECT_EQ(run.out.toStdString(), "area,address,value,state\nLW,203,7,kept\nLW,204,0,kept\n");
+    EXPECT_EQ(run.err, "");
+}
+
+TEST_F(Inspector, GivesFindingsBesideATable)
+{
+    const QStringList check = {QStringLiteral("check"), example("address_ranges"), scratch.path(),
+                               QStringLiteral("--format=csv")};
+    const ToolRun files = run(check);
+    EXPECT_EQ(files.status, 1);
+    EXPECT_EQ(files.out.count('\n'), 4) << "a line of names and three files: " << files.out.toStdString();
+    EXPECT_THAT(files.err.toStdString(), HasSubstr("there is no such file."));
+    const ToolRun findings = run(check + QStringList(QStringLiteral("--table=findings")));
+    EXPECT_THAT(findings.out.toStdString(),
+                HasSubstr("severity,kind,entry,area,cells,place,problem,remedy\nerror,missing,,LB,"));
+    EXPECT_EQ(findings.err, "");
+    const ToolRun all = run(check + QStringList(QStringLiteral("--table=all")));
+    EXPECT_THAT(all.out.toStdString(), HasSubstr("record,file,bytes,"));
+    EXPECT_THAT(all.out.toStdString(), HasSubstr("\nfact,mode,per-address\n"));
+    const ToolRun none = run(check + QStringList(QStringLiteral("--table=blocks")));
+    EXPECT_EQ(none.status, 2);
+    EXPECT_THAT(none.err.toStdString(),
+                HasSubstr("--table \"blocks\": expected one of files, findings, facts, or all"));
+}
+
+TEST_F(Inspector, SaysNothingWhenQuiet)
+{
+    const ToolRun run = Inspector::run(
+        {QStringLiteral("check"), example("address_ranges"), scratch.path(), QStringLiteral("--quiet")});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "");
+}
+
+TEST_F(Inspector, ColoursSeveritiesOnATerminalOnly)
+{
+    const QStringList layout = {QStringLiteral("layout"), example("overlapping_ranges")};
+    const QString tool = QStringLiteral(RETENTION_INSPECTOR_PATH);
+    qunsetenv("NO_COLOR");
+    EXPECT_THAT(runToolOnTerminal(tool, layout, "").out.toStdString(),
+                HasSubstr("1. \x1b[1;31merror\x1b[0m: "));
+    EXPECT_FALSE(run(layout).out.contains('\x1b'));
+    qputenv("NO_COLOR", "1");
+    EXPECT_FALSE(runToolOnTerminal(tool, layout, "").out.contains('\x1b'));
+    qunsetenv("NO_COLOR");
+}
+
+TEST_F(Inspector, ShowsTheValuesThatAreAskedFor)
+{
+    writeExampleFiles();
+    const auto cells = [this](const QStringList& more) {
+        return run(QStringList{QStringLiteral("show"), example("address_ranges"), scratch.path(),
+                               QStringLiteral("--format=csv")} +
+                   more)
+            .out.toStdString();
+    };
+    const std::string names = "area,address,value,state\n";
+    EXPECT_EQ(cells({QStringLiteral("--nonzero")}), names + "LB,25,1,kept\nLW,203,7,kept\n");
+    EXPECT_EQ(cells({QStringLiteral("--nonzero"), QStringLiteral("--hex"), QStringLiteral("--entry"),
+                     QStringLiteral("counters")}),
+              names + "LW,203,0x0007,kept\n");
+    EXPECT_EQ(cells({QStringLiteral("--address=0xcb")}), names + "LW,203,7,kept\n");
+    const ToolRun unknown = run({QStringLiteral("show"), example("address_ranges"), scratch.path(),
+                                 QStringLiteral("--entry=nobody")});
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_THAT(unknown.err.toStdString(),
+                HasSubstr("--entry \"nobody\": the project has only recipe, counters, switches"));
+}
+
+TEST_F(Inspector, WatchesTheFiles)
+{
+    writeExampleFiles();
+    QProcess tool;
+    tool.start(QStringLiteral(RETENTION_INSPECTOR_PATH), {QStringLiteral("show"), example("address_ranges"),
+                                                          scratch.path(), QStringLiteral("--watch")});
+    const auto waitFor = [&tool](const QByteArray& text) {
+        QByteArray out;
+        while (!out.contains(text) && tool.waitForReadyRead(20000))
+            out += tool.readAllStandardOutput();
+        return out;
+    };
+    EXPECT_THAT(waitFor("No findings").toStdString(), HasSubstr("0     0     0     7     0"));
+    QByteArray words(30, '\0');
+    words[26] = 9;
+    write(wordFileName, words);
+    EXPECT_THAT(waitFor("->").toStdString(), HasSubstr("  LW 203: 7 -> 9\n"));
+    QFile::remove(scratch.filePath(QString::fromLatin1(wordFileName)));
+    EXPECT_THAT(waitFor("no such file").toStdString(), HasSubstr("  LW 203: 9 -> no value\n"));
+    tool.kill();
+    tool.waitForFinished();
 }
 
 TEST_F(Inspector, ShowsKeptValuesByAddress)
@@ -129,6 +216,41 @@ TEST_F(Inspector, ShowsKeptValuesByAddress)
                                            QStringLiteral("--address"), QStringLiteral("25")});
     EXPECT_THAT(narrow.out.toStdString(), HasSubstr("  LB     25          1\n"));
     EXPECT_THAT(narrow.out.toStdString(), Not(HasSubstr("LW")));
+}
+
+TEST_F(Inspector, SaysBeforeItShowsValuesThatTheFilesDoNotFit)
+{
+    writeExampleFiles();
+    write(wordFileName, QByteArray(131072, '\1'));
+    const ToolRun run = Inspector::run({QStringLiteral("show"), example("address_ranges"), scratch.path()});
+    EXPECT_EQ(run.status, 1);
+    const QByteArray finding = "length of a whole-area image, but the project keeps single ranges";
+    EXPECT_GE(run.out.simplified().indexOf(finding), 0) << run.out.toStdString();
+    EXPECT_LT(run.out.indexOf("Findings"), run.out.indexOf("Kept values"));
+    EXPECT_EQ(run.out.count("No findings."), 0);
+    const QByteArray json = Inspector::run({QStringLiteral("show"), example("address_ranges"), scratch.path(),
+                                            QStringLiteral("--format=json")})
+                                .out;
+    const QJsonArray cells = QJsonDocument::fromJson(json).object().value(QStringLiteral("cells")).toArray();
+    EXPECT_EQ(cells.at(0).toObject().value(QStringLiteral("state")).toString(), QStringLiteral("kept"))
+        << "LB 20, in a file that fits";
+    EXPECT_EQ(cells.at(12).toObject().value(QStringLiteral("state")).toString(), QStringLiteral("doubtful"))
+        << "LW 100, in one that does not";
+}
+
+TEST_F(Inspector, SaysBeforeItShowsThatThereAreNoFiles)
+{
+    const ToolRun run = Inspector::run({QStringLiteral("show"), example("address_ranges"), scratch.path()});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("maintenance-word.dat: there is no such file."));
+    EXPECT_LT(run.out.indexOf("Findings"), run.out.indexOf("Kept values"));
+}
+
+TEST_F(Inspector, CollapsesCellsWithoutValue)
+{
+    const ToolRun run = Inspector::run({QStringLiteral("show"), example("whole_areas"), scratch.path()});
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("  LW     0 to 65535   no value\n"));
+    EXPECT_LT(run.out.count('\n'), 40);
 }
 
 TEST_F(Inspector, ChecksFiles)
@@ -172,6 +294,9 @@ TEST_F(Inspector, NamesWhatIsWrongWithItsInput)
 TEST_F(Inspector, ExplainsEveryCommandWithExamples)
 {
     const std::string general = Inspector::run({QStringLiteral("--help")}).out.toStdString();
+    EXPECT_EQ(Inspector::run({QStringLiteral("help"), QStringLiteral("check")}).out,
+              Inspector::run({QStringLiteral("check"), QStringLiteral("--help")}).out);
+    EXPECT_EQ(Inspector::run({QStringLiteral("help"), QStringLiteral("chek")}).status, 2);
     for (const Command* form : commands()) {
         EXPECT_THAT(general, HasSubstr(std::string("  ") + form->name + ' '));
         const ToolRun run = Inspector::run({QString::fromLatin1(form->name), QStringLiteral("--help")});

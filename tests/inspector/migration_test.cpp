@@ -32,13 +32,15 @@ protected:
     }
 
     /// Carries the files of the fixed directory over and puts the new ones in their place.
-    Report migrate(const Layout& from, const Layout& to)
+    Report migrate(const Layout& from, const Layout& to,
+                   std::initializer_list<std::pair<const char*, QString>> more = {})
     {
         QTemporaryDir scratch;
         const QString target = scratch.filePath(QStringLiteral("new"));
-        const Report report =
-            reportOf("migrate", {from, to}, {openRetentionFiles(QLatin1String(fixedProjectDirectory))},
-                     {{"output", target}});
+        std::vector<std::pair<const char*, QString>> options = more;
+        options.emplace_back("output", target);
+        const Report report = reportOf("migrate", {from, to},
+                                       {openRetentionFiles(QLatin1String(fixedProjectDirectory))}, options);
         for (const char* name : {bitFileName, wordFileName, rwiFileName}) {
             QFile made(target + QLatin1Char('/') + QLatin1String(name));
             EXPECT_TRUE(made.open(QIODevice::ReadOnly));
@@ -50,7 +52,7 @@ protected:
     /// Such as "9, 12 to 14": the cells of an area that share a fate, in the words of the report for scripts.
     static QString cellsOf(const Report& report, std::size_t area, const char* fate)
     {
-        for (const auto& row : report.tables.at(1).rows)
+        for (const auto& row : report.tables.at(2).rows)
             if (row[0].text == QLatin1String(areaFacts[area].name) &&
                 row[1].data.toString() == QLatin1String(fate))
                 return row[3].text;
@@ -166,13 +168,112 @@ TEST_F(MigrationTest, SaysWhatHadNoValue)
     writeRetentionFile(QString::fromLatin1(wordFileName), QByteArray("\1\0\2\0", 4));
     const Layout from = makeLayout(readSettings(oldProject.get()));
     const Layout to = makeLayout(readSettings(newProject.get()));
-    const Report report = migrate(from, to);
+    const Report report = migrate(from, to, {{"force", QString()}});
     EXPECT_EQ(cellsOf(report, 1, "carried"), QStringLiteral("1"));
     EXPECT_EQ(cellsOf(report, 1, "without-value"), QStringLiteral("2"));
     EXPECT_EQ(cellsOf(report, 1, "dropped"), QStringLiteral("0, 3"));
     EXPECT_EQ(cellsOf(report, 2, "new"), QStringLiteral("5"));
     ASSERT_EQ(report.findings.size(), 1U) << "the old file is too short for the old project";
     EXPECT_STREQ(report.findings.front().kind, "shorter");
+}
+
+TEST_F(MigrationTest, MovesCellsAwayFromTheirAddresses)
+{
+    const ProjectPointer oldProject =
+        perAddressProject({{QStringLiteral("LW"), 100, 10}, {QStringLiteral("LB"), 5, 2}});
+    const ProjectPointer newProject = perAddressProject(
+        {{QStringLiteral("LW"), 105, 5}, {QStringLiteral("RWI"), 300, 6}, {QStringLiteral("LB"), 20, 2}});
+    const auto before = usedPanel(*oldProject);
+    const Report report =
+        migrate(makeLayout(readSettings(oldProject.get())), makeLayout(readSettings(newProject.get())),
+                {{"move", QStringLiteral("LW:100-105=RWI:300,LB:5-6=20-21")}});
+    const auto after = startPanel(newProject.get());
+    const auto& words = before->areas.all()[1];
+    for (int i = 0; i < 6; ++i)
+        EXPECT_EQ(after->areas.all()[2].cell(300 + i), words.cell(100 + i)) << i;
+    EXPECT_EQ(after->areas.all()[1].cell(105), ushort(0)) << "its value moved away";
+    EXPECT_EQ(after->areas.all()[1].cell(106), words.cell(106));
+    EXPECT_EQ(after->areas.all()[0].cell(21), before->areas.all()[0].cell(6));
+    EXPECT_EQ(cellsOf(report, 1, "carried"), QStringLiteral("106 to 109"));
+    EXPECT_EQ(cellsOf(report, 1, "new"), QStringLiteral("105"));
+    EXPECT_EQ(cellsOf(report, 1, "dropped"), QString::fromLatin1(""));
+    EXPECT_EQ(cellsOf(report, 2, "carried"), QStringLiteral("300 to 305"));
+}
+
+TEST_F(MigrationTest, SwapsCellsThatMoveToEachOther)
+{
+    const ProjectPointer project = perAddressProject({{QStringLiteral("LW"), 0, 20}});
+    const auto before = usedPanel(*project);
+    const Layout layout = makeLayout(readSettings(project.get()));
+    migrate(layout, layout, {{"move", QStringLiteral("LW:0-4=10,LW:10-14=0")}});
+    const auto after = startPanel(project.get());
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(after->areas.all()[1].cell(10 + i), before->areas.all()[1].cell(i));
+        EXPECT_EQ(after->areas.all()[1].cell(i), before->areas.all()[1].cell(10 + i));
+    }
+}
+
+TEST_F(MigrationTest, ListsAsDroppedWhatAMoveOverwrites)
+{
+    const ProjectPointer project = perAddressProject({{QStringLiteral("LW"), 0, 4}});
+    const auto panel = startPanel(project.get());
+    panel->setCells(QStringLiteral("LW"), 0, {1, 2, 3, 4});
+    const Layout layout = makeLayout(readSettings(project.get()));
+    const Report report = migrate(layout, layout, {{"move", QStringLiteral("LW:0=LW:2")}});
+    EXPECT_EQ(cellsOf(report, 1, "dropped"), QStringLiteral("2"));
+    ASSERT_EQ(report.tables.at(3).rows.size(), 1U);
+    EXPECT_EQ(report.tables.at(3).rows[0][4].text, QStringLiteral("3"));
+    EXPECT_EQ(retentionFile(QString::fromLatin1(wordFileName)), QByteArray("\0\0\2\0\1\0\4\0", 8));
+}
+
+TEST_F(MigrationTest, FindsMovedRangesByTheNamesOfTheirEntries)
+{
+    // perAddressProject() names entries "entry0", "entry1" and so on.
+    const ProjectPointer oldProject =
+        perAddressProject({{QStringLiteral("LW"), 100, 10}, {QStringLiteral("LW"), 200, 5}});
+    const ProjectPointer newProject =
+        perAddressProject({{QStringLiteral("LW"), 400, 8}, {QStringLiteral("LW"), 200, 5}});
+    for (const auto& project : {oldProject.get(), newProject.get()}) {
+        int number = 0;
+        for (const auto& entry : project->findChild(QStringLiteral("DataRetention"))->children)
+            entry->name = QStringLiteral("entry%1").arg(number++);
+    }
+    const auto before = usedPanel(*oldProject);
+    const Report report = migrate(makeLayout(readSettings(oldProject.get())),
+                                  makeLayout(readSettings(newProject.get())), {{"by-name", QString()}});
+    const auto after = startPanel(newProject.get());
+    for (int i = 0; i < 8; ++i)
+        EXPECT_EQ(after->areas.all()[1].cell(400 + i), before->areas.all()[1].cell(100 + i));
+    EXPECT_EQ(cellsOf(report, 1, "carried"), QStringLiteral("200 to 204, 400 to 407"));
+    EXPECT_EQ(cellsOf(report, 1, "dropped"), QStringLiteral("108 to 109"));
+}
+
+TEST_F(MigrationTest, RefusesMovesThatCannotBe)
+{
+    const ProjectPointer project =
+        perAddressProject({{QStringLiteral("LW"), 0, 20}, {QStringLiteral("LB"), 0, 8}});
+    usedPanel(*project);
+    const Layout layout = makeLayout(readSettings(project.get()));
+    const struct
+    {
+        const char* move;
+        const char* problem;
+    } moves[] = {{"LW:5", "expected the old cells"},
+                 {"XX:5=LW:6", "expected the old cells"},
+                 {"LW:5=LB:6", "bits and words"},
+                 {"LW:0-4=LW:6-9", "differ in length"},
+                 {"LW:0-4=LW:65533", "the area ends at 65535"},
+                 {"LW:30=LW:3", "OLD.xml does not retain LW 30"},
+                 {"LW:3=LW:30", "NEW.xml does not retain LW 30"},
+                 {"LW:0-4=LW:6,LW:5=LW:10", "meet"}};
+    for (const auto& [move, problem] : moves) {
+        try {
+            migrate(layout, layout, {{"move", QString::fromLatin1(move)}});
+            ADD_FAILURE() << move;
+        } catch (const Refusal& refusal) {
+            EXPECT_THAT(refusal.message().toStdString(), HasSubstr(problem)) << move;
+        }
+    }
 }
 
 class OutputPlace : public MigrationTest
@@ -184,7 +285,8 @@ protected:
         const ProjectPointer project = wholeAreaProject(1, 5);
         const Layout layout = makeLayout(readSettings(project.get()));
         try {
-            reportOf("migrate", {layout, layout}, {openRetentionFiles(scratch.path())}, {{"output", target}});
+            reportOf("migrate", {layout, layout}, {openRetentionFiles(scratch.path())},
+                     {{"output", target}, {"force", QString()}});
         } catch (const Refusal& refusal) {
             return refusal.message();
         }

@@ -4,19 +4,21 @@
 
 #include "tools/retention_inspector/command.h"
 
-#include <initializer_list>
 #include <utility>
+#include <vector>
 
 /// What the command reports of these projects and files. Options that are not given have their usual values.
 inline Report reportOf(const char* command, const std::vector<Layout>& projects,
                        std::vector<RetentionFiles> files = {},
-                       std::initializer_list<std::pair<const char*, QString>> options = {})
+                       const std::vector<std::pair<const char*, QString>>& options = {},
+                       const QStringList& paths = {})
 {
     const Command& known = *commandNamed(QLatin1String(command));
     Inputs inputs;
     for (const Layout& layout : projects)
         inputs.projects.push_back({QStringLiteral("project.xml"), layout});
     inputs.files = std::move(files);
+    inputs.paths = paths;
     inputs.options = usualOptions(known);
     for (const auto& [name, value] : options)
         inputs.options.insert(QLatin1String(name), value);

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 
+#include "simulated_host/remove_directory.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 
@@ -9,8 +11,9 @@
 
 const ModuleLibrary& moduleLibrary()
 {
-    static const ModuleLibrary library(
-        qEnvironmentVariable("MODULE_UNDER_TEST", QStringLiteral(MODULE_PATH)));
+    const QByteArray other = qgetenv("MODULE_UNDER_TEST");
+    static const ModuleLibrary library(other.isEmpty() ? QStringLiteral(MODULE_PATH)
+                                                       : QFile::decodeName(other));
     return library;
 }
 
@@ -71,7 +74,7 @@ ModuleTest::ModuleTest()
     const QByteArray fixed(fixedProjectDirectory);
     while (umount2(fixed.constData(), MNT_DETACH) == 0) {
     }
-    QDir(QStringLiteral("/usr/tavrin")).removeRecursively();
+    removeDirectory(QStringLiteral("/usr/tavrin"));
     setCommandRunner({});
     setCallLog(&calls);
 }

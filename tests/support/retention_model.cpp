@@ -53,7 +53,7 @@ QString writeCall(const QString& area, int address, const std::vector<ushort>& v
     for (const ushort value : values)
         texts.append(QString::number(value));
     return QStringLiteral("writeRegisterValues link=Local area=%1 address=%2 selector=-1 count=%3 data=%4")
-        .arg(area, QString::number(address), QString::number(values.size()), texts.join(QLatin1Char(',')));
+        .arg(area, QString::number(address), QString::number(values.size()), texts.join(QLatin1String(",")));
 }
 
 } // namespace

@@ -55,10 +55,12 @@ int statusAfter(pid_t child)
     return statusOf(waited);
 }
 
-QByteArray contents(QTemporaryFile& file)
+/// What others wrote to the file.
+QByteArray contents(const QTemporaryFile& file)
 {
-    file.seek(0);
-    return file.readAll();
+    QFile again(file.fileName());
+    EXPECT_TRUE(again.open(QIODevice::ReadOnly));
+    return again.readAll();
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "simulated_host/private_directory.h"
+#include "simulated_host/remove_directory.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QDir>
@@ -38,7 +39,7 @@ inline void remountProjectDirectory(const char* options, unsigned long flags = 0
 /// A file in the place of the fixed directory, so that there is none and none can be made.
 inline void blockProjectDirectory()
 {
-    QDir(QLatin1String(fixedProjectDirectory)).removeRecursively();
+    removeDirectory(QLatin1String(fixedProjectDirectory));
     QDir().mkpath(QStringLiteral("/usr/tavrin"));
     ASSERT_TRUE(QFile(QLatin1String(fixedProjectDirectory)).open(QIODevice::WriteOnly));
 }
@@ -55,11 +56,16 @@ inline QByteArray pattern(int size, int seed)
 /// Bytes as hexadecimal digits, for messages.
 inline std::string hex(const std::optional<QByteArray>& bytes)
 {
-    return bytes ? bytes->toHex(' ').toStdString() : "no such file";
+    if (!bytes)
+        return "no such file";
+    std::string text;
+    for (int i = 0; i < bytes->size(); ++i)
+        text += (i == 0 ? "" : " ") + std::string(bytes->mid(i, 1).toHex().constData());
+    return text;
 }
 
 /// Recorded calls one a line, for messages.
 inline std::string lines(const QStringList& calls)
 {
-    return calls.join(QLatin1Char('\n')).toStdString();
+    return calls.join(QLatin1String("\n")).toStdString();
 }

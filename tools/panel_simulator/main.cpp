@@ -66,7 +66,7 @@ Options readOptions(QCoreApplication& application)
         giveUp(
             QStringLiteral("expected one project file: panel_simulator PROJECT.xml [options] (see --help)"));
 
-    const QString project = parser.positionalArguments().constFirst();
+    const QString project = parser.positionalArguments().first();
     return {project, parser.value(module),
             parser.isSet(directory) ? parser.value(directory)
                                     : QFileInfo(project).completeBaseName() + QLatin1String(".retention"),

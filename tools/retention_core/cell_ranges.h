@@ -47,5 +47,11 @@ private:
     std::vector<CellRange> parts;
 };
 
+/// The cells that lie in both.
+inline CellRanges both(const CellRanges& a, const CellRanges& b)
+{
+    return a.minus(a.minus(b));
+}
+
 /// Such as "9" or "12 to 14".
 QString rangeText(const CellRange& range);

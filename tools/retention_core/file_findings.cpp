@@ -3,6 +3,8 @@
 #include "tools/retention_core/findings.h"
 #include "tools/retention_core/kept_values.h"
 
+#include <algorithm>
+
 namespace {
 
 const auto error = Finding::Severity::Error;
@@ -10,6 +12,8 @@ const auto warning = Finding::Severity::Warning;
 
 const char* const anotherProject =
     "If it was written under another project, carry its values over with \"migrate\" before the next start.";
+const char* const keepsItsLength =
+    "Nothing to do when the panel itself went on with this longer file: it never shortens one.";
 
 /// The check of one file in the making.
 struct Checking
@@ -21,10 +25,16 @@ struct Checking
     QString name() const { return QString::fromLatin1(area.area->name); }
     QString startValues() const { return QStringLiteral("%1 keeps the panel's start values").arg(name()); }
 
-    void add(Finding::Severity severity, const char* kind, const QString& problem,
-             const QString& remedy = QString::fromLatin1(anotherProject), const CellRanges& cells = {})
+    void add(Finding::Severity severity, const char* kind, const QString& problem, const QString& remedy,
+             const CellRanges& cells = {})
     {
         result.findings.push_back({severity, kind, file.path, problem, remedy, name(), cells});
+    }
+    void addForeign(Finding::Severity severity, const char* kind, const QString& problem,
+                    const CellRanges& cells = {})
+    {
+        add(severity, kind, problem, QString::fromLatin1(anotherProject), cells);
+        result.foreign = true;
     }
 };
 
@@ -62,12 +72,13 @@ void checkImage(Checking& check)
     if (size < expected) {
         check.result.nextStart =
             QStringLiteral("emptied and filled with zeros; all of %1 starts at 0").arg(check.name());
-        check.add(
+        check.addForeign(
             error, size == 0 ? "empty" : "shorter",
             QStringLiteral("it has %1, fewer than the %2 of the area: the next start empties it and its "
                            "values are lost.")
                 .arg(bytes)
                 .arg(expected));
+        check.result.foreign = size > 0;
         return;
     }
     check.result.nextStart = QStringLiteral("restored");
@@ -76,7 +87,8 @@ void checkImage(Checking& check)
                   QStringLiteral("it has %1, more than the %2 of the area; the rest is neither read nor "
                                  "written.")
                       .arg(bytes)
-                      .arg(expected));
+                      .arg(expected),
+                  QString::fromLatin1(keepsItsLength));
 }
 
 /// The length of a file with at least one byte.
@@ -91,9 +103,10 @@ void checkLength(const Layout& layout, Checking& check)
         check.result.nextStart = QLatin1String("its first ") + countText(area.fileLength, "byte") +
                                  QLatin1String(area.fileLength == 1 ? " is restored as if it were a block"
                                                                     : " are restored as if they were blocks");
-        check.add(error, "other-mode",
-                  QStringLiteral("it has the length of a whole-area image, but the project keeps single "
-                                 "ranges: its values go to wrong addresses."));
+        check.addForeign(
+            error, "other-mode",
+            QStringLiteral("it has the length of a whole-area image, but the project keeps single "
+                           "ranges: its values go to wrong addresses."));
     } else if (size < area.fileLength) {
         const CellRanges missing = areaValues(layout, check.file).cellsIn(CellState::NoValue);
         check.result.nextStart =
@@ -103,15 +116,16 @@ void checkLength(const Layout& layout, Checking& check)
         const QString lost = missing.isEmpty()
                                  ? QString()
                                  : QStringLiteral(": no value for %1 %2").arg(check.name(), missing.text());
-        check.add(error, "shorter",
-                  QStringLiteral("it has %1 instead of %2%3.").arg(bytes).arg(area.fileLength).arg(lost),
-                  QString::fromLatin1(anotherProject), missing);
+        check.addForeign(
+            error, "shorter",
+            QStringLiteral("it has %1 instead of %2%3.").arg(bytes).arg(area.fileLength).arg(lost), missing);
     } else {
-        check.add(warning, "longer",
-                  QStringLiteral("it has %1 instead of %2, so it was written under another project and its "
-                                 "values may belong to other cells.")
-                      .arg(bytes)
-                      .arg(area.fileLength));
+        check.addForeign(
+            warning, "longer",
+            QStringLiteral("it has %1 instead of %2, so it was written under another project and its "
+                           "values may belong to other cells.")
+                .arg(bytes)
+                .arg(area.fileLength));
     }
 }
 
@@ -129,10 +143,11 @@ void checkBlocks(const Layout& layout, Checking& check)
     check.result.nextStart = QString::fromLatin1(nothingKept ? "nothing to restore" : "restored");
     checkLength(layout, check);
     if (const qint64 bits = strayBits(layout, check.file))
-        check.add(error, "bits-behind-last",
-                  QStringLiteral("%1 set after the last cell, which this project never does: the file was "
-                                 "written under another project.")
-                      .arg(countText(bits, "bit") + QLatin1String(bits == 1 ? " is" : " are")));
+        check.addForeign(
+            error, "bits-behind-last",
+            QStringLiteral("%1 set after the last cell, which this project never does: the file was "
+                           "written under another project.")
+                .arg(countText(bits, "bit") + QLatin1String(bits == 1 ? " is" : " are")));
 }
 
 } // namespace
@@ -149,6 +164,22 @@ FileCheck checkFile(const Layout& layout, const RetentionFile& file)
     else
         checkBlocks(layout, check);
     return check.result;
+}
+
+FileChecks checkFiles(const Layout& layout, const RetentionFiles& files)
+{
+    FileChecks checks;
+    std::transform(files.begin(), files.end(), checks.begin(),
+                   [&layout](const RetentionFile& file) { return checkFile(layout, file); });
+    return checks;
+}
+
+std::vector<Finding> findingsOf(const FileChecks& checks)
+{
+    std::vector<Finding> findings;
+    for (const FileCheck& check : checks)
+        findings.insert(findings.end(), check.findings.begin(), check.findings.end());
+    return findings;
 }
 
 QString countText(qint64 count, const char* what)

@@ -15,6 +15,17 @@ enum class CellState : unsigned char
     NoValue      ///< the file is missing, empty or ends before the cell
 };
 
+/// Where a cell lies in its file.
+struct FilePlace
+{
+    qint64 byte;
+    int bytes; ///< 2 for a word, low byte first
+    int mask;  ///< of its bits in these bytes
+};
+
+/// Of a cell that the area keeps, in the block that holds it.
+FilePlace filePlace(const AreaLayout& area, const LayoutBlock& block, qint64 cell);
+
 /// Of every cell of one area. A cell without a value has the value 0.
 struct AreaValues
 {

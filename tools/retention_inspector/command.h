@@ -8,6 +8,7 @@
 #include "tools/retention_inspector/report/report.h"
 
 #include <QtCore/QHash>
+#include <QtCore/QStringList>
 
 #include <vector>
 
@@ -16,21 +17,37 @@ struct Argument
 {
     enum class Kind
     {
-        Project,     ///< an XML file
-        Files,       ///< a directory of retention files; one that cannot be read is refused
-        FilesAsFound ///< the same, but the command itself deals with files that cannot be read
+        Project,      ///< an XML file
+        Files,        ///< a directory of retention files; one that cannot be read is refused
+        FilesAsFound, ///< the same, but the command itself deals with files that cannot be read
+        Path          ///< anything that the command opens itself
+    };
+    enum class Count
+    {
+        One,
+        AtMostOne, ///< only for the last argument
+        AtLeastOne ///< only for the last argument
     };
 
     const char* name; ///< in the help
     Kind kind;
+    Count count = Count::One;
 };
 
 struct Option
 {
+    enum class Kind
+    {
+        Optional,
+        Required,  ///< stands in the usage line
+        Repeatable ///< may be given several times; a command gets the values joined by commas
+    };
+
     const char* name;            ///< "output" may also be given as -o
     const char* value;           ///< name of its value; null for a switch
     const char* description;     ///< in the help; followed by what is usual
     const char* usual = nullptr; ///< its value when it is not given; null for none
+    Kind kind = Kind::Optional;
 };
 
 /// What a command works on.
@@ -44,6 +61,7 @@ struct Inputs
 
     std::vector<Project> projects;     ///< in the order of the arguments
     std::vector<RetentionFiles> files; ///< in the order of the arguments
+    QStringList paths;                 ///< in the order of the arguments
     QHash<QString, QString> options;   ///< those given and those with a usual value, without the dashes
 
     const Layout& layout() const { return projects.front().layout; }

@@ -2,16 +2,24 @@
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/refusal.h"
 #include "tools/retention_inspector/command.h"
+#include "tools/retention_inspector/report/changes.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
+#include <QtCore/QThread>
+#include <QtCore/QTime>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <unistd.h>
+#include <utility>
 
 namespace {
 
 const int findingStatus = 1;
 const int refusalStatus = 2;
+const unsigned long watchMs = 500; // between two looks at watched files
 
 const char* const programName = "retention_inspector";
 const char* const statusHelp = "Exit status: 0 clean, 1 findings, 2 usage or unreadable input.";
@@ -40,8 +48,12 @@ QString generalHelp()
                 .arg(QLatin1String(areaFacts[0].fileName), QLatin1String(areaFacts[1].fileName),
                      QLatin1String(areaFacts[2].fileName));
     help += QStringLiteral("Options of every command:\n"
-                           "  --format FORMAT  text (for people), json or csv (for scripts)\n"
-                           "  --help           explains the command, with examples\n\n"
+                           "  --format FORMAT  text (for people), json (for scripts) or csv (one table)\n"
+                           "  --table NAME     which table in csv\n"
+                           "  --quiet          reports nothing; the exit status tells\n"
+                           "  --help           explains the command, with examples; so does help COMMAND\n\n"
+                           "Numbers are decimal or, with 0x, hexadecimal. NO_COLOR=1 keeps colour out of a\n"
+                           "terminal.\n\n"
                            "%2\n\n"
                            "Examples:\n"
                            "  %1 layout project.xml\n"
@@ -53,22 +65,50 @@ QString generalHelp()
 QStringList argumentNames(const Command& command)
 {
     QStringList names;
-    for (const Argument& argument : command.arguments)
-        names.append(QLatin1String(argument.name));
+    for (const Argument& argument : command.arguments) {
+        const QString name = QString::fromLatin1(argument.name);
+        names.append(argument.count == Argument::Count::AtMostOne ? QLatin1Char('[') + name + QLatin1Char(']')
+                     : argument.count == Argument::Count::AtLeastOne ? name + QLatin1String("...")
+                                                                     : name);
+    }
     return names;
+}
+
+bool takes(const Command& command, int words)
+{
+    const auto arguments = static_cast<int>(command.arguments.size());
+    switch (command.arguments.back().count) {
+    case Argument::Count::AtMostOne:
+        return words == arguments || words == arguments - 1;
+    case Argument::Count::AtLeastOne:
+        return words >= arguments;
+    case Argument::Count::One:
+        break;
+    }
+    return words == arguments;
+}
+
+/// Such as "migrate OLD.xml NEW.xml DIR --output DIR2".
+QString callText(const Command& command)
+{
+    QStringList words = QStringList(QLatin1String(command.name)) + argumentNames(command);
+    for (const Option& option : command.options)
+        if (option.kind == Option::Kind::Required)
+            words << QLatin1String("--") + QLatin1String(option.name) << QLatin1String(option.value);
+    return words.join(QLatin1Char(' '));
 }
 
 QString commandHelp(const QCommandLineParser& parser, const Command& command)
 {
-    const QString call =
-        QStringLiteral("%1 %2 ").arg(QLatin1String(programName), QLatin1String(command.name));
     // The parser's own text begins with a usage line that knows nothing of commands.
     const QString text = parser.helpText();
-    QString help = QStringLiteral("Usage: ") + call + argumentNames(command).join(QLatin1Char(' ')) +
-                   QLatin1String(" [options]\n") + text.mid(text.indexOf(QLatin1Char('\n')) + 1).trimmed();
+    QString help =
+        QStringLiteral("Usage: %1 %2 [options]\n").arg(QLatin1String(programName), callText(command)) +
+        text.mid(text.indexOf(QLatin1Char('\n')) + 1).trimmed();
     help += QStringLiteral("\n\n%1\n\nExamples:\n").arg(QLatin1String(statusHelp));
     for (const QString& example : QString::fromLatin1(command.examples).split(QLatin1Char('\n')))
-        help += QLatin1String("  ") + call + example + QLatin1Char('\n');
+        help += QStringLiteral("  %1 %2 %3\n")
+                    .arg(QLatin1String(programName), QLatin1String(command.name), example);
     return help;
 }
 
@@ -88,6 +128,12 @@ void addOptions(QCommandLineParser& parser, const Command& command)
     }
     parser.addOption({QStringLiteral("format"), QStringLiteral("text (the default), json or csv."),
                       QStringLiteral("FORMAT")});
+    parser.addOption({QStringLiteral("table"),
+                      QStringLiteral("The table in csv: a key of json such as findings, facts, or all; the "
+                                     "command's first unless given."),
+                      QStringLiteral("NAME")});
+    parser.addOption({{QStringLiteral("q"), QStringLiteral("quiet")},
+                      QStringLiteral("Reports nothing; the exit status tells.")});
     parser.addOption({QStringLiteral("help"), QStringLiteral("Explains the command.")});
 }
 
@@ -103,22 +149,68 @@ Inputs readInputs(const Command& command, const QCommandLineParser& parser)
 {
     Inputs inputs;
     inputs.options = usualOptions(command);
-    for (const Option& option : command.options)
-        if (parser.isSet(QLatin1String(option.name)))
-            inputs.options.insert(QLatin1String(option.name), parser.value(QLatin1String(option.name)));
-    const QStringList words = parser.positionalArguments();
-    for (std::size_t i = 0; i < command.arguments.size(); ++i) {
-        const Argument::Kind kind = command.arguments[i].kind;
-        const QString& word = words.at(static_cast<int>(i));
-        if (kind == Argument::Kind::Project) {
+    for (const Option& option : command.options) {
+        const QString name = QString::fromLatin1(option.name);
+        if (parser.isSet(name))
+            inputs.options.insert(name, option.kind == Option::Kind::Repeatable
+                                            ? parser.values(name).join(QLatin1Char(','))
+                                            : parser.value(name));
+    }
+    std::size_t next = 0;
+    for (const QString& word : parser.positionalArguments()) {
+        const Argument& argument = command.arguments[next];
+        if (next + 1 < command.arguments.size())
+            ++next;
+        switch (argument.kind) {
+        case Argument::Kind::Project:
             inputs.projects.push_back({word, makeLayout(readSettings(word))});
-            continue;
-        }
-        inputs.files.push_back(openRetentionFiles(word));
-        if (kind == Argument::Kind::Files)
+            break;
+        case Argument::Kind::Path:
+            inputs.paths.append(word);
+            break;
+        case Argument::Kind::Files:
+            inputs.files.push_back(openRetentionFiles(word));
             requireReadable(inputs.files.back());
+            break;
+        case Argument::Kind::FilesAsFound:
+            inputs.files.push_back(openRetentionFiles(word));
+            break;
+        }
     }
     return inputs;
+}
+
+/// On a terminal, unless its user does not want any (https://no-color.org).
+bool wantsColour(int descriptor)
+{
+    return isatty(descriptor) != 0 && qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb";
+}
+
+void requireArguments(const Command& command, const QCommandLineParser& parser, const QString& seeHelp)
+{
+    const bool complete =
+        takes(command, parser.positionalArguments().size()) &&
+        std::all_of(command.options.begin(), command.options.end(), [&parser](const Option& option) {
+            return option.kind != Option::Kind::Required || parser.isSet(QLatin1String(option.name));
+        });
+    if (!complete)
+        throw Refusal(QStringLiteral("expected: ") + callText(command) + seeHelp);
+}
+
+/// Prints what changes in the command's files as long as it is let. `out` comes first.
+[[noreturn]] void watchFiles(const Command& command, const QCommandLineParser& parser, Report shown,
+                             const QString& out)
+{
+    QString next = out;
+    for (;;) {
+        if (!print(next, stdout))
+            std::exit(refusalStatus);
+        next.clear();
+        QThread::msleep(watchMs);
+        Report report = command.run(readInputs(command, parser));
+        next = changesText(shown, report, QTime::currentTime());
+        shown = std::move(report);
+    }
 }
 
 /// Runs a command with its words, the first of which is its name; returns the exit status.
@@ -135,22 +227,44 @@ int runCommand(const Command& command, const QStringList& words, QString& out)
         out = commandHelp(parser, command);
         return 0;
     }
-    const QStringList names = argumentNames(command);
-    if (parser.positionalArguments().size() != names.size())
-        throw Refusal(QStringLiteral("expected: %1 %2%3")
-                          .arg(QLatin1String(command.name), names.join(QLatin1Char(' ')), seeHelp));
+    requireArguments(command, parser, seeHelp);
     const ReportFormat& format = parser.isSet(QStringLiteral("format"))
                                      ? formatNamed(parser.value(QStringLiteral("format")))
                                      : reportFormats.front();
-    Report report = command.run(readInputs(command, parser));
+    const bool csv = qstrcmp(format.name, "csv") == 0;
+    if (parser.isSet(QStringLiteral("table")) && !csv)
+        throw Refusal(QStringLiteral("--table: expected with --format csv only") + seeHelp);
+    const Inputs inputs = readInputs(command, parser);
+    if (inputs.has("watch") && &format != &reportFormats.front())
+        throw Refusal(QStringLiteral("--watch: expected with --format text only") + seeHelp);
+    Report report = command.run(inputs);
     report.command = QLatin1String(command.name);
+    const bool besideProduct = !report.product.isNull();
+    report.colour = wantsColour(csv || besideProduct ? STDERR_FILENO : STDOUT_FILENO);
+    if (parser.isSet(QStringLiteral("table")))
+        report.csvTable = parser.value(QStringLiteral("table"));
     out = format.write(report);
-    return report.isClean() ? 0 : findingStatus;
+    const int status = report.isClean() ? 0 : findingStatus;
+    if (parser.isSet(QStringLiteral("quiet"))) {
+        out = QString::fromUtf8(report.product);
+        return status;
+    }
+    if (inputs.has("watch"))
+        watchFiles(command, parser, std::move(report), out);
+    if (besideProduct) { // has standard output for itself
+        print(out, stderr);
+        out = QString::fromUtf8(report.product);
+    } else if (csv && report.csvTable != QLatin1String("findings") &&
+               report.csvTable != QLatin1String("all")) {
+        print(remarksText(report), stderr);
+    }
+    return status;
 }
 
 int run(const QStringList& words, QString& out)
 {
-    const QString name = words.value(1);
+    const bool explain = words.value(1) == QLatin1String("help") && words.size() > 2;
+    const QString name = words.value(explain ? 2 : 1);
     if (name == QLatin1String("--help") || name == QLatin1String("-h") || name == QLatin1String("help")) {
         out = generalHelp();
         return 0;
@@ -160,7 +274,8 @@ int run(const QStringList& words, QString& out)
         return 0;
     }
     if (const Command* const command = commandNamed(name))
-        return runCommand(*command, words.mid(1), out);
+        return runCommand(*command, explain ? QStringList{name, QStringLiteral("--help")} : words.mid(1),
+                          out);
     QStringList known;
     for (const Command* command : commands())
         known.append(QLatin1String(command->name));

@@ -42,7 +42,7 @@ QString DiskOp::text() const
         .arg(bytes.size())
         .arg(offset)
         .arg(file)
-        .arg(QLatin1String(bytes.left(32).toHex(' ') + (bytes.size() > 32 ? " ..." : "")));
+        .arg(QLatin1String(bytes.left(32).toHex() + (bytes.size() > 32 ? " ..." : "")));
 }
 
 std::vector<DiskOp> atomsOf(const DiskOp& op, qint64 lengthBefore)

@@ -1,6 +1,7 @@
 // The project directory as an image and back.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/private_directory.h"
+#include "simulated_host/remove_directory.h"
 #include "tests/power_cut/disk_states/recorder.h"
 
 #include <QtCore/QDir>
@@ -24,7 +25,7 @@ void writeProjectDirectory(const DiskImage& image)
 {
     QDir directory = QString::fromLatin1(fixedProjectDirectory);
     if (!image.directory) {
-        directory.removeRecursively();
+        removeDirectory(directory.path());
         return;
     }
     directory.mkpath(directory.path());

@@ -108,7 +108,7 @@ void Findings::add(const Finding& finding)
     if (directory.isEmpty() || ++kept > 10)
         return;
     QString folder = directory + QLatin1Char('/') + finding.name;
-    for (int n = 2; QFileInfo::exists(folder); ++n)
+    for (int n = 2; QFile::exists(folder); ++n)
         folder = QStringLiteral("%1/%2-%3").arg(directory, finding.name).arg(n);
     if (!QDir().mkpath(folder))
         giveUp(QStringLiteral("%1: cannot be made; name another folder with --evidence").arg(folder));
@@ -117,7 +117,7 @@ void Findings::add(const Finding& finding)
     report += QStringLiteral("Events of this life until the cut:");
     report += finding.events;
     writeFile(folder + QLatin1String("/project.xml"), finding.projectXml);
-    writeFile(folder + QLatin1String("/report.txt"), report.join(QLatin1Char('\n')).toUtf8() + '\n');
+    writeFile(folder + QLatin1String("/report.txt"), report.join(QLatin1String("\n")).toUtf8() + '\n');
     for (const auto& [file, bytes] : finding.files)
         writeFile(folder + QLatin1Char('/') + file, bytes);
     std::cerr << qPrintable(finding.title) << "\n  " << qPrintable(finding.lost.value(0))

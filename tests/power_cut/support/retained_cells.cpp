@@ -4,6 +4,7 @@
 
 #include "tests/support/literal_rules.h"
 
+#include <QtCore/QStringList>
 #include <QtCore/QXmlStreamReader>
 
 #include <algorithm>

@@ -17,13 +17,15 @@ Report run(const Inputs& inputs)
                  {"expected", "Expected"},
                  {"fits", "Fits"},
                  {"next_start", "At the next start"}}};
-    for (const RetentionFile& file : inputs.files.front()) {
-        const FileCheck check = checkFile(layout, file);
+    const FileChecks checks = checkFiles(layout, inputs.files.front());
+    report.findings = findingsOf(checks);
+    for (std::size_t i = 0; i < checks.size(); ++i) {
+        const RetentionFile& file = inputs.files.front()[i];
+        const FileCheck& check = checks[i];
         const bool readable = file.state == RetentionFile::State::Readable;
         table.rows.push_back({file.area->fileName, readable ? Value(file.size) : Value(),
                               layout.of(*file.area).fileLength, check.findings.empty() ? "yes" : "no",
                               check.nextStart});
-        report.findings.insert(report.findings.end(), check.findings.begin(), check.findings.end());
     }
     report.tables.push_back(std::move(table));
     if (const std::size_t inProject = projectFindings(layout).size())

@@ -1,38 +1,67 @@
 // Lists the kept values that differ between two directories of files of one project.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_core/kept_values.h"
-#include "tools/retention_inspector/command.h"
+#include "tools/retention_inspector/report/named_values.h"
 
 namespace {
 
-Value cellValue(const AreaValues& values, std::size_t cell)
+/// The cell's value or, where it has one in both, that of its tag.
+ValueRow rowOf(const Tags* tags, const std::array<AreaValues, 2>& sides, qint64 cell)
 {
-    return values.hasValue(cell) ? Value(values.values[cell]) : Value(QJsonValue(), QStringLiteral("-"));
+    const AreaFacts& area = *sides[0].area;
+    const Tag* const tag = tags ? tags->of(area, cell) : nullptr;
+    if (tag) {
+        const ValueRow row = {&area, tag->first, tag->type, tag, tag->name};
+        if (!textOf(sides[0], row).isNull() && !textOf(sides[1], row).isNull())
+            return row;
+    }
+    return {&area, cell, cellType(area.bits), tag, tag ? tag->name : QString()};
 }
 
 Report run(const Inputs& inputs)
 {
+    const std::optional<Tags> tags = tagsOf(inputs);
     Table table{"differences",
                 "difference",
                 "Different cells (\"-\" for no value)",
                 {{"area", "Area"}, {"address", "Address"}, {"first", "First"}, {"second", "Second"}}};
+    if (tags) {
+        table.columns.push_back({"name", "Name"});
+        table.columns.push_back({"unit", "Unit"});
+    }
     qint64 compared = 0;
     for (std::size_t i = 0; i < areaCount; ++i) {
-        const AreaValues left = areaValues(inputs.layout(), inputs.files[0][i]);
-        const AreaValues right = areaValues(inputs.layout(), inputs.files[1][i]);
+        const std::array<AreaValues, 2> sides = {areaValues(inputs.layout(), inputs.files[0][i]),
+                                                 areaValues(inputs.layout(), inputs.files[1][i])};
         const CellRanges& kept = inputs.layout().areas[i].kept;
         compared += kept.count();
         for (const CellRange& range : kept) {
             for (qint64 at = range.first; at <= range.last; ++at) {
                 const auto cell = static_cast<std::size_t>(at);
-                if (left.values[cell] != right.values[cell] || left.hasValue(cell) != right.hasValue(cell))
-                    table.rows.push_back(
-                        {left.area->name, at, cellValue(left, cell), cellValue(right, cell)});
+                if (sides[0].values[cell] == sides[1].values[cell] &&
+                    sides[0].hasValue(cell) == sides[1].hasValue(cell))
+                    continue;
+                const ValueRow row = rowOf(tags ? &*tags : nullptr, sides, at);
+                table.rows.push_back({row.area->name, row.first, valueOf(row.type, textOf(sides[0], row)),
+                                      valueOf(row.type, textOf(sides[1], row))});
+                if (tags) {
+                    table.rows.back().push_back(row.name);
+                    table.rows.back().push_back(row.tag ? row.tag->unit : QString());
+                }
+                at = row.cells().last; // a value differs once
             }
         }
     }
     Report report;
     report.differs = !table.rows.empty();
+    report.findingsFirst = true;
+    for (const RetentionFiles& files : inputs.files) {
+        const std::vector<Finding> found = findingsOf(checkFiles(inputs.layout(), files));
+        report.findings.insert(report.findings.end(), found.begin(), found.end());
+    }
+    if (tags) {
+        const std::vector<Finding> found = tagFindings(inputs.layout(), *tags);
+        report.findings.insert(report.findings.end(), found.begin(), found.end());
+    }
     report.facts = {{"compared", "Compared cells", compared},
                     {"different", "Different", qint64(table.rows.size())}};
     report.tables.push_back(std::move(table));
@@ -41,13 +70,14 @@ Report run(const Inputs& inputs)
 
 } // namespace
 
-extern const Command diffCommand = {
-    "diff",
-    {{"PROJECT.xml", Argument::Kind::Project},
-     {"DIR1", Argument::Kind::Files},
-     {"DIR2", Argument::Kind::Files}},
-    "kept values that differ between two directories",
-    "Compares the values in the files of two directories by address. Exit status 1 when any differs.",
-    "project.xml monday friday\nproject.xml monday friday --format csv",
-    {},
-    run};
+extern const Command diffCommand = {"diff",
+                                    {{"PROJECT.xml", Argument::Kind::Project},
+                                     {"DIR1", Argument::Kind::Files},
+                                     {"DIR2", Argument::Kind::Files}},
+                                    "kept values that differ between two directories",
+                                    "Compares the values in the files of two directories by address; first "
+                                    "what \"check\" finds about the files.\n"
+                                    "Exit status 1 when any value differs, too.",
+                                    "project.xml monday friday\nproject.xml monday friday --format csv",
+                                    {{"tags", "TAGS.csv", "Values by name, type and unit"}},
+                                    run};

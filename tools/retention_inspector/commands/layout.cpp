@@ -103,6 +103,7 @@ Report run(const Inputs& inputs)
     if (layout.images())
         addPeriod(layout.settings, report);
     report.tables = {fileTable(layout), blockTable(layout), entryTable(layout)};
+    report.csvTable = QStringLiteral("entries");
     report.findings = projectFindings(layout);
     return report;
 }

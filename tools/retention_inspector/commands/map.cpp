@@ -2,37 +2,23 @@
 // SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/report/map_picture.h"
 
-#include "tools/retention_core/refusal.h"
 #include "tools/retention_inspector/command.h"
+#include "tools/retention_inspector/report/output_file.h"
 
 #include <QtCore/QFileInfo>
-#include <QtCore/QSaveFile>
 
 namespace {
 
-/// Puts the picture in its place at once or not at all.
-void writePicture(const QByteArray& picture, const QString& path, bool force)
-{
-    const QFileInfo info(path);
-    if ((info.exists() || info.isSymLink()) && (!force || !info.isFile()))
-        throw Refusal(QStringLiteral("%1: exists already; name a new file%2")
-                          .arg(path, QLatin1String(info.isFile() ? ", or replace it with --force" : "")));
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(picture) != picture.size() || !file.commit())
-        throw Refusal(QStringLiteral("%1: cannot be written: %2").arg(path, file.errorString()));
-}
-
 Report run(const Inputs& inputs)
 {
-    if (!inputs.has("output"))
-        throw Refusal(QStringLiteral("map: expected --output FILE.svg"));
-    const QString path = inputs.option("output");
     const QString title = QStringLiteral("%1: %2").arg(QFileInfo(inputs.projects.front().path).fileName(),
                                                        wordsOf(inputs.layout().settings.mode).text);
-    writePicture(mapPicture(inputs.layout(), title), path, inputs.has("force"));
+    const QByteArray picture = mapPicture(inputs.layout(), title);
     Report report = commandNamed(QStringLiteral("layout"))->run(inputs);
     report.tables.clear();
-    report.facts.push_back({"picture", "Picture", path});
+    report.csvTable.clear();
+    deliver(picture, inputs.option("output"), inputs.has("force"), report);
+    report.facts.push_back({"picture", "Picture", inputs.option("output")});
     return report;
 }
 
@@ -43,6 +29,7 @@ extern const Command mapCommand = {
     {{"PROJECT.xml", Argument::Kind::Project}},
     "a picture of the three files",
     "Draws the files as an SVG picture: blocks in colour with addresses at their edges, lost cells hatched.",
-    "project.xml --output project.svg",
-    {{"output", "FILE.svg", "The picture to make"}, {"force", nullptr, "Replace an existing picture"}},
+    "project.xml --output project.svg\nproject.xml --output - | rsvg-convert -o project.png",
+    {{"output", "FILE.svg", "The picture to make; - for standard output", nullptr, Option::Kind::Required},
+     {"force", nullptr, "Replace an existing picture"}},
     run};

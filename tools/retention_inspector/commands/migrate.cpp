@@ -1,8 +1,11 @@
 // Makes new files for a changed project, with the kept values carried over.
 // SPDX-License-Identifier: MIT
+#include "tools/retention_core/cell_words.h"
 #include "tools/retention_core/kept_values.h"
 #include "tools/retention_core/refusal.h"
 #include "tools/retention_inspector/command.h"
+
+#include <QtCore/QFileInfo>
 
 #include <algorithm>
 #include <utility>
@@ -12,19 +15,15 @@ namespace {
 /// What becomes of the cells of one area.
 struct AreaMigration
 {
-    CellRanges carried;         ///< kept by both projects, with their values
+    CellRanges carried;         ///< of the new project: with their values
     CellRanges without;         ///< kept by both projects, but without a value in the old file; 0
-    CellRanges added;           ///< kept by the new project only; 0
-    CellRanges dropped;         ///< kept by the old project only
+    CellRanges added;           ///< of the new project: neither kept by the old one nor moved to; 0
+    CellRanges dropped;         ///< of the old project: neither kept by the new one nor moved
     qint64 oddBytes = 0;        ///< of the old image of "LB": those that are neither 0 nor 1
     bool foreignBits = false;   ///< because of these bytes no bit was carried
     std::vector<ushort> values; ///< for the new file
+    AreaValues old;
 };
-
-CellRanges both(const CellRanges& a, const CellRanges& b)
-{
-    return a.minus(a.minus(b));
-}
 
 /// Whether "LB" goes from packed bits to an image or the other way, so that the panel's layout of bits
 /// matters.
@@ -33,24 +32,242 @@ bool bitsChangeForm(const Layout& from, const Layout& to)
     return from.images() != to.images();
 }
 
-AreaMigration planArea(const Layout& from, const Layout& to, const RetentionFile& file)
+std::size_t indexOf(const AreaFacts& area)
 {
-    const CellRanges& oldCells = from.of(*file.area).kept;
-    const CellRanges& newCells = to.of(*file.area).kept;
-    const AreaValues values = areaValues(from, file);
-    AreaMigration area;
-    area.oddBytes = values.oddBytes;
-    area.foreignBits = bitsChangeForm(from, to) && values.oddBytes > 0;
-    const CellRanges common = both(oldCells, newCells);
-    area.without = area.foreignBits ? common : both(common, values.cellsIn(CellState::NoValue));
-    area.carried = common.minus(area.without);
-    area.added = newCells.minus(oldCells);
-    area.dropped = oldCells.minus(newCells);
-    area.values.resize(values.values.size());
-    for (const CellRange& range : area.carried)
-        std::copy(values.values.begin() + range.first, values.values.begin() + range.last + 1,
-                  area.values.begin() + range.first);
-    return area;
+    return static_cast<std::size_t>(&area - areaFacts);
+}
+
+using Plan = std::array<AreaMigration, areaCount>;
+
+/// Where the values of an area come from: its own cells but those that move away, and the cells that move to
+/// it.
+std::vector<CellMove> sourcesOf(const AreaFacts& area, const Layout& from, const Layout& to,
+                                const std::vector<CellMove>& moves)
+{
+    CellRanges own = both(from.of(area).kept, to.of(area).kept);
+    std::vector<CellMove> sources;
+    for (const CellMove& move : moves) {
+        if (move.from == &area)
+            own = own.minus(CellRanges({move.source}));
+        if (move.to == &area) {
+            own = own.minus(CellRanges({move.targets()}));
+            sources.push_back(move);
+        }
+    }
+    for (const CellRange& range : own)
+        sources.push_back({&area, range, &area, range.first});
+    return sources;
+}
+
+void carry(const CellMove& source, const AreaMigration& from, AreaMigration& to,
+           std::vector<CellRange>& carried, std::vector<CellRange>& without)
+{
+    for (qint64 i = 0; i <= source.source.last - source.source.first; ++i) {
+        const auto cell = static_cast<std::size_t>(source.source.first + i);
+        const qint64 target = source.target + i;
+        const bool hasValue = from.old.hasValue(cell) && !from.foreignBits;
+        (hasValue ? carried : without).push_back({target, target});
+        if (hasValue)
+            to.values[static_cast<std::size_t>(target)] = from.old.values[cell];
+    }
+}
+
+Plan planAreas(const Layout& from, const Layout& to, const RetentionFiles& old,
+               const std::vector<CellMove>& moves)
+{
+    Plan plan;
+    for (std::size_t i = 0; i < plan.size(); ++i) {
+        AreaMigration& area = plan[i];
+        area.old = areaValues(from, old[i]);
+        area.oddBytes = area.old.oddBytes;
+        area.foreignBits = bitsChangeForm(from, to) && area.oddBytes > 0;
+        area.values.resize(area.old.values.size());
+    }
+    for (const AreaFacts& facts : areaFacts) {
+        AreaMigration& area = plan[indexOf(facts)];
+        std::vector<CellRange> carried;
+        std::vector<CellRange> without;
+        std::vector<CellRange> targets;
+        for (const CellMove& source : sourcesOf(facts, from, to, moves)) {
+            carry(source, plan[indexOf(*source.from)], area, carried, without);
+            targets.push_back(source.targets());
+        }
+        area.carried = CellRanges(std::move(carried));
+        area.without = CellRanges(std::move(without));
+        area.added = to.of(facts).kept.minus(CellRanges(std::move(targets)));
+        area.dropped = from.of(facts).kept.minus(to.of(facts).kept);
+        for (const CellMove& move : moves)
+            if (move.from == &facts)
+                area.dropped = area.dropped.minus(CellRanges({move.source}));
+    }
+    // Cells of the new project that their own values moved away from, or that others moved to, lost what they
+    // had.
+    for (const CellMove& move : moves) {
+        CellRanges overwritten = both(CellRanges({move.targets()}), from.of(*move.to).kept);
+        for (const CellMove& other : moves)
+            if (other.from == move.to)
+                overwritten = overwritten.minus(CellRanges({other.source}));
+        AreaMigration& area = plan[indexOf(*move.to)];
+        std::vector<CellRange> dropped(area.dropped.begin(), area.dropped.end());
+        dropped.insert(dropped.end(), overwritten.begin(), overwritten.end());
+        area.dropped = CellRanges(std::move(dropped));
+    }
+    return plan;
+}
+
+/// Cells that move must be kept on both sides, and no two may meet.
+void requireMovable(const std::vector<CellMove>& moves, const Layout& from, const Layout& to)
+{
+    for (const CellMove& move : moves) {
+        const auto require = [&move](const Layout& layout, const AreaFacts& area, const CellRange& cells,
+                                     const char* which) {
+            const CellRanges lacking = CellRanges({cells}).minus(layout.of(area).kept);
+            if (!lacking.isEmpty())
+                throw Refusal(
+                    QStringLiteral("%1: %2 does not retain %3 %4; nothing was made")
+                        .arg(moveText(move), QLatin1String(which), QLatin1String(area.name), lacking.text()));
+        };
+        require(from, *move.from, move.source, "OLD.xml");
+        require(to, *move.to, move.targets(), "NEW.xml");
+        for (const CellMove& other : moves) {
+            const bool sameSource =
+                other.from == move.from && !CellRanges({other.source}).within(move.source).isEmpty();
+            const bool sameTarget =
+                other.to == move.to && !CellRanges({other.targets()}).within(move.targets()).isEmpty();
+            if (&other != &move && (sameSource || sameTarget))
+                throw Refusal(QStringLiteral("%1 and %2 meet; let each cell move once; nothing was made")
+                                  .arg(moveText(move), moveText(other)));
+        }
+    }
+}
+
+/// Null when the project has no entry of that name with cells of an area, or several.
+const ProjectEntry* onlyEntry(const Layout& layout, const QString& name)
+{
+    const ProjectEntry* found = nullptr;
+    for (const ProjectEntry& entry : layout.settings.entries) {
+        if (entry.name != name)
+            continue;
+        if (found || !entry.area || entry.length() <= 0)
+            return nullptr;
+        found = &entry;
+    }
+    return found;
+}
+
+/// The ranges of entries that are called the same in both projects but begin elsewhere.
+std::vector<CellMove> movesByName(const Layout& from, const Layout& to, QStringList& notes)
+{
+    std::vector<CellMove> moves;
+    if (from.images() || to.images())
+        throw Refusal(
+            QStringLiteral("--by-name: expected two projects with entries; one of them keeps whole areas"));
+    for (const ProjectEntry& entry : to.settings.entries) {
+        const ProjectEntry* const target = onlyEntry(to, entry.name);
+        const ProjectEntry* const source = onlyEntry(from, entry.name);
+        if (!source || !target || source->area->bits != target->area->bits) {
+            notes.append(
+                QStringLiteral("%1 has no single counterpart of its kind, so it moves nothing by name.")
+                    .arg(entry.text()));
+            continue;
+        }
+        if (source->area == target->area && source->first() == target->first())
+            continue;
+        const qint64 length = std::min(source->length(), target->length());
+        // What a project does not keep of its own entry cannot move.
+        const CellRanges there =
+            from.of(*source->area).kept.within({source->first(), source->first() + length - 1});
+        const qint64 step = target->first() - source->first();
+        for (const CellRange& range : there)
+            for (const CellRange& kept :
+                 to.of(*target->area).kept.within({range.first + step, range.last + step}))
+                moves.push_back(
+                    {source->area, {kept.first - step, kept.last - step}, target->area, kept.first});
+    }
+    return moves;
+}
+
+std::vector<CellMove> wantedMoves(const Inputs& inputs, const Layout& from, const Layout& to,
+                                  QStringList& notes)
+{
+    std::vector<CellMove> moves;
+    if (inputs.has("by-name"))
+        moves = movesByName(from, to, notes);
+    for (const QString& text : inputs.option("move").split(QLatin1Char(','), Qt::SkipEmptyParts))
+        moves.push_back(cellMove(text));
+    requireMovable(moves, from, to);
+    return moves;
+}
+
+/// Throws when the files tell that another project wrote them, or when there are none.
+void requireWrittenUnder(const Layout& from, const Layout& to, const RetentionFiles& old)
+{
+    const FileChecks checks = checkFiles(from, old);
+    const auto foreign =
+        std::find_if(checks.begin(), checks.end(), [](const FileCheck& check) { return check.foreign; });
+    const bool none = std::all_of(old.begin(), old.end(), [](const RetentionFile& file) {
+        return file.state == RetentionFile::State::Missing;
+    });
+    if (none)
+        throw Refusal(
+            QStringLiteral("%1: the directory has none of the files, so there is nothing to carry; nothing "
+                           "was made. Name the directory that holds the panel's files, or make files of "
+                           "zeros all the same with --force")
+                .arg(QFileInfo(old.front().path).path()));
+    if (foreign == checks.end())
+        return;
+    const FileChecks underNew = checkFiles(to, old);
+    const bool fitNew = std::all_of(underNew.begin(), underNew.end(),
+                                    [](const FileCheck& check) { return check.findings.empty(); });
+    const Finding& finding = foreign->findings.front();
+    throw Refusal(
+        QStringLiteral("%1: %2 So the files were not written under OLD.xml, and nothing was made. %3")
+            .arg(finding.place, finding.problem,
+                 fitNew
+                     ? QStringLiteral("They fit NEW.xml: they may have been carried over already")
+                     : QStringLiteral("Name the project that they were written under. --force reads them by "
+                                      "OLD.xml all the same: that is right when a panel went on with them "
+                                      "under OLD.xml")));
+}
+
+/// As findings of files that were carried by force.
+std::vector<Finding> forcedFindings(const Layout& from, const RetentionFiles& old)
+{
+    std::vector<Finding> findings;
+    for (const FileCheck& check : checkFiles(from, old)) {
+        for (Finding finding : check.findings) {
+            if (check.foreign)
+                finding.remedy =
+                    QStringLiteral("The file was read by OLD.xml because of --force: compare its values "
+                                   "before you use them.");
+            findings.push_back(finding);
+        }
+    }
+    return findings;
+}
+
+/// The dropped values that are not 0: cells next to each other with the same value in one row.
+Table droppedValues(const Plan& plan)
+{
+    Table table{"dropped",
+                "dropped",
+                "Dropped values other than 0",
+                {{"area", "Area"}, {nullptr, "Addresses"}, {"first"}, {"last"}, {"value", "Value"}}};
+    for (const AreaMigration& area : plan) {
+        for (const CellRange& range : area.dropped) {
+            for (qint64 first = range.first; first <= range.last;) {
+                const ushort value = area.old.values[static_cast<std::size_t>(first)];
+                qint64 last = first;
+                while (last < range.last && area.old.values[static_cast<std::size_t>(last) + 1] == value)
+                    ++last;
+                if (value != 0)
+                    table.rows.push_back(
+                        {area.old.area->name, rangeText({first, last}), first, last, int(value)});
+                first = last + 1;
+            }
+        }
+    }
+    return table;
 }
 
 bool writeArea(const AreaLayout& layout, const AreaMigration& area, const RetentionFile& old, QFile& file)
@@ -106,36 +323,50 @@ void addNotes(const Layout& from, const Layout& to, Report& report)
 
 Report run(const Inputs& inputs)
 {
-    if (!inputs.has("output"))
-        throw Refusal(QStringLiteral("migrate: expected --output DIR, a new directory for the files"));
+    const QString output = inputs.option("output");
+    if (output == QLatin1String("-"))
+        throw Refusal(
+            QStringLiteral("migrate: three files do not go to standard output; name a new directory"));
     const Layout& from = inputs.projects[0].layout;
     const Layout& to = inputs.projects[1].layout;
     const RetentionFiles& old = inputs.files.front();
-    std::array<AreaMigration, areaCount> areas;
-    for (std::size_t i = 0; i < areas.size(); ++i)
-        areas[i] = planArea(from, to, old[i]);
-    makeRetentionFiles(inputs.option("output"), [&](const AreaFacts& area, QFile& file) {
-        const auto i = static_cast<std::size_t>(&area - areaFacts);
-        return writeArea(to.areas[i], areas[i], old[i], file);
+    if (!inputs.has("force"))
+        requireWrittenUnder(from, to, old);
+    Report report;
+    const std::vector<CellMove> moves = wantedMoves(inputs, from, to, report.notes);
+    const Plan plan = planAreas(from, to, old, moves);
+    makeRetentionFiles(output, [&](const AreaFacts& area, QFile& file) {
+        const std::size_t i = indexOf(area);
+        return writeArea(to.areas[i], plan[i], old[i], file);
     });
 
-    Report report;
     report.facts = {{"from_mode", "From", from.settings.mode},
                     {"to_mode", "To", to.settings.mode},
-                    {"output", "Written to", inputs.option("output")}};
+                    {"output", "Written to", output}};
+    report.findings = forcedFindings(from, old);
+    report.findingsFirst = true;
     Table files{
         "files", "file", "Files", {{"file", "File"}, {"bytes", "Bytes"}, {"carried", "Cells carried"}}};
+    Table moved{"moves",
+                "move",
+                "Moved",
+                {{nullptr, "Cells"},
+                 {"from_area"},
+                 {"from_first"},
+                 {"from_last"},
+                 {"to_area"},
+                 {"to_first"},
+                 {"to_last"}}};
     Table cells{
         "cells",
         "cells",
         "Cells",
         {{"area", "Area"}, {"fate", "What became of them"}, {"count", "Cells"}, {"cells", "Addresses"}}};
-    for (const RetentionFile& file : old) {
-        const FileCheck check = checkFile(from, file);
-        report.findings.insert(report.findings.end(), check.findings.begin(), check.findings.end());
-    }
-    for (std::size_t i = 0; i < areas.size(); ++i) {
-        const AreaMigration& area = areas[i];
+    for (const CellMove& move : moves)
+        moved.rows.push_back({moveText(move), move.from->name, move.source.first, move.source.last,
+                              move.to->name, move.targets().first, move.targets().last});
+    for (std::size_t i = 0; i < plan.size(); ++i) {
+        const AreaMigration& area = plan[i];
         const AreaFacts& facts = areaFacts[i];
         files.rows.push_back({facts.fileName, to.areas[i].fileLength, area.carried.count()});
         addCells(cells, facts, {"carried", QStringLiteral("carried over")}, area.carried);
@@ -146,7 +377,8 @@ Report run(const Inputs& inputs)
         if (area.foreignBits)
             report.findings.push_back(foreignBits(old[i], area));
     }
-    report.tables = {std::move(files), std::move(cells)};
+    report.csvTable = QStringLiteral("cells");
+    report.tables = {std::move(files), std::move(moved), std::move(cells), droppedValues(plan)};
     addNotes(from, to, report);
     return report;
 }
@@ -160,8 +392,15 @@ extern const Command migrateCommand = {
      {"DIR", Argument::Kind::Files}},
     "new files for a changed project, with the kept values carried over",
     "Reads the files of DIR by the project OLD.xml and makes a new directory with the files that NEW.xml\n"
-    "needs. Every cell that both projects retain keeps its value, by address; the others are 0. Lists what\n"
-    "was carried, new and dropped. Nothing is overwritten; on an error nothing is made.",
-    "old.xml new.xml /usr/tavrin/project --output carried",
-    {{"output", "DIR2", "The directory to make; it must not exist, or be empty"}},
+    "needs. Every cell that both projects retain keeps its value, by address or where --move and --by-name\n"
+    "say; the others are 0. Lists what was carried, new and dropped. Files that were not written under\n"
+    "OLD.xml are refused. Nothing is overwritten; on an error nothing is made.",
+    "old.xml new.xml /usr/tavrin/project --output carried\n"
+    "old.xml new.xml copy --output carried --move LW:100-109=LW:300 --move LB:5=LB:20",
+    {{"output", "DIR2", "The directory to make; it must not exist, or be empty", nullptr,
+      Option::Kind::Required},
+     {"move", "CELLS", "Cells that moved, such as LW:100-109=LW:300; may be given several times", nullptr,
+      Option::Kind::Repeatable},
+     {"by-name", nullptr, "Moves the cells of entries that have the same name in both projects"},
+     {"force", nullptr, "Carries over what is there although the files do not fit OLD.xml"}},
     run};

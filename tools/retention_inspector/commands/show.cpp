@@ -1,8 +1,10 @@
 // Shows kept values by address: rows of ten for people, one by one for scripts.
 // SPDX-License-Identifier: MIT
+#include "tools/retention_core/cell_words.h"
 #include "tools/retention_core/kept_values.h"
 #include "tools/retention_core/refusal.h"
 #include "tools/retention_inspector/command.h"
+#include "tools/retention_inspector/report/named_values.h"
 
 #include <algorithm>
 
@@ -10,21 +12,31 @@ namespace {
 
 const qint64 cellsInRow = 10;
 
-/// The cells of one row, or of several rows of zeros.
+/// The cells of one row, or of several rows that hold the same: zeros or nothing.
 struct Row
 {
+    enum class Content
+    {
+        Values,
+        Zeros,
+        Nothing
+    };
+
     CellRange cells;
-    bool zeros;
+    Content content;
 };
 
-bool isZeros(const AreaValues& values, const CellRange& cells)
+Row::Content contentOf(const AreaValues& values, const CellRange& cells)
 {
+    bool zeros = true;
+    bool nothing = true;
     for (qint64 cell = cells.first; cell <= cells.last; ++cell) {
         const auto at = static_cast<std::size_t>(cell);
-        if (values.values[at] != 0 || !values.hasValue(at))
-            return false;
+        const bool hasValue = values.hasValue(at);
+        zeros = zeros && hasValue && values.values[at] == 0;
+        nothing = nothing && !hasValue;
     }
-    return true;
+    return zeros ? Row::Content::Zeros : nothing ? Row::Content::Nothing : Row::Content::Values;
 }
 
 std::vector<Row> rowsOf(const AreaValues& values, const CellRange& range)
@@ -32,45 +44,68 @@ std::vector<Row> rowsOf(const AreaValues& values, const CellRange& range)
     std::vector<Row> rows;
     for (qint64 first = range.first; first <= range.last; first += cellsInRow) {
         const CellRange cells = {first, std::min(first + cellsInRow - 1, range.last)};
-        const bool zeros = isZeros(values, cells);
-        if (zeros && !rows.empty() && rows.back().zeros)
+        const Row::Content content = contentOf(values, cells);
+        if (content != Row::Content::Values && !rows.empty() && rows.back().content == content)
             rows.back().cells.last = cells.last;
         else
-            rows.push_back({cells, zeros});
+            rows.push_back({cells, content});
     }
     return rows;
 }
 
-QString rowText(const AreaValues& values, const Row& row)
+/// How the user wants values written.
+struct Digits
 {
-    if (row.zeros && row.cells.last - row.cells.first >= cellsInRow)
+    bool hexadecimal;
+
+    QString text(const AreaValues& values, std::size_t cell) const
+    {
+        const ushort value = values.values[cell];
+        return hexadecimal && !values.area->bits ? QStringLiteral("0x%1").arg(value, 4, 16, QLatin1Char('0'))
+                                                 : QString::number(value);
+    }
+    Value value(const AreaValues& values, std::size_t cell) const
+    {
+        return hexadecimal && !values.area->bits ? Value(text(values, cell)) : Value(values.values[cell]);
+    }
+    int width(const AreaFacts& area) const { return area.bits ? 1 : hexadecimal ? 6 : 5; }
+};
+
+QString rowText(const AreaValues& values, const Row& row, const Digits& digits)
+{
+    if (row.content == Row::Content::Nothing)
+        return QStringLiteral("no value");
+    if (row.content == Row::Content::Zeros && row.cells.last - row.cells.first >= cellsInRow)
         return QStringLiteral("all 0");
     QString text;
     for (qint64 cell = row.cells.first; cell <= row.cells.last; ++cell) {
         const auto at = static_cast<std::size_t>(cell);
-        const QString value = values.hasValue(at) ? QString::number(values.values[at]) : QStringLiteral("-");
-        text += value.rightJustified(values.area->bits ? 1 : 5) + QLatin1Char(' ');
+        const QString value = values.hasValue(at) ? digits.text(values, at) : QStringLiteral("-");
+        text += value.rightJustified(digits.width(*values.area)) + QLatin1Char(' ');
     }
     text.chop(1);
     return text;
 }
 
-/// Of a cell that the project keeps.
-const char* stateKey(CellState state)
+/// Of a cell that the project keeps; `foreign` when its file was evidently written under another project.
+const char* stateKey(CellState state, bool foreign)
 {
-    return state == CellState::Kept ? "kept" : state == CellState::StartValue ? "start-value" : "no-value";
+    if (state == CellState::NoValue)
+        return "no-value";
+    return foreign ? "doubtful" : state == CellState::Kept ? "kept" : "start-value";
 }
 
-void addArea(const AreaValues& values, const CellRanges& wanted, Table& rows, Table& cells)
+void addArea(const AreaValues& values, const CellRanges& wanted, const Digits& digits, bool foreign,
+             Table& rows, Table& cells)
 {
     for (const CellRange& range : wanted) {
         for (const Row& row : rowsOf(values, range))
-            rows.rows.push_back({values.area->name, rangeText(row.cells), rowText(values, row)});
+            rows.rows.push_back({values.area->name, rangeText(row.cells), rowText(values, row, digits)});
         for (qint64 cell = range.first; cell <= range.last; ++cell) {
             const auto at = static_cast<std::size_t>(cell);
             cells.rows.push_back({values.area->name, cell,
-                                  values.hasValue(at) ? Value(values.values[at]) : Value(),
-                                  stateKey(values.states[at])});
+                                  values.hasValue(at) ? digits.value(values, at) : Value(),
+                                  stateKey(values.states[at], foreign)});
         }
     }
 }
@@ -85,7 +120,7 @@ void addNotes(const AreaValues& values, const CellRanges& wanted, const Retentio
     };
     const bool missing = file.state == RetentionFile::State::Missing;
     if (const qint64 without = count(CellState::NoValue))
-        add(QStringLiteral("%1; %2 no value in it, shown as \"-\".")
+        add(QStringLiteral("%1; %2 no value in it.")
                 .arg(QLatin1String(missing ? "there is no such file"
                                            : "the file is too short for this project"),
                      countText(without, "cell") + QLatin1String(without == 1 ? " has" : " have")));
@@ -113,36 +148,83 @@ CellRange wantedAddresses(const Inputs& inputs)
     if (!inputs.has("address"))
         return {0, 65535};
     const QString text = inputs.option("address");
-    const QStringList ends = text.split(QLatin1Char('-'));
-    bool firstOk = false;
-    bool lastOk = false;
-    const CellRange range = {ends.first().toUShort(&firstOk), ends.last().toUShort(&lastOk)};
-    if (ends.size() > 2 || !firstOk || !lastOk || range.first > range.last)
+    const std::optional<CellRange> range = addressRange(text);
+    if (!range)
         throw Refusal(
             QStringLiteral("--address \"%1\": expected an address from 0 to 65535, or two such as 100-109")
                 .arg(text));
-    return range;
+    return *range;
+}
+
+/// The cells of the entries that the user asked for, in one area.
+CellRanges entryCells(const Inputs& inputs, const AreaFacts& area)
+{
+    const QString name = inputs.option("entry");
+    std::vector<CellRange> cells;
+    QStringList known;
+    for (const ProjectEntry& entry : inputs.layout().settings.entries) {
+        if (entry.name == name && entry.area == &area)
+            cells.push_back({entry.first(), entry.last()});
+        known.append(entry.name);
+    }
+    if (!known.contains(name))
+        throw Refusal(known.isEmpty() ? QStringLiteral("--entry \"%1\": the project has no entries").arg(name)
+                                      : QStringLiteral("--entry \"%1\": the project has only %2")
+                                            .arg(name, known.join(QLatin1String(", "))));
+    return CellRanges(std::move(cells));
+}
+
+CellRanges wantedCells(const Inputs& inputs, const AreaValues& values)
+{
+    const AreaFacts* const area = wantedArea(inputs);
+    if (area && area != values.area)
+        return {};
+    CellRanges wanted = inputs.layout().of(*values.area).kept.within(wantedAddresses(inputs));
+    if (inputs.has("entry"))
+        wanted = both(wanted, entryCells(inputs, *values.area));
+    if (!inputs.has("nonzero"))
+        return wanted;
+    std::vector<CellRange> set;
+    for (const CellRange& range : wanted)
+        for (qint64 cell = range.first; cell <= range.last; ++cell)
+            if (values.values[static_cast<std::size_t>(cell)] != 0)
+                set.push_back({cell, cell});
+    return CellRanges(std::move(set));
 }
 
 Report run(const Inputs& inputs)
 {
-    const AreaFacts* const area = wantedArea(inputs);
-    const CellRange addresses = wantedAddresses(inputs);
+    const Digits digits = {inputs.has("hex")};
+    const FileChecks checks = checkFiles(inputs.layout(), inputs.files.front());
     Report report;
     report.facts.push_back({"mode", "Mode", inputs.layout().settings.mode});
+    report.findings = findingsOf(checks);
+    report.findingsFirst = true;
     Table rows{
         nullptr, nullptr, "Kept values", {{nullptr, "Area"}, {nullptr, "Addresses"}, {nullptr, "Values"}}};
     Table cells{"cells", "cell", nullptr, {{"area"}, {"address"}, {"value"}, {"state"}}};
-    for (const RetentionFile& file : inputs.files.front()) {
+    const std::optional<Tags> tags = tagsOf(inputs);
+    Table named = namedValues();
+    for (std::size_t i = 0; i < checks.size(); ++i) {
+        const RetentionFile& file = inputs.files.front()[i];
         const AreaValues values = areaValues(inputs.layout(), file);
-        const CellRanges wanted =
-            !area || area == file.area ? inputs.layout().of(*file.area).kept.within(addresses) : CellRanges();
-        addArea(values, wanted, rows, cells);
+        const CellRanges wanted = wantedCells(inputs, values);
+        addArea(values, wanted, digits, checks[i].foreign, rows, cells);
         addNotes(values, wanted, file, report);
+        if (tags)
+            addNamedValues(inputs.layout(), readArea(inputs.layout(), file), *tags, wanted, false, named,
+                           report.findings);
     }
     if (cells.rows.empty())
-        report.notes.append(QStringLiteral("The project retains none of the cells asked for."));
+        report.notes.append(inputs.has("nonzero")
+                                ? QStringLiteral("None of the cells asked for has a value other than 0.")
+                                : QStringLiteral("The project retains none of the cells asked for."));
     report.tables = {std::move(rows), std::move(cells)};
+    if (tags) {
+        report.tables.front() = std::move(named); // in place of the rows of cells
+        for (Finding& finding : tagFindings(inputs.layout(), *tags))
+            report.findings.push_back(std::move(finding));
+    }
     return report;
 }
 
@@ -152,8 +234,16 @@ extern const Command showCommand = {
     "show",
     {{"PROJECT.xml", Argument::Kind::Project}, {"DIR", Argument::Kind::Files}},
     "kept values by address",
-    "Shows the values in the files of DIR by address.",
-    "project.xml /usr/tavrin/project\nproject.xml copy --area LW --address 100-109",
+    "Shows the values in the files of DIR by address; first what \"check\" finds about the files, because "
+    "values\n"
+    "of files that do not fit the project belong to other cells.",
+    "project.xml /usr/tavrin/project\nproject.xml copy --area LW --address 100-109 --hex\n"
+    "project.xml copy --entry recipe --watch",
     {{"area", "AREA", "Only this area: LB, LW or RWI"},
-     {"address", "A[-B]", "Only these addresses, such as 100 or 100-109"}},
+     {"address", "A[-B]", "Only these addresses, such as 100 or 100-109"},
+     {"entry", "NAME", "Only the cells of the entry of that name"},
+     {"tags", "TAGS.csv", "Values by name, type and unit, in place of cells"},
+     {"nonzero", nullptr, "Only values other than 0"},
+     {"hex", nullptr, "Words in hexadecimal"},
+     {"watch", nullptr, "Goes on with a line for each change, until it is interrupted"}},
     run};

@@ -9,7 +9,10 @@
     COMMAND(migrate)                                                                                         \
     COMMAND(diff)                                                                                            \
     COMMAND(wear)                                                                                            \
-    COMMAND(map)
+    COMMAND(map)                                                                                             \
+    COMMAND(export)                                                                                          \
+    COMMAND(import)                                                                                          \
+    COMMAND(compare)
 
 #define DECLARATION(NAME) extern const Command NAME##Command;
 RETENTION_INSPECTOR_COMMANDS(DECLARATION)

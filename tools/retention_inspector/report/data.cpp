@@ -2,13 +2,18 @@
 // SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/report/report.h"
 
+#include "tools/retention_core/refusal.h"
+
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
+#include <algorithm>
+#include <iterator>
+
 namespace {
 
-const int formVersion = 1; // goes up when a key or its meaning changes; new keys leave it alone
+const int formVersion = 2; // goes up when a key or its meaning changes; new keys leave it alone
 
 /// The findings as one more table.
 Table findingTable(const Report& report)
@@ -22,6 +27,14 @@ Table findingTable(const Report& report)
                               finding.kind, finding.entry ? Value(finding.entry) : Value(),
                               finding.area.isEmpty() ? Value() : Value(finding.area), finding.cells,
                               finding.place, finding.problem, finding.remedy});
+    return table;
+}
+
+Table factTable(const Report& report)
+{
+    Table table{"facts", "fact", nullptr, {{"key"}, {"value"}}};
+    for (const Fact& fact : report.facts)
+        table.rows.push_back({fact.key, fact.value});
     return table;
 }
 
@@ -48,24 +61,29 @@ QString csvField(const QString& text)
     return QLatin1Char('"') + quoted + QLatin1Char('"');
 }
 
+/// The value as scripts get it; only lists are worded as for people.
 QString csvText(const Value& value)
 {
+    if (value.data.isDouble())
+        return QString::number(value.data.toDouble(), 'g', 15);
     return csvField(value.data.isString() ? value.data.toString() : value.text);
 }
 
-void appendCsv(QString& out, const Table& table)
+/// A line of names and one for each row, after these texts.
+void appendCsv(QString& out, const Table& table, const QString& beforeNames = QString(),
+               const QString& beforeRow = QString())
 {
-    out += QLatin1String("record");
+    QStringList names;
     for (const Column& column : table.columns)
         if (column.key)
-            out += QLatin1Char(',') + QLatin1String(column.key);
-    out += QLatin1Char('\n');
+            names.append(QLatin1String(column.key));
+    out += beforeNames + names.join(QLatin1Char(',')) + QLatin1Char('\n');
     for (const auto& row : table.rows) {
-        out += QLatin1String(table.record);
+        QStringList fields;
         for (std::size_t i = 0; i < row.size(); ++i)
             if (table.columns[i].key)
-                out += QLatin1Char(',') + csvText(row[i]);
-        out += QLatin1Char('\n');
+                fields.append(csvText(row[i]));
+        out += beforeRow + fields.join(QLatin1Char(',')) + QLatin1Char('\n');
     }
 }
 
@@ -115,13 +133,25 @@ QString reportJson(const Report& report)
 
 QString reportCsv(const Report& report)
 {
-    QString out = QStringLiteral("record,key,value\n");
-    for (const Fact& fact : report.facts)
-        out +=
-            QStringLiteral("fact,%1,").arg(QLatin1String(fact.key)) + csvText(fact.value) + QLatin1Char('\n');
-    for (const Table& table : report.tables)
-        if (table.key)
+    std::vector<Table> tables;
+    std::copy_if(report.tables.begin(), report.tables.end(), std::back_inserter(tables),
+                 [](const Table& table) { return table.key != nullptr; });
+    tables.push_back(findingTable(report));
+    tables.push_back(factTable(report));
+    QString out;
+    if (report.csvTable == QLatin1String("all")) {
+        for (const Table& table : tables)
+            appendCsv(out, table, QStringLiteral("record,"), QLatin1String(table.record) + QLatin1Char(','));
+        return out;
+    }
+    QStringList known;
+    for (const Table& table : tables) {
+        if (report.csvTable.isEmpty() || report.csvTable == QLatin1String(table.key)) {
             appendCsv(out, table);
-    appendCsv(out, findingTable(report));
-    return out;
+            return out;
+        }
+        known.append(QLatin1String(table.key));
+    }
+    throw Refusal(QStringLiteral("--table \"%1\": expected one of %2, or all")
+                      .arg(report.csvTable, known.join(QLatin1String(", "))));
 }

@@ -4,6 +4,7 @@
 
 #include "tools/retention_core/findings.h"
 
+#include <QtCore/QByteArray>
 #include <QtCore/QJsonValue>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -48,8 +49,8 @@ struct Column
 
 struct Table
 {
-    const char* key;    ///< in JSON; null leaves the table out of JSON and CSV
-    const char* record; ///< first field of each CSV line
+    const char* key;    ///< in JSON and for --table; null leaves the table out of JSON and CSV
+    const char* record; ///< first field of each line where all tables are in one CSV
     const char* title;  ///< null leaves the table out of the text
     std::vector<Column> columns;
     std::vector<std::vector<Value>> rows = {};
@@ -63,6 +64,10 @@ struct Report
     std::vector<Finding> findings;
     QStringList notes;    ///< what else the user should know; no reason to change anything
     bool differs = false; ///< the tables themselves are what was looked for: differences
+    QByteArray product; ///< UTF-8 for standard output; the report then goes to standard error. Null for none
+    bool findingsFirst = false; ///< in the text: they say whether the tables can be trusted
+    QString csvTable;           ///< key of the table that CSV is to show; empty for the first with a key
+    bool colour = false;        ///< of severities in the text
 
     bool isClean() const { return findings.empty() && !differs; }
 };
@@ -70,7 +75,12 @@ struct Report
 /// The whole report, ending with a line feed.
 QString reportText(const Report& report);
 QString reportJson(const Report& report);
+/// One table of the report, with a line of names: `csvTable`, "findings" or "facts"; or "all" of them, each
+/// line with its kind at its head. Throws a Refusal when there is no such table.
 QString reportCsv(const Report& report);
+
+/// Findings and notes alone, for people, to stand beside a table in CSV; empty when there are none.
+QString remarksText(const Report& report);
 
 struct ReportFormat
 {

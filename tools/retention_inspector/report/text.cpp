@@ -90,25 +90,45 @@ void appendTable(QString& out, const Table& table)
         appendLine(out, columns, [&row](std::size_t i) { return row[i].text; });
 }
 
-void appendFindings(QString& out, const std::vector<Finding>& findings)
+/// Red for an error, yellow for a warning, both bold.
+QString severityText(Finding::Severity severity, bool colour)
 {
-    if (findings.empty()) {
-        out += QLatin1String("\nNo findings.\n");
+    const bool error = severity == Finding::Severity::Error;
+    const QString word = QString::fromLatin1(error ? "error" : "warning");
+    return colour ? QStringLiteral("\033[1;%1m%2\033[0m").arg(error ? 31 : 33).arg(word) : word;
+}
+
+void appendFindings(QString& out, const std::vector<Finding>& findings, bool colour)
+{
+    if (findings.empty())
         return;
-    }
     out += QLatin1String("\nFindings\n");
     int number = 0;
     for (const Finding& finding : findings) {
         const QString head =
-            QStringLiteral("  %1. %2: ")
-                .arg(++number)
-                .arg(QLatin1String(finding.severity == Finding::Severity::Error ? "error" : "warning"));
+            QStringLiteral("  %1. %2: ").arg(++number).arg(severityText(finding.severity, colour));
         out += head + wrapped(finding.place + QLatin1String(": ") + finding.problem, 5) + QLatin1Char('\n');
         out += QLatin1String("     -> ") + wrapped(finding.remedy, 8) + QLatin1Char('\n');
     }
 }
 
+void appendNotes(QString& out, const QStringList& notes)
+{
+    if (!notes.isEmpty())
+        out += QLatin1String("\nNotes\n");
+    for (const QString& note : notes)
+        out += QLatin1String("  - ") + wrapped(note, 4) + QLatin1Char('\n');
+}
+
 } // namespace
+
+QString remarksText(const Report& report)
+{
+    QString out;
+    appendFindings(out, report.findings, report.colour);
+    appendNotes(out, report.notes);
+    return out.mid(1);
+}
 
 QString reportText(const Report& report)
 {
@@ -120,14 +140,15 @@ QString reportText(const Report& report)
         if (fact.title)
             out += QString::fromLatin1(fact.title).leftJustified(width + 3) + printable(fact.value.text) +
                    QLatin1Char('\n');
+    if (report.findingsFirst)
+        appendFindings(out, report.findings, report.colour);
     for (const Table& table : report.tables)
         if (table.title)
             appendTable(out, table);
-    if (!report.differs)
-        appendFindings(out, report.findings);
-    if (!report.notes.isEmpty())
-        out += QLatin1String("\nNotes\n");
-    for (const QString& note : report.notes)
-        out += QLatin1String("  - ") + wrapped(note, 4) + QLatin1Char('\n');
+    if (!report.findingsFirst)
+        appendFindings(out, report.findings, report.colour);
+    if (report.isClean())
+        out += QLatin1String("\nNo findings.\n");
+    appendNotes(out, report.notes);
     return out;
 }

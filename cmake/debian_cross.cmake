@@ -1,0 +1,26 @@
+# Another processor, by Debian's cross compiler for it: CROSS_TRIPLET (as in arm-linux-gnueabihf), CROSS_PROCESSOR (what
+# uname -m says there), CROSS_EMULATOR (the program of qemu-user), CROSS_SYSROOT (made by scripts/sysroot).
+# SPDX-License-Identifier: MIT
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR ${CROSS_PROCESSOR})
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES CROSS_TRIPLET CROSS_PROCESSOR CROSS_EMULATOR CROSS_SYSROOT)
+
+get_filename_component(CMAKE_SYSROOT ${CROSS_SYSROOT} ABSOLUTE)
+if(NOT IS_DIRECTORY ${CMAKE_SYSROOT}/usr)
+    message(FATAL_ERROR "No sysroot in ${CMAKE_SYSROOT}. scripts/sysroot makes one (scripts/armhf_sysroot for the panel), "
+                        "or name one with -DARMHF_SYSROOT=.")
+endif()
+
+set(CMAKE_CXX_COMPILER ${CROSS_TRIPLET}-g++)
+# Without GCC's notes on how C++17 passed arguments before GCC 7.
+set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
+string(REPLACE i686 i386 CMAKE_LIBRARY_ARCHITECTURE ${CROSS_TRIPLET})
+set(CMAKE_CROSSCOMPILING_EMULATOR ${CROSS_EMULATOR} -L ${CMAKE_SYSROOT})
+
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+# The build machine's own libraries must not be taken for the device's.
+set(ENV{PKG_CONFIG_LIBDIR} ${CMAKE_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/pkgconfig:${CMAKE_SYSROOT}/usr/share/pkgconfig)
+set(ENV{PKG_CONFIG_SYSROOT_DIR} ${CMAKE_SYSROOT})

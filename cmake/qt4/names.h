@@ -1,0 +1,13 @@
+// Gives Qt 5's names to Qt 4.8, for everything but the module: the build includes it before each source.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#if __has_include(<QtCore/QString>) // what stands below Qt is built without its folders
+#include <QtCore/QString>
+
+#define QStringLiteral(text) QString::fromUtf8("" text, sizeof(text) - 1)
+
+namespace Qt {
+constexpr QString::SplitBehavior SkipEmptyParts = QString::SkipEmptyParts;
+} // namespace Qt
+#endif

@@ -1,0 +1,14 @@
+# Names where this machine gets its Debian packages from, for other suites; source it.
+# SPDX-License-Identifier: MIT
+
+# debian_source SUITE: a line for sources.list, with the server and the key ring of this machine's own Debian.
+debian_source() {
+    local server
+    server=$(apt-get indextargets --format '$(SITE) $(ORIGIN) $(LABEL) $(COMPONENT)' |
+        awk '$2 == "Debian" && $3 == "Debian" && $4 == "main" { print $1; exit }')
+    if [ -z "$server" ]; then
+        echo "This machine's apt has no list of Debian's packages: run apt-get update." >&2
+        return 1
+    fi
+    echo "deb [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] $server $1 main"
+}

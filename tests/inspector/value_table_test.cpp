@@ -1,0 +1,406 @@
+// Values as a table: out of the files, into new ones, and back on the panel.
+// SPDX-License-Identifier: MIT
+#include "tests/inspector/report_of.h"
+#include "tests/support/module_test.h"
+#include "tests/support/random_source.h"
+#include "tests/support/run_tool.h"
+#include "tools/retention_core/refusal.h"
+
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QTemporaryDir>
+
+#include <algorithm>
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+const std::array<const char*, 3> fileNames = {bitFileName, wordFileName, rwiFileName};
+
+class ValueTable : public ModuleTest
+{
+protected:
+    QString path(const char* name) const { return scratch.filePath(QString::fromLatin1(name)); }
+
+    QString write(const char* name, const QByteArray& bytes) const
+    {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        return file.fileName();
+    }
+
+    static QByteArray read(const QString& path)
+    {
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+        return file.readAll();
+    }
+
+    static ToolRun run(const QStringList& words, const QByteArray& input = {})
+    {
+        return runTool(QStringLiteral(RETENTION_INSPECTOR_PATH), words, input);
+    }
+
+    /// A running panel with random values in the first cells of each area, written to the fixed directory.
+    std::unique_ptr<Panel> usedPanel(object& project, std::size_t cells = 200)
+    {
+        for (const char* name : fileNames)
+            QFile::remove(retentionPath(QString::fromLatin1(name)));
+        auto panel = startPanel(&project);
+        for (MemoryArea& area : panel->areas.all()) {
+            std::vector<ushort> values(cells);
+            for (ushort& value : values)
+                value =
+                    static_cast<ushort>(random.oneIn(3) ? 0 : random.between(0, area.isBits() ? 1 : 65535));
+            panel->setCells(area.name(), 0, values);
+        }
+        panel->model->cyclicRun();
+        return panel;
+    }
+
+    /// A tags file over all of the areas that are used here.
+    QString randomTags()
+    {
+        QByteArray tags = "area,address,type,name,unit\n";
+        const std::array<const char*, 10> types = {
+            "int16", "uint16", "int32",    "uint32:high-first",  "float", "float:high-first",
+            "bcd",   "bcd32",  "string:7", "string:4:high-first"};
+        const std::array<int, 10> cells = {1, 1, 2, 2, 2, 2, 1, 2, 4, 2};
+        for (const char* area : {"LW", "RWI"}) {
+            for (int address = random.between(0, 5); address < 200; address += random.between(0, 3)) {
+                const auto type = static_cast<std::size_t>(random.between(0, 9));
+                tags += QByteArray(area) + ',' + QByteArray::number(address) + ',' + types[type] + ",v" +
+                        QByteArray::number(address) + ",mm\n";
+                address += cells[type];
+            }
+        }
+        return write("tags.csv", tags);
+    }
+
+    QTemporaryDir scratch;
+    RandomSource random{printedSeed()};
+};
+
+TEST_F(ValueTable, RoundTripIsTheIdentity)
+{
+    const std::array<QString, 3> names = {QStringLiteral("LB"), QStringLiteral("LW"), QStringLiteral("RWI")};
+    qint64 values = 0;
+    for (int round = 0; round < 60; ++round) {
+        std::vector<Entry> entries(static_cast<std::size_t>(random.between(1, 15)));
+        for (Entry& entry : entries)
+            entry = {names[static_cast<std::size_t>(random.between(0, 2))], random.between(0, 150),
+                     random.between(0, 40)};
+        const auto project = round == 7 ? wholeAreaProject(1, 5) : perAddressProject(entries);
+        const auto before = usedPanel(*project, round == 7 ? 65536 : 200);
+        const Layout layout = makeLayout(readSettings(project.get()));
+        const auto files = openRetentionFiles(QLatin1String(fixedProjectDirectory));
+        const QString table = path("values.csv");
+        const QString made = path("made");
+        QFile::remove(table);
+        QDir(made).removeRecursively();
+        QDir(path("edited")).removeRecursively();
+        const Report out = round % 2 == 0 ? reportOf("export", {layout}, {files}, {{"output", table}})
+                                          : reportOf("export", {layout}, {files},
+                                                     {{"output", table}, {"tags", randomTags()}});
+        values += read(table).count('\n') - 1;
+
+        const Report in = reportOf("import", {layout}, {}, {{"output", made}}, {table});
+        EXPECT_TRUE(in.findings.empty());
+        const Report again = reportOf("import", {layout}, {files}, {{"output", path("edited")}}, {table});
+        EXPECT_TRUE(again.tables.front().rows.empty()) << "a change where nothing changed";
+        for (const char* name : fileNames) {
+            const QString file = QString::fromLatin1(name);
+            ASSERT_EQ(read(made + QLatin1Char('/') + file), *retentionFile(file))
+                << name << ", round " << round;
+            ASSERT_EQ(read(path("edited/") + file), *retentionFile(file)) << name << ", round " << round;
+        }
+    }
+    EXPECT_GT(values, 200000) << "the projects keep too little to tell";
+}
+
+TEST_F(ValueTable, SetsWhatItSaysAndThePanelStartsWithIt)
+{
+    const auto project = perAddressProject({{QStringLiteral("LW"), 100, 10}, {QStringLiteral("LB"), 8, 16}});
+    const auto before = usedPanel(*project);
+    const Layout layout = makeLayout(readSettings(project.get()));
+    const QString table =
+        write("values.csv", "area,address,value,type\r\nLW,104,-1.5,float:high-first\r\nLW,100,0x1F,\r\n"
+                            "LB,9,1,bit\r\nLW,107,'=b,string:4\r\n");
+    const Report report =
+        reportOf("import", {layout}, {openRetentionFiles(QLatin1String(fixedProjectDirectory))},
+                 {{"output", path("new")}}, {table});
+    EXPECT_THAT(reportText(report).toStdString(), HasSubstr("31\n"));
+    for (const char* name : fileNames)
+        writeRetentionFile(QString::fromLatin1(name), read(path("new/") + QLatin1String(name)));
+    const auto after = startPanel(project.get());
+    const auto word = [](const Panel& panel, int cell) {
+        return *panel.areas.named(QStringLiteral("LW"))->cell(cell);
+    };
+    EXPECT_EQ(word(*after, 100), 31);
+    EXPECT_EQ(word(*after, 104), 0xbfc0);
+    EXPECT_EQ(word(*after, 105), 0);
+    EXPECT_EQ(word(*after, 107), '=' + 256 * 'b');
+    EXPECT_EQ(word(*after, 108), 0);
+    for (const int cell : {101, 102, 103, 106, 109})
+        EXPECT_EQ(word(*after, cell), word(*before, cell)) << cell;
+    EXPECT_EQ(*after->areas.named(QStringLiteral("LB"))->cell(9), 1);
+}
+
+TEST_F(ValueTable, ReportsEachChangeOldToNew)
+{
+    const auto project = perAddressProject({{QStringLiteral("LW"), 100, 4}});
+    startPanel(project.get())->setCells(QStringLiteral("LW"), 100, {1, 2, 3, 4});
+    const Layout layout = makeLayout(readSettings(project.get()));
+    const QString table = write("values.csv", "area;address;name;value\nLW;101;speed;7\nLW;102;same;3\n");
+    const Report report =
+        reportOf("import", {layout}, {openRetentionFiles(QLatin1String(fixedProjectDirectory))},
+                 {{"output", path("new")}}, {table});
+    ASSERT_EQ(report.tables.front().rows.size(), 1U);
+    EXPECT_THAT(reportText(report).toStdString(), HasSubstr("LW         101   speed   uint16   2     7\n"));
+}
+
+class ValueTableCommands : public ValueTable
+{
+protected:
+    ValueTableCommands()
+    {
+        QDir(scratch.path()).mkdir(QStringLiteral("dir"));
+        QByteArray words(30, '\0');
+        words[26] = 7;
+        write("dir/maintenance-word.dat", words);
+        write("dir/maintenance-bit.dat", QByteArray("\x20\0", 2));
+        write("dir/maintenance-RWI.dat", QByteArray());
+    }
+
+    std::string refusal(const QByteArray& table, const QStringList& more = {}) const
+    {
+        const ToolRun run =
+            ValueTable::run(QStringList{QStringLiteral("import"), ranges, write("bad.csv", table)} + more +
+                            QStringList{QStringLiteral("-o"), path("refused")});
+        EXPECT_EQ(run.status, 2) << run.out.toStdString();
+        EXPECT_FALSE(QFile::exists(path("refused")));
+        return run.err.toStdString();
+    }
+
+    ToolRun exported(const QStringList& more) const
+    {
+        return run(QStringList{QStringLiteral("export"), ranges, path("dir"), QStringLiteral("-o"),
+                               QStringLiteral("-")} +
+                   more);
+    }
+
+    const QString ranges = QStringLiteral(EXAMPLES_DIR "/address_ranges.xml");
+};
+
+TEST_F(ValueTableCommands, StandsOnStandardOutput)
+{
+    const ToolRun run = exported({});
+    EXPECT_EQ(run.status, 0) << run.err.toStdString();
+    const std::string table = run.out.toStdString();
+    EXPECT_EQ(
+        table.substr(0, table.find("LB,22")),
+        "area,address,name,type,value,state\nLB,20,switches[0],bit,0,kept\nLB,21,switches[1],bit,0,kept\n");
+    EXPECT_THAT(table, HasSubstr("LB,28,switches[8],bit,0,start-value\n"));
+    EXPECT_THAT(table, HasSubstr("\nLW,203,counters[3],uint16,7,kept\n"));
+    EXPECT_THAT(run.err.toStdString(), HasSubstr("Values       27\n"));
+    EXPECT_EQ(exported({QStringLiteral("--nonzero")}).out.toStdString(),
+              "area,address,name,type,value,state\nLB,25,switches[5],bit,1,kept\nLW,203,counters[3],uint16,7,"
+              "kept\n");
+}
+
+TEST_F(ValueTableCommands, GoesThroughAPipe)
+{
+    const ToolRun run = ValueTable::run(
+        {QStringLiteral("import"), ranges, QStringLiteral("-"), QStringLiteral("-o"), path("new")},
+        exported({QStringLiteral("--nonzero")}).out);
+    EXPECT_EQ(run.status, 0) << run.err.toStdString();
+    EXPECT_EQ(read(path("new/maintenance-word.dat")), read(path("dir/maintenance-word.dat")));
+    EXPECT_EQ(read(path("new/maintenance-bit.dat")), read(path("dir/maintenance-bit.dat")));
+}
+
+TEST_F(ValueTableCommands, IsNotWrittenOverAnotherUnlessAsked)
+{
+    const QString table = write("values.csv", "mine");
+    const QStringList words = {QStringLiteral("export"), ranges, path("dir"), QStringLiteral("-o"), table};
+    EXPECT_EQ(run(words).status, 2);
+    EXPECT_EQ(read(table), "mine");
+    EXPECT_EQ(run(words + QStringList(QStringLiteral("--force"))).status, 0);
+    EXPECT_THAT(read(table).toStdString(), HasSubstr("LW,203"));
+    const QStringList import = {QStringLiteral("import"), ranges, table, QStringLiteral("-o"), path("dir")};
+    EXPECT_EQ(run(import).status, 2) << "the directory has files";
+    EXPECT_EQ(run(import.mid(0, 3)).status, 2);
+    EXPECT_EQ(run(words.mid(0, 3)).status, 2);
+}
+
+TEST_F(ValueTableCommands, NamesEveryLineThatCannotBeKept)
+{
+    const std::string all = refusal("area,address,type,value,state\n"
+                                    "LW,300,uint16,1,kept\n"
+                                    "LW,101,uint16,65536,kept\n"
+                                    "LW,102,int16,-32768,kept\n"
+                                    "\n"
+                                    "lw,103,uint16,1,kept\n"
+                                    "LW,109,float,1,kept\n"
+                                    "LW,102,uint16,1,kept\n"
+                                    "LW,104,float,\"1,5\",kept\n"
+                                    "LW,106,bit,1,kept\n"
+                                    "LW,107,uint16,,kept\n"
+                                    "LW,108,uint16,5,doubtful\n"
+                                    "LB,20,bit,2,kept\n"
+                                    "LW,x,uint16,5,kept\n"
+                                    "LW,200,string:4,fünfe,kept\n"
+                                    "LW,200,bcd,12345,kept\n"
+                                    "LW,200,int64,1,kept\n"
+                                    "LW,200,uint16,1,sure\n");
+    for (const char* message :
+         {"bad.csv:2: the project does not retain LW 300",
+          "bad.csv:3: \"65536\" is not a whole number from 0 to 65535",
+          "bad.csv:6: the area \"lw\" is none of", "bad.csv:7: the project does not retain LW 110;",
+          "bad.csv:8: LW 102 has a value in line 4 already", "bad.csv:9: \"1,5\" has a comma",
+          "bad.csv:10: the type bit does not fit LW", "bad.csv:11: there is no value",
+          "bad.csv:12: the value is doubtful", "bad.csv:13: \"2\" is not a whole number from 0 to 1",
+          "bad.csv:14: the address \"x\"", "bad.csv:15: the text has 6 bytes, but the type holds 4",
+          "bad.csv:16: \"12345\"", "bad.csv:17: the type \"int64\" is none of",
+          "bad.csv:18: the state \"sure\""})
+        EXPECT_THAT(all, HasSubstr(message));
+    EXPECT_THAT(all, Not(HasSubstr("bad.csv:4:")));
+    EXPECT_THAT(all, Not(HasSubstr("bad.csv:5:")));
+    QByteArray many = "area,address,value\n";
+    for (int i = 0; i < 50; ++i)
+        many += "LW,300,1\n";
+    EXPECT_THAT(refusal(many), HasSubstr("and 30 more lines like these"));
+}
+
+TEST_F(ValueTableCommands, NamesWhatIsNoTable)
+{
+    EXPECT_THAT(refusal(""), HasSubstr("bad.csv:1: the table is empty"));
+    EXPECT_THAT(refusal("area,address\nLW,100\n"), HasSubstr("bad.csv:1: there is no column \"value\""));
+    EXPECT_THAT(refusal("area,address,value,VALUE\n"),
+                HasSubstr("bad.csv:1: the column \"value\" stands there twice"));
+    EXPECT_THAT(refusal("area,address,value\nLW,100,1,5\n"), HasSubstr("bad.csv:2: it has 4 fields"));
+    EXPECT_THAT(refusal("area,address,value\nLW,10\"0,1\n"), HasSubstr("bad.csv:2: a quotation mark"));
+    EXPECT_THAT(refusal("area,address,value\nLW,100,\"1\n"),
+                HasSubstr("the file ends inside a quoted field"));
+    EXPECT_THAT(refusal("area,address,value\nLW,100,\xff\n"), HasSubstr("bad.csv:2: not UTF-8"));
+    EXPECT_THAT(refusal(QByteArray("area,address,value\nLW,100,\0\n", 28)),
+                HasSubstr("bad.csv:2: not UTF-8"));
+}
+
+TEST_F(ValueTableCommands, NeverShowsADoubtfulValueAsAGoodOne)
+{
+    write("dir/maintenance-bit.dat", QByteArray("\x20\xff", 2)); // bits after the last cell
+    write("dir/maintenance-word.dat", QByteArray(28, '\5'));     // a word too short
+    const ToolRun run = exported({});
+    EXPECT_EQ(run.status, 1);
+    const std::string table = run.out.toStdString();
+    EXPECT_THAT(table, HasSubstr("LB,25,switches[5],bit,1,doubtful\n"));
+    EXPECT_THAT(table,
+                HasSubstr("LW,203,counters[3],uint16,1285,doubtful\nLW,204,counters[4],uint16,,no-value\n"));
+    EXPECT_THAT(table, Not(HasSubstr("kept")));
+    EXPECT_THAT(run.err.toStdString(), HasSubstr("bits are set after the last cell"));
+    EXPECT_THAT(refusal(run.out), HasSubstr("bad.csv:2: the value is doubtful"));
+    EXPECT_THAT(refusal("area,address,value\nLW,100,1\n", {path("dir")}),
+                HasSubstr("dir/maintenance-bit.dat: 4 bits are set after the last cell"));
+}
+
+TEST_F(ValueTableCommands, DoesNotGuessWhichByteOfAForeignImageIsABit)
+{
+    QDir(scratch.path()).mkdir(QStringLiteral("image"));
+    write("image/maintenance-bit.dat", QByteArray(65536, '\x5a'));
+    write("image/maintenance-word.dat", QByteArray(131072, '\1'));
+    write("image/maintenance-RWI.dat", QByteArray(131072, '\1'));
+    const QString areas = QStringLiteral(EXAMPLES_DIR "/whole_areas.xml");
+    const ToolRun run =
+        ValueTable::run({QStringLiteral("export"), areas, path("image"), QStringLiteral("-o-")});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("\nLB,0,,bit,1,doubtful\n"));
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("\nLW,0,,uint16,257,kept\n"));
+    const QString word = write("word.csv", "area,address,value\nLW,5,9\n");
+    EXPECT_EQ(ValueTable::run(
+                  {QStringLiteral("import"), areas, word, path("image"), QStringLiteral("-o"), path("new")})
+                  .status,
+              0);
+    EXPECT_EQ(read(path("new/maintenance-bit.dat")), QByteArray(65536, '\x5a'));
+    EXPECT_EQ(read(path("new/maintenance-word.dat")).mid(8, 4), QByteArray("\1\1\t\0", 4));
+    const QString bit = write("bit.csv", "area,address,value\nLB,5,0\n");
+    const ToolRun refused = ValueTable::run(
+        {QStringLiteral("import"), areas, bit, path("image"), QStringLiteral("-o"), path("refused")});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_THAT(refused.err.toStdString(),
+                HasSubstr("bit.csv:2: the image of LB holds other bytes than 0 and 1"));
+}
+
+TEST_F(ValueTableCommands, SimulatorStartsWithTheImportedValues)
+{
+    const QString table = write("values.csv", "area,address,value,type\nLW,200,-7,int32\nLB,31,1,bit\n");
+    ASSERT_EQ(
+        run({QStringLiteral("import"), ranges, table, path("dir"), QStringLiteral("-o"), path("new")}).status,
+        0);
+    const ToolRun simulator =
+        runTool(QStringLiteral(PANEL_SIMULATOR_PATH), {ranges, QStringLiteral("--project-dir"), path("new")},
+                "get LW 200 5\nget LB 31\n");
+    EXPECT_THAT(simulator.out.toStdString(), HasSubstr("65529 65535 0 7 0"));
+    EXPECT_THAT(simulator.out.toStdString(), HasSubstr("LB 31: 1"));
+}
+
+TEST_F(ValueTableCommands, TagsMakeOneLineOfAValue)
+{
+    QByteArray words(30, '\0');
+    words.replace(0, 2, "\xd2\x04");                    // LW 100: 1234
+    words.replace(2, 4, QByteArray("\0\0\xac\x41", 4)); // LW 101: 21.5
+    words.replace(6, 4, "=A1 ");                        // LW 103
+    words.replace(10, 2, "\x34\x1a");                   // LW 105: no decimal digits
+    write("dir/maintenance-word.dat", words);
+    const QString tags = write("tags.csv", "area,address,type,name,unit\n"
+                                           "LW,100,int16,count,pcs\n"
+                                           "LW,101,float,\"temperature, set\",C\n"
+                                           "LW,103,string:4,recipe,\n"
+                                           "LW,105,bcd,broken,\n"
+                                           "LW,109,int32,half,\n"
+                                           "LW,1000,int32,elsewhere,\n");
+    const ToolRun run = exported({QStringLiteral("--tags"), tags});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("\nLW,100,count,int16,1234,kept\n"
+                                                 "LW,101,\"temperature, set\",float,21.5,kept\n"
+                                                 "LW,103,recipe,string:4,\"'=A1 \",kept\n"
+                                                 "LW,105,broken,uint16,6708,kept\n"
+                                                 "LW,106,recipe[6],uint16,0,kept\n"));
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("\nLW,109,half[0],uint16,0,kept\nLW,200,"));
+    EXPECT_THAT(run.err.toStdString(),
+                HasSubstr("tags.csv:6: \"half\", LW 109 to 110: of its cells only 109 is retained"));
+    EXPECT_THAT(run.err.toStdString(), HasSubstr("tags.csv:5: \"broken\", LW 105: its cells hold no bcd"));
+    EXPECT_THAT(run.err.toStdString(), Not(HasSubstr("elsewhere")));
+}
+
+TEST_F(ValueTableCommands, ShowAndDiffKnowTags)
+{
+    QByteArray words(30, '\0');
+    words.replace(0, 2, "\x2e\xfb");                    // LW 100: -1234
+    words.replace(2, 4, QByteArray("\0\0\xac\x41", 4)); // LW 101: 21.5
+    write("dir/maintenance-word.dat", words);
+    QDir(scratch.path()).mkdir(QStringLiteral("later"));
+    words.replace(2, 4, QByteArray("\0\0\xad\x41", 4)); // 21.625
+    words[28] = 9;                                      // LW 204
+    write("later/maintenance-word.dat", words);
+    write("later/maintenance-bit.dat", QByteArray("\x20\0", 2));
+    write("later/maintenance-RWI.dat", QByteArray());
+    const QString tags = write(
+        "tags.csv", "area,address,type,name,unit\nLW,100,int16,count,pcs\nLW,101,float,temperature,C\n");
+    const ToolRun show = run({QStringLiteral("show"), ranges, path("dir"), QStringLiteral("--tags"), tags});
+    EXPECT_EQ(show.status, 0) << show.err.toStdString();
+    EXPECT_THAT(show.out.toStdString(),
+                HasSubstr("  LW         100   count         -1234   pcs    int16   kept\n"
+                          "  LW         101   temperature    21.5   C      float   kept\n"));
+    EXPECT_THAT(show.out.toStdString(), Not(HasSubstr("204")));
+    const ToolRun diff =
+        run({QStringLiteral("diff"), ranges, path("dir"), path("later"), QStringLiteral("--tags"), tags});
+    EXPECT_EQ(diff.status, 1);
+    EXPECT_THAT(diff.out.toStdString(), HasSubstr("  LW         101    21.5   21.625   temperature   C\n"
+                                                  "  LW         204       0        9\n"));
+    EXPECT_THAT(diff.out.toStdString(), HasSubstr("Different        2\n"));
+}
+
+} // namespace

@@ -1,0 +1,91 @@
+// Writes the kept values as one plain table.
+// SPDX-License-Identifier: MIT
+#include "tools/retention_inspector/report/named_values.h"
+#include "tools/retention_inspector/report/output_file.h"
+
+namespace {
+
+/// The table in the making, and what is told about it.
+struct Exporting
+{
+    bool nonzero;
+    QByteArray table = "area,address,name,type,value,state\n";
+    qint64 values = 0;
+    qint64 leftOut = 0;
+};
+
+bool isZero(const AreaReading& reading, const ValueRow& row)
+{
+    for (qint64 cell = row.first; cell <= row.cells().last; ++cell)
+        if (reading.values.values[static_cast<std::size_t>(cell)] != 0)
+            return false;
+    return !textOf(reading.values, row).isNull();
+}
+
+void addRow(const AreaReading& reading, const ValueRow& row, Exporting& out)
+{
+    if (out.nonzero && isZero(reading, row)) {
+        ++out.leftOut;
+        return;
+    }
+    QString value = textOf(reading.values, row);
+    if (row.type.kind == ValueType::Kind::String)
+        value = withoutFormula(value);
+    const QStringList fields = {QString::fromLatin1(row.area->name),
+                                QString::number(row.first),
+                                csvField(withoutFormula(row.name)),
+                                row.type.text(),
+                                csvField(value),
+                                QString::fromLatin1(stateOf(reading, row))};
+    out.table += fields.join(QLatin1Char(',')).toUtf8() + '\n';
+    ++out.values;
+}
+
+Report run(const Inputs& inputs)
+{
+    const Layout& layout = inputs.layout();
+    const std::optional<Tags> tags = tagsOf(inputs);
+    Report report;
+    report.facts.push_back({"mode", "Mode", layout.settings.mode});
+    Exporting out{inputs.has("nonzero")};
+    std::vector<Finding> notOfType;
+    bool doubtful = false;
+    for (const AreaReading& reading : readAreas(layout, inputs.files.front())) {
+        report.findings.insert(report.findings.end(), reading.findings.begin(), reading.findings.end());
+        doubtful = doubtful || reading.doubtful();
+        forEachValue(layout, reading, tags ? &*tags : nullptr, notOfType,
+                     [&](const ValueRow& row) { addRow(reading, row, out); });
+    }
+    if (tags)
+        for (Finding& finding : tagFindings(layout, *tags))
+            report.findings.push_back(std::move(finding));
+    report.findings.insert(report.findings.end(), notOfType.begin(), notOfType.end());
+    deliver(out.table, inputs.option("output"), inputs.has("force"), report);
+    report.facts.push_back({"output", "Written to", inputs.option("output")});
+    report.facts.push_back({"values", "Values", out.values});
+    if (out.leftOut > 0)
+        report.facts.push_back({"zeros", "Zeros left out", out.leftOut});
+    if (doubtful)
+        report.notes.append(
+            QStringLiteral("Values of files that do not fit have the state \"doubtful\"; \"import\" "
+                           "refuses them."));
+    return report;
+}
+
+} // namespace
+
+extern const Command exportCommand = {
+    "export",
+    {{"PROJECT.xml", Argument::Kind::Project}, {"DIR", Argument::Kind::Files}},
+    "the kept values as a table for a spreadsheet or for git",
+    "Writes every kept value of the files of DIR as one line of a CSV table: area, address, name, type, "
+    "value,\n"
+    "state. \"import\" makes files of such a table. With tags a value is one line, whatever its number of "
+    "cells.",
+    "project.xml /usr/tavrin/project --output values.csv\n"
+    "project.xml copy --tags tags.csv --nonzero --output -",
+    {{"output", "FILE.csv", "The table to make; - for standard output", nullptr, Option::Kind::Required},
+     {"tags", "TAGS.csv", "Names, types and units of values"},
+     {"nonzero", nullptr, "Leave out zeros"},
+     {"force", nullptr, "Replace an existing file"}},
+    run};

@@ -1,0 +1,28 @@
+// Shows on a terminal how far a long work has come.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QtCore/QElapsedTimer>
+
+#include <cstddef>
+
+/// A line on standard error, if that is a terminal and the work takes longer than a moment; gone at the end.
+class Progress
+{
+public:
+    /// Of `steps` steps. `what` is such as "panels compared" and must outlive this.
+    Progress(std::size_t steps, const char* what);
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+    ~Progress();
+
+    void step();
+
+private:
+    std::size_t steps;
+    std::size_t done = 0;
+    const char* what;
+    bool onTerminal;
+    qint64 shownAt = 0; ///< milliseconds; 0 for never
+    QElapsedTimer time;
+};
