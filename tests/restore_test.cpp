@@ -25,15 +25,6 @@ QStringList openFiles()
     return names;
 }
 
-/// The bytes that this process has read from files so far; -1 where nobody counts them.
-qint64 bytesRead()
-{
-    QFile counters(QStringLiteral("/proc/self/io"));
-    if (!counters.open(QIODevice::ReadOnly))
-        return -1;
-    return counters.readAll().simplified().split(' ').value(1).toLongLong(); // behind "rchar:"
-}
-
 QString wrote(const char* area, int address, const std::vector<int>& values)
 {
     QStringList texts;
@@ -276,22 +267,6 @@ TEST_F(Restore, AFullDiskStillGetsItsNewFiles)
     writeRetentionFile("filler.dat", QByteArray(4096, '\x11'));
     EXPECT_EQ(restored({{LB, 0, 8}, {LW, 0, 10}}), "");
     EXPECT_EQ(retentionFile(wordFileName), QByteArray(20, '\0')) << "a hole takes no room";
-}
-
-TEST_F(Restore, ReadsEveryBitAddressWithOneByteOnly)
-{
-    if (bytesRead() < 0)
-        GTEST_SKIP() << "this system does not count what a process reads";
-    const int addresses = 65536;
-    writeRetentionFile(bitFileName, QByteArray(addresses / 8, '\0'));
-    project = perAddressProject({{LB, 0, addresses}});
-    panel = makePanel(project.get());
-    panel->open();
-    const qint64 before = bytesRead();
-    panel->init();
-    const qint64 bytes = bytesRead() - before;
-    EXPECT_GE(bytes, addresses);
-    EXPECT_LE(bytes, addresses + 4096) << "one byte for each address, whatever the length of the file";
 }
 
 } // namespace
