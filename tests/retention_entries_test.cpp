@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/module_test.h"
+#include "tests/support/random_source.h"
 #include "tests/support/scripted_comm.h"
 #include "tests/support/storage.h"
 
 #include <algorithm>
-#include <random>
 
 namespace {
 
@@ -100,9 +100,9 @@ TEST_F(RetentionEntries, AreSortedByIndexBeforeTheyBecomeBlocks)
 TEST_F(RetentionEntries, GoToTheirOwnAreasWhateverTheirOrder)
 {
     std::vector<Entry> entries = {{LB, 7, 1}, {LB, 3, 2}, {LW, 9, 1}, {LW, 1, 1}, {RWI, 8, 1}, {RWI, 2, 1}};
-    std::mt19937 random(1);
+    RandomSource random(1);
     for (int round = 0; round < 50; ++round) {
-        std::shuffle(entries.begin(), entries.end(), random);
+        std::shuffle(entries.begin(), entries.end(), random.engine);
         setEntries(entries);
         EXPECT_THAT(openedCells(), ElementsAre("LB 3", "LB 4", "LB 7", "LW 1", "LW 9", "RWI 2", "RWI 8"));
     }

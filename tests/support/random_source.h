@@ -1,11 +1,13 @@
-// Random inputs of tests, the same in every run unless asked otherwise.
+// Random numbers that depend on nothing but their seed.
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
 #include <cstdlib>
 #include <iostream>
 #include <limits>
 #include <random>
+#include <vector>
 
 /// The seed of this run: the environment variable TEST_SEED, or a fixed one. Printed, so that a failure can
 /// be had again.
@@ -17,35 +19,42 @@ inline unsigned printedSeed()
     return seed;
 }
 
-/// A source of random numbers.
 class RandomSource
 {
 public:
-    explicit RandomSource(unsigned seed) : engine(seed) {}
+    /// `stream` gives independent numbers for the same seed.
+    explicit RandomSource(std::uint64_t seed, std::uint64_t stream = 0)
+    {
+        std::seed_seq mixed{seed, seed >> 32, stream, stream >> 32};
+        engine.seed(mixed);
+    }
 
-    /// From `low` to `high`, both included.
-    int between(int low, int high) { return std::uniform_int_distribution<int>(low, high)(engine); }
-    /// True once in `times`.
-    bool oneIn(int times) { return between(1, times) == 1; }
+    /// From 0 up to, not including, `end`, which is at least 1.
+    int below(int end) { return static_cast<int>(engine() % static_cast<std::uint64_t>(end)); }
+    /// From `first` to `last`, which are less than 2^31 apart.
+    int between(int first, int last) { return first + below(last - first + 1); }
+    /// True once in `n` times.
+    bool oneIn(int n) { return below(n) == 0; }
+    template <typename T> const T& oneOf(const std::vector<T>& values)
+    {
+        return values[static_cast<std::size_t>(below(static_cast<int>(values.size())))];
+    }
     /// Any 32-bit value, those at the ends and around zero far more often than the others.
     int extreme()
     {
-        constexpr int least = std::numeric_limits<int>::min();
-        constexpr int most = std::numeric_limits<int>::max();
-        switch (between(0, 5)) {
+        switch (below(6)) {
         case 0:
-            return least + between(0, 9);
+            return std::numeric_limits<int>::min() + below(10);
         case 1:
-            return most - between(0, 9);
+            return std::numeric_limits<int>::max() - below(10);
         case 2:
-            return (between(0, 1) ? 1 << 30 : -(1 << 30)) + between(-5, 5);
+            return (oneIn(2) ? 1 << 30 : -(1 << 30)) + between(-5, 5);
         case 3:
             return between(-9, 9);
         default:
-            return between(least, most);
+            return static_cast<int>(static_cast<std::uint32_t>(engine()));
         }
     }
 
-private:
-    std::mt19937 engine;
+    std::mt19937_64 engine;
 };

@@ -79,7 +79,7 @@ void addOrderedSubsets(const DiskFile& file, const Ops& left, std::set<QByteArra
 }
 
 /// Marks what arrives: a part of everything, a beginning, an end, all but one, or one alone.
-std::vector<bool> randomArrivals(std::size_t count, Random& random)
+std::vector<bool> randomArrivals(std::size_t count, RandomSource& random)
 {
     const int size = static_cast<int>(count);
     const int style = random.below(7);
@@ -93,7 +93,7 @@ std::vector<bool> randomArrivals(std::size_t count, Random& random)
     return arrives;
 }
 
-QByteArray randomContent(const DiskFile& file, const Ops& ops, Random& random)
+QByteArray randomContent(const DiskFile& file, const Ops& ops, RandomSource& random)
 {
     std::vector<std::size_t> order(ops.size());
     std::iota(order.begin(), order.end(), 0);
@@ -108,7 +108,7 @@ QByteArray randomContent(const DiskFile& file, const Ops& ops, Random& random)
 }
 
 /// Returns whether all contents were added.
-bool addContents(const DiskFile& file, const Ops& ops, Random& random, int samples,
+bool addContents(const DiskFile& file, const Ops& ops, RandomSource& random, int samples,
                  std::set<QByteArray>& contents)
 {
     if (ops.size() <= 8 && areIndependent(ops)) {
@@ -128,7 +128,7 @@ bool addContents(const DiskFile& file, const Ops& ops, Random& random, int sampl
     return false;
 }
 
-Outcomes outcomesOf(const DiskFile& file, const Ops& allOps, Random& random, int samples)
+Outcomes outcomesOf(const DiskFile& file, const Ops& allOps, RandomSource& random, int samples)
 {
     Ops ops = effectiveOps(file, allOps);
     std::set<QByteArray> clean;
@@ -153,8 +153,8 @@ Outcomes outcomesOf(const DiskFile& file, const Ops& allOps, Random& random, int
 }
 
 /// The names that exist, and every combination of their contents.
-bool visitContents(const Disk& names, const std::map<FileId, Outcomes>& outcomes, Random& random, int samples,
-                   const std::function<void(const DiskImage&)>& visit)
+bool visitContents(const Disk& names, const std::map<FileId, Outcomes>& outcomes, RandomSource& random,
+                   int samples, const std::function<void(const DiskImage&)>& visit)
 {
     DiskImage image;
     image.directory = names.directory;
@@ -188,8 +188,8 @@ bool visitContents(const Disk& names, const std::map<FileId, Outcomes>& outcomes
 
 } // namespace
 
-bool forEachCutState(const Disk& synced, const std::vector<DiskOp>& unsynced, Random& random, int samples,
-                     const std::function<void(const DiskImage&)>& visit)
+bool forEachCutState(const Disk& synced, const std::vector<DiskOp>& unsynced, RandomSource& random,
+                     int samples, const std::function<void(const DiskImage&)>& visit)
 {
     Ops nameOps;
     std::map<FileId, Ops> fileOps;
@@ -231,7 +231,7 @@ bool forEachCutState(const Disk& synced, const std::vector<DiskOp>& unsynced, Ra
 }
 
 std::optional<DiskImage> withSpoiledPages(const Disk& synced, const std::vector<DiskOp>& unsynced,
-                                          Random& random)
+                                          RandomSource& random)
 {
     const qint64 pageBytes = 4096;
     Disk disk = synced;

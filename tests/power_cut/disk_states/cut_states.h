@@ -3,7 +3,7 @@
 #pragma once
 
 #include "tests/power_cut/disk_states/disk.h"
-#include "tests/power_cut/support/random.h"
+#include "tests/support/random_source.h"
 
 #include <functional>
 #include <optional>
@@ -14,10 +14,10 @@
 /// with up to 5 pending atoms, or up to 8 in different sectors, is taken through all its contents; others,
 /// and products of more than 256 states, through `samples` random ones. Atoms that change nothing do not
 /// count. Returns whether all states were visited.
-bool forEachCutState(const Disk& synced, const std::vector<DiskOp>& unsynced, Random& random, int samples,
-                     const std::function<void(const DiskImage&)>& visit);
+bool forEachCutState(const Disk& synced, const std::vector<DiskOp>& unsynced, RandomSource& random,
+                     int samples, const std::function<void(const DiskImage&)>& visit);
 
 /// The disk with everything unsynced on it, but random bytes in every page of 4096 bytes around a write;
 /// nothing without a write.
 std::optional<DiskImage> withSpoiledPages(const Disk& synced, const std::vector<DiskOp>& unsynced,
-                                          Random& random);
+                                          RandomSource& random);

@@ -38,7 +38,7 @@ struct States
 States statesOf(const Disk& disk, const std::vector<DiskOp>& ops, int samples = 50)
 {
     States states;
-    Random random(1);
+    RandomSource random(1);
     states.complete = forEachCutState(disk, ops, random, samples, [&](const DiskImage& image) {
         const auto file = image.files.find(name);
         if (!image.directory)
@@ -137,7 +137,7 @@ TEST(CutStates, WhatTheFileHadAndWhatLiesBeforeAWriteIsNeverStale)
 TEST(CutStates, PagesAreSpoiledAroundWritesAlone)
 {
     const QByteArray old(3 * 4096, 'o');
-    Random random(1);
+    RandomSource random(1);
     EXPECT_FALSE(withSpoiledPages(diskWith(old), {}, random));
     const auto spoiled = withSpoiledPages(diskWith(old), {data(5000, "new")}, random);
     ASSERT_TRUE(spoiled);

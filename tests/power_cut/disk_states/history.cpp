@@ -13,7 +13,7 @@ const int cutPointsOfLife = 25;
 
 /// Files of an earlier time: missing, empty, shorter, longer, as long as those of this mode or of the other
 /// one. Half a word at the end of a file, which the module never writes, could come back with half a change.
-DiskImage randomFiles(const RetainedCells& cells, Random& random)
+DiskImage randomFiles(const RetainedCells& cells, RandomSource& random)
 {
     DiskImage image;
     image.directory = true;

@@ -75,7 +75,7 @@ private:
     const RunPlan& plan;
     const quint64 number;
     const Kind kind;
-    Random random;
+    RandomSource random;
     const PanelProject project;
     const RetainedCells cells;
     Findings& findings;

@@ -203,7 +203,7 @@ void LifeState::settle(const std::function<bool(const DiskOp&)>& isDurable)
     synced.forgetNameless(unsynced);
 }
 
-QStringList startPanel(Panel& panel, const RetainedCells& cells, const Files& found, Random& random)
+QStringList startPanel(Panel& panel, const RetainedCells& cells, const Files& found, RandomSource& random)
 {
     fillAtRandom(panel.areas, random);
     MemoryAreas expected = panel.areas;
@@ -237,7 +237,7 @@ QStringList startPanel(Panel& panel, const RetainedCells& cells, const Files& fo
 }
 
 RecordedLife recordLife(const ModuleLibrary& library, object* project, const RetainedCells& cells,
-                        const DiskImage& found, const LifePlan& plan, Random& random)
+                        const DiskImage& found, const LifePlan& plan, RandomSource& random)
 {
     writeProjectDirectory(found);
     std::optional<LifeRecorder> life;

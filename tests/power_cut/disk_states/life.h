@@ -70,8 +70,8 @@ struct RecordedLife
 
 /// Starts a panel on `found` and lets it work, until something is lost.
 RecordedLife recordLife(const ModuleLibrary& library, object* project, const RetainedCells& cells,
-                        const DiskImage& found, const LifePlan& plan, Random& random);
+                        const DiskImage& found, const LifePlan& plan, RandomSource& random);
 
 /// Starts a panel whose memory is random; a line for everything in all of the memory that is not what the
 /// start must make of it.
-QStringList startPanel(Panel& panel, const RetainedCells& cells, const Files& found, Random& random);
+QStringList startPanel(Panel& panel, const RetainedCells& cells, const Files& found, RandomSource& random);

@@ -18,7 +18,7 @@ const int step16 = 0x9e37;
 QByteArray randomBytes(int size, std::uint64_t seed)
 {
     QByteArray bytes(size, '\0');
-    Random random(seed);
+    RandomSource random(seed);
     for (int i = 0; i < size; i += 2) {
         const int fewSteps = -step16 * random.between(1, 5);
         const int word = random.oneIn(8) ? fewSteps : random.between(1, 255) | random.between(1, 255) << 8;
@@ -30,7 +30,7 @@ QByteArray randomBytes(int size, std::uint64_t seed)
 
 } // namespace
 
-void fillAtRandom(MemoryAreas& areas, Random& random)
+void fillAtRandom(MemoryAreas& areas, RandomSource& random)
 {
     // Drawn from one supply, because every start of every disk state needs 320 KiB.
     static const QByteArray words = randomBytes(1 << 19, 1);
@@ -46,7 +46,7 @@ void fillAtRandom(MemoryAreas& areas, Random& random)
     }
 }
 
-Load::Load(Panel& panel, const RetainedCells& cells, Random& random, LoadLog& log)
+Load::Load(Panel& panel, const RetainedCells& cells, RandomSource& random, LoadLog& log)
     : panel(panel), cells(cells), random(random), log(log)
 {
     setCommandRunner([this](const char* command) { return runCommand(command); });

@@ -4,7 +4,7 @@
 
 #include "simulated_host/panel.h"
 #include "tests/power_cut/support/promise.h"
-#include "tests/power_cut/support/random.h"
+#include "tests/support/random_source.h"
 
 /// Told what happens, when it happens.
 class LoadLog
@@ -18,7 +18,7 @@ public:
 
 /// Fills areas as a panel might have them before the module restores anything: no word is 0, and some words
 /// are few changes away from it.
-void fillAtRandom(MemoryAreas& areas, Random& random);
+void fillAtRandom(MemoryAreas& areas, RandomSource& random);
 
 /// Changes cells or has areas saved. Now and then the last change is undone, values change places, cells of
 /// several areas get the same value, or the end of an area is cleared. Otherwise every value of a word
@@ -28,7 +28,7 @@ void fillAtRandom(MemoryAreas& areas, Random& random);
 class Load
 {
 public:
-    Load(Panel& panel, const RetainedCells& cells, Random& random, LoadLog& log);
+    Load(Panel& panel, const RetainedCells& cells, RandomSource& random, LoadLog& log);
     ~Load();
     Load(const Load&) = delete;
     Load& operator=(const Load&) = delete;
@@ -58,7 +58,7 @@ private:
 
     Panel& panel;
     const RetainedCells& cells;
-    Random& random;
+    RandomSource& random;
     LoadLog& log;
     Group last = {};
 };

@@ -36,7 +36,7 @@ void startObject(QXmlStreamWriter& xml, const char* name)
     xml.writeAttribute(QStringLiteral("name"), QLatin1String(name));
 }
 
-QByteArray projectXml(bool wholeAreas, const Ranges& ranges, Random& random)
+QByteArray projectXml(bool wholeAreas, const Ranges& ranges, RandomSource& random)
 {
     QByteArray bytes;
     QXmlStreamWriter xml(&bytes);
@@ -62,7 +62,7 @@ QByteArray projectXml(bool wholeAreas, const Ranges& ranges, Random& random)
     return bytes;
 }
 
-int randomCount(Random& random, bool bits, bool few)
+int randomCount(RandomSource& random, bool bits, bool few)
 {
     if (bits)
         return random.between(1, few ? 10 : 60);
@@ -71,7 +71,7 @@ int randomCount(Random& random, bool bits, bool few)
     return random.between(1, few ? 5 : 40);
 }
 
-Ranges separateRanges(Random& random, bool few)
+Ranges separateRanges(RandomSource& random, bool few)
 {
     Ranges ranges;
     for (int area = 0; area < 3; ++area) {
@@ -89,7 +89,7 @@ Ranges separateRanges(Random& random, bool few)
     return ranges;
 }
 
-Ranges overlappingRanges(Random& random)
+Ranges overlappingRanges(RandomSource& random)
 {
     Ranges ranges;
     for (int left = random.between(2, 12); left > 0; --left)
@@ -98,7 +98,7 @@ Ranges overlappingRanges(Random& random)
     return ranges;
 }
 
-Ranges longBlocks(Random& random)
+Ranges longBlocks(RandomSource& random)
 {
     Ranges ranges;
     for (int i = 0; i < 3; ++i)
@@ -108,7 +108,7 @@ Ranges longBlocks(Random& random)
     return ranges;
 }
 
-Ranges rangesOf(ProjectKind kind, Random& random)
+Ranges rangesOf(ProjectKind kind, RandomSource& random)
 {
     switch (kind) {
     case ProjectKind::FewRanges:
@@ -133,7 +133,7 @@ bool retainsSomething(const QByteArray& xml)
 
 } // namespace
 
-PanelProject randomProject(ProjectKind kind, Random& random)
+PanelProject randomProject(ProjectKind kind, RandomSource& random)
 {
     PanelProject project;
     do {

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "project_tree/project_tree.h"
-#include "tests/power_cut/support/random.h"
+#include "tests/support/random_source.h"
 
 #include <QtCore/QByteArray>
 
@@ -28,4 +28,4 @@ inline const char* const projectKindNames[projectKinds] = {"few ranges", "many r
                                                            "long blocks", "whole areas"};
 
 /// At least one cell of it is retained.
-PanelProject randomProject(ProjectKind kind, Random& random);
+PanelProject randomProject(ProjectKind kind, RandomSource& random);
