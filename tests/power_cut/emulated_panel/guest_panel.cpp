@@ -178,7 +178,7 @@ void saySynced(Story& story, int number)
     story.publish();
 }
 
-/// RandomSource changes, the same ones for the same seed.
+/// Random changes, the same ones for the same seed.
 class Load
 {
 public:
