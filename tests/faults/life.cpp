@@ -119,7 +119,8 @@ testing::AssertionResult isReached(int faults, int known)
 
 LifeRecord live(Mode mode, const StepRunner& run)
 {
-    EXPECT_TRUE(moduleLibrary().isLoaded()) << moduleLibrary().error().toStdString();
+    const ModuleLibrary& library = moduleLibrary();
+    EXPECT_TRUE(library.isLoaded()) << library.error().toStdString();
     const auto project = projectFor(mode);
     MemoryAreas areas;
     for (const LifeArea& area : lifeAreas)
@@ -130,7 +131,7 @@ LifeRecord live(Mode mode, const StepRunner& run)
     const int syncsBefore = syncsRun;
 
     ModelPointer model;
-    run(Create, [&] { model = moduleLibrary().createModel(); });
+    run(Create, [&] { model = library.createModel(); });
     if (!model) {
         record.restored = memoriesOf(areas);
         return record;

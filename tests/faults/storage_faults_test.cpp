@@ -83,14 +83,15 @@ protected:
 
     const Mode mode = GetParam().mode;
 
-    /// Sweeps one kind of fault over all its turns, after `earlier` ones; returns how often it came.
+    /// Sweeps the last of the faults over all its turns after that of the first one; returns how often it
+    /// came.
     int sweep(std::vector<StorageFault> faults)
     {
-        for (faults.back().nth = faults.size() > 1 ? faults.front().nth + 1 : 1;; ++faults.back().nth) {
-            const bool came = liveThrough(faults).size() == faults.size();
-            if (!came || HasFailure())
-                return faults.back().nth - 1 - (faults.size() > 1 ? faults.front().nth : 0);
-        }
+        const int before = faults.size() > 1 ? faults.front().nth : 0;
+        int& nth = faults.back().nth;
+        for (nth = before + 1; liveThrough(faults).size() == faults.size() && !HasFailure();)
+            ++nth;
+        return nth - 1 - before;
     }
 
     /// A life with the faults, and one without on what it left; returns those that came. `stops` gets the
@@ -102,7 +103,7 @@ protected:
             text += ", " + described(fault);
         std::snprintf(currentLife, sizeof currentLife, "%s", text.c_str());
         SCOPED_TRACE(currentLife);
-        alarm(20);
+        alarm(60);
 
         const bool hasDirectory = GetParam().start != StartFiles::NoDirectory;
         const Files start = filesAtStart(mode, GetParam().start);
