@@ -8,6 +8,8 @@ PATH=$PATH:/usr/sbin:/sbin
 demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev libcsv-dev)
 build_needs=("${demo_needs[@]}" libgtest-dev libgmock-dev python3 e2fsprogs)
 armhf_needs=("${build_needs[@]}" g++-arm-linux-gnueabihf qemu-user)
+platform_needs=("${build_needs[@]}" g++-{aarch64-linux-gnu,arm-linux-gnueabi,i686-linux-gnu,riscv64-linux-gnu,s390x-linux-gnu}
+    qemu-user mmdebstrap clang libc++-dev libc++abi-dev git)
 emulated_panel_needs=("${armhf_needs[@]}" binutils cpio e2fsprogs kmod mtd-utils qemu-system-arm)
 bench_needs=("${build_needs[@]}" libbenchmark-dev libsqlite3-dev liblmdb-dev valgrind strace gnuplot-nox)
 
@@ -25,10 +27,12 @@ is_present() {
     libsqlite3-dev) pkg-config --exists sqlite3 ;;
     liblmdb-dev) pkg-config --exists lmdb ;;
     libseccomp-dev) pkg-config --exists libseccomp ;;
+    libc++-dev) compgen -G '/usr/lib/llvm-*/include/c++/v1' ;;
+    libc++abi-dev) compgen -G '/usr/lib/*/libc++abi.so' || compgen -G '/usr/lib/llvm-*/lib/libc++abi.so' ;;
     libclang-rt-dev) compgen -G "$(clang -print-resource-dir)/lib/*/libclang_rt.fuzzer*.a" ;;
     clang) command -v clang++ ;;
     clang-tidy) command -v run-clang-tidy ;;
-    g++-arm-linux-gnueabihf) command -v arm-linux-gnueabihf-g++ ;;
+    g++-*-linux-*) command -v "${1#g++-}-g++" ;;
     qemu-user) command -v qemu-arm ;;
     binutils) command -v readelf ;;
     e2fsprogs) command -v mke2fs ;;
