@@ -200,6 +200,7 @@ TEST_F(Life, IsThatOfTheModelAfterEveryStartAndEveryChange)
 {
     int starts = 0;
     int changes = 0;
+    ASSERT_GT(livesToLive(), 0) << "TEST_LIVES";
     for (life = 0; life < livesToLive(); ++life) {
         panel.reset();
         model = RetentionModel();
