@@ -7,8 +7,8 @@
 #include "tests/fuzz/fuzz_check.h"
 #include "tests/fuzz/fuzz_start.h"
 #include "tests/fuzz/hostile_files.h"
-#include "tests/fuzz/kept_files_model.h"
 #include "tests/fuzz/project_from_bytes.h"
+#include "tests/support/kept_files_model.h"
 
 #include <QtCore/QFile>
 

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tests/fuzz/expected_project.h"
 #include "tests/fuzz/fuzz_input.h"
+#include "tests/support/expected_project.h"
 
 #include <QtCore/QByteArray>
 

@@ -4,10 +4,10 @@
 #include "poweroff_protect/poweroff_protect.h"
 #include "simulated_host/memory_areas.h"
 #include "simulated_host/simulated_comm.h"
-#include "tests/fuzz/expected_project.h"
 #include "tests/fuzz/fuzz_check.h"
 #include "tests/fuzz/fuzz_start.h"
 #include "tests/fuzz/project_from_bytes.h"
+#include "tests/support/expected_project.h"
 #include "tests/support/literal_rules.h"
 
 #include <QtCore/QVector>

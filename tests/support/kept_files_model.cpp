@@ -1,6 +1,6 @@
 // The rules for files and cells, one by one.
 // SPDX-License-Identifier: MIT
-#include "tests/fuzz/kept_files_model.h"
+#include "tests/support/kept_files_model.h"
 
 #include "tests/support/literal_rules.h"
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "simulated_host/memory_areas.h"
-#include "tests/fuzz/expected_project.h"
+#include "tests/support/expected_project.h"
 
 #include <QtCore/QByteArray>
 

@@ -1,6 +1,6 @@
 // From the project to the rules and back.
 // SPDX-License-Identifier: MIT
-#include "tests/fuzz/expected_project.h"
+#include "tests/support/expected_project.h"
 
 #include "tests/support/literal_rules.h"
 
