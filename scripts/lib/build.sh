@@ -36,8 +36,8 @@ build_preset() {
     build "$@"
 }
 
-# run_tests PRESET [OPTION...]: runs the tests of build/PRESET, with these options of ctest, and names why some were
-# skipped.
+# run_tests PRESET [OPTION...]: runs the tests of build/PRESET, with these options of ctest; names those that were skipped,
+# and fails when there are more or fewer tests than recorded. COUNTED_AS is the run's name there, unless it is PRESET.
 run_tests() {
     run_tests_as "$1" --preset "$@"
 }
@@ -50,7 +50,6 @@ run_tests_as() {
     ctest "$@" --no-label-summary -j"$(nproc)" 2>&1 | show_progress ctest || status=$?
     local log=build/$name/Testing/Temporary/LastTest.log
     grep -h -m 1 '^mapping paths to ' "$log" 2>/dev/null || true
-    sed -n -e '/: Skipped$/{n;p}' -e '/^needs root/p' "$log" 2>/dev/null | sort | uniq -c |
-        while read -r count reason; do echo "$count skipped: $reason"; done
+    [ "$status" -ne 0 ] || scripts/test_counts "${COUNTED_AS-$preset}" "$log" "$@" || status=$?
     return "$status"
 }
