@@ -5,7 +5,7 @@
 PATH=$PATH:/usr/sbin:/sbin
 
 # What builds and tests need on this machine, in the order in which they come to need it.
-demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev)
+demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev libncurses-dev)
 build_needs=("${demo_needs[@]}" libgtest-dev libgmock-dev python3)
 armhf_needs=("${build_needs[@]}" g++-arm-linux-gnueabihf qemu-user)
 emulated_panel_needs=("${armhf_needs[@]}" binutils cpio e2fsprogs kmod mtd-utils qemu-system-arm)
@@ -20,6 +20,7 @@ is_present() {
     libgtest-dev) pkg-config --exists gtest ;;
     libgmock-dev) pkg-config --exists gmock ;;
     libedit-dev) pkg-config --exists libedit ;;
+    libncurses-dev) pkg-config --exists ncursesw ;;
     libbenchmark-dev) pkg-config --exists benchmark ;;
     libsqlite3-dev) pkg-config --exists sqlite3 ;;
     liblmdb-dev) pkg-config --exists lmdb ;;
