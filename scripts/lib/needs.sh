@@ -5,7 +5,7 @@
 PATH=$PATH:/usr/sbin:/sbin
 
 # What builds and tests need on this machine, in the order in which they come to need it.
-demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev libcsv-dev)
+demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev libncurses-dev libcsv-dev)
 build_needs=("${demo_needs[@]}" libgtest-dev libgmock-dev python3 e2fsprogs)
 armhf_needs=("${build_needs[@]}" g++-arm-linux-gnueabihf qemu-user)
 platform_needs=("${build_needs[@]}" g++-{aarch64-linux-gnu,arm-linux-gnueabi,i686-linux-gnu,riscv64-linux-gnu,s390x-linux-gnu}
@@ -23,6 +23,7 @@ is_present() {
     libgmock-dev) pkg-config --exists gmock ;;
     libedit-dev) pkg-config --exists libedit ;;
     libcsv-dev) [ -e /usr/include/csv.h ] ;;
+    libncurses-dev) pkg-config --exists ncursesw ;;
     libbenchmark-dev) pkg-config --exists benchmark ;;
     libsqlite3-dev) pkg-config --exists sqlite3 ;;
     liblmdb-dev) pkg-config --exists lmdb ;;
