@@ -102,7 +102,7 @@ TEST_F(InspectorGuide, NamesEveryKey)
          QStringLiteral("--force"), QStringLiteral("-o"), migrated},
         {QStringLiteral("diff"), ranges, directory, migrated},
         {QStringLiteral("wear"), ranges, QStringLiteral("--changes-per-hour=60"),
-         QStringLiteral("--capacity=1G"), endurance},
+         QStringLiteral("--medium=emmc"), endurance},
         {QStringLiteral("wear"), areas, endurance},
         {QStringLiteral("map"), ranges, QStringLiteral("-o"), picture},
         {QStringLiteral("show"), ranges, directory, QStringLiteral("--tags"), tags},

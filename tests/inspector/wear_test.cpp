@@ -2,11 +2,13 @@
 // SPDX-License-Identifier: MIT
 #include "tests/inspector/report_of.h"
 #include "tests/support/module_test.h"
+#include "tools/retention_core/refusal.h"
 
 namespace {
 
 using testing::DoubleEq;
 using testing::DoubleNear;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
@@ -22,42 +24,79 @@ std::pair<const char*, QString> changesPerHour(int changes)
     return {"changes-per-hour", QString::number(changes)};
 }
 
-/// One field of the row of a day, as scripts get it; -1 for null.
-double dayValue(const Report& report, const char* day, const char* key)
+/// One field of the row of a case in one of the tables, as scripts get it; -1 for null.
+double valueIn(const Report& report, const char* tableKey, const char* of, const char* key)
 {
-    const Table& table = report.tables.front();
-    for (const auto& row : table.rows)
-        for (std::size_t i = 0; i < table.columns.size(); ++i)
-            if (row.front().data.toString() == QLatin1String(day) && qstrcmp(table.columns[i].key, key) == 0)
-                return row[i].data.toDouble(-1);
-    ADD_FAILURE() << "no " << key << " of " << day;
+    for (const Table& table : report.tables) {
+        if (qstrcmp(table.key, tableKey) != 0)
+            continue;
+        for (const auto& row : table.rows)
+            for (std::size_t i = 0; i < table.columns.size(); ++i)
+                if (row.front().data.toString() == QLatin1String(of) &&
+                    qstrcmp(table.columns[i].key, key) == 0)
+                    return row[i].data.toDouble(-1);
+    }
+    ADD_FAILURE() << "no " << key << " of " << of << " in " << tableKey;
     return -1;
 }
 
-TEST(Wear, CountsPagesAndEraseBlocksThatAWriteTouches)
+double dayValue(const Report& report, const char* of, const char* key)
+{
+    return valueIn(report, "days", of, key);
+}
+
+std::string factText(const Report& report, const char* key)
+{
+    for (const Fact& fact : report.facts)
+        if (qstrcmp(fact.key, key) == 0)
+            return fact.value.text.toStdString();
+    return "no such fact";
+}
+
+TEST(Wear, CountsPagesThatAWriteTouches)
 {
     // The second block, two words, lies across a border at byte 4096 of its file; the first one before it.
     const auto project =
         perAddressProject({{QStringLiteral("LW"), 0, 2047}, {QStringLiteral("LW"), 2047, 2}});
-    const Report report = wear(*project, {changesPerHour(1),
-                                          {"file-system-pages", QStringLiteral("0")},
-                                          {"erase-block", QStringLiteral("4K")}});
+    const Report report = wear(*project, {changesPerHour(1), {"file-system-pages", QStringLiteral("0")}});
     const double each = (2047.0 * 1 + 2 * 2) / 2049; // of the cells, each with its block
     EXPECT_THAT(dayValue(report, "even", "flash_bytes"), DoubleNear(24 * 4096 * each, 1e-6));
-    EXPECT_THAT(dayValue(report, "even", "erasures_in_place"), DoubleNear(24 * each, 1e-9));
-    EXPECT_THAT(dayValue(report, "worst", "flash_bytes"), DoubleEq(24 * 4096));
+}
+
+TEST(Wear, FindsTheWorstCaseInASmallBlockThatCrossesIntoAnotherPage)
+{
+    const auto project =
+        perAddressProject({{QStringLiteral("LW"), 0, 2047}, {QStringLiteral("LW"), 2047, 2}});
+    const Report report = wear(*project, {changesPerHour(1)});
+    EXPECT_THAT(dayValue(report, "worst", "file_bytes"), DoubleEq(24 * 4));
+    EXPECT_THAT(dayValue(report, "worst", "flash_bytes"), DoubleEq(24 * 3 * 4096))
+        << "two pages and the file system's";
+    EXPECT_THAT(reportText(report).toStdString(),
+                HasSubstr("all changes in the costliest block, LW 2047 to 2048"));
 }
 
 TEST(Wear, OfABitIsOneByteAndOfAWordItsBlock)
 {
     const auto project = perAddressProject({{QStringLiteral("LB"), 0, 10}, {QStringLiteral("LW"), 0, 10}});
     const Report report = wear(*project, {changesPerHour(100)});
-    EXPECT_THAT(report.tables.front().rows, SizeIs(2));
     EXPECT_THAT(dayValue(report, "even", "writes"), DoubleEq(2400));
     EXPECT_THAT(dayValue(report, "even", "file_bytes"), DoubleEq(2400 * (1.0 + 20.0) / 2));
     EXPECT_THAT(dayValue(report, "worst", "file_bytes"), DoubleEq(2400 * 20));
     EXPECT_THAT(dayValue(report, "worst", "flash_bytes"), DoubleEq(2400 * 2 * 4096))
         << "its page and the file system's";
+}
+
+TEST(Wear, LeavesOutTheBitThatIsNeverWritten)
+{
+    const Report beside =
+        wear(*perAddressProject({{QStringLiteral("LB"), 60099, 3}, {QStringLiteral("LW"), 0, 2}}),
+             {changesPerHour(1)});
+    EXPECT_THAT(dayValue(beside, "even", "file_bytes"), DoubleEq(24 * (2 * 1 + 2 * 4) / 4.0))
+        << "two bits, two words";
+    EXPECT_THAT(reportText(beside).toStdString(), HasSubstr("60099, 60101 "));
+    const Report alone = wear(*perAddressProject({{QStringLiteral("LB"), 60100, 1}}), {changesPerHour(1)});
+    for (const Table& table : alone.tables)
+        EXPECT_THAT(table.rows, IsEmpty()) << table.key;
 }
 
 TEST(Wear, OfWholeAreasIsTheThreeImagesEachPeriod)
@@ -87,6 +126,80 @@ TEST(Wear, ComesToYearsLevelledAndInPlace)
     const Report known = wear(*project, {changesPerHour(10), endurance, {"capacity", QStringLiteral("1G")}});
     EXPECT_THAT(dayValue(known, "even", "levelled_years"),
                 DoubleNear(1000.0 * (1 << 30) / (240 * 8192.0) / 365.25, 1e-6));
+}
+
+TEST(Wear, AnswersHowOftenCellsMayChange)
+{
+    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 10}});
+    const Report emmc = wear(*project, {{"medium", QStringLiteral("emmc")}});
+    const double writes =
+        3000.0 * 4 * (1 << 30) / (3 * 16384.0); // pages of 16 KiB: its own and two of the file system
+    EXPECT_THAT(valueIn(emmc, "limits", "worst", "levelled_limit"),
+                DoubleNear(writes / (10 * 365.25 * 24), 1e-6));
+    EXPECT_EQ(factText(emmc, "answer"), "for 10 years: at most 2,990 changes an hour");
+    // As many as that wear it out in just those years.
+    const Report at = wear(*project, {{"medium", QStringLiteral("emmc")}, changesPerHour(2990)});
+    EXPECT_THAT(at.findings, IsEmpty());
+    EXPECT_THAT(dayValue(at, "worst", "levelled_years"), DoubleNear(10, 0.01));
+    EXPECT_THAT(wear(*project, {{"medium", QStringLiteral("emmc")}, changesPerHour(3000)}).findings,
+                SizeIs(1));
+    const Report direct = wear(*project, {{"endurance-cycles", QStringLiteral("10000")}});
+    EXPECT_EQ(factText(direct, "answer"), "for 10 years: at most 1 in 8.8 hours");
+    const Report images = wear(*wholeAreaProject(1, 5), {{"medium", QStringLiteral("sd")}});
+    EXPECT_EQ(factText(images, "answer"), "for 10 years: Save Time at least 1 min");
+}
+
+TEST(Wear, SaysWhatItAssumesOfAMedium)
+{
+    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 10}});
+    const Report report =
+        wear(*project, {{"medium", QStringLiteral("nor")}, {"capacity", QStringLiteral("32 MiB")}});
+    EXPECT_EQ(factText(report, "medium"),
+              "serial NOR flash; read \"levelled\": UBIFS or JFFS2 spreads the erasures");
+    EXPECT_EQ(factText(report, "page"), "256 bytes");
+    EXPECT_EQ(factText(report, "erase_block"), "64 KiB");
+    EXPECT_EQ(factText(report, "capacity"), "32 MiB") << "the user knows better";
+    EXPECT_EQ(factText(report, "endurance_cycles"), "100,000");
+    EXPECT_THAT(reportText(report).toStdString(), HasSubstr("Read \"in place\" for NOR flash or EEPROM"));
+}
+
+TEST(Wear, UnderstandsSizesAndRatesAsPeopleWriteThem)
+{
+    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 10}});
+    const auto capacity = [&](const char* text) {
+        const Report report = wear(*project, {changesPerHour(1), {"capacity", QString::fromLatin1(text)}});
+        for (const Fact& fact : report.facts)
+            if (qstrcmp(fact.key, "capacity") == 0)
+                return fact.value.data.toDouble();
+        return -1.0;
+    };
+    EXPECT_EQ(capacity("4G"), 4.0 * (1 << 30));
+    EXPECT_EQ(capacity("4 GiB"), 4.0 * (1 << 30));
+    EXPECT_EQ(capacity("4GB"), 4e9);
+    EXPECT_EQ(capacity("512k"), 512 * 1024);
+    EXPECT_EQ(capacity("0x1000"), 4096);
+    EXPECT_EQ(capacity("4,096"), 4096);
+    EXPECT_EQ(capacity("1.5M"), 1.5 * (1 << 20));
+    for (const char* bad : {"", "G", "4X", "-4K", "4 G i B", "1e30"})
+        EXPECT_THROW(capacity(bad), Refusal) << bad;
+    const auto rate = [&](const char* text) {
+        return dayValue(wear(*project, {{"changes-per-hour", QString::fromLatin1(text)}}), "even", "writes");
+    };
+    EXPECT_EQ(rate("60"), 1440);
+    EXPECT_EQ(rate("0.5"), 12);
+    EXPECT_EQ(rate("2/s"), 172800);
+    EXPECT_EQ(rate("10 /min"), 14400);
+    EXPECT_EQ(rate("5/day"), 5);
+    EXPECT_THROW(rate("5/week"), Refusal);
+}
+
+TEST(Wear, RoundsNoFractionAway)
+{
+    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 10}});
+    const std::string text =
+        reportText(wear(*project, {{"changes-per-hour", QStringLiteral("0.25")}})).toStdString();
+    EXPECT_THAT(text, HasSubstr("Changes an hour       0.25\n"));
+    EXPECT_THAT(text, HasSubstr("0.375")) << "6 x 8 KiB / 128 KiB";
 }
 
 TEST(Wear, ThatIsTooMuchIsAFinding)

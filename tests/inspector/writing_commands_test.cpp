@@ -195,13 +195,14 @@ TEST_F(WritingCommands, WearNeedsTheChangesOfAProjectWithEntries)
     const QString wear = QStringLiteral("wear");
     EXPECT_EQ(run({wear, ranges}).status, 2);
     EXPECT_EQ(run({wear, ranges, QStringLiteral("--changes-per-hour=60")}).status, 0);
+    EXPECT_EQ(run({wear, ranges, QStringLiteral("--medium=sd")}).status, 0);
     EXPECT_EQ(run({wear, areas}).status, 0);
     const ToolRun worn = run({wear, areas, QStringLiteral("--endurance-cycles=3000")});
     EXPECT_EQ(worn.status, 1);
     EXPECT_THAT(worn.out.toStdString(), HasSubstr("the flash lasts 10 days without wear levelling"));
     const ToolRun bad = run({wear, areas, QStringLiteral("--erase-block=0")});
     EXPECT_EQ(bad.status, 2);
-    EXPECT_THAT(bad.err.toStdString(), HasSubstr("--erase-block \"0\": expected a number from 1"));
+    EXPECT_THAT(bad.err.toStdString(), HasSubstr("--erase-block \"0\": expected a size from 1"));
 }
 
 TEST_F(WritingCommands, MapMakesAPictureAndReplacesItOnlyOnRequest)

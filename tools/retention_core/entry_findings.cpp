@@ -141,19 +141,6 @@ void explainLoss(const Layout& layout, const EntryVerdict& verdict, std::vector<
     fold.lost.insert(fold.lost.end(), lost.begin(), lost.end());
 }
 
-QString entriesText(const std::vector<const ProjectEntry*>& entries)
-{
-    const std::size_t most = 4; // named one by one
-    QStringList texts;
-    for (std::size_t i = 0; i < std::min(entries.size(), most); ++i)
-        texts.append(QStringLiteral("%1 \"%2\"").arg(entries[i]->number).arg(entries[i]->name));
-    if (entries.size() > most)
-        texts.append(QStringLiteral("%1 more").arg(entries.size() - most));
-    const QString last = texts.takeLast();
-    return texts.isEmpty() ? QStringLiteral("entry ") + last
-                           : QStringLiteral("entries %1 and %2").arg(texts.join(QLatin1String(", ")), last);
-}
-
 Finding foldFinding(const Fold& fold, const CellRanges& lost)
 {
     const ProjectEntry& any = *fold.entries.front();
@@ -260,6 +247,19 @@ Words EntryVerdict::words() const
         break;
     }
     return {"none", QStringLiteral("not retained")};
+}
+
+QString entriesText(const std::vector<const ProjectEntry*>& entries)
+{
+    const std::size_t most = 4; // named one by one
+    QStringList texts;
+    for (std::size_t i = 0; i < std::min(entries.size(), most); ++i)
+        texts.append(QStringLiteral("%1 \"%2\"").arg(entries[i]->number).arg(entries[i]->name));
+    if (entries.size() > most)
+        texts.append(QStringLiteral("%1 more").arg(entries.size() - most));
+    const QString last = texts.takeLast();
+    return texts.isEmpty() ? QStringLiteral("entry ") + last
+                           : QStringLiteral("entries %1 and %2").arg(texts.join(QLatin1String(", ")), last);
 }
 
 std::vector<Finding> entryFindings(const Layout& layout)

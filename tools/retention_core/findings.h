@@ -53,7 +53,9 @@ std::vector<EntryVerdict> entryVerdicts(const Layout& layout);
 std::vector<Finding> settingsFindings(const ProjectSettings& settings);
 /// About single entries, and entries that lose cells to each other.
 std::vector<Finding> entryFindings(const Layout& layout);
-/// Those about the settings, then those about the entries.
+/// About properties and objects that the module does not read, or reads as their defaults.
+std::vector<Finding> propertyFindings(const ProjectSettings& settings);
+/// Those about the settings, then those about the entries, then those about properties.
 std::vector<Finding> projectFindings(const Layout& layout);
 
 /// What was found about one file.
@@ -69,6 +71,9 @@ using FileChecks = std::array<FileCheck, areaCount>;
 FileChecks checkFiles(const Layout& layout, const RetentionFiles& files);
 /// The findings of the three, in order.
 std::vector<Finding> findingsOf(const FileChecks& checks);
+
+/// Such as "entries 1 "recipe", 2 "counters" and 7 more"; at least one.
+QString entriesText(const std::vector<const ProjectEntry*>& entries);
 
 /// Such as "1 cell" or "3 cells".
 QString countText(qint64 count, const char* what);

@@ -32,6 +32,7 @@ QString ProjectEntry::text() const
 ProjectSettings readSettings(object* project)
 {
     ProjectSettings settings;
+    settings.remarks = propertyRemarks(project);
     object* const retention = retentionObject(project);
     if (!retention)
         return settings;

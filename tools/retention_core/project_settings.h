@@ -5,6 +5,7 @@
 #include "poweroff_protect/area_facts.h"
 #include "poweroff_protect/retention_settings.h"
 #include "tools/retention_core/cell_ranges.h"
+#include "tools/retention_core/property_remarks.h"
 
 #include <QtCore/QString>
 
@@ -35,6 +36,7 @@ struct ProjectSettings
     std::optional<quint32> saveTime;   ///< "Save Time" as configured; nothing when it is not set as a number
     qint16 saveTimeMinutes = 0;        ///< what it means to the module
     std::vector<ProjectEntry> entries; ///< in the project's order; of no effect in whole-area mode
+    std::vector<PropertyRemark> remarks; ///< where it is not read as it is written
 
     qint64 periodMs() const { return qint64(60000) * saveTimeMinutes; }
 };

@@ -73,5 +73,7 @@ std::vector<Finding> projectFindings(const Layout& layout)
     std::vector<Finding> findings = settingsFindings(layout.settings);
     for (Finding& finding : entryFindings(layout))
         findings.push_back(std::move(finding));
+    for (Finding& finding : propertyFindings(layout.settings))
+        findings.push_back(std::move(finding));
     return findings;
 }

@@ -25,9 +25,12 @@ _retention_inspector() {
     -o | --output | --tags)
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
         return ;;
+    --medium)
+        mapfile -t COMPREPLY < <(compgen -W "sd emmc nor nand" -- "$word")
+        return ;;
     --table)
         mapfile -t COMPREPLY < <(
-            compgen -W "files blocks entries cells differences days dropped moves findings facts all" -- "$word")
+            compgen -W "files blocks entries cells differences days limits writes dropped moves findings facts all" -- "$word")
         return ;;
     --address | --entry | --move | --changes-per-hour | --endurance-cycles | --capacity | --erase-block | --page | \
         --file-system-pages | --years)
@@ -37,7 +40,7 @@ _retention_inspector() {
     show) options+=" --area --address --entry --nonzero --hex --watch --tags" ;;
     compare | diff) options+=" --tags" ;;
     migrate) options+=" --output --move --by-name --force" ;;
-    wear) options+=" --changes-per-hour --endurance-cycles --capacity --erase-block --page --file-system-pages --years" ;;
+    wear) options+=" --medium --changes-per-hour --endurance-cycles --capacity --erase-block --page --file-system-pages --years" ;;
     map) options+=" --output --force" ;;
     export) options+=" --output --tags --nonzero --force" ;;
     import) options+=" --output" ;;

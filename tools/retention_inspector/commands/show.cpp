@@ -64,6 +64,10 @@ struct Digits
         return hexadecimal && !values.area->bits ? QStringLiteral("0x%1").arg(value, 4, 16, QLatin1Char('0'))
                                                  : QString::number(value);
     }
+    Value value(const AreaValues& values, std::size_t cell) const
+    {
+        return hexadecimal && !values.area->bits ? Value(text(values, cell)) : Value(values.values[cell]);
+    }
     int width(const AreaFacts& area) const { return area.bits ? 1 : hexadecimal ? 6 : 5; }
 };
 
@@ -100,9 +104,7 @@ void addArea(const AreaValues& values, const CellRanges& wanted, const Digits& d
         for (qint64 cell = range.first; cell <= range.last; ++cell) {
             const auto at = static_cast<std::size_t>(cell);
             cells.rows.push_back({values.area->name, cell,
-                                  values.hasValue(at)
-                                      ? Value(QJsonValue(values.values[at]), digits.text(values, at))
-                                      : Value(),
+                                  values.hasValue(at) ? digits.value(values, at) : Value(),
                                   stateKey(values.states[at], foreign)});
         }
     }

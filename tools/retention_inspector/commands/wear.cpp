@@ -1,191 +1,171 @@
-// Counts how hard a project writes on its flash, and how long the flash lasts.
+// Tells how hard a project writes on its flash, how long the flash lasts, and how much it may be written.
 // SPDX-License-Identifier: MIT
+#include "tools/numbers.h"
 #include "tools/retention_core/refusal.h"
+#include "tools/retention_core/wear_model.h"
 #include "tools/retention_inspector/command.h"
 
+#include <QtCore/QLocale>
+#include <QtCore/QRegularExpression>
+
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 namespace {
 
 const double hoursPerDay = 24;
-const double minutesPerDay = 24 * 60;
+const double minutesPerHour = 60;
 const double daysPerYear = 365.25;
 
-/// What the user says about use and flash. Sizes in bytes.
+/// What the user wants to know.
 struct Question
 {
-    double changesPerHour;  ///< changes of retained cells; without effect in whole-area mode
-    qint64 page;            ///< smallest piece that the flash or its file system writes
-    qint64 eraseBlock;      ///< smallest piece that the flash erases
-    qint64 fileSystemPages; ///< pages that the file system writes for itself with each write
-    qint64 capacity;        ///< of the flash, for wear levelling; 0 when unknown
-    double enduranceCycles; ///< erasures that an erase block survives; 0 when unknown
-    double years;           ///< wanted life
+    Flash flash;
+    const Medium* medium;  ///< null when none is named
+    double changesPerHour; ///< of retained cells; 0 when not given
+    double years;          ///< wanted life
+
+    bool levelled() const { return flash.capacity > 0; }
 };
 
-/// The number that the option gives: 0 without the option, otherwise one from `lowest` to `highest`. A size
-/// may end in K, M or G.
-double numberOf(const Inputs& inputs, const char* option, double lowest, double highest, bool size = false)
+[[noreturn]] void refuseOption(const char* option, const QString& text, const QString& expected)
+{
+    throw Refusal(QStringLiteral("--%1 \"%2\": expected %3").arg(QLatin1String(option), text, expected));
+}
+
+/// A number that may have a unit behind it, such as "0x10", "0.5", "4 GiB" or "10/min"; `unit` gets what
+/// follows the number. Nothing for any other text.
+std::optional<double> numberWithUnit(const QString& text, QString& unit)
+{
+    static const QRegularExpression form(
+        QStringLiteral("^\\s*(0[xX][0-9a-fA-F]+|[0-9][0-9,]*(?:\\.[0-9]+)?(?:[eE][0-9]+)?)\\s*(.*?)\\s*$"));
+    const QRegularExpressionMatch match = form.match(text);
+    if (!match.hasMatch())
+        return std::nullopt;
+    unit = match.captured(2);
+    const QString digits = match.captured(1);
+    if (const auto whole = wholeNumber(digits, 0, qint64(1) << 52))
+        return static_cast<double>(*whole);
+    bool ok = false;
+    const double number = QString(digits).remove(QLatin1Char(',')).toDouble(&ok);
+    return ok ? std::optional<double>(number) : std::nullopt;
+}
+
+/// Bytes, such as "4096", "4K", "4 KiB" (of 1024) or "4 kB", "4GB" (of 1000).
+qint64 sizeOf(const Inputs& inputs, const char* option, qint64 usual, qint64 highest)
 {
     if (!inputs.has(option))
-        return 0;
+        return usual;
     const QString text = inputs.option(option);
-    const QString units = QStringLiteral("KMG");
-    const int unit = size && !text.isEmpty() ? units.indexOf(text.back().toUpper()) : -1;
-    bool ok = false;
-    double number = (unit < 0 ? text : text.left(text.size() - 1)).toDouble(&ok);
-    for (int i = 0; i <= unit; ++i)
-        number *= 1024;
-    if (!ok || !(number >= lowest && number <= highest))
-        throw Refusal(QStringLiteral("--%1 \"%2\": expected a number from %3 to %4%5")
-                          .arg(QLatin1String(option), text, QString::number(lowest, 'f', 0),
-                               QString::number(highest, 'f', 0),
-                               QLatin1String(size ? ", in bytes or with K, M or G" : "")));
-    return number;
+    QString unit;
+    const std::optional<double> number = numberWithUnit(text, unit);
+    const QString lower = unit.toLower();
+    const int power = lower.isEmpty() ? 0 : QStringLiteral("bkmgt").indexOf(lower.at(0));
+    const bool decimal = lower.size() == 2 && lower.at(1) == QLatin1Char('b');
+    const bool known = lower.isEmpty() || lower == QLatin1String("b") ||
+                       (power > 0 && (lower.size() == 1 || decimal || lower.mid(1) == QLatin1String("ib")));
+    const double bytes = number.value_or(0) * std::pow(decimal ? 1000 : 1024, std::max(0, power));
+    if (!number || !known || !(bytes >= 1 && bytes <= static_cast<double>(highest)))
+        refuseOption(
+            option, text,
+            QStringLiteral("a size from 1 to %1 bytes, such as 4096, 4K, 4 KiB (of 1024) or 4 kB (of 1000)")
+                .arg(highest));
+    return static_cast<qint64>(bytes);
+}
+
+double plainNumber(const Inputs& inputs, const char* option, double usual, double lowest, double highest)
+{
+    if (!inputs.has(option))
+        return usual;
+    QString unit;
+    const std::optional<double> number = numberWithUnit(inputs.option(option), unit);
+    if (!number || !unit.isEmpty() || *number < lowest || *number > highest)
+        refuseOption(option, inputs.option(option),
+                     QStringLiteral("a number from %1 to %2")
+                         .arg(QString::number(lowest, 'f', 0), QString::number(highest, 'f', 0)));
+    return *number;
+}
+
+/// Such as "60", "0.5", "10/min" or "5/day"; an hour is usual.
+double changesPerHour(const Inputs& inputs)
+{
+    if (!inputs.has("changes-per-hour"))
+        return 0;
+    const QString text = inputs.option("changes-per-hour");
+    QString unit;
+    const std::optional<double> number = numberWithUnit(text, unit);
+    const struct
+    {
+        const char* name;
+        double perHour;
+    } units[] = {
+        {"", 1}, {"/h", 1}, {"/hour", 1}, {"/s", 3600}, {"/min", minutesPerHour}, {"/day", 1 / hoursPerDay}};
+    const auto known = std::find_if(std::begin(units), std::end(units),
+                                    [&unit](const auto& one) { return unit == QLatin1String(one.name); });
+    if (!number || known == std::end(units) || *number > 1e9)
+        refuseOption("changes-per-hour", text,
+                     QStringLiteral("a number from 0 to 1000000000, such as 60, 0.5, 2/s, 10/min or 5/day"));
+    return *number * known->perHour;
+}
+
+const Medium* mediumOf(const Inputs& inputs)
+{
+    if (!inputs.has("medium"))
+        return nullptr;
+    for (const Medium& medium : media)
+        if (inputs.option("medium") == QLatin1String(medium.key))
+            return &medium;
+    refuseOption("medium", inputs.option("medium"), QStringLiteral("sd, emmc, nor or nand"));
 }
 
 Question questionOf(const Inputs& inputs)
 {
-    const double largest = 1e15;
-    const double largestPiece = 1 << 30;
-    const auto size = [&](const char* option, double highest) {
-        return static_cast<qint64>(numberOf(inputs, option, 1, highest, true));
-    };
-    return {numberOf(inputs, "changes-per-hour", 0, 1e9),
-            size("page", largestPiece),
-            size("erase-block", largestPiece),
-            static_cast<qint64>(numberOf(inputs, "file-system-pages", 0, 1000)),
-            size("capacity", largest),
-            numberOf(inputs, "endurance-cycles", 1, largest),
-            numberOf(inputs, "years", 0, 1000)};
+    const qint64 largest = qint64(1) << 50;
+    const qint64 largestPiece = 1 << 30;
+    const Medium* const medium = mediumOf(inputs);
+    const Flash usual = medium ? medium->flash : Flash{4096, 128 * 1024, 1, 0, 0};
+    return {{sizeOf(inputs, "page", usual.page, largestPiece),
+             sizeOf(inputs, "erase-block", usual.eraseBlock, largestPiece),
+             static_cast<qint64>(plainNumber(inputs, "file-system-pages",
+                                             static_cast<double>(usual.fileSystemPages), 0, 1000)),
+             sizeOf(inputs, "capacity", usual.capacity, largest),
+             plainNumber(inputs, "endurance-cycles", usual.enduranceCycles, 1, 1e15)},
+            medium,
+            changesPerHour(inputs),
+            plainNumber(inputs, "years", 0, 0, 1000)};
 }
 
-/// What one write, or the mean of many, costs.
-struct WriteCost
+/// Four digits of it, or all before the point; with commas.
+QString figureText(double number)
 {
-    double fileBytes = 0;   ///< written into the retention files
-    double flashPages = 0;  ///< pages that this touches, those of the file system included
-    double eraseBlocks = 0; ///< erase blocks that the touched pages lie in
-};
-
-WriteCost operator+(const WriteCost& a, const WriteCost& b)
-{
-    return {a.fileBytes + b.fileBytes, a.flashPages + b.flashPages, a.eraseBlocks + b.eraseBlocks};
+    const QLocale english(QLocale::English, QLocale::UnitedStates);
+    if (number >= 1000 || number == std::floor(number))
+        return english.toString(number, 'f', 0);
+    QString text = QString::number(number, 'g', 4);
+    return text.contains(QLatin1Char('e')) ? QString::number(number, 'f', 9) : text;
 }
 
-WriteCost operator*(const WriteCost& a, double factor)
+Value figure(double number)
 {
-    return {a.fileBytes * factor, a.flashPages * factor, a.eraseBlocks * factor};
+    return {QJsonValue(number), figureText(number)};
 }
 
-/// Pieces of that size that some bytes of a file touch.
-double touched(qint64 piece, qint64 offset, qint64 length)
+/// Bytes in the unit that people would take.
+Value size(double bytes)
 {
-    if (length <= 0)
-        return 0;
-    const qint64 pieces = (offset + length - 1) / piece - offset / piece + 1;
-    return static_cast<double>(pieces);
+    const char* const units[] = {"bytes", "KiB", "MiB", "GiB", "TiB"};
+    double number = bytes;
+    std::size_t unit = 0;
+    for (; number >= 1024 && unit + 1 < std::size(units); ++unit)
+        number /= 1024;
+    const QString text = bytes == 1 ? QStringLiteral("1 byte")
+                                    : figureText(number) + QLatin1Char(' ') + QLatin1String(units[unit]);
+    return {QJsonValue(bytes), text};
 }
 
-/// `length` bytes written at `offset` of a file that begins with an erase block.
-WriteCost costOfWrite(const Question& question, qint64 offset, qint64 length)
-{
-    return {static_cast<double>(length), touched(question.page, offset, length),
-            touched(question.eraseBlock, offset, length)};
-}
-
-/// What the file system writes for itself.
-WriteCost fileSystemCost(const Question& question)
-{
-    const auto pages = static_cast<double>(question.fileSystemPages);
-    return {0, pages, touched(question.eraseBlock, 0, question.fileSystemPages * question.page)};
-}
-
-/// Bytes that a change in the block writes: one for a bit, the whole block for a word.
-qint64 bytesOfChange(const AreaLayout& area, const LayoutBlock& block)
-{
-    return area.area->bits ? 1 : qint64(2) * block.info.count;
-}
-
-/// One way in which the writes of a day may fall.
-struct Day
-{
-    Words name;
-    double writes;
-    WriteCost each;
-};
-
-/// The changes of a day, spread evenly over the retained cells and all in the costliest block.
-std::vector<Day> daysOfChanges(const Layout& layout, const Question& question)
-{
-    WriteCost sum;
-    WriteCost worst;
-    double cells = 0;
-    for (const AreaLayout& area : layout.areas) {
-        for (const LayoutBlock& block : area.blocks) {
-            const auto kept = static_cast<double>(area.kept.within(block.cells()).count());
-            if (kept == 0)
-                continue;
-            const WriteCost cost = costOfWrite(question, block.info.fileOffset, bytesOfChange(area, block)) +
-                                   fileSystemCost(question);
-            sum = sum + cost * kept;
-            cells += kept;
-            if (cost.fileBytes > worst.fileBytes)
-                worst = cost;
-        }
-    }
-    if (cells == 0)
-        return {};
-    const double writes = question.changesPerHour * hoursPerDay;
-    return {{{"even", QStringLiteral("changes spread over all cells")}, writes, sum * (1 / cells)},
-            {{"worst", QStringLiteral("all changes in the largest block")}, writes, worst}};
-}
-
-/// The days to expect; none when nothing is written.
-std::vector<Day> expectedDays(const Layout& layout, const Question& question)
-{
-    if (!layout.images())
-        return daysOfChanges(layout, question);
-    if (layout.settings.saveTimeMinutes <= 0)
-        return {};
-    WriteCost save = fileSystemCost(question);
-    for (const AreaLayout& area : layout.areas)
-        save = save + costOfWrite(question, 0, area.fileLength);
-    return {{{"saves", QStringLiteral("saves of whole areas")},
-             minutesPerDay / layout.settings.saveTimeMinutes,
-             save}};
-}
-
-double flashBytes(const Question& question, const Day& day)
-{
-    return day.writes * day.each.flashPages * static_cast<double>(question.page);
-}
-
-/// Years until the erase blocks are worn out when the flash spreads its erasures over all of them; 0 when the
-/// question does not say enough.
-double levelledYears(const Question& question, const Day& day)
-{
-    const double bytesPerDay = flashBytes(question, day);
-    if (bytesPerDay <= 0)
-        return 0;
-    return question.enduranceCycles * static_cast<double>(question.capacity) / bytesPerDay / daysPerYear;
-}
-
-/// Years until the busiest erase block is worn out when nothing spreads the erasures; 0 as above.
-double inPlaceYears(const Question& question, const Day& day)
-{
-    return day.writes > 0 ? question.enduranceCycles / day.writes / daysPerYear : 0;
-}
-
-/// The years that count: with wear levelling when the capacity is known.
-double expectedYears(const Question& question, const Day& day)
-{
-    return question.capacity > 0 ? levelledYears(question, day) : inPlaceYears(question, day);
-}
-
-/// In years for scripts, and in a unit that suits it for people.
-Value lifeValue(double years)
+/// In years for scripts, and in a unit that suits it for people; null for 0 or less.
+Value life(double years)
 {
     const struct Unit
     {
@@ -197,113 +177,255 @@ Value lifeValue(double years)
     const Unit* const smallest = std::prev(std::end(units));
     const Unit* const unit = std::find_if(
         std::begin(units), smallest, [years](const Unit& candidate) { return years >= candidate.inYears; });
-    const double life = years / unit->inYears;
-    return {years,
-            QStringLiteral("%1 %2").arg(life, 0, 'f', life < 10 ? 1 : 0).arg(QLatin1String(unit->name))};
+    const double number = years / unit->inYears;
+    // Rounded down: nothing lasts longer than it is said to.
+    const double shown = number < 10 ? std::floor(number * 10) / 10 : std::floor(number);
+    const QString text = shown > 0 ? figureText(shown) : QStringLiteral("under 0.1");
+    return {years, QStringLiteral("%1 %2").arg(text, QLatin1String(unit->name))};
 }
 
-Table dayTable(const Question& question, const std::vector<Day>& days)
+Words wordsOf(const WriteCase& one)
 {
-    const bool endurance = question.enduranceCycles > 0;
+    switch (one.kind) {
+    case WriteCase::Kind::Even:
+        return {"even", QStringLiteral("changes spread over all cells")};
+    case WriteCase::Kind::Worst:
+        return {"worst", QStringLiteral("all changes in the costliest block, %1 %2")
+                             .arg(QLatin1String(one.area->name), rangeText(one.block->cells()))};
+    case WriteCase::Kind::Save:
+        break;
+    }
+    return {"saves", QStringLiteral("saves of whole areas")};
+}
+
+/// Writes in a day; 0 when the user did not say.
+double writesPerDay(const Layout& layout, const Question& question)
+{
+    if (!layout.images())
+        return question.changesPerHour * hoursPerDay;
+    const int minutes = layout.settings.saveTimeMinutes;
+    return minutes > 0 ? hoursPerDay * minutesPerHour / minutes : 0;
+}
+
+double levelledYears(const Question& question, const WriteCase& each, double perDay)
+{
+    return perDay > 0 ? writesLevelled(question.flash, each) / perDay / daysPerYear : 0;
+}
+
+double inPlaceYears(const Question& question, double perDay)
+{
+    return perDay > 0 ? writesInPlace(question.flash) / perDay / daysPerYear : 0;
+}
+
+/// How long the flash lasts, read in the column that counts.
+double expectedYears(const Question& question, const WriteCase& each, double perDay)
+{
+    return question.levelled() ? levelledYears(question, each, perDay) : inPlaceYears(question, perDay);
+}
+
+Table writeTable(const std::vector<WriteCase>& cases, const Question& question)
+{
+    Table table{"writes",
+                "write",
+                "One write",
+                {{"case", "Case"},
+                 {"file_bytes", "Into the files"},
+                 {"file_pages", "Pages"},
+                 {"system_pages", "File system's"},
+                 {"flash_bytes", "Onto the flash"}}};
+    for (const WriteCase& one : cases)
+        table.rows.push_back({wordsOf(one), size(one.fileBytes), figure(one.filePages),
+                              figure(one.systemPages), size(one.flashBytes(question.flash))});
+    return table;
+}
+
+Table dayTable(const Layout& layout, const std::vector<WriteCase>& cases, const Question& question)
+{
+    const bool endurance = question.flash.enduranceCycles > 0;
     Table table{"days",
                 "day",
                 "Each day",
                 {{"case", "Case"},
                  {"writes", "Writes"},
-                 {"file_bytes", "File bytes"},
-                 {"flash_bytes", "Flash bytes"},
-                 {"erasures_in_place", "Erasures in place"},
-                 {"erasures_levelled", "Erasures levelled"},
-                 {"levelled_years", endurance && question.capacity > 0 ? "Lasts, levelled" : nullptr},
+                 {"file_bytes", "Into the files"},
+                 {"flash_bytes", "Onto the flash"},
+                 {"erasures_levelled", "Erase blocks' worth"},
+                 {"levelled_years", endurance && question.levelled() ? "Lasts, levelled" : nullptr},
                  {"in_place_years", endurance ? "Lasts, in place" : nullptr}}};
-    for (const Day& day : days)
-        table.rows.push_back(
-            {day.name, decimalValue(day.writes, 0), decimalValue(day.writes * day.each.fileBytes, 0),
-             decimalValue(flashBytes(question, day), 0), decimalValue(day.writes * day.each.eraseBlocks, 0),
-             decimalValue(flashBytes(question, day) / static_cast<double>(question.eraseBlock), 1),
-             lifeValue(levelledYears(question, day)), lifeValue(inPlaceYears(question, day))});
+    const double writes = writesPerDay(layout, question);
+    if (writes <= 0)
+        return table;
+    for (const WriteCase& one : cases) {
+        const double bytes = writes * one.flashBytes(question.flash);
+        table.rows.push_back({wordsOf(one), figure(writes), size(writes * one.fileBytes), size(bytes),
+                              figure(bytes / static_cast<double>(question.flash.eraseBlock)),
+                              life(levelledYears(question, one, writes)),
+                              life(inPlaceYears(question, writes))});
+    }
     return table;
 }
 
-Table blockTable(const Layout& layout)
+/// The most writes an hour for the wanted years.
+double writesPerHour(double writes, const Question& question)
+{
+    return writes / (question.years * daysPerYear * hoursPerDay);
+}
+
+/// As people set it: so many changes an hour, or the minutes between two saves, which do not go above 32767.
+Value limit(const Layout& layout, double perHour)
+{
+    if (perHour <= 0)
+        return {};
+    if (layout.images()) {
+        const double minutes = std::ceil(minutesPerHour / perHour);
+        return {minutes, minutes > 32767 ? QStringLiteral("no Save Time is long enough")
+                                         : QStringLiteral("at least %1 min").arg(figureText(minutes))};
+    }
+    if (perHour >= 1)
+        return {perHour, figureText(std::floor(perHour))};
+    return {perHour, QStringLiteral("1 in %1 hours").arg(figureText(std::ceil(10 / perHour) / 10))};
+}
+
+Table limitTable(const Layout& layout, const std::vector<WriteCase>& cases, const Question& question)
+{
+    Table table{"limits",
+                "limit",
+                layout.images() ? "Save Time for the years wanted"
+                                : "Most changes an hour for the years wanted",
+                {{"case", "Case"},
+                 {"levelled_limit", question.levelled() ? "Levelled" : nullptr},
+                 {"in_place_limit", "In place"}}};
+    if (question.flash.enduranceCycles <= 0 || question.years <= 0)
+        return table;
+    for (const WriteCase& one : cases)
+        table.rows.push_back({wordsOf(one),
+                              limit(layout, writesPerHour(writesLevelled(question.flash, one), question)),
+                              limit(layout, writesPerHour(writesInPlace(question.flash), question))});
+    return table;
+}
+
+Table blockTable(const Layout& layout, const Question& question)
 {
     Table table{"blocks",
                 "block",
-                "Bytes written into the file for one change",
+                "Written into the file for one change",
                 {{"area", "Area"},
                  {"block", "Block"},
-                 {nullptr, "Addresses"},
-                 {"first"},
-                 {"last"},
-                 {"bytes", "Bytes"}}};
-    for (const AreaLayout& area : layout.areas)
-        for (const LayoutBlock& block : area.blocks)
-            if (block.info.count > 0 && area.problem.isEmpty())
-                table.rows.push_back({area.area->name, block.number, rangeText(block.cells()), block.first(),
-                                      block.last(), bytesOfChange(area, block)});
+                 {nullptr, "Cells whose changes are written"},
+                 {"cells"},
+                 {"bytes", "Bytes"},
+                 {"pages", "Pages"}}};
+    for (const WrittenPiece& piece : writtenPieces(layout, question.flash))
+        table.rows.push_back({piece.area->area->name, piece.block->number, piece.cells.text(), piece.cells,
+                              piece.fileBytes, piece.filePages});
     return table;
 }
 
-Finding wornOut(const Layout& layout, const Question& question, const Day& day)
+Finding wornOut(const Layout& layout, const Question& question, const WriteCase& one)
 {
-    return {
-        Finding::Severity::Error, "worn-out-early", day.name.text,
-        QStringLiteral("the flash lasts %1 %2, less than the %3 years wanted.")
-            .arg(lifeValue(expectedYears(question, day)).text,
-                 QLatin1String(question.capacity > 0 ? "with its wear levelled" : "without wear levelling"),
-                 QString::number(question.years)),
-        layout.images()
-            ? QStringLiteral("Raise \"Save Time\", or keep only the ranges that need it, by entries.")
-            : QStringLiteral(
-                  "Let fewer retained cells change, give words that change often an entry of their own, "
-                  "apart from large blocks, or take a flash with wear levelling and more capacity.")};
+    return {Finding::Severity::Error, "worn-out-early", wordsOf(one).text,
+            QStringLiteral("the flash lasts %1 %2, less than the %3 years wanted.")
+                .arg(life(expectedYears(question, one, writesPerDay(layout, question))).text,
+                     QLatin1String(question.levelled() ? "with its wear levelled" : "without wear levelling"),
+                     figureText(question.years)),
+            layout.images()
+                ? QStringLiteral("Raise \"Save Time\", or keep only the ranges that need it, by entries.")
+                : QStringLiteral(
+                      "Let fewer retained cells change, give words that change often an entry of their own, "
+                      "apart from large blocks, or take a flash with wear levelling and more capacity.")};
 }
 
-std::vector<Fact> factsOf(const Layout& layout, const Question& question)
+std::vector<Fact> factsOf(const Layout& layout, const Question& question, const std::vector<WriteCase>& cases)
 {
+    const Flash& flash = question.flash;
     std::vector<Fact> facts = {{"mode", "Mode", layout.settings.mode}};
     if (layout.images())
-        facts.push_back({"period_minutes", "Save period in minutes", int(layout.settings.saveTimeMinutes)});
-    else
-        facts.push_back({"changes_per_hour", "Changes per hour", decimalValue(question.changesPerHour, 0)});
-    facts.push_back({"page", "Page in bytes", question.page});
-    facts.push_back({"erase_block", "Erase block in bytes", question.eraseBlock});
-    facts.push_back({"file_system_pages", "File system's pages per write", question.fileSystemPages});
-    if (question.capacity > 0)
-        facts.push_back({"capacity", "Capacity in bytes", question.capacity});
-    if (question.enduranceCycles > 0)
+        facts.push_back({"period_minutes",
+                         "Save period",
+                         {QJsonValue(int(layout.settings.saveTimeMinutes)),
+                          QStringLiteral("%1 minutes").arg(layout.settings.saveTimeMinutes)}});
+    else if (question.changesPerHour > 0)
+        facts.push_back({"changes_per_hour", "Changes an hour", figure(question.changesPerHour)});
+    if (question.medium)
         facts.push_back(
-            {"endurance_cycles", "Erasures per erase block", decimalValue(question.enduranceCycles, 0)});
+            {"medium", "Medium",
+             Words{question.medium->key, QStringLiteral("%1; read \"levelled\": %2 spreads the erasures")
+                                             .arg(QLatin1String(question.medium->name),
+                                                  QLatin1String(question.medium->levelledBy))}});
+    facts.push_back({"page", "Page", size(static_cast<double>(flash.page))});
+    facts.push_back({"erase_block", "Erase block", size(static_cast<double>(flash.eraseBlock))});
+    facts.push_back({"file_system_pages", "File system's pages", flash.fileSystemPages});
+    if (flash.capacity > 0)
+        facts.push_back({"capacity", "Capacity", size(static_cast<double>(flash.capacity))});
+    if (flash.enduranceCycles > 0)
+        facts.push_back({"endurance_cycles", "Erasures of a block", figure(flash.enduranceCycles)});
+    const std::vector<std::vector<Value>> limits = limitTable(layout, cases, question).rows;
+    if (limits.empty())
+        return facts;
+    const Value& most = limits.back()[question.levelled() ? 1 : 2]; // the worst case stands last
+    const QString answer = layout.images() ? QStringLiteral("Save Time %1").arg(most.text)
+                           : most.data.toDouble() < 1
+                               ? QStringLiteral("at most %1").arg(most.text)
+                               : QStringLiteral("at most %1 changes an hour").arg(most.text);
+    facts.push_back({"years", nullptr, figure(question.years)});
+    facts.push_back(
+        {"answer", "So", QStringLiteral("for %1 years: %2").arg(figureText(question.years), answer)});
     return facts;
+}
+
+void addNotes(const Layout& layout, const Question& question, Report& report)
+{
+    if (question.flash.enduranceCycles <= 0)
+        report.notes.append(QStringLiteral("How long the flash lasts: name its kind with --medium, or give "
+                                           "--endurance-cycles and --capacity from "
+                                           "its data sheet."));
+    if (question.medium)
+        report.notes.append(
+            QStringLiteral(
+                "What is assumed of %1 is usual for a small one; its data sheet knows better, and each "
+                "figure has its option.")
+                .arg(QLatin1String(question.medium->name)));
+    report.notes.append(QStringLiteral("Read \"levelled\" for SD cards and eMMC, whose controllers spread "
+                                       "the erasures, and for NOR and NAND flash "
+                                       "under UBIFS or JFFS2. Read \"in place\" for NOR flash or EEPROM that "
+                                       "FAT or ext4 write directly: each write "
+                                       "erases the same block."));
+    report.notes.append(
+        QStringLiteral(
+            "A model, not a measurement: files begin with a page, every write reaches the flash at once, "
+            "and the file system adds its pages to it. %1")
+            .arg(layout.images()
+                     ? QStringLiteral("Each save writes all three files.")
+                     : QStringLiteral("A changed bit writes its byte, a changed word its whole block.")));
 }
 
 Report run(const Inputs& inputs)
 {
     const Layout& layout = inputs.layout();
     const Question question = questionOf(inputs);
-    if (layout.settings.mode == RetentionMode::PerAddress && !inputs.has("changes-per-hour"))
+    if (layout.settings.mode == RetentionMode::PerAddress && !inputs.has("changes-per-hour") &&
+        question.flash.enduranceCycles <= 0)
         throw Refusal(
-            QStringLiteral("wear: expected --changes-per-hour N, because this project writes every change"));
+            QStringLiteral("wear: expected --changes-per-hour N or --medium sd|emmc|nor|nand, because this "
+                           "project writes every change"));
+    const std::vector<WriteCase> cases = writeCases(layout, question.flash);
     Report report;
-    report.facts = factsOf(layout, question);
-    const std::vector<Day> days = expectedDays(layout, question);
-    report.tables.push_back(dayTable(question, days));
+    report.facts = factsOf(layout, question, cases);
+    report.tables = {dayTable(layout, cases, question), limitTable(layout, cases, question),
+                     writeTable(cases, question)};
     if (!layout.images())
-        report.tables.push_back(blockTable(layout));
+        report.tables.push_back(blockTable(layout, question));
     report.findings = settingsFindings(layout.settings);
-    for (const Day& day : days) {
-        if (question.enduranceCycles > 0 && day.writes > 0 && expectedYears(question, day) < question.years) {
-            report.findings.push_back(wornOut(layout, question, day));
-            break; // the cases that follow are worse
-        }
-    }
-    if (days.empty())
+    const double writes = writesPerDay(layout, question);
+    const auto tooMuch = std::find_if(cases.begin(), cases.end(), [&](const WriteCase& one) {
+        return question.flash.enduranceCycles > 0 && writes > 0 &&
+               expectedYears(question, one, writes) < question.years;
+    });
+    if (tooMuch != cases.end()) // the cases that follow are worse
+        report.findings.push_back(wornOut(layout, question, *tooMuch));
+    if (cases.empty() || (layout.images() && writes <= 0))
         report.notes.append(QStringLiteral("Nothing is written that could be counted."));
-    report.notes.append(QStringLiteral("A model, not a measurement: files begin with an erase block, every "
-                                       "write reaches the flash at once, and the "
-                                       "file system adds its pages to each write. \"Levelled\" spreads the "
-                                       "erasures over the whole capacity; \"in "
-                                       "place\" erases the busiest block with every write."));
+    addNotes(layout, question, report);
     return report;
 }
 
@@ -312,16 +434,22 @@ Report run(const Inputs& inputs)
 extern const Command wearCommand = {
     "wear",
     {{"PROJECT.xml", Argument::Kind::Project}},
-    "bytes and erase blocks written a day, and how long the flash lasts",
-    "Counts what the configured mode writes in a day, and with --endurance-cycles the years until the flash\n"
-    "is worn out. Sizes are in bytes, or end in K, M or G.",
-    "project.xml --changes-per-hour 3600\n"
+    "what is written in a day, how long the flash lasts, how much it may be written",
+    "Counts what the configured mode writes, and with --medium, or --endurance-cycles and --capacity, how "
+    "long\n"
+    "the flash lasts and how many changes an hour it bears for the years wanted. Sizes are in bytes or with "
+    "K, KiB,\n"
+    "M, MiB, G, GiB (of 1024) or kB, MB, GB (of 1000).",
+    "project.xml --medium emmc\n"
+    "project.xml --medium sd --changes-per-hour 10/min\n"
     "project.xml --changes-per-hour 60 --endurance-cycles 3000 --capacity 4G --erase-block 512K",
-    {{"changes-per-hour", "N", "Changes of retained cells per hour; needed for projects with entries"},
+    {{"changes-per-hour", "N", "Changes of retained cells per hour, or such as 2/s, 10/min and 5/day"},
+     {"medium", "KIND", "sd, emmc, nor or nand: what is usual for it, where the following do not say"},
      {"endurance-cycles", "N", "Erasures that an erase block survives, from the flash's data sheet"},
-     {"capacity", "SIZE", "Capacity over which the flash levels its wear; without it none is assumed"},
-     {"erase-block", "SIZE", "Size of an erase block", "128K"},
-     {"page", "SIZE", "Smallest piece that is written to the flash", "4K"},
-     {"file-system-pages", "N", "Pages that the file system adds to every write", "1"},
+     {"capacity", "SIZE",
+      "Capacity over which the flash levels its wear; without it or --medium none is assumed"},
+     {"erase-block", "SIZE", "Size of an erase block; 128K without --medium"},
+     {"page", "SIZE", "Smallest piece that is written to the flash; 4K without --medium"},
+     {"file-system-pages", "N", "Pages that the file system adds to every write; 1 without --medium"},
      {"years", "N", "Years that the flash must last", "10"}},
     run};

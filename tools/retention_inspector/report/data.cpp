@@ -61,8 +61,11 @@ QString csvField(const QString& text)
     return QLatin1Char('"') + quoted + QLatin1Char('"');
 }
 
+/// The value as scripts get it; only lists are worded as for people.
 QString csvText(const Value& value)
 {
+    if (value.data.isDouble())
+        return QString::number(value.data.toDouble(), 'g', 15);
     return csvField(value.data.isString() ? value.data.toString() : value.text);
 }
 

@@ -1,0 +1,72 @@
+// Models how hard a project writes on its flash, and how long the flash lasts.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tools/retention_core/layout.h"
+
+#include <vector>
+
+/// What the model assumes of the flash. Sizes in bytes.
+struct Flash
+{
+    qint64 page;            ///< smallest piece that is written
+    qint64 eraseBlock;      ///< smallest piece that is erased
+    qint64 fileSystemPages; ///< pages that the file system writes for itself with each write
+    qint64 capacity;        ///< over which wear is levelled; 0 when unknown
+    double enduranceCycles; ///< erasures that an erase block survives; 0 when unknown
+};
+
+/// A kind of flash with what is usual for it.
+struct Medium
+{
+    const char* key;        ///< "sd", "emmc", "nor" or "nand"
+    const char* name;       ///< for people
+    const char* levelledBy; ///< what spreads its erasures over the whole
+    Flash flash;
+};
+extern const std::vector<Medium> media;
+
+/// Cells that retention writes in one piece, with the piece.
+struct WrittenPiece
+{
+    const AreaLayout* area = nullptr;
+    const LayoutBlock* block = nullptr;
+    CellRanges cells;     ///< whose changes write it; "LB" 60100, whose changes are never written, is not one
+    qint64 fileBytes = 0; ///< one byte for a bit, the whole block for a word
+    qint64 filePages = 0; ///< pages of the flash that these bytes touch
+};
+
+/// Of a project with entries, in the order of the files; none for a block that keeps no cell.
+std::vector<WrittenPiece> writtenPieces(const Layout& layout, const Flash& flash);
+
+/// One way in which writes may fall: what one of them costs, or the mean of many.
+struct WriteCase
+{
+    enum class Kind
+    {
+        Even,  ///< changes spread over all cells
+        Worst, ///< all changes where one costs most
+        Save   ///< all three images
+    };
+
+    Kind kind;
+    double fileBytes;                   ///< written into the retention files
+    double filePages;                   ///< pages of the flash that this touches
+    double systemPages;                 ///< pages that the file system adds
+    const LayoutBlock* block = nullptr; ///< of the Worst; null otherwise
+    const AreaFacts* area = nullptr;    ///< of the Worst; null otherwise
+
+    double flashBytes(const Flash& flash) const
+    {
+        return (filePages + systemPages) * static_cast<double>(flash.page);
+    }
+};
+
+/// Even and Worst of a project with entries, the Save of one with whole areas; none when nothing is written.
+std::vector<WriteCase> writeCases(const Layout& layout, const Flash& flash);
+
+/// Writes that the flash survives with its erasures spread over the whole capacity; 0 when it is not known
+/// enough.
+double writesLevelled(const Flash& flash, const WriteCase& each);
+/// Writes that it survives when each erases the same block; 0 when its endurance is unknown.
+double writesInPlace(const Flash& flash);
