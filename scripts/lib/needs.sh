@@ -7,6 +7,7 @@ PATH=$PATH:/usr/sbin:/sbin
 # What builds and tests need on this machine, in the order in which they come to need it.
 demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev libcsv-dev)
 build_needs=("${demo_needs[@]}" libgtest-dev libgmock-dev python3)
+test_needs=("${build_needs[@]}" libxml2-utils chromium poppler-utils)
 armhf_needs=("${build_needs[@]}" g++-arm-linux-gnueabihf qemu-user)
 emulated_panel_needs=("${armhf_needs[@]}" binutils cpio e2fsprogs kmod mtd-utils qemu-system-arm)
 bench_needs=("${build_needs[@]}" libbenchmark-dev libsqlite3-dev liblmdb-dev valgrind strace gnuplot-nox)
@@ -20,6 +21,8 @@ is_present() {
     libgtest-dev) pkg-config --exists gtest ;;
     libgmock-dev) pkg-config --exists gmock ;;
     libedit-dev) pkg-config --exists libedit ;;
+    libxml2-utils) command -v xmllint ;;
+    poppler-utils) command -v pdftotext ;;
     libcsv-dev) [ -e /usr/include/csv.h ] ;;
     libbenchmark-dev) pkg-config --exists benchmark ;;
     libsqlite3-dev) pkg-config --exists sqlite3 ;;
