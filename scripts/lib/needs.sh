@@ -5,7 +5,7 @@
 PATH=$PATH:/usr/sbin:/sbin
 
 # What builds and tests need on this machine, in the order in which they come to need it.
-demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev libcsv-dev)
+demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev libncurses-dev libcsv-dev)
 build_needs=("${demo_needs[@]}" libgtest-dev libgmock-dev python3)
 test_needs=("${build_needs[@]}" libxml2-utils chromium poppler-utils)
 armhf_needs=("${build_needs[@]}" g++-arm-linux-gnueabihf qemu-user)
@@ -24,6 +24,7 @@ is_present() {
     libxml2-utils) command -v xmllint ;;
     poppler-utils) command -v pdftotext ;;
     libcsv-dev) [ -e /usr/include/csv.h ] ;;
+    libncurses-dev) pkg-config --exists ncursesw ;;
     libbenchmark-dev) pkg-config --exists benchmark ;;
     libsqlite3-dev) pkg-config --exists sqlite3 ;;
     liblmdb-dev) pkg-config --exists lmdb ;;
