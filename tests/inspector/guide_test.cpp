@@ -131,6 +131,7 @@ TEST_F(InspectorGuide, NamesEveryKey)
     const QString picture = scratch.filePath(QStringLiteral("map.svg"));
     const QString table = scratch.filePath(QStringLiteral("values.csv"));
     const QString tags = QStringLiteral("examples/address_ranges_tags.csv");
+    const QString page = scratch.filePath(QStringLiteral("panel.html"));
     const QString edited = scratch.filePath(QStringLiteral("edited.csv"));
     QFile edit(edited);
     ASSERT_TRUE(edit.open(QIODevice::WriteOnly) && edit.write("area,address,value\nLW,100,1\n") > 0);
@@ -152,6 +153,7 @@ TEST_F(InspectorGuide, NamesEveryKey)
         {QStringLiteral("diff"), ranges, directory, migrated, QStringLiteral("--tags"), tags},
         {QStringLiteral("export"), ranges, directory, QStringLiteral("-o"), table,
          QStringLiteral("--nonzero")},
+        {QStringLiteral("report"), ranges, directory, QStringLiteral("-o"), page},
         {QStringLiteral("compare"), areas, migrated, migrated, directory},
         {QStringLiteral("import"), ranges, edited, QStringLiteral("-o"),
          scratch.filePath(QStringLiteral("imported"))}};
