@@ -319,14 +319,14 @@ TEST_F(PanelSimulator, IsDescribedWholeByItsManPage)
     QFile file(QStringLiteral(EXAMPLES_DIR "/../docs/man/panel_simulator.1"));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const std::string page = QString::fromUtf8(file.readAll()).remove(QLatin1Char('\\')).toStdString();
-    for (const QString& line : commandHelp().split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+    for (const QString& line : commandHelp().trimmed().split(QLatin1Char('\n'))) {
         const std::string word = line.simplified().section(QLatin1Char(' '), 0, 0).toStdString();
         EXPECT_THAT(page,
                     testing::AnyOf(HasSubstr("\n.B " + word + "\n"), HasSubstr("\n.BI \"" + word + " ")));
     }
-    const QString help =
-        QString::fromUtf8(runTool(QStringLiteral(PANEL_SIMULATOR_PATH), {QStringLiteral("--help")}).out);
-    for (const QString& word : help.split(QRegularExpression(QStringLiteral("[ ,\n]"))))
+    const ToolRun help = runTool(QStringLiteral(PANEL_SIMULATOR_PATH), {QStringLiteral("--help")});
+    const QString words = QString::fromUtf8(help.out).replace(QLatin1Char(','), QLatin1Char(' '));
+    for (const QString& word : words.simplified().split(QLatin1Char(' ')))
         if (word.startsWith(QLatin1String("--"))) {
             EXPECT_THAT(page, HasSubstr(word.toStdString()));
         }
