@@ -9,8 +9,10 @@
 
 #include <cerrno>
 #include <cstring>
+#include <linux/capability.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
@@ -63,6 +65,15 @@ QString keepEntry(const QFileInfo& entry, const QString& scratch)
 }
 
 } // namespace
+
+void giveUpNamespaceRights()
+{
+    if (geteuid() == 0)
+        return;
+    __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct none[_LINUX_CAPABILITY_U32S_3] = {};
+    syscall(SYS_capset, &header, none);
+}
 
 QString bindMount(const QString& source, const QString& target)
 {

@@ -9,5 +9,9 @@
 /// ordinary user. Returns an empty string, or what was refused; then the process may be half on its way.
 QString enterNamespaceWithOwnUsr();
 
+/// Gives up what an ordinary user may do in a user namespace and not outside of it, such as to write to files
+/// whose mode forbids it. Nothing can be mounted afterwards. Root stays root.
+void giveUpNamespaceRights();
+
 /// Shows the directory or file `source` at `target` too. Returns an empty string, or what went wrong.
 QString bindMount(const QString& source, const QString& target);

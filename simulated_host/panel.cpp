@@ -32,7 +32,8 @@ void Panel::watch()
     watched.add(records);
 }
 
-bool Panel::setCells(const QString& area, int address, const std::vector<ushort>& values)
+bool Panel::setCells(const QString& area, int address, const std::vector<ushort>& values,
+                     const std::function<void(int done, int all)>& progress)
 {
     MemoryArea* const target = areas.named(area);
     const qint64 end = qint64(address) + qint64(values.size());
@@ -41,9 +42,13 @@ bool Panel::setCells(const QString& area, int address, const std::vector<ushort>
     int at = address;
     for (const ushort value : values)
         target->setCell(at++, value);
-    for (at = address; at < end; ++at)
-        if (watched.contains(area, at))
-            reportChange(area, at);
+    for (at = address; at < end; ++at) {
+        if (!watched.contains(area, at))
+            continue;
+        if (progress)
+            progress(at - address, static_cast<int>(values.size()));
+        reportChange(area, at);
+    }
     return true;
 }
 

@@ -10,6 +10,7 @@
 
 #include "host_interface/extend_func_model_base.h"
 
+#include <functional>
 #include <vector>
 
 /// Members may be used directly between the steps. Destroying the panel destroys the model, which is an
@@ -27,8 +28,10 @@ public:
     void watch(); ///< asks the model which cells to watch
 
     /// Writes values into consecutive cells, then reports each watched one of them to the model. False, with
-    /// no effect, when a cell lies outside the area or the area does not exist.
-    bool setCells(const QString& area, int address, const std::vector<ushort>& values);
+    /// no effect, when a cell lies outside the area or the area does not exist. `progress`, where there is
+    /// one, is told before each report.
+    bool setCells(const QString& area, int address, const std::vector<ushort>& values,
+                  const std::function<void(int done, int all)>& progress = {});
     /// Reports a change of the cell to the model, watched or not.
     void reportChange(const QString& area, int address);
 

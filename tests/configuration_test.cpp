@@ -88,6 +88,17 @@ TEST_F(Configuration, EntriesSelectThePerAddressMode)
     EXPECT_EQ(syncs(), 0) << "no periodic save in this mode";
 }
 
+TEST_F(Configuration, AMissingSaveAllIsZero)
+{
+    const auto project = wholeAreaProject(std::nullopt, 3);
+    const auto withoutEntries = startPanel(project.get());
+    EXPECT_EQ(withoutEntries->model->retentionMode, 0);
+    addEntry(*project->findChild(QStringLiteral("DataRetention")), {QStringLiteral("LW"), 5, 2});
+    const auto withEntries = startPanel(project.get());
+    EXPECT_EQ(withEntries->model->retentionMode, 2);
+    EXPECT_EQ(withEntries->watched.ranges().size(), 1U);
+}
+
 TEST_F(Configuration, SaveAllWinsOverEntriesWhichAreThenNotRead)
 {
     const auto project = perAddressProject({{QStringLiteral("LW"), 5, 2}});

@@ -1,15 +1,18 @@
-// Whole lives of panels: random projects, starts, changes and restarts, compared with the model after every
-// step.
-// SPDX-License-Identifier: MIT
+// Whole lives of panels: random projects, starts, changes and restarts, compared with the account of the
+// rules after every step. SPDX-License-Identifier: MIT
+#include "tests/support/kept_files_model.h"
 #include "tests/support/module_test.h"
 #include "tests/support/random_source.h"
-#include "tests/support/retention_model.h"
 #include "tests/support/storage.h"
 
 #include <cstdlib>
 #include <utility>
 
 namespace {
+
+using Files = std::array<std::optional<QByteArray>, 3>;
+
+const std::array<const char*, 3> fileNames = {bitFileName, wordFileName, rwiFileName};
 
 /// How many lives a run lives: the environment variable TEST_LIVES, or enough for every build.
 int livesToLive()
@@ -41,30 +44,31 @@ protected:
 
     /// Something that a person, another program or a broken medium may have done to a file while the panel
     /// was off.
-    void disturb(ModelArea& area)
+    void disturb(std::size_t area)
     {
+        std::optional<QByteArray>& file = files[area];
         switch (random.between(0, 9)) {
         case 0:
-            area.file.reset();
+            file.reset();
             break;
         case 1:
-            area.file = QByteArray();
+            file = QByteArray();
             break;
         case 2:
-            area.file = randomBytes(random.between(1, 60));
+            file = randomBytes(random.between(1, 60));
             break;
         case 3:
-            if (area.file)
-                area.file->chop(random.between(1, 9));
+            if (file)
+                file->chop(random.between(1, 9));
             break;
         case 4:
-            if (area.file)
-                area.file->append(randomBytes(random.between(1, 9)));
+            if (file)
+                file->append(randomBytes(random.between(1, 9)));
             break;
         default: // untouched
             return;
         }
-        store(area);
+        store(area, file);
     }
 
     QByteArray randomBytes(int length)
@@ -75,51 +79,61 @@ protected:
         return bytes;
     }
 
-    static void store(const ModelArea& area)
+    static void store(std::size_t area, const std::optional<QByteArray>& file)
     {
-        QFile::remove(retentionPath(area.fileName));
-        if (area.file)
-            writeRetentionFile(area.fileName, *area.file);
+        const QString name = QLatin1String(fileNames[area]);
+        QFile::remove(retentionPath(name));
+        if (file)
+            writeRetentionFile(name, *file);
     }
 
     /// Starts a new module, after an orderly end of the one before, on a host with values of its own.
     void start()
     {
         panel.reset();
-        for (ModelArea& area : model.areas) {
-            disturb(area);
-            area.cells.assign(area.cells.size(), 0);
-        }
+        if (model)
+            files = {model->file(0), model->file(1), model->file(2)};
+        for (std::size_t a = 0; a < 3; ++a)
+            disturb(a);
         project = perAddressProject(entries);
         panel = makePanel(project.get());
-        for (ModelArea& area : model.areas)
+        cells = MemoryAreas();
+        for (std::size_t a = 0; a < 3; ++a)
             for (int k = 0; k < 40; ++k)
-                setBoth(area, interestingAddress(), valueOf());
+                setBoth(a, interestingAddress(), valueOf());
+        expectedCalls.clear();
         calls.clear();
+        model = std::make_unique<KeptFilesModel>(expectedOf(*project), cells, files, &expectedCalls);
         panel->open();
         panel->init();
-        expectCalls(model.start(entries));
+        model->open();
+        model->init();
+        expectCalls();
         expectFilesAndCells();
         expectWatched();
     }
 
     void change()
     {
-        ModelArea& area = model.areas[static_cast<std::size_t>(random.between(0, 2))];
+        const auto area = static_cast<std::size_t>(random.between(0, 2));
         const int address = interestingAddress();
         for (int k = random.between(0, 3); k >= 0; --k)
             setBoth(area, address + k, valueOf());
         // A file that is not open yet can vanish or come back under the running module.
-        if (!area.isOpen && random.oneIn(4)) {
-            area.file =
-                random.oneIn(2) ? std::optional<QByteArray>(randomBytes(random.between(0, 9))) : std::nullopt;
-            store(area);
+        if (!model->isOpen(area) && random.oneIn(4)) {
+            model->replaceFile(area, random.oneIn(2)
+                                         ? std::optional<QByteArray>(randomBytes(random.between(0, 9)))
+                                         : std::nullopt);
+            store(area, model->file(area));
         }
-        const QString name = random.oneIn(20) ? area.name.toLower() : area.name;
+        const QString known = QLatin1String(areaNames[area]);
+        const QString name = random.oneIn(20) ? known.toLower() : known;
+        expectedCalls.clear();
         calls.clear();
         panel->reportChange(name, address);
+        model->change(name.toLatin1() + '\0', address);
         step = QStringLiteral("change of %1 %2").arg(name).arg(address);
-        expectCalls(model.change(name, address));
+        expectCalls();
         expectFilesAndCells();
     }
 
@@ -142,30 +156,30 @@ protected:
 
     ushort valueOf() { return static_cast<ushort>(random.oneIn(3) ? 0 : random.between(0, 65535)); }
 
-    void setBoth(ModelArea& area, int address, ushort value)
+    void setBoth(std::size_t area, int address, ushort value)
     {
-        model.setCell(area, address, value);
-        panel->areas.named(area.name)->setCell(address, value);
+        cells.all()[area].setCell(address, value);
+        panel->areas.all()[area].setCell(address, value);
     }
 
-    void expectCalls(const QStringList& expected)
+    void expectCalls()
     {
         ASSERT_EQ(lines(callsTo({QStringLiteral("readRegisterValues"), QStringLiteral("writeRegisterValues"),
                                  QStringLiteral("sync")})),
-                  lines(expected))
+                  lines(expectedCalls))
             << situation();
     }
 
     void expectFilesAndCells()
     {
-        for (const ModelArea& area : model.areas) {
-            ASSERT_EQ(hex(retentionFile(area.fileName)), hex(area.file))
-                << area.fileName.toStdString() << situation();
-            const MemoryArea& memory = *panel->areas.named(area.name);
+        for (std::size_t a = 0; a < 3; ++a) {
+            ASSERT_EQ(hex(retentionFile(QLatin1String(fileNames[a]))), hex(model->file(a)))
+                << fileNames[a] << situation();
+            const MemoryArea& memory = panel->areas.all()[a];
             for (const Entry& entry : entries)
                 for (int address = entry.index - 2; address < entry.index + entry.length + 2; ++address)
-                    ASSERT_EQ(memory.cell(address).value_or(0), cellOf(area, address))
-                        << area.name.toStdString() << ' ' << address << situation();
+                    ASSERT_EQ(memory.cell(address), cells.all()[a].cell(address))
+                        << areaNames[a] << ' ' << address << situation();
         }
     }
 
@@ -173,10 +187,16 @@ protected:
     {
         QList<RegisterValueChangeSize> records;
         panel->model->getMonitorTriggerAddr(records);
-        QStringList cells;
+        QStringList watched;
         for (const RegisterValueChangeSize& record : std::as_const(records))
-            cells.append(QStringLiteral("%1 %2").arg(QLatin1String(record.areaName)).arg(record.address));
-        ASSERT_EQ(lines(cells), lines(model.watched())) << situation();
+            watched.append(QStringLiteral("%1 %2").arg(QLatin1String(record.areaName)).arg(record.address));
+        QStringList wanted;
+        const ExpectedProject expected = expectedOf(*project);
+        for (std::size_t a = 0; a < 3; ++a)
+            for (const ExpectedBlock& block : expected.blocks[a])
+                for (int j = 0; j < block.count; ++j)
+                    wanted.append(QStringLiteral("%1 %2").arg(areaNames[a]).arg(block.entry.index + j));
+        ASSERT_EQ(lines(watched), lines(wanted)) << situation();
     }
 
     std::string situation() const
@@ -189,7 +209,10 @@ protected:
     }
 
     RandomSource random;
-    RetentionModel model;
+    Files files;       ///< between two starts
+    MemoryAreas cells; ///< of the account
+    QStringList expectedCalls;
+    std::unique_ptr<KeptFilesModel> model;
     std::vector<Entry> entries;
     std::unique_ptr<object> project;
     std::unique_ptr<Panel> panel;
@@ -201,11 +224,13 @@ TEST_F(Life, IsThatOfTheModelAfterEveryStartAndEveryChange)
 {
     int starts = 0;
     int changes = 0;
+    ASSERT_GT(livesToLive(), 0) << "TEST_LIVES";
     for (life = 0; life < livesToLive(); ++life) {
         panel.reset();
-        model = RetentionModel();
-        for (ModelArea& area : model.areas)
-            store(area);
+        model.reset();
+        files = Files();
+        for (std::size_t a = 0; a < 3; ++a)
+            store(a, files[a]);
         for (int run = 0; run < 5; ++run, ++starts) {
             if (run == 0 || random.oneIn(3))
                 entries = randomEntries();

@@ -1,7 +1,9 @@
 // panel_simulator as its user sees it: commands, answers, exit status, and values over a power cut.
 // SPDX-License-Identifier: MIT
+#include "tests/support/module_test.h"
 #include "tests/support/run_tool.h"
 #include "tools/panel_simulator/command.h"
+#include "tools/panel_simulator/live_content.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -11,6 +13,8 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <sstream>
+#include <unistd.h>
 
 namespace {
 
@@ -35,6 +39,22 @@ TEST(Command, UnderstandsCellsAndValues)
     EXPECT_EQ(parseCommand(QString()).kind, Command::Kind::Nothing);
     EXPECT_EQ(parseCommand(QStringLiteral("# set")).kind, Command::Kind::Nothing);
     EXPECT_EQ(parseCommand(QStringLiteral("power-cut")).kind, Command::Kind::PowerCut);
+    EXPECT_EQ(parseCommand(QStringLiteral("restart # after the change")).kind, Command::Kind::Restart);
+    EXPECT_THAT(parseCommand(QStringLiteral("expect LW 5 7 # speed")).values, testing::ElementsAre(7));
+}
+
+TEST(Command, CompletesCommandsAndAreas)
+{
+    const auto completed = [](const char* beginning) {
+        return completionsOf(QString::fromLatin1(beginning)).join(QLatin1Char(' ')).toStdString();
+    };
+    EXPECT_EQ(completed("se"), "set");
+    EXPECT_EQ(completed("st"), "status stop");
+    EXPECT_EQ(completed("get "), "LB LW RWI");
+    EXPECT_EQ(completed("  expect L"), "LB LW");
+    EXPECT_EQ(completed("cycle "), "");
+    EXPECT_EQ(completed("get LW "), "");
+    EXPECT_EQ(completed("x"), "");
 }
 
 TEST(Command, SaysWhatItExpected)
@@ -50,7 +70,8 @@ TEST(Command, SaysWhatItExpected)
     EXPECT_EQ(errorOf("set LW 1 65536"), "value \"65536\": expected a number from -32768 to 65535");
     EXPECT_EQ(errorOf("set LB 1 2"), "value \"2\": expected a number from 0 to 1");
     EXPECT_EQ(errorOf("set LW 1 0x"), "value \"0x\": expected a number from -32768 to 65535");
-    EXPECT_THAT(errorOf("halt"), StartsWith("unknown command \"halt\": expected one of get, set, cycle"));
+    EXPECT_THAT(errorOf("halt"),
+                StartsWith("unknown command \"halt\": expected one of get, set, expect, cycle"));
 }
 
 /// Runs the simulator in a scratch folder.
@@ -128,12 +149,119 @@ TEST_F(PanelSimulator, ShowsModePeriodSyncsAndFiles)
     EXPECT_THAT(out, HasSubstr("maintenance-RWI.dat  131072 bytes\n"));
 }
 
-TEST_F(PanelSimulator, GoesOnAfterABadCommandFromAPipe)
+TEST_F(PanelSimulator, EndsAPipeAtItsFirstBadCommandWithTheLineNumber)
 {
-    const ToolRun result = run("address_ranges", "get LW\nget LW 100\n");
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err, "expected: get AREA ADDRESS [COUNT]\n");
-    EXPECT_THAT(result.out.constData(), HasSubstr("LW 100: 0\n"));
+    const ToolRun result = run("address_ranges", "get LW 101\nget LW\nget LW 100\n");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err, "standard input:2: expected: get AREA ADDRESS [COUNT]\n");
+    EXPECT_THAT(result.out.constData(), HasSubstr("LW 101: 0\nstopped\n"));
+}
+
+TEST_F(PanelSimulator, ComparesCellsForTesters)
+{
+    const ToolRun good = run("address_ranges", "set LW 100 7 8\nexpect LW 100 7 0x8\n");
+    EXPECT_EQ(good.status, 0);
+    EXPECT_THAT(good.out.constData(), HasSubstr("LW 100: 7 8 as expected\n"));
+    const ToolRun bad = run("address_ranges", "expect LW 100 7 9\nexpect LW 100 7\n");
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_EQ(bad.err, "standard input:1: LW 100: expected 7 9, found 7 8\n");
+    EXPECT_THAT(bad.out.constData(), HasSubstr("LW 100: 7 as expected\n")) << "it goes on";
+}
+
+TEST_F(PanelSimulator, StartsAgainWithWhatIsKept)
+{
+    EXPECT_EQ(run("address_ranges", "set LW 100 7\nset LW 0 8\nrestart\nget LW 100\nget LW 0\nset LW 101 9\n"
+                                    "restart\nexpect LW 100 7 9\n")
+                  .out,
+              "started: per-address entries (2)\n"
+              "set 1 cell, 1 reported to the module\nset 1 cell, 0 reported to the module\n"
+              "stopped\nstarted: per-address entries (2)\nLW 100: 7\nLW 0: 0\n"
+              "set 1 cell, 1 reported to the module\n"
+              "stopped\nstarted: per-address entries (2)\nLW 100: 7 9 as expected\nstopped\n");
+}
+
+TEST_F(PanelSimulator, SaysWhatAnEndLosesOfWholeAreas)
+{
+    const ToolRun result =
+        run("whole_areas", "set LW 5 1\ncycle\nset LW 5 2\nset RWI 7 1\nrestart\nset LB 1 1\n");
+    EXPECT_THAT(result.out.constData(),
+                HasSubstr("stopped, changed since the last save and lost: 2 cells: LW 5, RWI 7\nstarted"));
+    EXPECT_THAT(result.out.constData(),
+                HasSubstr("stopped, changed since the last save and lost: 1 cell: LB 1\n"));
+    EXPECT_THAT(run("whole_areas", "set LW 5 3\ncycle\n").out.constData(),
+                HasSubstr("were saved\nstopped\n"));
+}
+
+TEST_F(PanelSimulator, SaysSavedOnlyWhenItWasWritten)
+{
+    QDir().mkpath(scratch.filePath(QStringLiteral("data/maintenance-word.dat")));
+    const ToolRun result = run("whole_areas", "cycle\nset RWI 1 2\nset LW 1 2\ncycle\nstatus\n");
+    EXPECT_EQ(result.err, "maintenance-word.dat is not a regular file; LW is not kept\n");
+    EXPECT_THAT(result.out.constData(),
+                HasSubstr("cyclic call: not saved: LW (maintenance-word.dat is not a regular file)\nset"))
+        << "nothing differs yet, but nothing was written either";
+    EXPECT_THAT(result.out.constData(), HasSubstr("unsaved    1 cell: LW 1\n"));
+    EXPECT_THAT(result.out.constData(), testing::Not(HasSubstr("were saved")));
+}
+
+/// Where only root may be somebody else, an ordinary user's panel is tried by one.
+class PanelSimulatorOfAnOrdinaryUser : public PanelSimulator
+{
+protected:
+    PanelSimulatorOfAnOrdinaryUser() { QFile::setPermissions(scratch.path(), everything); }
+
+    ToolRun runAsNobody(const char* example, const QByteArray& commands)
+    {
+        return runTool(QStringLiteral("setpriv"),
+                       {QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"),
+                        QStringLiteral("--clear-groups"), QStringLiteral(PANEL_SIMULATOR_PATH),
+                        QStringLiteral(EXAMPLES_DIR "/%1.xml").arg(QLatin1String(example)),
+                        QStringLiteral("--project-dir"), scratch.filePath(QStringLiteral("data"))},
+                       commands);
+    }
+
+    static constexpr auto everything = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner |
+                                       QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
+                                       QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+};
+
+TEST_F(PanelSimulatorOfAnOrdinaryUser, HeedsTheModesOfFilesAndTellsOfThem)
+{
+    if (geteuid() != 0 || !qEnvironmentVariableIsEmpty("TEST_EMULATOR"))
+        GTEST_SKIP() << "needs root, to become somebody else";
+    const QString data = scratch.filePath(QStringLiteral("data"));
+    const ToolRun first = runAsNobody("address_ranges", "set LW 100 7\nexpect LW 100 7\n");
+    if (first.status == 126 || first.status == 127)
+        GTEST_SKIP() << "setpriv or the build's folder is out of reach";
+    ASSERT_EQ(first.status, 0) << first.err.constData();
+    QFile::setPermissions(data + QStringLiteral("/maintenance-word.dat"), QFile::ReadOwner);
+    const ToolRun second = runAsNobody("address_ranges", "set LW 100 8\n");
+    EXPECT_THAT(second.err.constData(),
+                HasSubstr("maintenance-word.dat cannot be written: Permission denied; LW is not kept\n"));
+    EXPECT_THAT(second.out.constData(),
+                HasSubstr("set 1 cell, 1 reported to the module, but only 0 written\n"));
+    EXPECT_THAT(second.out.constData(), HasSubstr("stopped, 1 of 1 reported changes were not written\n"));
+    QFile word(data + QStringLiteral("/maintenance-word.dat"));
+    ASSERT_TRUE(word.open(QIODevice::ReadOnly));
+    EXPECT_EQ(word.read(2), QByteArray("\7\0", 2));
+    EXPECT_THAT(
+        run("address_ranges", "set LW 100 8\n").err.constData(),
+        HasSubstr("maintenance-word.dat is written all the same, because root does not heed its mode\n"));
+}
+
+TEST_F(PanelSimulatorOfAnOrdinaryUser, TellsOfAFolderWhereNothingCanBeMade)
+{
+    if (geteuid() != 0 || !qEnvironmentVariableIsEmpty("TEST_EMULATOR"))
+        GTEST_SKIP() << "needs root, to become somebody else";
+    QDir().mkpath(scratch.filePath(QStringLiteral("data")));
+    const ToolRun tool = runAsNobody("whole_areas", "set LW 1 2\ncycle\n");
+    if (tool.status == 126 || tool.status == 127)
+        GTEST_SKIP() << "setpriv or the build's folder is out of reach";
+    EXPECT_THAT(tool.err.constData(),
+                HasSubstr("maintenance-word.dat cannot be made: Permission denied; LW is not kept\n"));
+    EXPECT_THAT(tool.out.constData(),
+                HasSubstr("LW (maintenance-word.dat cannot be made: Permission denied)"));
+    EXPECT_THAT(tool.out.constData(), HasSubstr("lost: 1 cell: LW 1\n"));
 }
 
 TEST_F(PanelSimulator, EndsAScriptAtItsFirstBadCommandWithTheLineNumber)
@@ -168,6 +296,7 @@ TEST_F(PanelSimulator, NamesWhatIsWrongWithItsArguments)
               "panel_simulator: /nowhere.so: no such module library; build it or name another one\n");
     const ToolRun noScript =
         run("address_ranges", "", {QStringLiteral("--script"), QStringLiteral("/nowhere")});
+    EXPECT_EQ(runTool(tool, {QStringLiteral("--version")}).out.left(16), "panel_simulator ");
     EXPECT_EQ(noScript.status, 2);
     EXPECT_THAT(noScript.err.constData(), HasSubstr("/nowhere: cannot be read"));
 }
@@ -183,6 +312,24 @@ TEST_F(PanelSimulator, ExplainsItselfOnRequest)
             EXPECT_EQ(runTool(QStringLiteral(PANEL_SIMULATOR_PATH), {word}).status, 0) << word.toStdString();
         }
     EXPECT_THAT(run("address_ranges", "help\n").out.constData(), HasSubstr("get AREA ADDRESS [COUNT]"));
+}
+
+TEST_F(PanelSimulator, IsDescribedWholeByItsManPage)
+{
+    QFile file(QStringLiteral(EXAMPLES_DIR "/../docs/man/panel_simulator.1"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const std::string page = QString::fromUtf8(file.readAll()).remove(QLatin1Char('\\')).toStdString();
+    for (const QString& line : commandHelp().trimmed().split(QLatin1Char('\n'))) {
+        const std::string word = line.simplified().section(QLatin1Char(' '), 0, 0).toStdString();
+        EXPECT_THAT(page,
+                    testing::AnyOf(HasSubstr("\n.B " + word + "\n"), HasSubstr("\n.BI \"" + word + " ")));
+    }
+    const ToolRun help = runTool(QStringLiteral(PANEL_SIMULATOR_PATH), {QStringLiteral("--help")});
+    const QString words = QString::fromUtf8(help.out).replace(QLatin1Char(','), QLatin1Char(' '));
+    for (const QString& word : words.simplified().split(QLatin1Char(' ')))
+        if (word.startsWith(QLatin1String("--"))) {
+            EXPECT_THAT(page, HasSubstr(word.toStdString()));
+        }
 }
 
 TEST_F(PanelSimulator, SaysThatAZeroPeriodMeansNoCyclicCalls)
@@ -201,12 +348,14 @@ TEST_F(PanelSimulator, SaysThatAZeroPeriodMeansNoCyclicCalls)
 class PanelSimulatorOnATerminal : public PanelSimulator
 {
 protected:
-    ToolRun type(const char* example, const QByteArray& keys)
+    PanelSimulatorOnATerminal() { qputenv("XDG_STATE_HOME", QFile::encodeName(scratch.path())); }
+
+    ToolRun type(const char* example, const QByteArray& keys, const std::vector<Typing>& later = {})
     {
         return runToolOnTerminal(QStringLiteral(PANEL_SIMULATOR_PATH),
                                  {QStringLiteral(EXAMPLES_DIR "/%1.xml").arg(QLatin1String(example)),
                                   QStringLiteral("--project-dir"), scratch.filePath(QStringLiteral("data"))},
-                                 keys);
+                                 keys, later);
     }
 };
 
@@ -219,16 +368,90 @@ TEST_F(PanelSimulatorOnATerminal, EditsLinesAndRecallsThem)
     EXPECT_THAT(run.out.constData(), HasSubstr("LW 203: 9\r\n"));
 }
 
+TEST_F(PanelSimulatorOnATerminal, RecallsLinesOfEarlierStarts)
+{
+    type("address_ranges", "set LW 203 8\rpower-cut\r");
+    const ToolRun run = type("address_ranges", "\x1b[A\x1b[A\rget LW 203\rstop\r");
+    EXPECT_THAT(run.out.constData(), HasSubstr("set 1 cell, 1 reported to the module\r\n"));
+}
+
+TEST_F(PanelSimulatorOnATerminal, CompletesWithTab)
+{
+    const ToolRun run = type("address_ranges", "exp\tRW\t5 0\rsto\t\r");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_THAT(run.out.constData(), HasSubstr("RWI 5: 0 as expected\r\n"));
+    EXPECT_THAT(run.out.constData(), HasSubstr("stopped\r\n"));
+}
+
+TEST_F(PanelSimulatorOnATerminal, GoesOnAfterABadCommand)
+{
+    const ToolRun run = type("address_ranges", "get LW\rget LW 100\rstop\r");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_THAT(run.out.constData(), HasSubstr("expected: get AREA ADDRESS [COUNT]\r\n"));
+    EXPECT_THAT(run.out.constData(), HasSubstr("LW 100: 0\r\n"));
+}
+
 TEST_F(PanelSimulatorOnATerminal, ShowsTheRunningPanelLive)
 {
-    const std::string out = type("whole_areas", "live\rset RWI 7 1234\rcycle\rlive\rstop\r").out.constData();
-    EXPECT_THAT(out, HasSubstr("whole areas (1)   next cyclic call in 4:5"));
-    EXPECT_THAT(out, HasSubstr("of 5:00   syncs run 0"));
-    EXPECT_THAT(out, HasSubstr("of 5:00   syncs run 1"));
-    EXPECT_THAT(out,
-                HasSubstr("RWI     0 cells watched,     1 not zero   maintenance-RWI.dat  131072 bytes"));
-    EXPECT_THAT(out, HasSubstr("changed   RWI 7 = 1234 (0 s)"));
-    EXPECT_THAT(out, HasSubstr("\x1b[r")) << "the terminal gets its scrolling region back";
+    const std::string out = type("whole_areas", "live\rset RWI 7 1234\rcyc\t\rset LW 5 1\r",
+                                 {{"set 1 cell", "\x03"}, {"\x1b[?1049l", "get RWI 7\rcycle\rstop\r"}})
+                                .out.constData();
+    EXPECT_THAT(out, HasSubstr("\x1b[?1049h")) << "a screen of its own";
+    EXPECT_THAT(out, HasSubstr("whole areas (1)  cyclic call in "));
+    EXPECT_THAT(out, HasSubstr("\x1b[?1049l")) << "which is given back";
+    const std::string after = out.substr(out.find("\x1b[?1049l"));
+    EXPECT_THAT(after,
+                HasSubstr("panel> set RWI 7 1234\r\nset 1 cell, 0 reported to the module\r\npanel> cycle\r\n"
+                          "cyclic call: the areas were saved\r\n"))
+        << "what was typed in the view stays to be read";
+    EXPECT_THAT(after, HasSubstr("RWI 7: 1234\r\n")) << "Ctrl-C leaves the view and nothing else";
+    EXPECT_THAT(after, HasSubstr("stopped\r\n"));
+}
+
+/// What the live view says of a panel, without a terminal.
+class LiveContentTest : public ModuleTest
+{
+protected:
+    static std::string joined(const QStringList& lines)
+    {
+        return lines.join(QLatin1Char('\n')).toStdString();
+    }
+};
+
+TEST_F(LiveContentTest, FitsIntoEveryWidth)
+{
+    const auto project = wholeAreaProject(1, 5);
+    Session session(moduleLibrary(), project.get(), QStringLiteral("/data"));
+    std::ostringstream out;
+    session.start(out, out);
+    LiveContent content(session);
+    session.run(parseCommand(QStringLiteral("set LW 60000 65535 65535 65535 65535 65535 65535 65535 65535")),
+                out, out);
+    for (const int width : {20, 40, 60, 80, 120, 200})
+        for (const QString& line : content.lines(width))
+            EXPECT_LE(line.size(), width) << line.toStdString();
+    EXPECT_THAT(
+        joined(content.lines(80)),
+        HasSubstr("changed since the last save:  LW 60000  LW 60001  LW 60002  LW 60003  and 4 more"));
+    EXPECT_THAT(joined(content.lines(40)), HasSubstr("unsaved:  LW 60000  LW 60001  and 6 more"));
+}
+
+TEST_F(LiveContentTest, FollowsThePanel)
+{
+    const auto project = wholeAreaProject(1, 5);
+    Session session(moduleLibrary(), project.get(), QStringLiteral("/data"));
+    std::ostringstream out;
+    session.start(out, out);
+    LiveContent content(session);
+    session.run(parseCommand(QStringLiteral("set RWI 7 1234")), out, out);
+    EXPECT_THAT(joined(content.lines(80)), HasSubstr("changed:  RWI 7 = 1234 (0 s ago)"));
+    EXPECT_THAT(joined(content.lines(80)), HasSubstr("changed since the last save:  RWI 7"));
+    EXPECT_THAT(joined(content.lines(80)), HasSubstr("maintenance-RWI.dat   131072  0 s ago"));
+    session.run(parseCommand(QStringLiteral("cycle")), out, out);
+    EXPECT_THAT(joined(content.lines(80)), HasSubstr("changed since the last save: nothing"));
+    EXPECT_THAT(joined(content.lines(80)), HasSubstr("syncs 1"));
+    session.advance(60000);
+    EXPECT_THAT(joined(content.lines(80)), HasSubstr("cyclic call in 4:00 of 5:00"));
 }
 
 TEST_F(PanelSimulator, SaysInOneLineWhenPathsAreMapped)
@@ -241,8 +464,8 @@ TEST_F(PanelSimulator, SaysInOneLineWhenPathsAreMapped)
 TEST_F(PanelSimulator, ShowsNothingLiveWithoutATerminal)
 {
     const ToolRun tool = run("whole_areas", "live\nstop\n");
-    EXPECT_EQ(tool.status, 0);
-    EXPECT_EQ(tool.err, "live: expected a terminal of at least 12 lines\n");
+    EXPECT_EQ(tool.status, 2);
+    EXPECT_EQ(tool.err, "standard input:1: live: expected a terminal\n");
 }
 
 } // namespace

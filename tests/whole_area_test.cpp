@@ -16,10 +16,11 @@ struct ImageFile
     const char* name;
     const char* area;
     int size;
+    int code; ///< of the whole area
 };
 
 const ImageFile imageFiles[] = {
-    {bitFileName, "LB", 65536}, {wordFileName, "LW", 131072}, {rwiFileName, "RWI", 131072}};
+    {bitFileName, "LB", 65536, 1}, {wordFileName, "LW", 131072, 0}, {rwiFileName, "RWI", 131072, 2}};
 
 QByteArray memoryOf(const Panel& panel, const char* area)
 {
@@ -147,6 +148,57 @@ TEST_F(WholeArea, AnAreaThatTheHostHasNotGotStillGetsItsFile)
     panel->comm.removeAreaMemory(2);
     panel->start();
     EXPECT_EQ(retentionFile(rwiFileName), QByteArray(131072, '\0'));
+}
+
+/// A panel that at times does not offer the memory of one area.
+class ShyComm : public SimulatedComm
+{
+public:
+    using SimulatedComm::SimulatedComm;
+
+    void* getAreaMemory(int areaCode) override
+    {
+        return areaCode == hidden ? nullptr : SimulatedComm::getAreaMemory(areaCode);
+    }
+
+    int hidden = -1; ///< whole-area code of the area that is not offered
+};
+
+TEST_F(WholeArea, AnAreaThatTheHostDoesNotOfferAtOneSaveIsSavedByTheNext)
+{
+    for (const ImageFile& file : imageFiles) {
+        MemoryAreas areas;
+        ShyComm comm(areas);
+        const ModelPointer module = moduleLibrary().createModel();
+        module->extModelOpen(project.get(), QString(), &comm);
+        const QString name = QString::fromLatin1(file.name);
+        const std::optional<QByteArray> before = retentionFile(name);
+        areas.named(QString::fromLatin1(file.area))->setCell(3, 1);
+        comm.hidden = file.code;
+        module->cyclicRun();
+        EXPECT_EQ(retentionFile(name), before) << file.area;
+        comm.hidden = -1;
+        module->cyclicRun();
+        EXPECT_NE(retentionFile(name), before) << file.area;
+    }
+}
+
+TEST_F(WholeArea, AnAreaThatTheHostDoesNotOfferAtTheRestoreIsSavedLater)
+{
+    for (const ImageFile& file : imageFiles) {
+        const QString name = QString::fromLatin1(file.name);
+        const QByteArray kept = pattern(file.size, 20);
+        writeRetentionFile(name, kept);
+        MemoryAreas areas;
+        ShyComm comm(areas);
+        comm.hidden = file.code;
+        const ModelPointer module = moduleLibrary().createModel();
+        module->extModelOpen(project.get(), QString(), &comm);
+        EXPECT_EQ(retentionFile(name), kept) << file.area;
+        comm.hidden = -1;
+        module->cyclicRun();
+        EXPECT_EQ(retentionFile(name), QByteArray(file.size, '\0')) << file.area;
+    }
 }
 
 TEST_F(WholeArea, ASecondOpenRestoresNothingAndEndsTheSaving)

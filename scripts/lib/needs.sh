@@ -5,10 +5,13 @@
 PATH=$PATH:/usr/sbin:/sbin
 
 # What builds and tests need on this machine, in the order in which they come to need it.
-demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev libcsv-dev)
+demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev libncurses-dev libcsv-dev)
 build_needs=("${demo_needs[@]}" libgtest-dev libgmock-dev python3 e2fsprogs)
+test_needs=("${build_needs[@]}" libxml2-utils chromium poppler-utils)
 armhf_needs=("${build_needs[@]}" g++-arm-linux-gnueabihf qemu-user)
-emulated_panel_needs=("${armhf_needs[@]}" binutils cpio kmod mtd-utils qemu-system-arm)
+platform_needs=("${build_needs[@]}" g++-{aarch64-linux-gnu,arm-linux-gnueabi,i686-linux-gnu,riscv64-linux-gnu,s390x-linux-gnu}
+    qemu-user mmdebstrap clang libc++-dev libc++abi-dev git)
+emulated_panel_needs=("${armhf_needs[@]}" binutils cpio e2fsprogs kmod mtd-utils qemu-system-arm)
 bench_needs=("${build_needs[@]}" libbenchmark-dev libsqlite3-dev liblmdb-dev valgrind strace gnuplot-nox)
 
 # is_present NAME: whether what that package would bring is there.
@@ -20,15 +23,20 @@ is_present() {
     libgtest-dev) pkg-config --exists gtest ;;
     libgmock-dev) pkg-config --exists gmock ;;
     libedit-dev) pkg-config --exists libedit ;;
+    libxml2-utils) command -v xmllint ;;
+    poppler-utils) command -v pdftotext ;;
     libcsv-dev) [ -e /usr/include/csv.h ] ;;
+    libncurses-dev) pkg-config --exists ncursesw ;;
     libbenchmark-dev) pkg-config --exists benchmark ;;
     libsqlite3-dev) pkg-config --exists sqlite3 ;;
     liblmdb-dev) pkg-config --exists lmdb ;;
     libseccomp-dev) pkg-config --exists libseccomp ;;
+    libc++-dev) compgen -G '/usr/lib/llvm-*/include/c++/v1' ;;
+    libc++abi-dev) compgen -G '/usr/lib/*/libc++abi.so' || compgen -G '/usr/lib/llvm-*/lib/libc++abi.so' ;;
     libclang-rt-dev) compgen -G "$(clang -print-resource-dir)/lib/*/libclang_rt.fuzzer*.a" ;;
     clang) command -v clang++ ;;
     clang-tidy) command -v run-clang-tidy ;;
-    g++-arm-linux-gnueabihf) command -v arm-linux-gnueabihf-g++ ;;
+    g++-*-linux-*) command -v "${1#g++-}-g++" ;;
     qemu-user) command -v qemu-arm ;;
     binutils) command -v readelf ;;
     e2fsprogs) command -v mke2fs ;;

@@ -11,7 +11,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Command command =
         parseCommand(QString::fromUtf8(reinterpret_cast<const char*>(data), static_cast<int>(size)));
     if (!command.error.isEmpty() ||
-        (command.kind != Command::Kind::Get && command.kind != Command::Kind::Set))
+        (command.kind != Command::Kind::Get && command.kind != Command::Kind::Set &&
+         command.kind != Command::Kind::Expect))
         return 0;
     static const MemoryAreas areas;
     const int cells =

@@ -37,10 +37,12 @@ Files filesFrom(FuzzInput& input)
     return files;
 }
 
-bool isAffordable(const ExpectedProject& model)
+bool isCheckable(const ExpectedProject& model)
 {
     const std::int64_t most = 200000;
     std::int64_t total = 0;
+    if (model.isAmbiguous)
+        return false;
     for (std::size_t a = 0; a < 3; ++a) {
         for (const ExpectedBlock& block : model.blocks[a]) {
             total += std::int64_t(std::max(0, block.count)) * (a == 0 ? 20 : 1);

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tests/fuzz/expected_project.h"
 #include "tests/fuzz/fuzz_input.h"
+#include "tests/support/expected_project.h"
 
 #include <QtCore/QByteArray>
 
@@ -16,5 +16,5 @@ using Files = std::array<std::optional<QByteArray>, 3>;
 /// For each area no file, one of a few bytes, one of any length, or one as the whole-area mode leaves it.
 Files filesFrom(FuzzInput& input);
 
-/// Whether memory and files stay small: no block lies or reaches far away.
-bool isAffordable(const ExpectedProject& project);
+/// Whether memory and files stay small (no block lies or reaches far away), and what must happen is settled.
+bool isCheckable(const ExpectedProject& project);

@@ -1,13 +1,23 @@
-// Hostile projects and files for the inspector: every report must come out in every format, and what it says
-// about kept cells must be what the module restores.
+// Hostile projects, files and options for every command of the inspector: a report that says the same in
+// every format, or a refusal; and what it says about kept cells must be what a start restores.
 // SPDX-License-Identifier: MIT
 #include "tests/fuzz/fuzz_check.h"
+#include "tests/fuzz/fuzz_start.h"
 #include "tests/fuzz/hostile_files.h"
-#include "tests/fuzz/kept_files_model.h"
 #include "tests/fuzz/project_from_bytes.h"
+#include "tests/fuzz/report_check.h"
 #include "tests/inspector/memory_file.h"
-#include "tests/inspector/report_of.h"
+#include "tests/support/kept_files_model.h"
 #include "tools/retention_core/kept_values.h"
+#include "tools/retention_core/refusal.h"
+#include "tools/retention_inspector/command.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QJsonArray>
+
+#include <algorithm>
+#include <cstring>
 
 namespace {
 
@@ -23,61 +33,222 @@ RetentionFiles filesInMemory(const Files& bytes)
     return files;
 }
 
-void checkFormats(const Report& report)
+/// A second set of files for a first one. Of long files a few bytes differ: a report of all cells would take
+/// too long.
+Files otherFiles(const Files& first, Files second)
 {
-    for (const ReportFormat& format : reportFormats)
-        FUZZ_CHECK(format.write(report).endsWith(QLatin1Char('\n')));
+    for (std::size_t a = 0; a < 3; ++a) {
+        const int length = std::max(first[a] ? first[a]->size() : 0, second[a] ? second[a]->size() : 0);
+        if (length <= 2000)
+            continue;
+        second[a] = first[a];
+        for (int at = 0; second[a] && at < second[a]->size(); at += 16384)
+            (*second[a])[at] = static_cast<char>(second[a]->at(at) ^ 1);
+    }
+    return second;
 }
 
+/// What a command may be given: the second project and the second files are those of the change.
+struct World
+{
+    std::array<Layout, 2> layouts;
+    std::array<RetentionFiles, 2> files;
+};
+
+/// A value for an option, of the kind that its name in the help promises or not.
+QString optionValue(const Option& option, FuzzInput& input)
+{
+    static const QString output = QStringLiteral("/usr/tavrin/output");
+    const QString name = QLatin1String(option.value);
+    const int form = input.byte();
+    if (QLatin1String(option.name) == QLatin1String("output"))
+        return output; // nothing else may be written
+    if (form % 16 == 15)
+        return input.text();
+    if (name.startsWith(QLatin1String("AREA")))
+        return QLatin1String(areaNames[form % 3]);
+    if (name.startsWith(QLatin1String("A["))) // a few cells: all of them would take too long
+        return QStringLiteral("%1-%2").arg(form * 8).arg(form * 8 + 40);
+    return QString::number(form % 4 == 3 ? input.number() : form + 1) +
+           QLatin1String(form % 3 == 2 ? "K" : "");
+}
+
+Inputs inputsOf(const Command& command, const World& world, FuzzInput& input)
+{
+    Inputs inputs;
+    for (const Argument& argument : command.arguments) {
+        switch (argument.kind) {
+        case Argument::Kind::Project:
+            inputs.projects.push_back(
+                {QStringLiteral("project.xml"), world.layouts.at(inputs.projects.size())});
+            break;
+        case Argument::Kind::Files:
+        case Argument::Kind::FilesAsFound:
+            inputs.files.push_back(world.files.at(inputs.files.size()));
+            break;
+        default: // give the new kind something above
+            FUZZ_CHECK(!"a kind of argument that this fuzzer knows");
+        }
+    }
+    inputs.options = usualOptions(command);
+    for (const Option& option : command.options) {
+        const QString name = QLatin1String(option.name);
+        const int form = input.byte();
+        const bool needed = name == QLatin1String("output") || name == QLatin1String("changes-per-hour") ||
+                            name == QLatin1String("address");
+        if (form % 4 == 3 || (needed && form % 16 != 1))
+            inputs.options.insert(name, option.value ? optionValue(option, input) : QString());
+    }
+    return inputs;
+}
+
+/// The report of a command in JSON; nothing when the command refused its inputs, with a message.
+std::optional<QJsonObject> reported(const Command& command, const World& world, FuzzInput& input)
+{
+    try {
+        Report report = command.run(inputsOf(command, world, input));
+        report.command = QLatin1String(command.name);
+        return checkFormats(report);
+    } catch (const Refusal& refusal) {
+        FUZZ_CHECK(!refusal.message().isEmpty());
+        return std::nullopt;
+    }
+}
+
+/// Of each cell of an area what it holds after every start, or `untouched` when it keeps what the panel
+/// started with.
+using RestoredCells = std::array<std::vector<int>, 3>;
+const int untouched = -1;
+
 /// The same start-up with areas full of zeros and full of ones tells what is restored at all.
-void checkKeptCells(const ExpectedProject& project, const Files& files, const std::array<AreaValues, 3>& kept)
+RestoredCells restoredCells(const ExpectedProject& project, const Files& files)
 {
     static MemoryAreas zeros;
     static MemoryAreas ones;
     for (std::size_t a = 0; a < 3; ++a) {
         auto& memory = zeros.all()[a].memory();
-        std::fill(memory.begin(), memory.end(), 0);
-        auto& otherMemory = ones.all()[a].memory();
-        std::fill(otherMemory.begin(), otherMemory.end(), a == 0 ? 1 : 0xff);
+        std::memset(memory.data(), 0, memory.size());
+        std::memset(ones.all()[a].memory().data(), a == 0 ? 1 : 0xff, memory.size());
     }
     for (MemoryAreas* const areas : {&zeros, &ones}) {
         KeptFilesModel panel(project, *areas, files);
         panel.open();
         panel.init();
     }
+    RestoredCells cells;
     for (std::size_t a = 0; a < 3; ++a) {
-        for (int address = 0; address < MemoryArea::cellCount; ++address) {
-            const auto at = static_cast<std::size_t>(address);
-            if (kept[a].states[at] == CellState::Kept) {
-                FUZZ_CHECK(zeros.all()[a].cell(address) == ones.all()[a].cell(address));
-                FUZZ_CHECK(zeros.all()[a].cell(address) ==
-                           (a == 0 ? kept[a].values[at] != 0 : kept[a].values[at]));
-            }
+        const unsigned char* const low = zeros.all()[a].memory().data();
+        const unsigned char* const high = ones.all()[a].memory().data();
+        cells[a].resize(MemoryArea::cellCount);
+        for (std::size_t k = 0; k < cells[a].size(); ++k) {
+            if (a == 0)
+                cells[a][k] = low[k] == high[k] ? low[k] != 0 : untouched;
+            else
+                cells[a][k] = low[2 * k] == high[2 * k] && low[2 * k + 1] == high[2 * k + 1]
+                                  ? low[2 * k] | low[2 * k + 1] << 8
+                                  : untouched;
         }
+    }
+    return cells;
+}
+
+bool agrees(const AreaValues& values, const AreaLayout& layout, std::size_t cell, int restored)
+{
+    const int value = values.values[cell];
+    switch (values.states[cell]) {
+    case CellState::Kept:
+        return restored == (values.area->bits ? value != 0 : value);
+    case CellState::StartValue:
+        return restored == untouched && value == 0;
+    case CellState::NoValue: // words past the end of the file come back as 0, the half of one with its low
+                             // byte
+        return value == 0 && restored <= 0xff;
+    default: // in an area that cannot be relied on, and of the ignored bit, something old may come back
+        return value == 0 && (restored == untouched || !layout.problem.isEmpty() ||
+                              isIgnoredBit(*values.area, static_cast<int>(cell)));
+    }
+}
+
+void checkKeptCells(const RestoredCells& restored, const World& world)
+{
+    for (std::size_t a = 0; a < 3; ++a) {
+        const AreaValues values = areaValues(world.layouts[0], world.files[0][a]);
+        for (std::size_t cell = 0; cell < restored[a].size(); ++cell)
+            FUZZ_CHECK(agrees(values, world.layouts[0].areas[a], cell, restored[a][cell]));
+    }
+}
+
+/// What "show" says must be what comes back.
+void checkShown(const QJsonObject& report, const RestoredCells& restored)
+{
+    for (const QJsonValue& row : report.value(QStringLiteral("cells")).toArray()) {
+        const QJsonObject cell = row.toObject();
+        if (cell.value(QStringLiteral("state")) != QLatin1String("kept"))
+            continue;
+        std::size_t a = 0;
+        while (cell.value(QStringLiteral("area")) != QLatin1String(areaNames[a]))
+            FUZZ_CHECK(++a < 3);
+        const int address = cell.value(QStringLiteral("address")).toInt(-1);
+        FUZZ_CHECK(address >= 0 && address < MemoryArea::cellCount);
+        const int shown = cell.value(QStringLiteral("value")).toInt();
+        FUZZ_CHECK((a == 0 ? shown != 0 : shown) == restored[a][static_cast<std::size_t>(address)]);
+    }
+}
+
+/// What "migrate" made has the lengths that the new project needs, and the values that it says were carried.
+void checkMigrated(const World& world)
+{
+    const RetentionFiles made = openRetentionFiles(QStringLiteral("/usr/tavrin/output"));
+    for (std::size_t a = 0; a < 3; ++a) {
+        FUZZ_CHECK(made[a].size == world.layouts[1].areas[a].fileLength);
+        const AreaValues before = areaValues(world.layouts[0], world.files[0][a]);
+        const AreaValues after = areaValues(world.layouts[1], made[a]);
+        const bool foreign = before.oddBytes > 0 && world.layouts[0].images() != world.layouts[1].images();
+        for (std::size_t cell = 0; cell < after.values.size(); ++cell)
+            if (after.states[cell] != CellState::NotRetained)
+                FUZZ_CHECK(after.values[cell] ==
+                           (before.hasValue(cell) && !foreign ? before.values[cell] : 0));
     }
 }
 
 } // namespace
 
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    return startFuzzing();
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     FuzzInput input(data, size);
     const Files bytes = filesFrom(input);
+    const Files otherBytes = otherFiles(bytes, filesFrom(input));
+    const QByteArray optionBytes = input.bytes();
+    FuzzInput options(reinterpret_cast<const std::uint8_t*>(optionBytes.constData()),
+                      static_cast<std::size_t>(optionBytes.size()));
+    const QByteArray otherProjectBytes = input.bytes();
+    FuzzInput otherInput(reinterpret_cast<const std::uint8_t*>(otherProjectBytes.constData()),
+                         static_cast<std::size_t>(otherProjectBytes.size()));
+    const auto otherProject = projectFromBytes(otherInput);
     const auto project = projectFromBytes(input);
     const ExpectedProject expected = expectedOf(*project);
-    const Layout layout = makeLayout(readSettings(project.get()));
-    FUZZ_CHECK(static_cast<int>(layout.settings.mode) == expected.mode);
+    const ExpectedProject otherExpected = expectedOf(*otherProject);
 
-    const RetentionFiles files = filesInMemory(bytes);
-    checkFormats(reportOf("layout", {layout}));
-    checkFormats(reportOf("check", {layout}, {files}));
-    checkFormats(reportOf("wear", {layout}, {}, {{"changes-per-hour", QStringLiteral("60")}}));
-    const int first = bytes[0] ? bytes[0]->size() % 65516 : 0; // any range; all cells would take too long
-    checkFormats(reportOf("show", {layout}, {files},
-                          {{"address", QStringLiteral("%1-%2").arg(first).arg(first + 20)}}));
-    if (isAffordable(expected))
-        checkKeptCells(
-            expected, bytes,
-            {areaValues(layout, files[0]), areaValues(layout, files[1]), areaValues(layout, files[2])});
+    World world = {{makeLayout(readSettings(project.get())), makeLayout(readSettings(otherProject.get()))},
+                   {filesInMemory(bytes), filesInMemory(otherBytes)}};
+    FUZZ_CHECK(static_cast<int>(world.layouts[0].settings.mode) == expected.mode);
+    if (!isCheckable(expected) || !isCheckable(otherExpected))
+        return -1;
+    const RestoredCells restored = restoredCells(expected, bytes);
+    checkKeptCells(restored, world);
+    for (const Command* command : commands()) {
+        QDir(QStringLiteral("/usr/tavrin/output")).removeRecursively();
+        QFile::remove(QStringLiteral("/usr/tavrin/output"));
+        const std::optional<QJsonObject> report = reported(*command, world, options);
+        if (report && command == commandNamed(QStringLiteral("show")))
+            checkShown(*report, restored);
+        if (report && command == commandNamed(QStringLiteral("migrate")))
+            checkMigrated(world);
+    }
     return 0;
 }

@@ -4,10 +4,10 @@
 #include "poweroff_protect/poweroff_protect.h"
 #include "simulated_host/memory_areas.h"
 #include "simulated_host/simulated_comm.h"
-#include "tests/fuzz/expected_project.h"
 #include "tests/fuzz/fuzz_check.h"
 #include "tests/fuzz/fuzz_start.h"
 #include "tests/fuzz/project_from_bytes.h"
+#include "tests/support/expected_project.h"
 #include "tests/support/literal_rules.h"
 
 #include <QtCore/QVector>
@@ -97,6 +97,15 @@ void checkBlocks(const std::vector<ExpectedEntry>& entries, const std::vector<Ex
     }
 }
 
+void checkOpened(poweroff_protect& module, const ExpectedProject& model)
+{
+    FUZZ_CHECK(module.retentionMode == model.mode);
+    FUZZ_CHECK(module.cyclePeriodMs == model.periodMs && module.cycleRemainingMs == model.periodMs);
+    FUZZ_CHECK(module.extModelParam == 10 && module.extModelString == QStringLiteral("text"));
+    if (!model.isAmbiguous && cellsIn(model) <= mostWatched)
+        checkWatchList(module, model);
+}
+
 /// A panel without area memory: the whole-area mode makes and opens its files and moves no image.
 SimulatedComm& commWithoutMemory()
 {
@@ -120,13 +129,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto project = projectFromBytes(input);
     const ExpectedProject model = expectedOf(*project);
 
-    poweroff_protect module;
-    module.extModelOpen(project.get(), QStringLiteral("text"), &commWithoutMemory());
-    FUZZ_CHECK(module.retentionMode == model.mode);
-    FUZZ_CHECK(module.cyclePeriodMs == model.periodMs && module.cycleRemainingMs == model.periodMs);
-    FUZZ_CHECK(module.extModelParam == 10 && module.extModelString == QStringLiteral("text"));
-    if (cellsIn(model) <= mostWatched)
-        checkWatchList(module, model);
+    for (int life = 0; life < 2; ++life) { // the second one finds the files of the first
+        poweroff_protect module;
+        module.extModelOpen(project.get(), QStringLiteral("text"), &commWithoutMemory());
+        checkOpened(module, model);
+        module.extModelOpen(project.get(), QStringLiteral("text"), &commWithoutMemory());
+        checkOpened(module, model); // nothing is there twice
+    }
     for (std::size_t a = 0; a < 3; ++a) {
         checkBlocks(model.entries[a], model.blocks[a]);
         std::vector<ExpectedEntry> reversed(model.entries[a].rbegin(), model.entries[a].rend());

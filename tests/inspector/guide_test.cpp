@@ -5,6 +5,7 @@
 #include "tools/retention_inspector/command.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QFileInfo>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -34,20 +35,62 @@ protected:
     }
 };
 
-TEST_F(InspectorGuide, ShowsWhatTheToolPrints)
+/// A folder in which the guide's commands are typed one after the other, with the tools on the PATH.
+class Desk
 {
-    int consoles = 0;
+public:
+    Desk()
+    {
+        QDir(scratch.path()).mkdir(QStringLiteral("bin"));
+        QFile::link(QStringLiteral(SOURCE_DIR "/examples"), scratch.filePath(QStringLiteral("examples")));
+        for (const char* tool : {RETENTION_INSPECTOR_PATH, PANEL_SIMULATOR_PATH}) {
+            const QString path = QString::fromLatin1(tool);
+            QFile wrapper(scratch.filePath(QStringLiteral("bin/") + QFileInfo(path).fileName()));
+            EXPECT_TRUE(wrapper.open(QIODevice::WriteOnly));
+            wrapper.write("#!/bin/sh\nexec " + qgetenv("TEST_EMULATOR") + " '" + QFile::encodeName(path) +
+                          "' \"$@\"\n");
+            wrapper.setPermissions(wrapper.permissions() | QFile::ExeOwner);
+        }
+        qunsetenv("TEST_EMULATOR"); // the shell is this machine's own
+    }
+
+    /// What a terminal would show after the command, but for the simulator's notice on paths that it maps.
+    QString type(const QString& command) const
+    {
+        const QString line =
+            QStringLiteral("cd '%1'; PATH=%1/bin:$PATH; exec 2>&1; ").arg(scratch.path()) + command;
+        QString out;
+        for (const QString& shown :
+             QString::fromUtf8(runTool(QStringLiteral("/bin/bash"), {QStringLiteral("-c"), line}).out)
+                 .split(QLatin1Char('\n')))
+            if (!shown.startsWith(QLatin1String("panel_simulator: mapping paths ")))
+                out += shown + QLatin1Char('\n');
+        out.chop(1);
+        return out;
+    }
+
+private:
+    QTemporaryDir scratch;
+};
+
+TEST_F(InspectorGuide, ShowsWhatTheToolsPrint)
+{
+    const Desk desk;
+    int commands = 0;
     const QStringList parts = contents("docs/retention_inspector.md").split(QLatin1String("```console\n"));
     for (const QString& part : parts.mid(1)) {
         const QString block = part.section(QLatin1String("```"), 0, 0);
-        const QString command = block.section(QLatin1Char('\n'), 0, 0);
-        ASSERT_TRUE(command.startsWith(QLatin1String("$ retention_inspector ")));
-        const ToolRun run = InspectorGuide::run(command.split(QLatin1Char(' ')).mid(2));
-        EXPECT_EQ(QString::fromUtf8(run.out).toStdString(),
-                  block.section(QLatin1Char('\n'), 1).toStdString());
-        ++consoles;
+        ASSERT_TRUE(block.startsWith(QLatin1String("$ ")));
+        QString shown;
+        for (const QString& line : block.split(QLatin1Char('\n'))) {
+            if (!line.startsWith(QLatin1String("$ ")))
+                continue;
+            shown += line + QLatin1Char('\n') + desk.type(line.mid(2));
+            ++commands;
+        }
+        EXPECT_EQ(shown.toStdString(), block.toStdString());
     }
-    EXPECT_EQ(consoles, 2);
+    EXPECT_EQ(commands, 22);
 }
 
 TEST_F(InspectorGuide, ShowsThePictureThatTheToolDraws)
@@ -88,6 +131,7 @@ TEST_F(InspectorGuide, NamesEveryKey)
     const QString picture = scratch.filePath(QStringLiteral("map.svg"));
     const QString table = scratch.filePath(QStringLiteral("values.csv"));
     const QString tags = QStringLiteral("examples/address_ranges_tags.csv");
+    const QString page = scratch.filePath(QStringLiteral("panel.html"));
     const QString edited = scratch.filePath(QStringLiteral("edited.csv"));
     QFile edit(edited);
     ASSERT_TRUE(edit.open(QIODevice::WriteOnly) && edit.write("area,address,value\nLW,100,1\n") > 0);
@@ -109,6 +153,7 @@ TEST_F(InspectorGuide, NamesEveryKey)
         {QStringLiteral("diff"), ranges, directory, migrated, QStringLiteral("--tags"), tags},
         {QStringLiteral("export"), ranges, directory, QStringLiteral("-o"), table,
          QStringLiteral("--nonzero")},
+        {QStringLiteral("report"), ranges, directory, QStringLiteral("-o"), page},
         {QStringLiteral("compare"), areas, migrated, migrated, directory},
         {QStringLiteral("import"), ranges, edited, QStringLiteral("-o"),
          scratch.filePath(QStringLiteral("imported"))}};

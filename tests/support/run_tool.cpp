@@ -89,7 +89,8 @@ ToolRun runTool(const QString& program, const QStringList& arguments, const QByt
     return {status, contents(out), contents(err)};
 }
 
-ToolRun runToolOnTerminal(const QString& program, const QStringList& arguments, const QByteArray& keys)
+ToolRun runToolOnTerminal(const QString& program, const QStringList& arguments, const QByteArray& keys,
+                          const std::vector<Typing>& later)
 {
     QList<QByteArray> words = commandWords(program, arguments);
     const std::vector<char*> argv = pointersTo(words);
@@ -102,11 +103,22 @@ ToolRun runToolOnTerminal(const QString& program, const QStringList& arguments, 
         setenv("TERM", "xterm", 1);
         becomeProgram(argv);
     }
-    EXPECT_EQ(write(terminal, keys.constData(), static_cast<std::size_t>(keys.size())), keys.size());
+    const auto type = [terminal](const QByteArray& text) {
+        EXPECT_EQ(write(terminal, text.constData(), static_cast<std::size_t>(text.size())), text.size());
+    };
+    type(keys);
     QByteArray out;
     char buffer[4096];
-    for (ssize_t length; (length = read(terminal, buffer, sizeof buffer)) > 0;)
+    auto next = later.begin();
+    int seen = 0;
+    for (ssize_t length; (length = read(terminal, buffer, sizeof buffer)) > 0;) {
         out.append(buffer, static_cast<int>(length));
+        if (next != later.end() && out.indexOf(next->after, seen) >= 0) {
+            seen = out.size();
+            type(next++->keys);
+        }
+    }
+    EXPECT_TRUE(next == later.end()) << "never said: " << next->after.toStdString();
     close(terminal);
     return {statusAfter(child), out, QByteArray()};
 }

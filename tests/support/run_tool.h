@@ -6,6 +6,8 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
+#include <vector>
+
 struct ToolRun
 {
     int status;     ///< exit status; minus the signal number when a signal ended it
@@ -17,6 +19,14 @@ struct ToolRun
 /// the environment variable TEST_EMULATOR, if any, come before the program.
 ToolRun runTool(const QString& program, const QStringList& arguments, const QByteArray& input = QByteArray());
 
+/// Keys that are typed as soon as new output holds the text.
+struct Typing
+{
+    QByteArray after;
+    QByteArray keys;
+};
+
 /// The same with a terminal of 30 lines as standard input, output and error, on which `keys` are typed at
-/// once.
-ToolRun runToolOnTerminal(const QString& program, const QStringList& arguments, const QByteArray& keys);
+/// once, then the others in turn.
+ToolRun runToolOnTerminal(const QString& program, const QStringList& arguments, const QByteArray& keys,
+                          const std::vector<Typing>& later = {});

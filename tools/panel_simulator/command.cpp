@@ -3,6 +3,7 @@
 #include "tools/panel_simulator/command.h"
 
 #include "simulated_host/memory_areas.h"
+#include "tools/numbers.h"
 
 #include <QtCore/QStringList>
 
@@ -22,10 +23,13 @@ const Form forms[] = {
     {"get", Command::Kind::Get, "AREA ADDRESS [COUNT]", "show cells; AREA is LB, LW or RWI"},
     {"set", Command::Kind::Set, "AREA ADDRESS VALUE...",
      "write cells from ADDRESS on; watched ones are reported"},
+    {"expect", Command::Kind::Expect, "AREA ADDRESS VALUE...",
+     "compare cells; the exit status is 1 when one differs"},
     {"cycle", Command::Kind::Cycle, "", "one cyclic call now"},
     {"watch", Command::Kind::Watch, "", "the cells that the module asked to watch"},
     {"status", Command::Kind::Status, "", "mode, period, syncs, files"},
     {"live", Command::Kind::Live, "", "show or hide a view of the running panel above the commands"},
+    {"restart", Command::Kind::Restart, "", "stop in good order and start again"},
     {"power-cut", Command::Kind::PowerCut, "", "end at once, as without power"},
     {"stop", Command::Kind::Stop, "", "end in good order"},
     {"help", Command::Kind::Help, "", "this list"},
@@ -48,15 +52,16 @@ Command expected(const Form& form)
     return bad(QStringLiteral("expected: %1").arg(usage(form)));
 }
 
-/// The number from `lowest` to `highest` that `text` stands for.
 std::optional<int> number(const QString& text, int lowest, int highest)
 {
-    bool ok = false;
-    const bool hexadecimal = text.startsWith(QLatin1String("0x"));
-    const qlonglong value = hexadecimal ? text.mid(2).toLongLong(&ok, 16) : text.toLongLong(&ok, 10);
-    if (!ok || value < lowest || value > highest)
-        return std::nullopt;
-    return static_cast<int>(value);
+    const std::optional<qint64> value = wholeNumber(text, lowest, highest);
+    return value ? std::optional<int>(static_cast<int>(*value)) : std::nullopt;
+}
+
+bool namesCells(const Form& form)
+{
+    return form.kind == Command::Kind::Get || form.kind == Command::Kind::Set ||
+           form.kind == Command::Kind::Expect;
 }
 
 QString notANumber(const char* what, const QString& text, int lowest, int highest)
@@ -111,13 +116,14 @@ Command cellCommand(const Form& form, const QStringList& words)
 
 Command parseCommand(const QString& line)
 {
-    const QStringList words = line.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    if (words.isEmpty() || words.first().startsWith(QLatin1Char('#')))
+    const QStringList words =
+        line.section(QLatin1Char('#'), 0, 0).simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (words.isEmpty())
         return {};
     for (const Form& form : forms) {
         if (words.first() != QLatin1String(form.word))
             continue;
-        if (form.kind == Command::Kind::Get || form.kind == Command::Kind::Set)
+        if (namesCells(form))
             return cellCommand(form, words);
         if (words.size() > 1)
             return expected(form);
@@ -130,6 +136,26 @@ Command parseCommand(const QString& line)
         known.append(QLatin1String(form.word));
     return bad(QStringLiteral("unknown command \"%1\": expected one of %2")
                    .arg(words.first(), known.join(QLatin1String(", "))));
+}
+
+QStringList completionsOf(const QString& beginning)
+{
+    QString before = beginning;
+    while (!before.isEmpty() && before.front().isSpace())
+        before.remove(0, 1);
+    const QStringList words = before.split(QLatin1Char(' '));
+    QStringList candidates;
+    for (const Form& form : forms) {
+        if (words.size() == 1)
+            candidates.append(QLatin1String(form.word));
+        else if (words.size() == 2 && namesCells(form) && words.first() == QLatin1String(form.word))
+            candidates = QStringList{QStringLiteral("LB"), QStringLiteral("LW"), QStringLiteral("RWI")};
+    }
+    QStringList fitting;
+    for (const QString& candidate : candidates)
+        if (candidate.startsWith(words.last()))
+            fitting.append(candidate);
+    return fitting;
 }
 
 QString commandHelp()

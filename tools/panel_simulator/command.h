@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <vector>
 
@@ -13,26 +14,31 @@ struct Command
         Nothing,
         Get,
         Set,
+        Expect,
         Cycle,
         Watch,
         Status,
         Live,
+        Restart,
         PowerCut,
         Stop,
         Help
     };
 
     Kind kind = Kind::Nothing;
-    QString area;               ///< Get, Set: "LB", "LW" or "RWI"
-    int address = 0;            ///< Get, Set: first cell
+    QString area;               ///< Get, Set, Expect: "LB", "LW" or "RWI"
+    int address = 0;            ///< Get, Set, Expect: first cell
     int count = 0;              ///< Get: number of cells, at least 1, inside the area
-    std::vector<ushort> values; ///< Set: at least one, inside the area
+    std::vector<ushort> values; ///< Set, Expect: at least one, inside the area
     QString error;              ///< what was expected instead; empty for a good command
 };
 
-/// Parses one line. Blank lines and lines that begin with '#' are Nothing. Numbers are decimal, or
-/// hexadecimal with 0x; a word takes -32768 to 65535, a bit 0 or 1.
+/// Parses one line. What follows a '#' is a comment; a line without anything else is Nothing. Numbers are
+/// decimal, or hexadecimal with 0x; a word takes -32768 to 65535, a bit 0 or 1.
 Command parseCommand(const QString& line);
 
 /// The commands, one a line, for people.
 QString commandHelp();
+
+/// The words that may stand where the last word of `beginning` begins, and begin like it.
+QStringList completionsOf(const QString& beginning);

@@ -2,8 +2,13 @@
 // SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/line_source.h"
 
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
 #include <algorithm>
 #include <climits>
+#include <iostream>
 #include <poll.h>
 #include <unistd.h>
 
@@ -16,10 +21,20 @@ char* prompt(EditLine*)
     return promptText;
 }
 
+/// Where programs keep such things; empty when there is no such place.
+QByteArray findHistoryFile()
+{
+    QString state = qEnvironmentVariable("XDG_STATE_HOME");
+    if (state.isEmpty() && !qEnvironmentVariableIsEmpty("HOME"))
+        state = qEnvironmentVariable("HOME") + QLatin1String("/.local/state");
+    if (state.isEmpty() || !QDir().mkpath(state + QLatin1String("/panel_simulator")))
+        return {};
+    return QFile::encodeName(state + QLatin1String("/panel_simulator/history"));
+}
+
 } // namespace
 
-LineSource::LineSource(int descriptor, Panel& panel, LiveView& view)
-    : descriptor(descriptor), panel(panel), view(view)
+LineSource::LineSource(int descriptor, Session& session) : descriptor(descriptor), session(session)
 {
     clock.start();
     if (!isatty(descriptor))
@@ -27,12 +42,19 @@ LineSource::LineSource(int descriptor, Panel& panel, LiveView& view)
     HistEvent event;
     history.reset(history_init());
     ::history(history.get(), &event, H_SETSIZE, 1000);
+    ::history(history.get(), &event, H_SETUNIQUE, 1);
+    historyFile = findHistoryFile();
+    if (QFileInfo::exists(QFile::decodeName(historyFile)))
+        ::history(history.get(), &event, H_LOAD, historyFile.constData());
     editor.reset(el_init("panel_simulator", stdin, stdout, stderr));
     el_set(editor.get(), EL_EDITOR, "emacs");
+    el_set(editor.get(), EL_SIGNAL, 1); // gives the terminal back before a signal ends or stops the program
     el_set(editor.get(), EL_PROMPT, prompt);
     el_set(editor.get(), EL_HIST, ::history, history.get());
     el_set(editor.get(), EL_CLIENTDATA, this);
     el_set(editor.get(), EL_GETCFN, readKey);
+    el_set(editor.get(), EL_ADDFN, "complete-command", "Completes a command or an area", complete);
+    el_set(editor.get(), EL_BIND, "^I", "complete-command", nullptr);
 }
 
 bool LineSource::next(QString& line)
@@ -47,11 +69,18 @@ bool LineSource::nextEdited(QString& line)
     if (!text || length <= 0)
         return false;
     line = QString::fromUtf8(text, length).trimmed();
-    if (!line.isEmpty()) {
-        HistEvent event;
-        ::history(history.get(), &event, H_ENTER, text);
-    }
+    if (!line.isEmpty())
+        keep(text);
     return true;
+}
+
+/// At once, because a power cut leaves no time for it.
+void LineSource::keep(const char* text)
+{
+    HistEvent event;
+    ::history(history.get(), &event, H_ENTER, text);
+    if (!historyFile.isEmpty())
+        ::history(history.get(), &event, H_SAVE, historyFile.constData());
 }
 
 bool LineSource::nextPlain(QString& line)
@@ -78,17 +107,14 @@ bool LineSource::nextPlain(QString& line)
 
 void LineSource::wait()
 {
-    const ExtendFuncModelBase& model = *panel.model;
     for (;;) {
-        view.draw();
-        long long timeout = INT_MAX;
+        const ExtendFuncModelBase& model = *session.panel().model;
+        long long timeout = -1;
         if (model.cyclePeriodMs > 0)
             timeout = std::clamp<long long>(model.cycleRemainingMs, 0, INT_MAX);
-        if (view.isShown())
-            timeout = std::min<long long>(timeout, LiveView::frameMs);
         pollfd waiting = {descriptor, POLLIN, 0};
         const int ready = poll(&waiting, 1, static_cast<int>(timeout));
-        panel.advance(clock.restart());
+        session.advance(clock.restart());
         if (ready > 0)
             return;
     }
@@ -104,4 +130,25 @@ int LineSource::readKey(EditLine* editor, wchar_t* key)
         return 0;
     *key = static_cast<unsigned char>(byte);
     return 1;
+}
+
+unsigned char LineSource::complete(EditLine* editor, int)
+{
+    const LineInfo* const line = el_line(editor);
+    const QString beginning = QString::fromUtf8(line->buffer, static_cast<int>(line->cursor - line->buffer));
+    const QStringList words = completionsOf(beginning);
+    const int typed = beginning.section(QLatin1Char(' '), -1).size();
+    if (words.isEmpty())
+        return CC_ERROR;
+    // As far as all of them agree.
+    QString common = words.first();
+    for (const QString& word : words)
+        while (!word.startsWith(common))
+            common.chop(1);
+    if (words.size() == 1)
+        common += QLatin1Char(' ');
+    if (common.size() > typed)
+        return el_insertstr(editor, common.mid(typed).toUtf8().constData()) == 0 ? CC_REFRESH : CC_ERROR;
+    std::cout << '\n' << words.join(QLatin1String("  ")).toStdString() << std::endl;
+    return CC_REDISPLAY;
 }

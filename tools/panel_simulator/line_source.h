@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "simulated_host/panel.h"
-#include "tools/panel_simulator/live_view.h"
+#include "tools/panel_simulator/session.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QElapsedTimer>
@@ -13,23 +12,26 @@
 
 #include <memory>
 
-/// While it waits for a line, cyclic calls that come due are made and a shown view is kept up to date.
+/// While it waits for a line, cyclic calls that come due are made.
 class LineSource
 {
 public:
-    /// `descriptor`, `panel` and `view` stay the caller's. A terminal gets a prompt, line editing and a
-    /// history for as long as the object lives.
-    LineSource(int descriptor, Panel& panel, LiveView& view);
+    /// `descriptor` and `session` stay the caller's. A terminal gets a prompt, line editing, completion with
+    /// Tab, and a history that is kept over starts.
+    LineSource(int descriptor, Session& session);
 
     /// False at the end of the input; a last line without a line feed counts.
     bool next(QString& line);
+    bool isTerminal() const { return editor != nullptr; }
 
 private:
     bool nextEdited(QString& line);
     bool nextPlain(QString& line);
+    void keep(const char* text);
     /// Returns when there is something to read, or the end of the input.
     void wait();
     static int readKey(EditLine* editor, wchar_t* key);
+    static unsigned char complete(EditLine* editor, int key);
 
     struct EndHistory
     {
@@ -41,11 +43,11 @@ private:
     };
 
     int descriptor;
-    Panel& panel;
-    LiveView& view;
+    Session& session;
     QElapsedTimer clock;
     QByteArray pending;
     bool ended = false;
+    QByteArray historyFile; ///< empty when there is no place for one
     std::unique_ptr<History, EndHistory> history;
     std::unique_ptr<EditLine, EndEditor> editor; ///< null unless the descriptor is a terminal
 };

@@ -1,138 +1,269 @@
-// Draws the live view with the terminal's scrolling region.
+// Draws the live view with ncurses and reads the lines typed in it.
 // SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/live_view.h"
 
-#include "simulated_host/private_directory.h"
-#include "simulated_host/shell.h"
-#include "tools/panel_simulator/session.h"
+#include "tools/panel_simulator/command.h"
+#include "tools/panel_simulator/live_content.h"
 
-#include <QtCore/QDateTime>
-#include <QtCore/QFileInfo>
+#include <QtCore/QElapsedTimer>
 
 #include <algorithm>
+#include <csignal>
 #include <iostream>
-#include <sys/ioctl.h>
 #include <unistd.h>
+
+#include <curses.h>
+
+// It defines macros of common names.
+#undef lines
+#undef timeout
 
 namespace {
 
-const int height = 6;              // lines of the view, its lower edge included
-const std::size_t mostChanges = 6; // as many as fit into one line of usual width
+const int frameMs = 250;
+const int mostLogLines = 1000;
+const char* const prompt = "panel> ";
 
-winsize terminalSize()
+volatile std::sig_atomic_t interrupted = 0;
+
+void noteInterrupt(int)
 {
-    winsize size = {};
-    ioctl(STDOUT_FILENO, TIOCGWINSZ, &size);
-    return size;
+    interrupted = 1;
 }
 
-QString countdown(const ExtendFuncModelBase& model)
+/// The terminal in ncurses' hands; ncurses itself gives it back and takes it again around Ctrl-Z, and follows
+/// its size.
+class Screen
+{
+public:
+    Screen() : terminal(newterm(nullptr, stdout, stdin))
+    {
+        if (!terminal)
+            return;
+        cbreak();
+        noecho();
+        keypad(stdscr, TRUE);
+        interrupted = 0;
+        struct sigaction action = {};
+        action.sa_handler = noteInterrupt; // without SA_RESTART, so that waiting for a key ends
+        sigaction(SIGINT, &action, &before);
+    }
+    ~Screen()
+    {
+        if (!terminal)
+            return;
+        sigaction(SIGINT, &before, nullptr);
+        endwin();
+        delscreen(terminal);
+    }
+    Screen(const Screen&) = delete;
+    Screen& operator=(const Screen&) = delete;
+
+    bool isOpen() const { return terminal != nullptr; }
+
+private:
+    SCREEN* terminal;
+    struct sigaction before = {};
+};
+
+/// A line being typed, with the earlier ones.
+class TypedLine
+{
+public:
+    /// True when the line is complete.
+    bool type(int key)
+    {
+        switch (key) {
+        case '\n':
+        case '\r':
+        case KEY_ENTER:
+            return true;
+        case KEY_LEFT:
+            cursor = std::max(0, cursor - 1);
+            break;
+        case KEY_RIGHT:
+            cursor = std::min(text.size(), cursor + 1);
+            break;
+        case KEY_HOME:
+        case 'A' - '@':
+            cursor = 0;
+            break;
+        case KEY_END:
+        case 'E' - '@':
+            cursor = text.size();
+            break;
+        case KEY_BACKSPACE:
+        case '\b':
+        case 127:
+            if (cursor > 0)
+                text.remove(--cursor, 1);
+            break;
+        case KEY_DC:
+            text.remove(cursor, 1);
+            break;
+        case 'U' - '@':
+            set(QString());
+            break;
+        case KEY_UP:
+            recall(at - 1);
+            break;
+        case KEY_DOWN:
+            recall(at + 1);
+            break;
+        case '\t':
+            complete();
+            break;
+        default:
+            if (key >= ' ' && key < 127)
+                text.insert(cursor++, QLatin1Char(static_cast<char>(key)));
+        }
+        return false;
+    }
+
+    /// The complete line; the next one begins empty.
+    QString take()
+    {
+        const QString line = text.trimmed();
+        if (!line.isEmpty())
+            earlier.append(line);
+        at = earlier.size();
+        set(QString());
+        return line;
+    }
+
+    bool isEmpty() const { return text.isEmpty(); }
+    const QString& shown() const { return text; }
+    int cursorAt() const { return cursor; }
+
+private:
+    void set(const QString& newText)
+    {
+        text = newText;
+        cursor = text.size();
+    }
+
+    void recall(int which)
+    {
+        if (which < 0 || which > earlier.size())
+            return;
+        at = which;
+        set(earlier.value(which));
+    }
+
+    void complete()
+    {
+        const QStringList words = completionsOf(text.left(cursor));
+        if (words.size() != 1)
+            return;
+        const QString typed = text.left(cursor).section(QLatin1Char(' '), -1);
+        const QString rest = words.first().mid(typed.size()) + QLatin1Char(' ');
+        text.insert(cursor, rest);
+        cursor += rest.size();
+    }
+
+    QString text;
+    int cursor = 0;
+    QStringList earlier;
+    int at = 0;
+};
+
+void putLine(int row, const QString& line)
+{
+    mvaddnstr(row, 0, line.toLatin1().constData(), COLS);
+}
+
+/// The view at the top, the answers below it, the line at the bottom; what there is no room for is left out
+/// from the middle.
+void draw(const QStringList& view, const QStringList& log, const TypedLine& line)
+{
+    erase();
+    const int room = LINES - 1;
+    const int viewRows = std::min(view.size(), room);
+    for (int row = 0; row < viewRows; ++row)
+        putLine(row, view.at(row));
+    const bool edge = viewRows < room;
+    if (edge)
+        mvhline(viewRows, 0, ACS_HLINE, COLS);
+    const int logRows = std::max(0, std::min(log.size(), room - viewRows - 1));
+    for (int i = 0; i < logRows; ++i)
+        putLine(room - logRows + i, log.at(log.size() - logRows + i));
+    const QString typed = QLatin1String(prompt) + line.shown();
+    const int cursor = static_cast<int>(qstrlen(prompt)) + line.cursorAt();
+    const int hidden = std::max(0, cursor - COLS + 1); // a long line scrolls
+    putLine(LINES - 1, typed.mid(hidden));
+    move(LINES - 1, cursor - hidden);
+    refresh();
+}
+
+/// Milliseconds to wait for a key: a frame, or less when a cyclic call comes before.
+int waitMs(const ExtendFuncModelBase& model)
 {
     if (model.cyclePeriodMs <= 0)
-        return QStringLiteral("no cyclic calls");
-    const auto clockTime = [](long long ms) {
-        return QStringLiteral("%1:%2").arg(ms / 60000).arg(ms / 1000 % 60, 2, 10, QLatin1Char('0'));
-    };
-    return QStringLiteral("next cyclic call in %1 of %2")
-        .arg(clockTime(std::max(0LL, model.cycleRemainingMs)), clockTime(model.cyclePeriodMs));
-}
-
-QString fileText(const QString& name)
-{
-    const QFileInfo file(QStringLiteral("%1/%2").arg(QLatin1String(fixedProjectDirectory), name));
-    if (!file.exists())
-        return QStringLiteral("%1 missing").arg(name);
-    return QStringLiteral("%1 %2 bytes, written %3 s ago")
-        .arg(name, -20)
-        .arg(file.size())
-        .arg(std::max<qint64>(0, file.lastModified().secsTo(QDateTime::currentDateTime())));
-}
-
-QString areaText(const Panel& panel, const MemoryArea& area, const QString& file)
-{
-    int watched = 0;
-    for (const WatchedRange& range : panel.watched.ranges())
-        if (range.area == area.name())
-            watched += range.last - range.first + 1;
-    int set = 0;
-    for (int address = 0; address < MemoryArea::cellCount; ++address)
-        set += area.cell(address).value_or(0) != 0;
-    return QStringLiteral("%1 %2 cells watched, %3 not zero   %4")
-        .arg(area.name(), -3)
-        .arg(watched, 5)
-        .arg(set, 5)
-        .arg(fileText(file));
+        return frameMs;
+    return static_cast<int>(std::clamp<long long>(model.cycleRemainingMs, 0, frameMs));
 }
 
 } // namespace
 
-bool LiveView::show()
+bool canShowLive()
 {
-    if (!isatty(STDOUT_FILENO) || terminalSize().ws_row < 2 * height)
-        return false;
-    shown = true;
-    seen = panel.areas;
-    changes.clear();
-    // Commands scroll below the view.
-    std::cout << "\033[2J\033[" << height + 1 << "r\033[" << height + 1 << ";1H";
-    draw();
-    return true;
+    return isatty(STDIN_FILENO) && isatty(STDOUT_FILENO);
 }
 
-void LiveView::hide()
+bool showLive(Session& session, const std::function<bool(const QString& line, QString& answer)>& carryOut)
 {
-    if (shown)
-        std::cout << "\0337\033[r\033[" << height << ";1H\033[1J\0338" << std::flush;
-    shown = false;
-}
-
-void LiveView::draw()
-{
-    if (!shown)
-        return;
-    noteChanges();
-    const int width = terminalSize().ws_col;
-    std::cout << "\0337"; // the cursor goes back to the command line afterwards
-    int row = 0;
-    for (const QString& line : lines())
-        std::cout << "\033[" << ++row << ";1H\033[K" << line.left(width).toStdString();
-    std::cout << "\0338" << std::flush;
-}
-
-void LiveView::noteChanges()
-{
-    for (const MemoryArea& area : panel.areas.all()) {
-        MemoryArea& before = *seen.named(area.name());
-        for (int address = 0; address < MemoryArea::cellCount; ++address) {
-            const ushort value = area.cell(address).value_or(0);
-            if (before.cell(address) == value)
-                continue;
-            before.setCell(address, value);
-            Change change = {area.name(), address, value, QElapsedTimer()};
-            change.since.start();
-            changes.push_front(change);
+    QStringList log;
+    bool goOn = true;
+    bool opened = false;
+    {
+        std::cout.flush();
+        const Screen screen;
+        opened = screen.isOpen();
+        LiveContent content(session);
+        TypedLine typed;
+        QElapsedTimer clock;
+        clock.start();
+        const auto progress = session.progress;
+        session.progress = [&](int done, int all) {
+            if (clock.elapsed() < frameMs)
+                return;
+            session.advance(clock.restart());
+            draw(content.lines(COLS),
+                 log + QStringList(QStringLiteral("%1 of %2 cells reported").arg(done).arg(all)), typed);
+        };
+        bool leave = !opened;
+        while (goOn && !leave && !interrupted) {
+            draw(content.lines(COLS), log, typed);
+            wtimeout(stdscr, waitMs(*session.panel().model));
+            int key = getch();
+            session.advance(clock.restart());
+            // Everything that is there already, before the next frame.
+            for (; key != ERR && !leave && goOn; wtimeout(stdscr, 0), key = getch()) {
+                if (key == 'D' - '@' && typed.isEmpty()) {
+                    leave = true;
+                    break;
+                }
+                if (!typed.type(key))
+                    continue;
+                const QString line = typed.take();
+                if (parseCommand(line).kind == Command::Kind::Live) {
+                    leave = true;
+                    break;
+                }
+                QString answer;
+                goOn = carryOut(line, answer);
+                log.append(QLatin1String(prompt) + line);
+                log += answer.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+                while (log.size() > mostLogLines)
+                    log.removeFirst();
+            }
         }
+        session.progress = progress;
     }
-    changes.resize(std::min(changes.size(), mostChanges));
-}
-
-QStringList LiveView::lines() const
-{
-    QStringList result;
-    result.append(QStringLiteral("%1   %2   syncs run %3")
-                      .arg(modeText(*panel.model), countdown(*panel.model))
-                      .arg(commandsRun(QStringLiteral("sync"))));
-    const auto& areas = panel.areas.all();
-    for (std::size_t i = 0; i < areas.size(); ++i)
-        result.append(areaText(panel, areas[i], QLatin1String(retentionFileNames[i])));
-    QStringList recent;
-    for (const Change& change : changes)
-        recent.append(QStringLiteral("%1 %2 = %3 (%4 s)")
-                          .arg(change.area)
-                          .arg(change.address)
-                          .arg(change.value)
-                          .arg(change.since.elapsed() / 1000));
-    result.append(QStringLiteral("changed   ") + recent.join(QLatin1String("   ")));
-    result.append(QString(200, QLatin1Char('-')));
-    return result;
+    if (!opened)
+        std::cerr << "live: this terminal (TERM) is not known" << std::endl;
+    for (const QString& line : log)
+        std::cout << line.toStdString() << '\n';
+    std::cout.flush();
+    return goOn;
 }

@@ -1,48 +1,18 @@
-// Shows the running panel on top of the terminal while commands are typed below it.
+// Shows the running panel on the whole terminal while commands are typed below it.
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "simulated_host/panel.h"
+#include "tools/panel_simulator/session.h"
 
-#include <QtCore/QElapsedTimer>
+#include <QtCore/QString>
 #include <QtCore/QStringList>
 
-#include <deque>
+#include <functional>
 
-/// Shows the mode, the countdown to the next cyclic call, the syncs, each area with its file, and the cells
-/// that changed last.
-class LiveView
-{
-public:
-    static constexpr int frameMs = 250; ///< draw() is to be called about this often
+/// Whether both standard input and output are terminals that the view can be drawn on.
+bool canShowLive();
 
-    /// `panel` stays the caller's.
-    explicit LiveView(const Panel& panel) : panel(panel) {}
-    ~LiveView() { hide(); }
-    LiveView(const LiveView&) = delete;
-    LiveView& operator=(const LiveView&) = delete;
-
-    /// Takes the top of the terminal on standard output; false when that is no terminal, or too low a one.
-    bool show();
-    void hide(); ///< gives it back
-    bool isShown() const { return shown; }
-    /// Brings a shown view up to date.
-    void draw();
-
-private:
-    struct Change
-    {
-        QString area;
-        int address;
-        ushort value;
-        QElapsedTimer since;
-    };
-
-    void noteChanges();
-    QStringList lines() const;
-
-    const Panel& panel;
-    bool shown = false;
-    MemoryAreas seen;           ///< as of the last frame
-    std::deque<Change> changes; ///< the latest first
-};
+/// Shows the panel until the user leaves the view with "live", Ctrl-C or the end of input. `carryOut` is
+/// given each typed line but "live" itself; it answers with the text to show, and false when the panel is to
+/// stop. Its text is printed again when the terminal is given back. Returns whether the panel is to go on.
+bool showLive(Session& session, const std::function<bool(const QString& line, QString& answer)>& carryOut);

@@ -1,7 +1,7 @@
 // Runs panel_simulator: options, start-up, and the loop over commands.
 // SPDX-License-Identifier: MIT
 #include "project_tree/project_reader.h"
-#include "simulated_host/panel.h"
+#include "simulated_host/mount_namespace.h"
 #include "simulated_host/private_directory.h"
 #include "tools/panel_simulator/command.h"
 #include "tools/panel_simulator/line_source.h"
@@ -14,11 +14,16 @@
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
+#include <QtCore/QElapsedTimer>
+
 #include <iostream>
+#include <sstream>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
+const int failureStatus = 1;
 const int usageStatus = 2;
 
 struct Options
@@ -41,8 +46,11 @@ Options readOptions(QCoreApplication& application)
     parser.setApplicationDescription(
         QStringLiteral("Runs the retention module against a project, as the panel's runtime would.\n"
                        "The module's fixed directory shows --project-dir, for this process only.\n\n"
-                       "Commands, from the terminal, a pipe or a script ('#' begins a comment line):\n") +
-        commandHelp());
+                       "Commands, from the terminal, a pipe or a script ('#' begins a comment):\n") +
+        commandHelp() +
+        QStringLiteral(
+            "\nExit status: 0; 1 when an expectation failed; 2 for usage and, from a pipe or a script,\n"
+            "at the first bad command."));
     // Not addHelpOption(): that also offers --help-all, for Qt's own options, and there are none.
     parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help.")});
     parser.addPositionalArgument(QStringLiteral("PROJECT.xml"), QStringLiteral("The panel's project."));
@@ -55,13 +63,18 @@ Options readOptions(QCoreApplication& application)
             "Where the retention files lie; made when it is missing. Without it: PROJECT.retention, here."),
         QStringLiteral("DIR"));
     const QCommandLineOption script(QStringLiteral("script"),
-                                    QStringLiteral("Commands to run; the first bad one ends with status 2."),
+                                    QStringLiteral("Commands to run, instead of standard input."),
                                     QStringLiteral("FILE"));
-    parser.addOptions({module, directory, script});
+    const QCommandLineOption version(QStringLiteral("version"), QStringLiteral("Shows the version."));
+    parser.addOptions({module, directory, script, version});
     if (!parser.parse(application.arguments()))
         giveUp(parser.errorText() + QStringLiteral(" (see --help)"));
     if (parser.isSet(QStringLiteral("help")))
         parser.showHelp();
+    if (parser.isSet(version)) {
+        std::cout << "panel_simulator " SIMULATOR_VERSION << std::endl;
+        std::exit(0);
+    }
     if (parser.positionalArguments().size() != 1)
         giveUp(
             QStringLiteral("expected one project file: panel_simulator PROJECT.xml [options] (see --help)"));
@@ -73,44 +86,100 @@ Options readOptions(QCoreApplication& application)
             parser.value(script)};
 }
 
-void toggle(LiveView& view)
+/// On a terminal, in one line that goes away again, once a command takes long.
+class ProgressLine
 {
-    if (view.isShown())
-        view.hide();
-    else if (!view.show())
-        std::cerr << "live: expected a terminal of at least 12 lines" << std::endl;
-}
-
-int runCommands(int descriptor, const Options& options, Panel& panel)
-{
-    LiveView view(panel);
-    LineSource lines(descriptor, panel, view);
-    QString line;
-    for (int lineNumber = 1;; ++lineNumber) {
-        if (!lines.next(line))
-            return 0;
-        const Command command = parseCommand(line);
-        if (!command.error.isEmpty()) {
-            const std::string message = command.error.toStdString();
-            if (!options.script.isEmpty()) {
-                std::cerr << options.script.toStdString() << ':' << lineNumber << ": " << message
-                          << std::endl;
-                return usageStatus;
-            }
-            std::cerr << message << std::endl;
-            continue;
-        }
-        if (command.kind == Command::Kind::Live) {
-            toggle(view);
-            continue;
-        }
-        if (command.kind == Command::Kind::PowerCut)
-            view.hide(); // while there is time to
-        const bool goOn = runCommand(command, panel, options.directory, std::cout);
-        std::cout.flush();
-        if (!goOn)
-            return 0;
+public:
+    void begin() { clock.start(); }
+    void show(int done, int all)
+    {
+        if (!isatty(STDERR_FILENO) || clock.elapsed() < nextMs)
+            return;
+        nextMs = clock.elapsed() + 200;
+        const QString line = QStringLiteral("%1 of %2 cells reported").arg(done).arg(all);
+        width = line.size();
+        std::cerr << '\r' << line.toStdString() << std::flush;
     }
+    void end()
+    {
+        if (width > 0)
+            std::cerr << '\r' << std::string(static_cast<std::size_t>(width), ' ') << '\r' << std::flush;
+        width = 0;
+        nextMs = firstMs;
+    }
+
+private:
+    static constexpr qint64 firstMs = 500;
+    QElapsedTimer clock;
+    qint64 nextMs = firstMs;
+    int width = 0;
+};
+
+/// Carries out lines, and keeps the exit status that they come to.
+class Lines
+{
+public:
+    Lines(Session& session, QString source) : session(session), source(std::move(source))
+    {
+        session.progress = [this](int done, int all) { progress.show(done, all); };
+    }
+
+    /// Returns false when the panel is to stop: at "stop" and, unless the lines come from a terminal, at the
+    /// first bad one.
+    bool carryOut(const QString& line, bool terminal, std::ostream& out, std::ostream& errors)
+    {
+        ++number;
+        const QString place = terminal ? QString() : QStringLiteral("%1:%2: ").arg(source).arg(number);
+        const Command command = parseCommand(line);
+        QString error = command.error;
+        if (command.kind == Command::Kind::Live)
+            error = QStringLiteral("live: expected a terminal");
+        if (!error.isEmpty()) {
+            errors << (place + error).toStdString() << std::endl;
+            if (!terminal)
+                status = usageStatus;
+            return terminal;
+        }
+        progress.begin();
+        const CommandResult result = session.run(command, out, errors);
+        progress.end();
+        out.flush();
+        if (!result.failure.isEmpty()) {
+            errors << (place + result.failure).toStdString() << std::endl;
+            status = failureStatus;
+        }
+        return result.goOn;
+    }
+
+    int exitStatus() const { return status; }
+
+private:
+    Session& session;
+    QString source;
+    ProgressLine progress;
+    int number = 0;
+    int status = 0;
+};
+
+int runCommands(int descriptor, const Options& options, Session& session)
+{
+    Lines lines(session, options.script.isEmpty() ? QStringLiteral("standard input") : options.script);
+    LineSource source(descriptor, session);
+    QString line;
+    bool goOn = true;
+    while (goOn && source.next(line)) {
+        if (source.isTerminal() && canShowLive() && parseCommand(line).kind == Command::Kind::Live) {
+            goOn = showLive(session, [&lines](const QString& typed, QString& answer) {
+                std::ostringstream text;
+                const bool more = lines.carryOut(typed, true, text, text);
+                answer = QString::fromStdString(text.str());
+                return more;
+            });
+            continue;
+        }
+        goOn = lines.carryOut(line, source.isTerminal(), std::cout, std::cerr);
+    }
+    return lines.exitStatus();
 }
 
 } // namespace
@@ -142,18 +211,16 @@ int main(int argc, char** argv)
         error = mapProjectDirectory(directory);
     if (!error.isEmpty())
         giveUp(error);
+    giveUpNamespaceRights();
     if (!pathMappingNotice().isEmpty())
         std::cerr << "panel_simulator: " << pathMappingNotice().toStdString() << std::endl;
     const ModuleLibrary library(module);
     if (!library.isLoaded())
         giveUp(library.error());
 
-    Panel panel(library, reading.project.get());
-    panel.start();
-    std::cout << "started: " << modeText(*panel.model).toStdString() << std::endl;
-    if (panel.model->retentionMode == 1 && panel.model->cyclePeriodMs <= 0)
-        std::cout << "no cyclic calls: the period is " << panel.model->cyclePeriodMs << " ms" << std::endl;
-    const int status = runCommands(input.handle(), options, panel);
-    std::cout << "stopped" << std::endl;
+    Session session(library, reading.project.get(), directory);
+    session.start(std::cout, std::cerr);
+    const int status = runCommands(input.handle(), options, session);
+    session.stop(std::cout);
     return status;
 }

@@ -2,15 +2,14 @@
 // SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/session.h"
 
-#include "simulated_host/private_directory.h"
 #include "simulated_host/shell.h"
 
-#include <QtCore/QFileInfo>
 #include <QtCore/QStringList>
 
 #include <algorithm>
 #include <csignal>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -40,25 +39,6 @@ void get(const Command& command, const Panel& panel, std::ostream& out)
     }
 }
 
-void set(const Command& command, Panel& panel, std::ostream& out)
-{
-    const int count = static_cast<int>(command.values.size());
-    int reported = 0;
-    for (int j = 0; j < count; ++j)
-        reported += panel.watched.contains(command.area, command.address + j);
-    panel.setCells(command.area, command.address, command.values);
-    out << "set " << count << (count == 1 ? " cell, " : " cells, ") << reported
-        << " reported to the module\n";
-}
-
-void cycle(Panel& panel, std::ostream& out)
-{
-    const int before = commandsRun(QStringLiteral("sync"));
-    panel.model->cyclicRun();
-    const bool saved = commandsRun(QStringLiteral("sync")) != before;
-    out << (saved ? "cyclic call: the areas were saved\n" : "cyclic call: nothing to save in this mode\n");
-}
-
 void watch(const Panel& panel, std::ostream& out)
 {
     const auto ranges = panel.watched.ranges();
@@ -70,24 +50,6 @@ void watch(const Panel& panel, std::ostream& out)
     }
     if (ranges.empty())
         out << "nothing is watched\n";
-}
-
-void status(const Panel& panel, const QString& directory, std::ostream& out)
-{
-    out << "mode       " << text(modeText(*panel.model)) << '\n';
-    out << "period     " << text(periodText(*panel.model)) << '\n';
-    out << "ready      " << (panel.started ? "yes" : "no") << '\n';
-    out << "syncs run  " << commandsRun(QStringLiteral("sync")) << '\n';
-    out << "files      in " << text(directory) << '\n';
-    for (const char* name : retentionFileNames) {
-        const QFileInfo file(
-            QStringLiteral("%1/%2").arg(QLatin1String(fixedProjectDirectory), QLatin1String(name)));
-        out << "           " << text(QStringLiteral("%1").arg(QLatin1String(name), -21));
-        if (file.exists())
-            out << file.size() << " bytes\n";
-        else
-            out << "missing\n";
-    }
 }
 
 [[noreturn]] void powerCut(std::ostream& out)
@@ -112,34 +74,186 @@ QString modeText(const ExtendFuncModelBase& model)
     }
 }
 
-bool runCommand(const Command& command, Panel& panel, const QString& directory, std::ostream& out)
+Session::Session(const ModuleLibrary& library, object* project, QString directory)
+    : library(library), project(project), directory(std::move(directory))
+{
+}
+
+void Session::start(std::ostream& out, std::ostream& errors)
+{
+    current.reset(); // the old model closes its files first
+    reported = 0;
+    lost = 0;
+    current = std::make_unique<Panel>(library, project);
+    current->start();
+    out << "started: " << text(modeText(*current->model)) << std::endl;
+    if (savesWholeAreas() && current->model->cyclePeriodMs <= 0)
+        out << "no cyclic calls: the period is " << current->model->cyclePeriodMs << " ms" << std::endl;
+    for (std::size_t i = 0; i < retentionFileNames.size(); ++i) {
+        const FileOnDisk file = fileOnDisk(i);
+        const std::string name = retentionFileNames[i];
+        if (!file.problem.isEmpty())
+            errors << name << ' ' << text(file.problem) << "; " << text(current->areas.all()[i].name())
+                   << " is not kept" << std::endl;
+        else if (file.rootOnly)
+            errors << name << " is written all the same, because root does not heed its mode" << std::endl;
+    }
+}
+
+void Session::stop(std::ostream& out) const
+{
+    const QString unsavedCells = unsavedText();
+    out << "stopped";
+    if (!unsavedCells.isEmpty())
+        out << ", changed since the last save and lost: " << text(unsavedCells);
+    if (lost > 0)
+        out << ", " << lost << " of " << reported << " reported changes were not written";
+    out << std::endl;
+}
+
+std::vector<int> Session::unsaved(std::size_t area) const
+{
+    return savesWholeAreas() ? cellsNotInImage(current->areas.all()[area], area) : std::vector<int>();
+}
+
+QString Session::unsavedText() const
+{
+    const std::size_t most = 4; // named one by one
+    QStringList names;
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < retentionFileNames.size(); ++i) {
+        const MemoryArea& area = current->areas.all()[i];
+        for (const int cell : unsaved(i))
+            if (++count <= most)
+                names.append(QStringLiteral("%1 %2").arg(area.name()).arg(cell));
+    }
+    if (count == 0)
+        return {};
+    return QStringLiteral("%1 %2: %3%4")
+        .arg(count)
+        .arg(QLatin1String(count == 1 ? "cell" : "cells"), names.join(QLatin1String(", ")),
+             count > most ? QStringLiteral(" and %1 more").arg(count - most) : QString());
+}
+
+void Session::set(const Command& command, std::ostream& out)
+{
+    const int count = static_cast<int>(command.values.size());
+    int watched = 0;
+    for (int j = 0; j < count; ++j)
+        watched += current->watched.contains(command.area, command.address + j);
+    const int before = written.writes();
+    current->setCells(command.area, command.address, command.values, progress);
+    const int writes = std::min(watched, written.writes() - before);
+    reported += watched;
+    lost += watched - writes;
+    out << "set " << count << (count == 1 ? " cell, " : " cells, ") << watched << " reported to the module";
+    if (writes < watched)
+        out << ", but only " << writes << " written";
+    out << '\n';
+}
+
+void Session::cycle(std::ostream& out)
+{
+    std::array<qint64, 3> before = {};
+    for (std::size_t i = 0; i < before.size(); ++i)
+        before[i] = written.bytes(i);
+    current->model->cyclicRun();
+    if (!savesWholeAreas()) {
+        out << "cyclic call: nothing to save in this mode\n";
+        return;
+    }
+    QStringList notSaved;
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        const MemoryArea& area = current->areas.all()[i];
+        if (written.bytes(i) - before[i] >= qint64(area.memory().size()) && unsaved(i).empty())
+            continue;
+        const QString why = fileOnDisk(i).problem;
+        notSaved.append(QStringLiteral("%1 (%2 %3)")
+                            .arg(area.name(), QLatin1String(retentionFileNames[i]),
+                                 why.isEmpty()
+                                     ? QStringLiteral("could not be opened or written before, and the "
+                                                      "module does not try again")
+                                     : why));
+    }
+    if (notSaved.isEmpty())
+        out << "cyclic call: the areas were saved\n";
+    else
+        out << "cyclic call: not saved: " << text(notSaved.join(QLatin1String(", "))) << '\n';
+}
+
+void Session::status(std::ostream& out) const
+{
+    out << "mode       " << text(modeText(*current->model)) << '\n';
+    out << "period     " << text(periodText(*current->model)) << '\n';
+    out << "ready      " << (current->started ? "yes" : "no") << '\n';
+    out << "syncs run  " << commandsRun(QStringLiteral("sync")) << '\n';
+    if (savesWholeAreas()) {
+        const QString cells = unsavedText();
+        out << "unsaved    " << (cells.isEmpty() ? "nothing" : text(cells)) << '\n';
+    }
+    out << "files      in " << text(directory) << '\n';
+    for (std::size_t i = 0; i < retentionFileNames.size(); ++i) {
+        const FileOnDisk file = fileOnDisk(i);
+        out << "           " << text(QStringLiteral("%1").arg(QLatin1String(retentionFileNames[i]), -21));
+        if (file.exists)
+            out << file.size << " bytes";
+        if (!file.problem.isEmpty())
+            out << (file.exists ? ", " : "") << text(file.problem);
+        out << '\n';
+    }
+}
+
+QString Session::expect(const Command& command, std::ostream& out) const
+{
+    const MemoryArea& area = *current->areas.named(command.area);
+    QStringList wanted;
+    QStringList found;
+    for (std::size_t i = 0; i < command.values.size(); ++i) {
+        wanted.append(QString::number(command.values[i]));
+        found.append(QString::number(*area.cell(command.address + static_cast<int>(i))));
+    }
+    const QString cells = QStringLiteral("%1 %2: ").arg(command.area).arg(command.address);
+    if (found != wanted)
+        return QStringLiteral("%1expected %2, found %3")
+            .arg(cells, wanted.join(QLatin1Char(' ')), found.join(QLatin1Char(' ')));
+    out << text(cells + found.join(QLatin1Char(' '))) << " as expected\n";
+    return {};
+}
+
+CommandResult Session::run(const Command& command, std::ostream& out, std::ostream& errors)
 {
     switch (command.kind) {
     case Command::Kind::Nothing:
     case Command::Kind::Live:
         break;
     case Command::Kind::Get:
-        get(command, panel, out);
+        get(command, *current, out);
         break;
     case Command::Kind::Set:
-        set(command, panel, out);
+        set(command, out);
         break;
+    case Command::Kind::Expect:
+        return {true, expect(command, out)};
     case Command::Kind::Cycle:
-        cycle(panel, out);
+        cycle(out);
         break;
     case Command::Kind::Watch:
-        watch(panel, out);
+        watch(*current, out);
         break;
     case Command::Kind::Status:
-        status(panel, directory, out);
+        status(out);
+        break;
+    case Command::Kind::Restart:
+        stop(out);
+        start(out, errors);
         break;
     case Command::Kind::PowerCut:
         powerCut(out);
     case Command::Kind::Stop:
-        return false;
+        return {false, QString()};
     case Command::Kind::Help:
         out << commandHelp().toStdString();
         break;
     }
-    return true;
+    return {};
 }

@@ -4,17 +4,62 @@
 
 #include "simulated_host/panel.h"
 #include "tools/panel_simulator/command.h"
+#include "tools/panel_simulator/retention_files_on_disk.h"
 
+#include <functional>
+#include <memory>
 #include <ostream>
 
-/// The names of the retention files, in the order of MemoryAreas::all().
-inline constexpr const char* retentionFileNames[] = {"maintenance-bit.dat", "maintenance-word.dat",
-                                                     "maintenance-RWI.dat"};
+/// What a command came to.
+struct CommandResult
+{
+    bool goOn = true; ///< false when the panel is to stop
+    QString failure;  ///< what an expectation found instead; empty for none
+};
 
-/// What `command` does to `panel`, with its answer on `out`; `directory` is the folder that the retention
-/// files really lie in. PowerCut does not return; Live is the terminal's business and does nothing here.
-/// False when the panel is to stop.
-bool runCommand(const Command& command, Panel& panel, const QString& directory, std::ostream& out);
+/// A panel that can be started again.
+class Session
+{
+public:
+    /// The library and the project stay the caller's. `directory` is the folder that the retention files
+    /// really lie in. Call start() next.
+    Session(const ModuleLibrary& library, object* project, QString directory);
+
+    /// Starts a panel, and says on `out` how and on `errors` which files cannot be kept.
+    void start(std::ostream& out, std::ostream& errors);
+    /// Says on `out` what the panel's end loses.
+    void stop(std::ostream& out) const;
+    /// What `command` does, with its answer on `out`. PowerCut does not return; Live is the terminal's
+    /// business and does nothing here.
+    CommandResult run(const Command& command, std::ostream& out, std::ostream& errors);
+
+    /// Lets the panel's time pass.
+    void advance(long long elapsedMs) { current->advance(elapsedMs); }
+
+    const Panel& panel() const { return *current; }
+    /// Whole areas: cells of that area that changed since the last save. None in other modes.
+    std::vector<int> unsaved(std::size_t area) const;
+    bool savesWholeAreas() const { return current->model->retentionMode == 1; }
+
+    /// Told while a command takes long: how many changes of how many are reported.
+    std::function<void(int done, int all)> progress;
+
+private:
+    void set(const Command& command, std::ostream& out);
+    void cycle(std::ostream& out);
+    void status(std::ostream& out) const;
+    QString expect(const Command& command, std::ostream& out) const;
+    /// Such as "2 cells: LW 5, RWI 7"; empty for none.
+    QString unsavedText() const;
+
+    const ModuleLibrary& library;
+    object* project;
+    QString directory;
+    WriteCounter written; // sees the panel's files open, so it comes before the panel
+    int reported = 0;     ///< changes since the start
+    int lost = 0;         ///< of these, not written
+    std::unique_ptr<Panel> current;
+};
 
 /// The chosen mode in words, with its number.
 QString modeText(const ExtendFuncModelBase& model);

@@ -1,7 +1,7 @@
 # Completion of retention_inspector for bash: source it, or install it as
 # /usr/share/bash-completion/completions/retention_inspector.
 _retention_inspector() {
-    local commands="layout show check migrate diff wear map export import compare"
+    local commands="layout show check migrate diff wear map export import compare report"
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
     local options="--format --table --quiet --help" projects=0 i
     COMPREPLY=()
@@ -43,6 +43,7 @@ _retention_inspector() {
     wear) options+=" --medium --changes-per-hour --endurance-cycles --capacity --erase-block --page --file-system-pages --years" ;;
     map) options+=" --output --force" ;;
     export) options+=" --output --tags --nonzero --force" ;;
+    report) options+=" --output --tags --title --date --medium --changes-per-hour --force" ;;
     import) options+=" --output" ;;
     esac
     if [[ $word == -* ]]; then

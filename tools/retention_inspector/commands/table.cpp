@@ -12,7 +12,8 @@
     COMMAND(map)                                                                                             \
     COMMAND(export)                                                                                          \
     COMMAND(import)                                                                                          \
-    COMMAND(compare)
+    COMMAND(compare)                                                                                         \
+    COMMAND(report)
 
 #define DECLARATION(NAME) extern const Command NAME##Command;
 RETENTION_INSPECTOR_COMMANDS(DECLARATION)

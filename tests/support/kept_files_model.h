@@ -3,12 +3,14 @@
 #pragma once
 
 #include "simulated_host/memory_areas.h"
-#include "tests/fuzz/expected_project.h"
+#include "tests/support/expected_project.h"
 
 #include <QtCore/QByteArray>
+#include <QtCore/QStringList>
 
 #include <array>
 #include <optional>
+#include <utility>
 
 /// A file and the module's stream on it.
 struct ModelFile
@@ -18,12 +20,13 @@ struct ModelFile
     bool failed = false; ///< the open stream does nothing any more
 };
 
-/// A panel's life as it must go. The areas are those of the account, not of the panel.
+/// A panel's life as it must go. The areas are those of the account, not of the panel. Where `calls` is not
+/// null, it gets the lines that the call log of the simulated host has for reads, writes and syncs.
 class KeptFilesModel
 {
 public:
     KeptFilesModel(ExpectedProject retention, MemoryAreas& areas,
-                   std::array<std::optional<QByteArray>, 3> files);
+                   std::array<std::optional<QByteArray>, 3> files, QStringList* calls = nullptr);
 
     void open();
     void init();
@@ -33,8 +36,16 @@ public:
 
     const std::optional<QByteArray>& file(std::size_t area) const { return files[area].bytes; }
     int syncs() const { return syncCount; }
+    /// Whether the module's stream on the file is open, which it stays, even when it has failed.
+    bool isOpen(std::size_t area) const { return files[area].open; }
+    /// What somebody else does to a file that is not open.
+    void replaceFile(std::size_t area, std::optional<QByteArray> bytes)
+    {
+        files[area].bytes = std::move(bytes);
+    }
 
 private:
+    void sync();
     MemoryArea& memory(std::size_t area) { return areas.all()[area]; }
     void restoreImage(std::size_t area);
     void makeFile(std::size_t area);
@@ -46,6 +57,7 @@ private:
     ExpectedProject retention;
     MemoryAreas& areas;
     std::array<ModelFile, 3> files;
+    QStringList* calls;
     bool ready = false;
     int syncCount = 0;
 };

@@ -1,10 +1,11 @@
 // From the project to the rules and back.
 // SPDX-License-Identifier: MIT
-#include "tests/fuzz/expected_project.h"
+#include "tests/support/expected_project.h"
 
 #include "tests/support/literal_rules.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -55,6 +56,15 @@ ExpectedEntry entryOf(const object& node)
     return entry;
 }
 
+bool onlyIndexIsSame(const ExpectedEntry& one, const ExpectedEntry& other)
+{
+    const auto rest = [](const ExpectedEntry& entry) {
+        return std::tie(entry.link, entry.block, entry.number, entry.type, entry.station, entry.length,
+                        entry.bitOrWord, entry.addressLength);
+    };
+    return one.index == other.index && rest(one) != rest(other);
+}
+
 } // namespace
 
 std::vector<ExpectedBlock> expectedBlocks(const std::vector<ExpectedEntry>& entries, const QString& area)
@@ -97,10 +107,12 @@ ExpectedProject expectedOf(const object& project)
                 model.entries[a].push_back(entry);
     }
     for (std::size_t a = 0; a < 3; ++a) {
-        // Equal starts end up in whatever order this sort gives them; the outcome can depend on it.
-        std::sort(
+        std::stable_sort(
             model.entries[a].begin(), model.entries[a].end(),
             [](const ExpectedEntry& one, const ExpectedEntry& other) { return one.index < other.index; });
+        for (std::size_t k = 1; k < model.entries[a].size(); ++k)
+            model.isAmbiguous =
+                model.isAmbiguous || onlyIndexIsSame(model.entries[a][k - 1], model.entries[a][k]);
         model.blocks[a] = expectedBlocks(model.entries[a], QLatin1String(areaNames[a]));
     }
     return model;

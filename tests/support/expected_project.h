@@ -38,6 +38,9 @@ struct ExpectedProject
 {
     int mode = 0; ///< 0 none, 1 whole areas, 2 per-address
     bool saveAll = false;
+    /// Entries of one area begin at the same cell and yet differ: their order is not settled, and with it the
+    /// blocks.
+    bool isAmbiguous = false;
     std::int64_t periodMs = 0;                         ///< in mode 1
     std::array<std::vector<ExpectedEntry>, 3> entries; ///< in mode 2, sorted
     std::array<std::vector<ExpectedBlock>, 3> blocks;  ///< in mode 2

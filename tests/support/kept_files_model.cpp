@@ -1,6 +1,6 @@
 // The rules for files and cells, one by one.
 // SPDX-License-Identifier: MIT
-#include "tests/fuzz/kept_files_model.h"
+#include "tests/support/kept_files_model.h"
 
 #include "tests/support/literal_rules.h"
 
@@ -43,11 +43,42 @@ ushort unitAt(const QByteArray& bytes, int unit)
                                static_cast<unsigned char>(bytes.at(2 * unit + 1)) << 8);
 }
 
+std::vector<ushort> unitsOf(const QByteArray& bytes)
+{
+    std::vector<ushort> units;
+    for (int k = 0; k < bytes.size() / 2; ++k)
+        units.push_back(unitAt(bytes, k));
+    return units;
+}
+
+QString readCall(const ExpectedBlock& block, std::int32_t address, std::int32_t count)
+{
+    return QStringLiteral("readRegisterValues link=%1 area=%1 address=%2 selector=0 count=%3")
+        .arg(block.entry.block, QString::number(address), QString::number(count));
+}
+
+QString writeCall(const ExpectedBlock& block, std::int32_t address, const std::vector<ushort>& values)
+{
+    QStringList texts;
+    for (const ushort value : values)
+        texts.append(QString::number(value));
+    return QStringLiteral("writeRegisterValues link=%1 area=%2 address=%3 selector=-1 count=%4 data=%5")
+        .arg(block.entry.link, block.entry.block, QString::number(address), QString::number(values.size()),
+             texts.join(QLatin1Char(',')));
+}
+
 } // namespace
 
+void KeptFilesModel::sync()
+{
+    ++syncCount;
+    if (calls)
+        calls->append(QStringLiteral("sync"));
+}
+
 KeptFilesModel::KeptFilesModel(ExpectedProject retention, MemoryAreas& areas,
-                               std::array<std::optional<QByteArray>, 3> start)
-    : retention(std::move(retention)), areas(areas)
+                               std::array<std::optional<QByteArray>, 3> start, QStringList* calls)
+    : retention(std::move(retention)), areas(areas), calls(calls)
 {
     for (std::size_t a = 0; a < 3; ++a)
         files[a].bytes = std::move(start[a]);
@@ -103,8 +134,13 @@ void KeptFilesModel::restoreBits()
         for (std::int32_t j = 0; j < block.count; ++j) {
             const std::int32_t bit = running + j;
             const int byte = static_cast<unsigned char>(readAt(files[0], bit / 8, 1).at(0));
-            if (byte != 0)
-                memory(0).setCell(sum32(block.entry.index, j), byte >> (bit % 8) & 1);
+            if (byte == 0)
+                continue;
+            const auto value = static_cast<ushort>(byte >> (bit % 8) & 1);
+            const std::int32_t address = sum32(block.entry.index, j);
+            memory(0).setCell(address, value);
+            if (calls)
+                calls->append(writeCall(block, address, {value}));
         }
         running += std::max(0, block.count);
     }
@@ -116,6 +152,8 @@ void KeptFilesModel::restoreWords(std::size_t area)
         if (block.count < 1)
             continue;
         const QByteArray words = readAt(files[area], block.fileOffset, 2 * block.count);
+        if (calls)
+            calls->append(writeCall(block, block.entry.index, unitsOf(words)));
         for (std::int32_t j = 0; j < block.count; ++j) {
             const std::int64_t address = std::int64_t(block.entry.index) + j;
             if (address >= 0 && address < MemoryArea::cellCount)
@@ -132,7 +170,7 @@ void KeptFilesModel::cyclicRun()
         const auto& image = memory(a).memory();
         writeAt(files[a], 0, QByteArray(reinterpret_cast<const char*>(image.data()), imageBytes(a)));
     }
-    ++syncCount;
+    sync();
 }
 
 void KeptFilesModel::change(const QByteArray& nameField, std::int32_t address)
@@ -153,12 +191,14 @@ void KeptFilesModel::change(const QByteArray& nameField, std::int32_t address)
             else
                 writeWords(a, block);
         }
-        ++syncCount;
+        sync();
     }
 }
 
 void KeptFilesModel::writeBit(const ExpectedBlock& block, std::int32_t address)
 {
+    if (calls)
+        calls->append(readCall(block, address, 1));
     const std::int32_t bit = sum32(difference32(address, block.entry.index), block.bitOffset);
     const std::int32_t offset = sum32(block.fileOffset, bit / 8);
     const int byte = readAt(files[0], offset, 1).at(0);
@@ -169,6 +209,8 @@ void KeptFilesModel::writeBit(const ExpectedBlock& block, std::int32_t address)
 
 void KeptFilesModel::writeWords(std::size_t area, const ExpectedBlock& block)
 {
+    if (calls)
+        calls->append(readCall(block, block.entry.index, block.count));
     QByteArray words;
     for (std::int32_t j = 0; j < block.count; ++j) {
         const std::int64_t address = std::int64_t(block.entry.index) + j;

@@ -1,0 +1,210 @@
+// Project files: their schema, and what a running panel writes of its own project.
+// SPDX-License-Identifier: MIT
+#include "project_tree/project_reader.h"
+#include "tests/support/module_test.h"
+#include "tests/support/random_source.h"
+#include "tests/support/run_tool.h"
+#include "tools/retention_core/project_settings.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+#include <QtCore/QTemporaryDir>
+
+namespace {
+
+using testing::HasSubstr;
+
+const QString xmllint = QStringLiteral("/usr/bin/xmllint");
+
+class ProjectFormat : public ModuleTest
+{
+protected:
+    ToolRun validate(const QString& file) const
+    {
+        return runTool(xmllint, {QStringLiteral("--noout"), QStringLiteral("--schema"),
+                                 QStringLiteral(SOURCE_DIR "/project_tree/project.xsd"), file});
+    }
+
+    QString write(const QByteArray& text) const
+    {
+        QFile file(scratch.filePath(QStringLiteral("project.xml")));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+        return file.fileName();
+    }
+
+    void SetUp() override
+    {
+        qunsetenv("TEST_EMULATOR"); // xmllint is this machine's own
+        if (!QFileInfo::exists(xmllint))
+            GTEST_SKIP() << "no xmllint here";
+    }
+
+    QTemporaryDir scratch;
+};
+
+TEST_F(ProjectFormat, SchemaTakesEveryExample)
+{
+    const QFileInfoList examples =
+        QDir(QStringLiteral(EXAMPLES_DIR)).entryInfoList({QStringLiteral("*.xml")});
+    EXPECT_GE(examples.size(), 3);
+    for (const QFileInfo& example : examples) {
+        const ToolRun run = validate(example.filePath());
+        EXPECT_EQ(run.status, 0) << run.err.toStdString();
+    }
+}
+
+TEST_F(ProjectFormat, SchemaTakesEveryProjectInTheDocs)
+{
+    int projects = 0;
+    for (const char* page : {"docs/file_format.md", "docs/project_format.md"}) {
+        QFile file(QStringLiteral(SOURCE_DIR "/") + QLatin1String(page));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        for (const QString& part :
+             QString::fromUtf8(file.readAll()).split(QStringLiteral("```xml\n")).mid(1)) {
+            const ToolRun run = validate(write(part.section(QStringLiteral("```"), 0, 0).toUtf8()));
+            EXPECT_EQ(run.status, 0) << page << ": " << run.err.toStdString();
+            EXPECT_TRUE(readProjectFile(scratch.filePath(QStringLiteral("project.xml"))).project) << page;
+            ++projects;
+        }
+    }
+    EXPECT_GE(projects, 3);
+}
+
+TEST_F(ProjectFormat, SchemaAndReaderRefuseTheSame)
+{
+    const char* const number = "<property name='n' type='int32'>1</property>";
+    const std::vector<std::pair<std::string, bool>> texts = {
+        {"<object name='p'/>", true},
+        {std::string("<object name='p'>") + number + "<object name='a'>" + number +
+             "</object><object name='a'/></object>",
+         true},
+        {"<object name='p'><property name='t' type='string'> any text </property></object>", true},
+        {"<object/>", false},
+        {"<object name='p'><object/></object>", false},
+        {"<project name='p'/>", false},
+        {"<object name='p'><value name='n' type='int32'>1</value></object>", false},
+        {"<object name='p'><property name='n'>1</property></object>", false},
+        {"<object name='p'><property type='int32'>1</property></object>", false},
+        {"<object name='p'><property name='n' type='int16'>1</property></object>", false},
+        {"<object name='p'><property name='n' type='string'><b/></property></object>", false},
+        {std::string("<object name='p'>") + number + number + "</object>", false},
+        {std::string("<object name='p'><object name='a'>") + number + number + "</object></object>", false}};
+    for (const auto& [text, good] : texts) {
+        const QString file = write(QByteArray::fromStdString(text));
+        EXPECT_EQ(validate(file).status == 0, good) << text;
+        EXPECT_EQ(readProjectFile(file).project != nullptr, good) << text;
+    }
+}
+
+TEST_F(ProjectFormat, IsWrittenFromATableByTheCommandsOfThePage)
+{
+    QFile page(QStringLiteral(SOURCE_DIR "/docs/project_format.md"));
+    ASSERT_TRUE(page.open(QIODevice::ReadOnly));
+    const QString commands = QString::fromUtf8(page.readAll())
+                                 .section(QStringLiteral("```sh\n"), 1)
+                                 .section(QStringLiteral("```"), 0, 0);
+    QFile table(scratch.filePath(QStringLiteral("ranges.csv")));
+    ASSERT_TRUE(table.open(QIODevice::WriteOnly));
+    table.write("name,area,first,cells\nrecipe,LW,100,10\nmy lamps,LB,20,12\n");
+    table.close();
+    const ToolRun run =
+        runTool(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("cd '") + scratch.path() +
+                                                                      QStringLiteral("'\n") + commands});
+    EXPECT_EQ(run.status, 0) << run.err.toStdString();
+    const QString file = scratch.filePath(QStringLiteral("my_project.xml"));
+    EXPECT_EQ(validate(file).status, 0);
+    const ProjectSettings settings = readSettings(file);
+    ASSERT_EQ(settings.entries.size(), 2U);
+    EXPECT_EQ(settings.entries[1].name, QStringLiteral("my lamps"));
+    EXPECT_EQ(settings.entries[1].areaName(), QStringLiteral("LB"));
+    EXPECT_EQ(settings.entries[1].first(), 20);
+    EXPECT_EQ(settings.entries[1].length(), 12);
+}
+
+/// What the module would be told, in one text.
+std::string toldOf(const ProjectSettings& settings)
+{
+    std::string text = std::string(wordsOf(settings.mode).key) + ' ' +
+                       std::to_string(settings.saveTimeMinutes) + ' ' +
+                       std::to_string(settings.saveTime.value_or(4711)) + '\n';
+    for (const ProjectEntry& entry : settings.entries) {
+        const auto& one = entry.configured;
+        const auto quoted = [](const QString& word) {
+            return word.isNull() ? std::string("null") : '"' + word.toStdString() + '"';
+        };
+        text += std::to_string(one.addressLength) + ' ' + quoted(one.addressType) + ' ' +
+                std::to_string(entry.hasSource) + ' ' + quoted(one.address.link) + quoted(one.address.block) +
+                quoted(one.address.number) + ' ' + std::to_string(one.address.index) + ' ' +
+                std::to_string(one.address.station) + ' ' + std::to_string(one.address.length) + ' ' +
+                std::to_string(one.address.bitOrWord) + '\n';
+    }
+    return text;
+}
+
+class DumpedProject : public ProjectFormat
+{
+protected:
+    /// Lets a panel with this project load the model that writes it down, and reads what it wrote.
+    std::string toldByDump(object& project)
+    {
+        writeRetentionFile(QStringLiteral("dumped_project.xml"), {});
+        const ModuleLibrary library(QStringLiteral(DUMP_PROJECT_PATH));
+        EXPECT_TRUE(library.isLoaded()) << library.error().toStdString();
+        {
+            Panel panel(library, &project);
+            panel.start();
+        }
+        const QString file = retentionPath(QStringLiteral("dumped_project.xml"));
+        EXPECT_EQ(validate(write(*retentionFile(QStringLiteral("dumped_project.xml")))).status, 0);
+        return toldOf(readSettings(file));
+    }
+};
+
+TEST_F(DumpedProject, SaysOfEveryExampleWhatTheModuleIsTold)
+{
+    for (const QFileInfo& example :
+         QDir(QStringLiteral(EXAMPLES_DIR)).entryInfoList({QStringLiteral("*.xml")})) {
+        const ProjectReading reading = readProjectFile(example.filePath());
+        ASSERT_TRUE(reading.project);
+        EXPECT_EQ(toldByDump(*reading.project), toldOf(readSettings(reading.project.get())))
+            << example.filePath().toStdString();
+    }
+    object empty;
+    EXPECT_EQ(toldByDump(empty), toldOf(ProjectSettings(readSettings(&empty))));
+}
+
+TEST_F(DumpedProject, SaysOfOddProjectsWhatTheModuleIsTold)
+{
+    RandomSource random(printedSeed());
+    const auto setSome = [&random](object& node, std::initializer_list<const char*> names) {
+        for (const char* name : names) {
+            if (random.oneIn(3))
+                node.setNumber(QLatin1String(name),
+                               random.between(0, 2) == 0 ? random.extreme() : random.between(0, 2));
+            else if (random.oneIn(2))
+                node.setText(QLatin1String(name),
+                             random.oneIn(3) ? QStringLiteral("<a> & \"b\" ä") : QStringLiteral("LW"));
+        }
+    };
+    std::string all;
+    for (int round = 0; round < 100; ++round) {
+        object project;
+        object& retention = project.addChild(QStringLiteral("DataRetention"));
+        setSome(retention, {"open Save all", "Save Time"});
+        for (int entries = random.between(0, 4); entries > 0; --entries) {
+            object& entry = retention.addChild(QStringLiteral("any"));
+            setSome(entry, {"addressLength", "addressType"});
+            if (!random.oneIn(4))
+                setSome(entry.addChild(QStringLiteral("sourceAddress")),
+                        {"Link", "Block", "No", "index", "station", "length", "Bit_or_Word"});
+        }
+        const std::string told = toldOf(readSettings(&project));
+        ASSERT_EQ(toldByDump(project), told);
+        all += told;
+    }
+    for (const char* word : {"whole-area", "per-address", "null", "\"<a> & \"b\" ä\"", "4711"})
+        EXPECT_THAT(all, HasSubstr(word));
+}
+
+} // namespace

@@ -1,0 +1,54 @@
+// Tells what is true of the three retention files: whether they can be written, what reaches them, and which
+// values they lack. SPDX-License-Identifier: MIT
+#pragma once
+
+#include "simulated_host/file_calls/file_calls.h"
+#include "simulated_host/memory_areas.h"
+
+#include <QtCore/QDateTime>
+#include <QtCore/QString>
+
+#include <array>
+#include <map>
+#include <vector>
+
+/// In the order of MemoryAreas::all().
+inline constexpr std::array<const char*, 3> retentionFileNames = {
+    "maintenance-bit.dat", "maintenance-word.dat", "maintenance-RWI.dat"};
+
+/// One of the files as it lies in the fixed directory now.
+struct FileOnDisk
+{
+    bool exists = false;
+    qint64 size = 0;
+    QDateTime written;
+    QString problem; ///< why nothing can be written to it, such as "cannot be written: Permission denied"; or
+                     ///< empty
+    bool rootOnly = false; ///< its mode lets nobody write, which does not keep root from it
+};
+
+FileOnDisk fileOnDisk(std::size_t area);
+
+/// The cells whose values the next start would not find in an image file. A file that is missing, unreadable
+/// or too short counts as zeros, which the next start makes of it.
+std::vector<int> cellsNotInImage(const MemoryArea& area, std::size_t number);
+
+/// Counts what is written into the retention files, by whomever in this process, as long as it lives.
+class WriteCounter : public FileCallHook
+{
+public:
+    WriteCounter() { setFileCallHook(this); }
+    ~WriteCounter() override { setFileCallHook(nullptr); }
+    WriteCounter(const WriteCounter&) = delete;
+    WriteCounter& operator=(const WriteCounter&) = delete;
+
+    void after(const FileCall& call, long long result) override;
+
+    qint64 bytes(std::size_t area) const { return bytesWritten[area]; } ///< since the beginning
+    int writes() const { return successes; } ///< calls that wrote, since the beginning
+
+private:
+    std::map<int, std::size_t> areas; ///< of descriptors that are open for writing
+    std::array<qint64, 3> bytesWritten = {};
+    int successes = 0;
+};

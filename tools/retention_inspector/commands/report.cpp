@@ -1,0 +1,190 @@
+// Makes one page about a panel for its commissioning folder.
+// SPDX-License-Identifier: MIT
+#include "tools/retention_core/refusal.h"
+#include "tools/retention_inspector/report/html.h"
+#include "tools/retention_inspector/report/map_picture.h"
+#include "tools/retention_inspector/report/named_values.h"
+#include "tools/retention_inspector/report/output_file.h"
+
+#include <QtCore/QCryptographicHash>
+#include <QtCore/QDate>
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
+
+namespace {
+
+const std::size_t mostRows = 5000; // a browser still scrolls
+
+QString sha256(QIODevice& device)
+{
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    device.seek(0);
+    return hash.addData(&device) ? QString::fromLatin1(hash.result().toHex())
+                                 : QStringLiteral("cannot be read");
+}
+
+QString sha256(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? sha256(file) : QStringLiteral("cannot be read");
+}
+
+Report reportOf(const char* command, const Inputs& inputs)
+{
+    const Command& known = *commandNamed(QLatin1String(command));
+    Inputs of = inputs;
+    of.options = usualOptions(known);
+    for (const Option& option : known.options)
+        if (inputs.has(option.name))
+            of.options.insert(QLatin1String(option.name), inputs.option(option.name));
+    return known.run(of);
+}
+
+/// Without a word about the flash, what can be said without it.
+Report wearReport(const Inputs& inputs)
+{
+    if (inputs.has("medium") || inputs.has("changes-per-hour") || inputs.layout().images())
+        return reportOf("wear", inputs);
+    Report report;
+    report.notes.append(QStringLiteral("Not worked out: make the page with --medium or --changes-per-hour."));
+    return report;
+}
+
+QString tablesOf(const Report& report)
+{
+    QString html;
+    for (const Table& table : report.tables)
+        html += htmlTable(table);
+    return html;
+}
+
+Table fileTable(const Layout& layout, const RetentionFiles& files, const QString& project)
+{
+    Table table{"files",
+                "file",
+                "Files",
+                {{"file", "File"},
+                 {"bytes", "Bytes"},
+                 {"expected", "Expected"},
+                 {"fits", "Fits"},
+                 {nullptr, "At the next start"},
+                 {"sha256", "SHA-256"}}};
+    table.rows.push_back(
+        {QFileInfo(project).fileName(), QFileInfo(project).size(), Value(), "", "", sha256(project)});
+    for (const RetentionFile& file : files) {
+        const FileCheck check = checkFile(layout, file);
+        const bool readable = file.state == RetentionFile::State::Readable;
+        table.rows.push_back({file.area->fileName, readable ? Value(file.size) : Value(),
+                              layout.of(*file.area).fileLength, check.findings.empty() ? "yes" : "no",
+                              check.nextStart, readable ? sha256(*file.device) : QString()});
+    }
+    return table;
+}
+
+/// The named values, and the others as far as they are not 0.
+Table valueTable(const Layout& layout, const AreaReadings& readings, const Tags& tags, Report& report)
+{
+    Table table = namedValues();
+    for (const AreaReading& reading : readings)
+        addNamedValues(layout, reading, tags, layout.of(*reading.values.area).kept, true, table,
+                       report.findings);
+    const auto isUnnamedZero = [&](const std::vector<Value>& row) {
+        const AreaFacts* const area = areaNamed(row[0].text);
+        return row[3].text == QLatin1String("0") && !tags.of(*area, row[1].text.toInt());
+    };
+    const auto zeros = std::remove_if(table.rows.begin(), table.rows.end(), isUnnamedZero);
+    const auto leftOut = table.rows.end() - zeros;
+    table.rows.erase(zeros, table.rows.end());
+    if (leftOut > 0)
+        report.notes.append(
+            QStringLiteral("Of values: %1 without a tag and with the value 0 left out.")
+                .arg(countText(leftOut, "cell") + QLatin1String(leftOut == 1 ? " is" : " are")));
+    if (table.rows.size() > mostRows) {
+        report.notes.append(
+            QStringLiteral("Of values: only the first %1 of %2 are listed; \"export\" writes all.")
+                .arg(mostRows)
+                .arg(table.rows.size()));
+        table.rows.resize(mostRows);
+    }
+    return table;
+}
+
+QString mapHtml(const Layout& layout)
+{
+    const QString svg = QString::fromUtf8(mapPicture(layout, wordsOf(layout.settings.mode).text));
+    return QLatin1String("<div class=\"map\">") + svg.mid(svg.indexOf(QLatin1String("<svg"))) +
+           QLatin1String("</div>\n");
+}
+
+Report run(const Inputs& inputs)
+{
+    const Layout& layout = inputs.layout();
+    const RetentionFiles& files = inputs.files.front();
+    const QString project = inputs.projects.front().path;
+    const QString date =
+        inputs.has("date") ? inputs.option("date") : QDate::currentDate().toString(Qt::ISODate);
+    const QString title =
+        inputs.has("title") ? inputs.option("title") : QFileInfo(project).completeBaseName();
+    const Tags tags = tagsOf(inputs).value_or(Tags());
+    const AreaReadings readings = readAreas(layout, files);
+    const Report layoutReport = reportOf("layout", inputs);
+    const Report wear = wearReport(inputs);
+
+    Report report;
+    report.facts = {{"mode", "Mode", layout.settings.mode}, {"date", "Date", date}};
+    report.findings = layoutReport.findings;
+    for (const AreaReading& reading : readings)
+        report.findings.insert(report.findings.end(), reading.findings.begin(), reading.findings.end());
+    for (Finding& finding : tagFindings(layout, tags))
+        report.findings.push_back(std::move(finding));
+    Table values = valueTable(layout, readings, tags, report);
+    const auto isProjects = [&](const Finding& finding) {
+        return std::any_of(layoutReport.findings.begin(), layoutReport.findings.end(),
+                           [&](const Finding& other) {
+                               return other.place == finding.place && other.problem == finding.problem;
+                           });
+    };
+    std::copy_if(wear.findings.begin(), wear.findings.end(), std::back_inserter(report.findings),
+                 [&](const Finding& finding) { return !isProjects(finding); });
+
+    std::vector<Fact> identity = layoutReport.facts;
+    identity.insert(identity.begin(), {{nullptr, "Project", project}, {nullptr, "Date", date}});
+    Table fileRows = fileTable(layout, files, project);
+    QString body = QStringLiteral("<h1>%1</h1>\n<p class=\"soft\">Values kept across power loss</p>\n")
+                       .arg(title.toHtmlEscaped());
+    body += htmlHeading(QStringLiteral("Identity")) + htmlFacts(identity) + htmlTable(fileRows);
+    body += htmlHeading(QStringLiteral("Findings")) + htmlFindings(report.findings);
+    body += htmlHeading(QStringLiteral("Map of the files")) + mapHtml(layout);
+    body += htmlHeading(QStringLiteral("What is retained")) + tablesOf(layoutReport);
+    body += htmlHeading(QStringLiteral("Values"));
+    body += values.rows.empty() ? htmlParagraph(QStringLiteral("No cell has a name or a value other than 0."))
+                                : htmlFilter("values") + htmlTable(values, "values");
+    body += htmlNotes(report.notes);
+    body += htmlHeading(QStringLiteral("Wear of the flash")) + htmlFacts(wear.facts) + tablesOf(wear) +
+            htmlNotes(wear.notes);
+    deliver(htmlPage(title, body), inputs.option("output"), inputs.has("force"), report);
+    report.facts.push_back({"output", "Written to", inputs.option("output")});
+    report.tables = {std::move(fileRows)};
+    return report;
+}
+
+} // namespace
+
+extern const Command reportCommand = {
+    "report",
+    {{"PROJECT.xml", Argument::Kind::Project}, {"DIR", Argument::Kind::FilesAsFound}},
+    "one page about a panel for the commissioning folder",
+    "Makes one HTML page that needs nothing else: the files with their SHA-256, findings, a map, the "
+    "entries, the\n"
+    "values (with --tags by name) and the wear of the flash. It prints well, and is read without network or "
+    "script.",
+    "project.xml /usr/tavrin/project --tags tags.csv --medium emmc --output panel.html",
+    {{"output", "FILE.html", "The page to make; - for standard output", nullptr, Option::Kind::Required},
+     {"tags", "TAGS.csv", "Names, types and units of values"},
+     {"title", "TEXT", "At the head of the page; the name of the project unless given"},
+     {"date", "TEXT", "The date on the page; today unless given"},
+     {"medium", "KIND", "Of the flash, as for \"wear\": sd, emmc, nor or nand"},
+     {"changes-per-hour", "N", "Changes of retained cells per hour, as for \"wear\""},
+     {"force", nullptr, "Replace an existing file"}},
+    run};

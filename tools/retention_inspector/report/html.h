@@ -1,0 +1,21 @@
+// Writes parts of a report as HTML. Every text is escaped.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tools/retention_inspector/report/report.h"
+
+/// A whole page that needs neither network nor script: style and script are in it, and nothing else may be
+/// loaded. `body` is HTML, made of the parts below.
+QByteArray htmlPage(const QString& title, const QString& body);
+
+QString htmlHeading(const QString& words);
+QString htmlParagraph(const QString& words);
+/// Names and values; those without a title are left out.
+QString htmlFacts(const std::vector<Fact>& facts);
+/// The columns with a title; empty without rows. `id` may be null.
+QString htmlTable(const Table& table, const char* id = nullptr);
+QString htmlFindings(const std::vector<Finding>& findings);
+QString htmlNotes(const QStringList& notes);
+/// A field that shows only those rows of the table `id` that contain all its words. Without script it is not
+/// there.
+QString htmlFilter(const char* id);
