@@ -208,7 +208,14 @@ QStringList startPanel(Panel& panel, const RetainedCells& cells, const Files& fo
     fillAtRandom(panel.areas, random);
     MemoryAreas expected = panel.areas;
     restoreInto(expected, cells, found);
-    panel.start();
+    panel.open();
+    // The runtime may ask for the watch list as soon as the module is open.
+    const bool asksEarly = random.oneIn(2);
+    if (asksEarly)
+        panel.watch();
+    panel.init();
+    if (!asksEarly)
+        panel.watch();
     QStringList lines;
     for (std::size_t i = 0; i < 3; ++i) {
         const MemoryArea& area = panel.areas.all()[i];

@@ -73,6 +73,18 @@ const PlantedFault faults[] = {
     {"a start shortens longer files", "is not what the start must leave|bytes long, it had"},
     {"a start clears shorter files", "is 0 bytes long, it had|must be|is not what the start must leave"},
     {"a new file has no length", "is not what the start must leave|first start: .* must be 0"},
+
+    {"the watch list is empty before the start has finished",
+     "for which the module has not asked.*was to be written as"},
+    {"the entries of a whole-area project are written into its images", "neither that of the last save"},
+    {"zeros at the end of an area are not saved", "was to be saved"},
+    {"a block's zero bits in a byte of two blocks are not restored",
+     "LB \\d+ is 1 after the start and must be 0, as its file says"},
+    {"a start writes a file that has become too short anew", "is \\d+ bytes long, it had|must leave"},
+    {"the odd word of a double-word entry is left out",
+     "has not asked.*was to be written as|(LW|RWI) .* as its file says"},
+    {"a repeat of the last change is left out in another area too", "was to be written as"},
+    {"an image with the same sum as the one before is not saved", "was to be saved"},
 };
 
 /// Sound ways to keep values, and faults that show only where the disk states do not look.

@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <functional>
 #include <map>
+#include <numeric>
 #include <string>
 #include <unistd.h>
 #include <utility>
@@ -99,8 +100,11 @@ private:
     int changes = 0;
     int saves = 0;
     const Block* lastBlock = nullptr;
-    std::array<QByteArray, 3> atStart;      ///< the files
-    std::map<const Block*, QByteArray> old; ///< what was written first, or last
+    bool started = false;
+    std::pair<int, int> lastChange = {-1, -1}; ///< address and value
+    std::array<int, 3> sums = {-1, -1, -1};    ///< of the bytes of the last images
+    std::array<QByteArray, 3> atStart;         ///< the files
+    std::map<const Block*, QByteArray> old;    ///< what was written first, or last
     std::function<void()> late;
 };
 
@@ -122,10 +126,10 @@ void PlainModule::extModelOpen(object* project, QString, InterfaceComm* runtime)
     object* const retention = object_get_child(project, "DataRetention");
     wholeAreas = property_get_value_type_uint32(object_get_property(retention, "open Save all"), 0) != 0;
     retentionMode = wholeAreas ? 1 : 2;
-    if (!wholeAreas) {
+    if (!wholeAreas || planted("the entries of a whole-area project are written into its images"))
         readEntries(retention);
+    if (!wholeAreas)
         return;
-    }
     cyclePeriodMs = cycleRemainingMs = 300000;
     for (std::size_t area = 0; area < 3; ++area) {
         openFile(area, facts[area].imageBytes);
@@ -144,6 +148,11 @@ void PlainModule::readEntries(object* retention)
                 entries[area].push_back({object_get_property_value_type_int32(source, "index", 0),
                                          object_get_property_value_type_int32(entry, "addressLength", 0), 0,
                                          0});
+        const QString type = object_get_property_value_type_string(entry, "addressType", QString());
+        for (std::size_t area = 1; area < 3; ++area)
+            if (planted("the odd word of a double-word entry is left out") &&
+                name == QLatin1String(facts[area].name) && type == QLatin1String("Double Word"))
+                entries[area].back().addressLength -= entries[area].back().addressLength % 2;
     }
     for (std::size_t area = 0; area < 3; ++area) {
         std::sort(entries[area].begin(), entries[area].end(),
@@ -163,6 +172,7 @@ void PlainModule::extModelInit()
         openFile(area, area == 0 ? cells[area] / 8 + 1 : 2 * cells[area]);
     for (const Block& block : blocks)
         restoreBlock(block);
+    started = true;
 }
 
 void PlainModule::openFile(std::size_t area, int length)
@@ -187,6 +197,9 @@ void PlainModule::openFile(std::size_t area, int length)
     if (planted("a start empties files and fills them again") && found >= length &&
         ftruncate(files[area], 0) == 0)
         write(area, 0, atStart[area]);
+    if (planted("a start writes a file that has become too short anew") && !wholeAreas && found > 0 &&
+        found < length && ftruncate(files[area], 0) == 0)
+        write(area, 0, atStart[area].leftJustified(length, '\0'));
     atStart[area] = wholeFile(area);
 }
 
@@ -207,6 +220,11 @@ void PlainModule::restoreBlock(const Block& block)
             const int place = block.place + j;
             const QByteArray byte = fileBytes(0, place / 8, 1).leftJustified(1, '\0');
             const auto value = static_cast<ushort>(byte.at(0) >> place % 8 & 1);
+            const int low = std::max(block.place - place / 8 * 8, 0); // the block's bits in the byte
+            const int high = std::min(block.place + block.count - place / 8 * 8, 8);
+            if (planted("a block's zero bits in a byte of two blocks are not restored") &&
+                (byte.at(0) & ((1 << high) - (1 << low))) == 0)
+                continue;
             if (byte.at(0) != 0 || planted("the restore clears the bits of an empty byte"))
                 comm->writeRegisterValues(QString(), name, block.first + j, -1, 1, &value);
         }
@@ -220,6 +238,8 @@ void PlainModule::restoreBlock(const Block& block)
 
 void PlainModule::getMonitorTriggerAddr(QList<RegisterValueChangeSize>& watched)
 {
+    if (planted("the watch list is empty before the start has finished") && !started)
+        return;
     for (const Block& block : blocks) {
         if (planted("the watch list is empty") || (planted("the watch list lacks RWI") && block.area == 2))
             continue;
@@ -244,6 +264,14 @@ void PlainModule::addrOptChangeMsg(const _ExtendTriggerMsg_t* msg)
     if (area == 0 && change.address == 60100 && !planted("LB 60100 is written"))
         return;
     ++changes;
+    if (planted("a repeat of the last change is left out in another area too")) {
+        const QString name = QLatin1String(facts[area].name);
+        ushort value = 0;
+        comm->readRegisterValues(name, name, change.address, 0, 1, &value);
+        const std::pair<int, int> now = {change.address, value};
+        if (std::exchange(lastChange, now) == now)
+            return;
+    }
     if (planted("sync runs before the write"))
         sync();
     if (late)
@@ -366,6 +394,12 @@ void PlainModule::keepImage(std::size_t area)
     QByteArray image(static_cast<const char*>(comm->getAreaMemory(facts[area].code)), facts[area].imageBytes);
     if (planted("the last byte of an area is left out"))
         image.chop(1);
+    while (planted("zeros at the end of an area are not saved") && image.endsWith('\0'))
+        image.chop(1);
+    const int sum = std::accumulate(image.begin(), image.end(), 0);
+    if (std::exchange(sums[area], sum) == sum &&
+        planted("an image with the same sum as the one before is not saved"))
+        return;
     if (planted("sectors as they were at the start are not saved"))
         for (int at = 0; at < image.size(); at += sectorBytes)
             if (image.mid(at, sectorBytes) != atStart[area].mid(at, sectorBytes))

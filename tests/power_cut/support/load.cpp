@@ -73,21 +73,31 @@ int Load::runCommand(const char* command)
     return 0;
 }
 
-/// The next pattern of consecutive cells: each word after its step, bits as one number after an odd step.
+/// The next values of consecutive cells. Now and then they change places; otherwise each word goes on by its
+/// step, bits go on as one number by an odd step.
 void Load::changeGroup(std::size_t area, int first, int count)
 {
     MemoryArea& memory = panel.areas.all()[area];
-    last = {area, first, {}};
-    for (int j = 0; j < count; ++j)
-        last.before.push_back(*memory.cell(first + j));
+    takeGroup(area, first, count);
+    const std::vector<ushort>& before = last.before;
+    const bool changePlaces = count > 1 && random.oneIn(6);
     const int step = random.oneIn(4) ? random.oneOf<int>({0x0001, 0x0100}) : step16;
     int carry = 2 * random.below(1 << std::min(count - 1, 8)) + 1;
     for (int j = 0; j < count; ++j) {
-        const int value = last.before[static_cast<std::size_t>(j)];
+        const int value = before[static_cast<std::size_t>(j)];
         const int sum = value + (carry & 1);
         carry = (carry >> 1) + (sum >> 1);
-        memory.setCell(first + j, static_cast<ushort>(memory.isBits() ? sum & 1 : value + step));
+        const int next = memory.isBits() ? sum & 1 : value + step;
+        const int neighbour = before[static_cast<std::size_t>((j + 1) % count)];
+        memory.setCell(first + j, static_cast<ushort>(changePlaces ? neighbour : next));
     }
+}
+
+void Load::takeGroup(std::size_t area, int first, int count)
+{
+    last = {area, first, {}};
+    for (int j = 0; j < count; ++j)
+        last.before.push_back(*panel.areas.all()[area].cell(first + j));
 }
 
 /// Gives the last group its values before.
@@ -102,6 +112,41 @@ void Load::undo()
     }
 }
 
+/// Moves the last group and its neighbours by one cell, so that no more than the order of values is another.
+void Load::shift()
+{
+    const int first = std::max(0, last.first - 1);
+    const int end = std::min(MemoryArea::cellCount, last.first + static_cast<int>(last.before.size()) + 1);
+    takeGroup(last.area, first, end - first);
+    MemoryArea& memory = panel.areas.all()[last.area];
+    for (int address = first; address < end; ++address)
+        memory.setCell(address, last.before[static_cast<std::size_t>((address + 1 - first) % (end - first))]);
+}
+
+/// Clears the last cells of an area that are not 0.
+void Load::clearEnd()
+{
+    const auto area = static_cast<std::size_t>(random.below(3));
+    MemoryArea& memory = panel.areas.all()[area];
+    int end = MemoryArea::cellCount;
+    while (end > 1 && *memory.cell(end - 1) == 0)
+        --end;
+    const int count = std::min(end, random.between(1, 9));
+    takeGroup(area, end - count, count);
+    for (int address = end - count; address < end; ++address)
+        memory.setCell(address, 0);
+}
+
+/// Gives one value to all retained cells with an address, one after the other.
+void Load::changeNamesakes(int address)
+{
+    const ushort value = static_cast<ushort>(random.below(random.oneIn(2) ? 2 : 0x10000));
+    last = {};
+    for (std::size_t area = 0; area < 3; ++area)
+        if (cells.blockOf(area, address) && panel.areas.all()[area].setCell(address, value))
+            reportChange(area, address);
+}
+
 void Load::changeRange()
 {
     std::vector<std::size_t> areas;
@@ -114,6 +159,8 @@ void Load::changeRange()
     // The ends of blocks more often than the rest, and now and then cells around a block.
     const int offset = random.oneIn(4) ? random.oneOf<int>({-1, 0, end, end}) : random.below(block.count);
     const int first = std::max(0, block.first + offset);
+    if (random.oneIn(8))
+        return changeNamesakes(first);
     if (cells.blockOf(0, ignoredBit) && random.oneIn(8))
         changeGroup(0, ignoredBit, 1);
     else if (!last.before.empty() && random.oneIn(6))
@@ -156,8 +203,18 @@ void Load::reportChange(std::size_t area, int address)
 
 void Load::changeAreas()
 {
-    if (!last.before.empty() && random.oneIn(6)) {
-        undo();
+    const std::vector<WatchedRange> watched = panel.watched.ranges();
+    const MemoryAreas before = watched.empty() ? MemoryAreas() : panel.areas;
+    const int kind = random.below(8);
+    if (!watched.empty() && random.oneIn(2)) {
+        const WatchedRange& range = random.oneOf(watched);
+        for (std::size_t area = 0; area < 3; ++area)
+            if (range.area == panel.areas.all()[area].name())
+                changeGroup(area, range.first, 1);
+    } else if (kind == 0) {
+        clearEnd();
+    } else if (!last.before.empty() && kind < 3) {
+        kind == 1 ? undo() : shift();
     } else {
         for (int left = random.between(1, 6); left > 0; --left) {
             // Now and then a long run of cells, so that many sectors differ, and now and then the ends.
@@ -167,6 +224,12 @@ void Load::changeAreas()
                         random.oneIn(8) ? end * random.below(2) : random.below(end), count);
         }
     }
+    // In this mode a module has no reason to ask for changes; one that does is told.
+    for (const WatchedRange& range : watched)
+        for (int address = range.first; address <= range.last; ++address)
+            if (const MemoryArea* const area = panel.areas.named(range.area);
+                area && area->cell(address) != before.named(range.area)->cell(address))
+                panel.reportChange(range.area, address);
     if (random.oneIn(5)) // lost, unless a later step saves them
         return;
     std::array<QByteArray, 3> images;

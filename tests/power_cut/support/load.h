@@ -20,7 +20,8 @@ public:
 /// are few changes away from it.
 void fillAtRandom(MemoryAreas& areas, Random& random);
 
-/// Changes cells or has areas saved. Now and then the last change is undone. Otherwise every value of a word
+/// Changes cells or has areas saved. Now and then the last change is undone, values change places, cells of
+/// several areas get the same value, or the end of an area is cleared. Otherwise every value of a word
 /// differs from its last one in one byte or both, and from older ones nearly always; every pattern of a group
 /// of bits differs from as many as the group can have. While it exists, the commands of the module run no
 /// shell; all that it is given stays the caller's.
@@ -46,7 +47,11 @@ private:
 
     int runCommand(const char* command);
     void changeGroup(std::size_t area, int first, int count);
+    void takeGroup(std::size_t area, int first, int count);
     void undo();
+    void shift();
+    void clearEnd();
+    void changeNamesakes(int address);
     void changeRange();
     void reportChange(std::size_t area, int address);
     void changeAreas();

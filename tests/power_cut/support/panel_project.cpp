@@ -36,7 +36,7 @@ void startObject(QXmlStreamWriter& xml, const char* name)
     xml.writeAttribute(QStringLiteral("name"), QLatin1String(name));
 }
 
-QByteArray projectXml(bool wholeAreas, const Ranges& ranges)
+QByteArray projectXml(bool wholeAreas, const Ranges& ranges, Random& random)
 {
     QByteArray bytes;
     QXmlStreamWriter xml(&bytes);
@@ -49,6 +49,9 @@ QByteArray projectXml(bool wholeAreas, const Ranges& ranges)
     for (const Range& range : ranges) {
         startObject(xml, "entry");
         writeProperty(xml, "addressLength", "int32", QString::number(range.count));
+        // It has no effect.
+        if (const char* const type = random.oneOf<const char*>({nullptr, "Bit", "Word", "Double Word"}))
+            writeProperty(xml, "addressType", "string", QLatin1String(type));
         startObject(xml, "sourceAddress");
         writeProperty(xml, "Block", "string", QLatin1String(range.area));
         writeProperty(xml, "index", "int32", QString::number(range.first));
@@ -118,7 +121,8 @@ Ranges rangesOf(ProjectKind kind, Random& random)
     case ProjectKind::WholeAreas:
         break;
     }
-    return {};
+    // They are left when a project changes over to whole areas, and have no effect.
+    return random.oneIn(2) ? separateRanges(random, false) : Ranges();
 }
 
 bool retainsSomething(const QByteArray& xml)
@@ -135,7 +139,7 @@ PanelProject randomProject(ProjectKind kind, Random& random)
     do {
         Ranges ranges = rangesOf(kind, random);
         std::shuffle(ranges.begin(), ranges.end(), random.engine);
-        project.xml = projectXml(kind == ProjectKind::WholeAreas, ranges);
+        project.xml = projectXml(kind == ProjectKind::WholeAreas, ranges, random);
     } while (!retainsSomething(project.xml));
     QBuffer buffer(&project.xml);
     buffer.open(QIODevice::ReadOnly);
