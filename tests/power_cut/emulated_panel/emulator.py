@@ -25,12 +25,12 @@ class Machine:
     medium: str  # as told to people
     blank_image: str  # a storage image with an empty file system
     console: str
-    # What makes up the machine; {parts} and {image} are filled in.
+    # What makes up the machine; {parts}, {image} and {write_log} are filled in.
     arguments: tuple
-    # The flash chip of this emulator answers before its write is in the image file; halting the machine first
-    # completes those writes. The disk answers when they are complete.
+    # The flash chip of this emulator answers before its write is in the image file, and the logged disk before its write
+    # is in the log; halting the machine first completes those writes. The other disk answers when they are complete.
     halt_before_cut: bool
-    start_seconds: float  # about as long as mounting the storage and starting the panel take
+    mark_device: str = ""  # where the guest makes its marks
 
 
 DISK = Machine(
@@ -39,34 +39,50 @@ DISK = Machine(
      "-drive", "if=none,id=storage,format=raw,cache=writethrough,file={image}",
      "-device", "virtio-blk-device,drive=storage"),
     False,
-    0.5,
+)
+CACHED_DISK = Machine(
+    "ext4", "cached_disk", "blank.ext4", "ttyAMA0",
+    ("-M", "virt", "-m", "256M",
+     "-blockdev", "driver=file,node-name=medium,filename={image}",
+     "-blockdev", "driver=file,node-name=log,filename={write_log}",
+     "-blockdev", "driver=blklogwrites,node-name=storage,file=medium,log=log",
+     "-device", "virtio-blk-device,drive=storage,write-cache=on"),
+    True,
+    "/dev/vda",
 )
 FLASH = Machine(
     "ubifs", "flash", "blank.ubifs", "ttyS4",
     ("-M", "ast2600-evb,fmc-model=m25p128", "-m", "512M", "-dtb", "{parts}/aspeed-ast2600-evb.dtb",
      "-drive", "if=mtd,format=raw,cache=writethrough,file={image}"),
     True,
-    2.5,
 )
+
+
+def write_log_of(image):
+    return image.with_suffix(".writes")
 
 
 class Emulator:
     """A machine that was switched on. Leaving the `with` block kills what is still running."""
 
     def __init__(self, machine, parts, image, log_path, parameters):
+        """`parameters` are for guest_init. A machine with marks logs all writes to its disk beside the image."""
         self.log = StartLog()
         self._machine = machine
         self._control, theirs = socket.socketpair()
         self._log_file = open(log_path, "wb", buffering=0)
+        write_log = write_log_of(image)
+        if machine.mark_device:
+            write_log.write_bytes(b"")
         kernel_parameters = [
             f"console={machine.console}", "quiet", "loglevel=4", "panic=-1", f"PANEL_STORAGE={machine.storage}",
-            *(f"{name}={value}" for name, value in parameters.items()),
+            f"PANEL_MARKS={machine.mark_device}", *(f'"{name}={value}"' for name, value in parameters.items()),
         ]
         with theirs:
             self._process = subprocess.Popen(
                 # No emulator outlives a run that is killed.
                 ["setpriv", "--pdeathsig", "KILL", "qemu-system-arm",
-                 *(a.format(parts=parts, image=image) for a in machine.arguments),
+                 *(a.format(parts=parts, image=image, write_log=write_log) for a in machine.arguments),
                  "-nic", "none", "-display", "none", "-no-reboot", "-serial", "stdio",
                  "-chardev", f"socket,id=control,fd={theirs.fileno()}", "-mon", "chardev=control,mode=control",
                  "-kernel", f"{parts}/vmlinuz", "-initrd", f"{parts}/initramfs",

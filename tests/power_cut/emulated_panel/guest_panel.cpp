@@ -4,84 +4,157 @@
 //
 // Lines, each beginning with "panel", in this order:
 //   length FILE BYTES                               a retention file before the start; -1 when it is missing
-//   cells AREA ADDRESS VALUE...                     restored cells (hexadecimal), only in per-address mode
-//   sectors AREA SECTOR DIGEST...                   restored sectors, only in whole-area mode
+//   cells AREA ADDRESS VALUE...                     cells that the project retains, as the start left them
+//                                                   (hexadecimal), only in per-address mode
+//   others AREA COUNT                               so many other cells are not 0, only in per-address mode
+//   sectors AREA SECTOR DIGEST...                   sectors as the start left them, only in whole-area mode
 //   restored                                        nothing more was restored
 //   change NUMBER AREA ADDRESS COUNT START STEP     is about to be made; cell i gets the low bits of
 //                                                   START + i * STEP: one, or 16 of a word
-//   synced NUMBER BYTES BYTES BYTES                 "sync" has returned for all changes up to NUMBER; the
+//   synced NUMBER BYTES BYTES BYTES                 the module has returned from all changes up to NUMBER;
+//   the
 //                                                   lengths of the retention files
 // A change is made only after its line has left through the serial line, so whoever reads it knows everything
-// that the files can hold.
+// that the files can hold. When a device for marks is named, the number of lines said so far is written to
+// its last sector, past every cache of this machine, before each change and after each return. So a record of
+// all that was written to the device tells between which lines each write fell.
 #include "project_tree/project_reader.h"
 #include "simulated_host/panel.h"
-#include "simulated_host/shell.h"
+#include "tests/power_cut/support/retained_cells.h"
 
-#include <QtCore/QCommandLineParser>
-#include <QtCore/QCoreApplication>
 #include <QtCore/QCryptographicHash>
-#include <QtCore/QFileInfo>
+#include <QtCore/QFile>
 
+#include <fcntl.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <random>
 #include <vector>
 
 namespace {
 
 constexpr int sectorBytes = 512;
-constexpr std::array<const char*, 3> retentionFiles = {"maintenance-bit.dat", "maintenance-word.dat",
-                                                       "maintenance-RWI.dat"};
 
-/// Consecutive cells that get a rising or falling series of values.
+/// The serial line, and the marks.
+class Story
+{
+public:
+    /// `device` may be null: no marks are made.
+    explicit Story(const char* device) : device(device ? open(device, O_WRONLY | O_DIRECT) : -1)
+    {
+        if (device && this->device < 0)
+            fail(device);
+    }
+
+    /// A line of words; end() ends it.
+    [[gnu::format(printf, 2, 3)]] void say(const char* format, ...)
+    {
+        std::va_list words;
+        va_start(words, format);
+        std::vprintf(format, words);
+        va_end(words);
+    }
+    void end()
+    {
+        std::printf("\n");
+        ++lines;
+    }
+
+    /// Returns when everything that was said has left through the serial line and is marked.
+    void publish()
+    {
+        std::fflush(stdout);
+        tcdrain(STDOUT_FILENO);
+        if (device < 0)
+            return;
+        alignas(sectorBytes) std::array<char, sectorBytes> mark = {};
+        std::snprintf(mark.data(), mark.size(), "%d", lines);
+        const off_t last = lseek(device, 0, SEEK_END) - sectorBytes;
+        if (pwrite(device, mark.data(), mark.size(), last) != sectorBytes)
+            fail("mark");
+    }
+
+private:
+    [[noreturn]] static void fail(const char* what)
+    {
+        std::perror(what);
+        std::exit(2);
+    }
+
+    int device;
+    int lines = 0;
+};
+
+/// Consecutive cells of one area.
+struct Cells
+{
+    std::size_t area;
+    int first;
+    int count;
+};
+
+/// Cells that get a rising or falling series of values.
 struct Change
 {
     int number;
-    QString area;
-    int address;
-    int count;
+    Cells cells;
     ushort start;
     ushort step;
 };
 
+std::vector<Cells> cellsOf(const RetainedCells& retained)
+{
+    std::vector<Cells> cells;
+    for (std::size_t area = 0; area < 3; ++area)
+        for (const Block& block : retained.blocks[area])
+            cells.push_back({area, block.first, block.count});
+    return cells;
+}
+
 long long retentionFileLength(const char* name)
 {
-    const QFileInfo file(QStringLiteral("/usr/tavrin/project/") + QLatin1String(name));
+    const QFile file(QLatin1String("/usr/tavrin/project/") + QLatin1String(name));
     return file.exists() ? file.size() : -1;
 }
 
-/// Returns when everything that was printed has left through the serial line.
-void drain()
+void sayLengths(Story& story)
 {
-    std::fflush(stdout);
-    tcdrain(STDOUT_FILENO);
-}
-
-void printLengths()
-{
-    for (const char* const name : retentionFiles)
-        std::printf("panel length %s %lld\n", name, retentionFileLength(name));
-}
-
-void printCells(const Panel& panel)
-{
-    constexpr int cellsInLine = 64;
-    for (const WatchedRange& range : panel.watched.ranges()) {
-        const MemoryArea& area = *panel.areas.named(range.area);
-        for (int first = range.first; first <= range.last; first += cellsInLine) {
-            std::printf("panel cells %s %d", qPrintable(range.area), first);
-            for (int address = first; address <= std::min(range.last, first + cellsInLine - 1); ++address)
-                std::printf(" %x", *area.cell(address));
-            std::printf("\n");
-        }
+    for (const char* const name : retentionFileNames) {
+        story.say("panel length %s %lld", name, retentionFileLength(name));
+        story.end();
     }
 }
 
-void printSectors(const Panel& panel)
+void sayCells(Story& story, const Panel& panel, const RetainedCells& retained)
+{
+    constexpr int cellsInLine = 64;
+    for (const Cells& cells : cellsOf(retained)) {
+        const MemoryArea& area = panel.areas.all()[cells.area];
+        for (int i = 0; i < cells.count; ++i) {
+            if (i % cellsInLine == 0)
+                story.say("panel cells %s %d", areaNames[cells.area], cells.first + i);
+            story.say(" %x", *area.cell(cells.first + i));
+            if (i % cellsInLine == cellsInLine - 1 || i == cells.count - 1)
+                story.end();
+        }
+    }
+    for (std::size_t area = 0; area < 3; ++area) {
+        int others = 0;
+        for (int address = 0; address < MemoryArea::cellCount; ++address)
+            others += *panel.areas.all()[area].cell(address) != 0 && !retained.blockOf(area, address);
+        story.say("panel others %s %d", areaNames[area], others);
+        story.end();
+    }
+}
+
+void saySectors(Story& story, const Panel& panel)
 {
     constexpr int sectorsInLine = 16;
     for (const MemoryArea& area : panel.areas.all()) {
@@ -89,18 +162,21 @@ void printSectors(const Panel& panel)
         const int sectors = static_cast<int>(area.memory().size()) / sectorBytes;
         for (int sector = 0; sector < sectors; ++sector) {
             if (sector % sectorsInLine == 0)
-                std::printf("panel sectors %s %d", qPrintable(area.name()), sector);
+                story.say("panel sectors %s %d", area.name().toLatin1().constData(), sector);
             const QByteArray content = QByteArray::fromRawData(bytes + sector * sectorBytes, sectorBytes);
-            const QByteArray digest = QCryptographicHash::hash(content, QCryptographicHash::Md5).toHex();
-            std::printf(" %s%s", digest.constData(), sector % sectorsInLine == sectorsInLine - 1 ? "\n" : "");
+            story.say(" %s", QCryptographicHash::hash(content, QCryptographicHash::Md5).toHex().constData());
+            if (sector % sectorsInLine == sectorsInLine - 1)
+                story.end();
         }
     }
 }
 
-void printSynced(int number)
+void saySynced(Story& story, int number)
 {
-    std::printf("panel synced %d %lld %lld %lld\n", number, retentionFileLength(retentionFiles[0]),
-                retentionFileLength(retentionFiles[1]), retentionFileLength(retentionFiles[2]));
+    story.say("panel synced %d %lld %lld %lld", number, retentionFileLength(retentionFileNames[0]),
+              retentionFileLength(retentionFileNames[1]), retentionFileLength(retentionFileNames[2]));
+    story.end();
+    story.publish();
 }
 
 /// Random changes, the same ones for the same seed.
@@ -112,12 +188,14 @@ public:
     int below(int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); }
 
     /// A series of 1 to `mostCells` cells inside the given ones.
-    Change changeWithin(const WatchedRange& cells, int mostCells)
+    Change changeWithin(const Cells& cells, int mostCells)
     {
-        const int first = cells.first + below(cells.last - cells.first + 1);
-        const int count = std::min(1 + below(mostCells), cells.last - first + 1);
-        return {
-            ++number, cells.area, first, count, static_cast<ushort>(random()), static_cast<ushort>(random())};
+        const int skipped = below(cells.count);
+        const int count = std::min(1 + below(mostCells), cells.count - skipped);
+        return {++number,
+                {cells.area, cells.first + skipped, count},
+                static_cast<ushort>(random()),
+                static_cast<ushort>(random())};
     }
 
 private:
@@ -125,85 +203,90 @@ private:
     int number = 0;
 };
 
-/// Announces the changes, waits until they are announced, then makes them in the areas.
-void makeChanges(Panel& panel, const std::vector<Change>& changes)
+/// Announces the changes, then makes them in the areas.
+void makeChanges(Story& story, Panel& panel, const std::vector<Change>& changes)
 {
-    for (const Change& change : changes)
-        std::printf("panel change %d %s %d %d %u %u\n", change.number, qPrintable(change.area),
-                    change.address, change.count, change.start, change.step);
-    drain();
     for (const Change& change : changes) {
-        MemoryArea& area = *panel.areas.named(change.area);
+        story.say("panel change %d %s %d %d %u %u", change.number, areaNames[change.cells.area],
+                  change.cells.first, change.cells.count, change.start, change.step);
+        story.end();
+    }
+    story.publish();
+    for (const Change& change : changes) {
+        MemoryArea& area = panel.areas.all()[change.cells.area];
         const int valueBits = area.isBits() ? 0x1 : 0xffff;
-        for (int i = 0; i < change.count; ++i)
-            area.setCell(change.address + i,
+        for (int i = 0; i < change.cells.count; ++i)
+            area.setCell(change.cells.first + i,
                          static_cast<ushort>((change.start + i * change.step) & valueBits));
     }
 }
 
-/// One to four changes of single retained cells, reported one by one when all of them are made.
-void changeCells(Panel& panel, Load& load, const std::vector<WatchedRange>& retained)
+/// One to four changes of single retained cells. When all of them are made, the panel sets each cell to the
+/// value that it has and so reports it, if the module has asked for it.
+void changeCells(Story& story, Panel& panel, Load& load, const std::vector<Cells>& retained)
 {
     std::vector<Change> changes;
     for (int left = 1 + load.below(4); left > 0; --left) {
         const auto range = static_cast<std::size_t>(load.below(static_cast<int>(retained.size())));
         changes.push_back(load.changeWithin(retained[range], 1));
     }
-    makeChanges(panel, changes);
+    makeChanges(story, panel, changes);
     for (const Change& change : changes) {
-        panel.reportChange(change.area, change.address);
-        printSynced(change.number);
+        const MemoryArea& area = panel.areas.all()[change.cells.area];
+        panel.setCells(area.name(), change.cells.first, {*area.cell(change.cells.first)});
+        saySynced(story, change.number);
     }
 }
 
 /// One to eight changes of anything from a cell to a fifth of an area, followed by the periodic save.
-void changeAreas(Panel& panel, Load& load)
+void changeAreas(Story& story, Panel& panel, Load& load)
 {
     std::vector<Change> changes;
     for (int left = 1 + load.below(8); left > 0; --left) {
-        const MemoryArea& area = panel.areas.all()[static_cast<std::size_t>(load.below(3))];
+        const auto area = static_cast<std::size_t>(load.below(3));
         const int mostCells = load.below(2) ? 1 : MemoryArea::cellCount / 5;
-        changes.push_back(load.changeWithin({area.name(), 0, MemoryArea::cellCount - 1}, mostCells));
+        changes.push_back(load.changeWithin({area, 0, MemoryArea::cellCount}, mostCells));
     }
-    makeChanges(panel, changes);
+    makeChanges(story, panel, changes);
     panel.advance(panel.model->cyclePeriodMs);
-    printSynced(changes.back().number);
+    saySynced(story, changes.back().number);
 }
 
-int run(const QString& libraryPath, const QString& projectPath, unsigned seed)
+int run(const char* libraryPath, const char* projectPath, unsigned seed, const char* markDevice)
 {
-    const ModuleLibrary library(libraryPath);
-    const ProjectReading reading = readProjectFile(projectPath);
+    const ModuleLibrary library(QLatin1String{libraryPath});
+    const ProjectReading reading = readProjectFile(QLatin1String(projectPath));
     if (!library.isLoaded() || !reading.project) {
-        std::fprintf(stderr, "%s\n", qPrintable(library.isLoaded() ? reading.error : library.error()));
+        const QString reason = library.isLoaded() ? reading.error : library.error();
+        std::fprintf(stderr, "%s\n", reason.toLocal8Bit().constData());
         return 2;
     }
-    printLengths();
+    QFile file(QLatin1String{projectPath});
+    file.open(QIODevice::ReadOnly);
+    const RetainedCells retained = retainedCellsOf(file.readAll());
+    const std::vector<Cells> retainedCells = cellsOf(retained);
+    if (!retained.wholeAreas && retainedCells.empty()) {
+        std::fprintf(stderr, "%s: nothing is retained\n", projectPath);
+        return 2;
+    }
+
+    Story story(markDevice);
+    sayLengths(story);
     Panel panel(library, reading.project.get());
     panel.start();
-    const std::vector<WatchedRange> retained = panel.watched.ranges();
-    const bool wholeAreas = panel.model->retentionMode == 1;
-    if (!wholeAreas && retained.empty()) {
-        std::fprintf(stderr, "%s: nothing is retained\n", qPrintable(projectPath));
-        return 2;
-    }
-    if (wholeAreas)
-        printSectors(panel);
+    if (retained.wholeAreas)
+        saySectors(story, panel);
     else
-        printCells(panel);
-    std::printf("panel restored\n");
+        sayCells(story, panel, retained);
+    story.say("panel restored");
+    story.end();
 
     Load load(seed);
     while (true) {
-        const int syncsBefore = commandsRun(QStringLiteral("sync"));
-        if (wholeAreas)
-            changeAreas(panel, load);
+        if (retained.wholeAreas)
+            changeAreas(story, panel, load);
         else
-            changeCells(panel, load, retained);
-        if (commandsRun(QStringLiteral("sync")) == syncsBefore) {
-            std::fprintf(stderr, "the module ran no \"sync\" for a change\n");
-            return 1;
-        }
+            changeCells(story, panel, load, retainedCells);
     }
 }
 
@@ -211,20 +294,11 @@ int run(const QString& libraryPath, const QString& projectPath, unsigned seed)
 
 int main(int argc, char** argv)
 {
-    const QCoreApplication application(argc, argv);
-    QCommandLineParser parser;
-    parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("module"), QStringLiteral("The module library."));
-    parser.addPositionalArgument(QStringLiteral("project"), QStringLiteral("The project, an XML file."));
-    parser.addPositionalArgument(QStringLiteral("seed"),
-                                 QStringLiteral("Decides all changes that are made."));
-    parser.process(application);
-    const QStringList arguments = parser.positionalArguments();
-    bool seedIsNumber = false;
-    const unsigned seed = arguments.value(2).toUInt(&seedIsNumber);
-    if (arguments.size() != 3 || !seedIsNumber) {
-        std::fprintf(stderr, "usage: guest_panel MODULE PROJECT SEED\n");
+    char* end = nullptr;
+    const unsigned long seed = argc < 4 ? 0 : std::strtoul(argv[3], &end, 10);
+    if (argc < 4 || argc > 5 || end == argv[3] || *end != '\0') {
+        std::fprintf(stderr, "usage: guest_panel MODULE PROJECT SEED [DEVICE-FOR-MARKS]\n");
         return 2;
     }
-    return run(arguments[0], arguments[1], seed);
+    return run(argv[1], argv[2], static_cast<unsigned>(seed), argc == 5 ? argv[4] : nullptr);
 }

@@ -1,59 +1,65 @@
 # SPDX-License-Identifier: MIT
 """What the next start may restore, given all that the panel said before the power was cut."""
 from collections import namedtuple
-from hashlib import md5
 
-SECTOR_BYTES = 512
-BYTES_PER_CELL = {"LB": 1, "LW": 2, "RWI": 2}
-CELLS = 65536
+from project import AREAS, BYTES_PER_CELL, CELLS, SECTOR_BYTES, digests
 
-# `checked` values (cells, or sectors of whole areas) were compared; every one that must not be is a line of `lost`.
-Verdict = namedtuple("Verdict", "checked lost")
+# `checked` values (cells, or sectors of whole areas) were compared; `at_stake` of them had been changed and kept since the
+# start before; every one that must not be is a line of `lost`.
+Verdict = namedtuple("Verdict", "checked at_stake lost")
 
 
-class FileLengths:
-    """No retention file is shorter than it was after the last "sync"."""
+class Account:
+    """All that is promised to one panel."""
 
-    def __init__(self):
-        self._least = {}
+    def __init__(self, project):
+        self._lengths = {}  # of each file, after the last return of the module
+        self._values = WholeAreas() if project.places is None else RetainedCells(project.cells())
 
     def check(self, log):
-        lost = [
-            f"{name} is {length} bytes long, after the last sync it had {self._least[name]}"
-            for name, length in log.lengths.items()
-            if length < self._least.get(name, -1)
-        ]
-        return Verdict(0, lost)
+        """Judges what a start restored, as far as it came."""
+        verdict = self._values.check(log)
+        short = [f"{name} is {length} bytes long, after the last sync it had {self._lengths[name]}"
+                 for name, length in log.lengths.items() if length < self._lengths.get(name, -1)]
+        return verdict._replace(lost=short + verdict.lost)
 
     def take(self, log):
-        self._least.update(log.synced_lengths)
+        """From here on, what this start restored and changed is what the next one must restore."""
+        self._lengths.update(log.synced_lengths)
+        if log.restored:  # otherwise nothing was changed in this start
+            self._values.take(log)
 
 
 class RetainedCells:
     """Per-address mode: a cell comes back with its last synced value or one that was given to it later."""
 
-    def __init__(self):
-        self._given = {}  # (area, address): [(change number, value)], the last synced one first
+    def __init__(self, cells):
+        self._given = {cell: [(0, 0)] for cell in cells}  # [(change number, value)], the last synced one first
+        self._changed = set()
 
     def check(self, log):
-        lost = []
-        for cell, value in log.cells.items():
-            given = [possible for _, possible in self._given.get(cell, [(0, 0)])]
-            if value not in given:
-                lost.append(f"{cell[0]} {cell[1]} came back as {value}, possible were {given}")
+        lost = [f"{area} {address}, which the project does not name, is listed as retained"
+                for area, address in log.cells.keys() - self._given]
+        for (area, address), value in log.cells.items():
+            possible = [given for _, given in self._given.get((area, address), [(0, value)])]
+            if value not in possible:
+                lost.append(f"{area} {address} came back as {value}, possible were {possible}")
         if log.restored:
-            lost += [f"{area} {address} is not retained any more" for area, address in self._given.keys() - log.cells]
-        return Verdict(len(log.cells), lost)
+            lost += [f"{area} {address} is not listed as retained" for area, address in self._given.keys() - log.cells]
+        lost += [f"{count} cells of {area} that are not retained were touched"
+                 for area, count in log.others.items() if count]
+        return Verdict(len(log.cells), len(self._changed & log.cells.keys()), lost)
 
     def take(self, log):
-        if not log.restored:  # nothing was changed in this start
-            return
         self._given = {cell: [(0, value)] for cell, value in log.cells.items()}
         for change in log.changes:
             for i, value in enumerate(change.values()):
                 self._given[change.area, change.address + i].append((change.number, value))
+        self._changed = set()
         for cell, given in self._given.items():
             last_synced = max(i for i, (number, _) in enumerate(given) if number <= log.synced)
+            if given[last_synced][1] != given[0][1]:
+                self._changed.add(cell)
             self._given[cell] = given[last_synced:]
 
 
@@ -63,37 +69,33 @@ class WholeAreas:
     def __init__(self):
         self._saved = {area: bytearray(CELLS * width) for area, width in BYTES_PER_CELL.items()}
         self._under_way = None  # like _saved; None when no save was cut
+        self._changed = set()
 
     def check(self, log):
-        lost = [
-            f"sector {sector} of {area} is neither the last saved one nor the one being saved"
-            for (area, sector), digest in log.sectors.items()
-            if self._image_with(area, sector, digest) is None
-        ]
+        saved, under_way = _digests(self._saved), _digests(self._under_way or self._saved)
+        lost = [f"sector {sector} of {area} is neither the last saved one nor the one being saved"
+                for (area, sector), digest in log.sectors.items()
+                if digest not in (saved[area, sector], under_way[area, sector])]
         if log.restored:
-            for area, image in self._saved.items():
-                for sector in range(len(image) // SECTOR_BYTES):
-                    if (area, sector) not in log.sectors:
-                        lost.append(f"sector {sector} of {area} was not restored")
-        return Verdict(len(log.sectors), lost)
+            lost += [f"sector {sector} of {area} was not restored" for area, sector in saved.keys() - log.sectors]
+        return Verdict(len(log.sectors), len(self._changed & log.sectors.keys()), lost)
 
     def take(self, log):
-        if not log.restored:
-            return
+        saved = _digests(self._saved)
         for (area, sector), digest in log.sectors.items():
-            image = self._image_with(area, sector, digest) or self._saved
-            self._saved[area][_span(sector)] = image[area][_span(sector)]
+            if self._under_way and digest != saved[area, sector]:
+                self._saved[area][_span(sector)] = self._under_way[area][_span(sector)]
+        restored = _digests(self._saved)
         self._under_way = None
         for change in log.changes:
             if change.number > log.synced and self._under_way is None:
                 self._under_way = {area: bytearray(image) for area, image in self._saved.items()}
             _apply(change, self._under_way or self._saved)
+        self._changed = {at for at, digest in _digests(self._saved).items() if digest != restored[at]}
 
-    def _image_with(self, area, sector, digest):
-        for image in filter(None, (self._saved, self._under_way)):
-            if md5(image[area][_span(sector)]).hexdigest() == digest:
-                return image
-        return None
+
+def _digests(images):
+    return {at: digest for area in AREAS for at, digest in digests(area, images[area]).items()}
 
 
 def _span(sector):

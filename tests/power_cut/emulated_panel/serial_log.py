@@ -29,13 +29,15 @@ class Change:
 class StartLog:
     """One start of the panel, as far as it came. See guest_panel.cpp for the lines."""
 
+    lines: list = field(default_factory=list)  # of the panel, as they came
     lengths: dict = field(default_factory=dict)  # file name: bytes before the start, -1 when missing
     cells: dict = field(default_factory=dict)  # (area, address): restored value
+    others: dict = field(default_factory=dict)  # area: how many cells that are not retained are not 0
     sectors: dict = field(default_factory=dict)  # (area, sector): digest of the restored bytes
     restored: bool = False  # everything restored was listed
     changes: list = field(default_factory=list)
-    synced: int = 0  # "sync" has returned for all changes up to this number
-    synced_lengths: dict = field(default_factory=dict)  # file name: bytes after that "sync"
+    synced: int = 0  # the module has returned from all changes up to this number
+    synced_lengths: dict = field(default_factory=dict)  # file name: bytes after that return
     failure: str = ""  # why the panel could not go on
 
     def feed(self, line):
@@ -47,6 +49,14 @@ class StartLog:
             self._take(words[1:])
         except (IndexError, TypeError, ValueError) as error:
             raise UnreadableLog(f"unreadable line of the panel: {line!r}") from error
+        self.lines.append(line)
+
+    def until(self, lines):
+        """The log as it was after that many lines."""
+        log = StartLog()
+        for line in self.lines[:lines]:
+            log.feed(line)
+        return log
 
     def _take(self, words):
         kind, rest = words[0], words[1:]
@@ -55,6 +65,8 @@ class StartLog:
         elif kind == "cells":
             for i, value in enumerate(rest[2:]):
                 self.cells[rest[0], int(rest[1]) + i] = int(value, 16)
+        elif kind == "others":
+            self.others[rest[0]] = int(rest[1])
         elif kind == "sectors":
             for i, digest in enumerate(rest[2:]):
                 self.sectors[rest[0], int(rest[1]) + i] = digest

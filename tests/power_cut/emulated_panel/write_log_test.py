@@ -1,0 +1,96 @@
+# SPDX-License-Identifier: MIT
+"""A record of writes leads to the states in which a disk with a volatile cache may be, and to no other."""
+import random
+import struct
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+from storage import DamagedStorage, retention_files
+from write_log import SECTOR_BYTES, Request, UnreadableWriteLog, apply_sectors, cut_state, read_write_log
+
+
+def sector(text):
+    return text.ljust(SECTOR_BYTES, b".")
+
+
+def header(number, count, flags=0):
+    return struct.pack("<QQQQ", number, count, flags, 0).ljust(SECTOR_BYTES, b"\0")
+
+
+SUPERBLOCK = struct.pack("<QQQI", 0x6A736677736872, 1, 2, SECTOR_BYTES).ljust(SECTOR_BYTES, b"\0")
+FLUSH = Request(True)
+
+
+class ReadWriteLogTest(unittest.TestCase):
+    def read(self, log):
+        with tempfile.NamedTemporaryFile() as file:
+            file.write(log)
+            file.flush()
+            return read_write_log(Path(file.name))
+
+    def test_writes_and_flushes_come_in_order(self):
+        log = SUPERBLOCK + header(7, 2) + sector(b"a") + sector(b"b") + header(0, 0, flags=1)
+        self.assertEqual(self.read(log), [Request(False, 7, sector(b"a") + sector(b"b")), FLUSH])
+
+    def test_a_request_that_was_not_logged_completely_never_happened(self):
+        whole = SUPERBLOCK + header(7, 1) + sector(b"a")
+        self.assertEqual(len(self.read(whole + header(8, 2) + sector(b"b"))), 1)
+        self.assertEqual(len(self.read(whole + bytes(SECTOR_BYTES) + sector(b"b"))), 1)
+        self.assertEqual(self.read(b""), [])
+
+    def test_another_format_is_refused(self):
+        for log in (bytes(2 * SECTOR_BYTES), SUPERBLOCK + header(0, 1, flags=4)):
+            with self.assertRaises(UnreadableWriteLog):
+                self.read(log)
+
+
+class CutStateTest(unittest.TestCase):
+    REQUESTS = [Request(False, 1, sector(b"kept")), FLUSH, Request(False, 1, sector(b"x") + sector(b"y")),
+                Request(False, 2, sector(b"z"))]
+
+    def contents(self, done):
+        """All that 500 states have in the sectors 1 and 2."""
+        found = set()
+        for seed in range(500):
+            state = cut_state(self.REQUESTS, done, random.Random(seed))
+            image = bytearray(3 * SECTOR_BYTES)
+            for request in self.REQUESTS[: state.durable]:
+                apply_sectors(image, [(request.sector, request.content)] if request.content else [])
+            apply_sectors(image, state.arrived)
+            found.add((image[SECTOR_BYTES:][:1] + image[2 * SECTOR_BYTES :][:1]).decode())
+        return found
+
+    def test_what_was_flushed_stays_and_of_the_rest_any_sector_may_be_missing(self):
+        self.assertEqual(self.contents(2), {"k\0"})
+        self.assertEqual(self.contents(3), {"k\0", "ky", "x\0", "xy"})
+        self.assertEqual(self.contents(4), {"k\0", "ky", "kz", "x\0", "xy", "xz"})
+
+    def test_what_was_not_flushed_may_be_missing_altogether(self):
+        self.assertEqual(self.contents(1), {"\0\0", "k\0"})
+
+
+class RetentionFilesTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.image = Path(folder.name) / "image"
+        (Path(folder.name) / "files").mkdir()
+        (Path(folder.name) / "files" / "maintenance-word.dat").write_bytes(b"words")
+        self.image.write_bytes(bytes(1 << 22))
+        subprocess.run(["mkfs.ext4", "-q", "-d", Path(folder.name) / "files", self.image], check=True,
+                       stdout=subprocess.DEVNULL)
+
+    def test_files_are_read_and_missing_ones_are_missing(self):
+        self.assertEqual(retention_files(self.image.read_bytes()), {"maintenance-word.dat": b"words"})
+
+    def test_a_file_system_that_did_not_survive_is_found(self):
+        image = bytearray(self.image.read_bytes())
+        image[: 1 << 16] = bytes(1 << 16)
+        with self.assertRaises(DamagedStorage):
+            retention_files(image)
+
+
+if __name__ == "__main__":
+    unittest.main()
