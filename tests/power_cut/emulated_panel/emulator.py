@@ -2,6 +2,7 @@
 """The emulated machine: its power goes on, its serial line is read, its power goes away."""
 import json
 import queue
+import shutil
 import socket
 import subprocess
 import threading
@@ -10,7 +11,7 @@ from dataclasses import dataclass
 
 from serial_log import StartLog
 
-BOOT_SECONDS = 300  # far more than a busy machine needs; beyond it the emulator is stuck
+STUCK_SECONDS = 3600  # far more than a busy machine needs for anything
 
 
 class EmulatorFailure(Exception):
@@ -65,19 +66,18 @@ def write_log_of(image):
 class Emulator:
     """A machine that was switched on. Leaving the `with` block kills what is still running."""
 
-    def __init__(self, machine, parts, image, log_path, parameters):
-        """`parameters` are for guest_init. A machine with marks logs all writes to its disk beside the image."""
+    def __init__(self, machine, parts, image, log_path, state=None):
+        """With `state`, a file that save() made, it goes on from there. A machine with marks logs all writes to its disk
+        next to the image."""
         self.log = StartLog()
         self._machine = machine
         self._control, theirs = socket.socketpair()
+        self._control.settimeout(STUCK_SECONDS)
+        self._replies = self._control.makefile("r", encoding="utf-8")
         self._log_file = open(log_path, "wb", buffering=0)
         write_log = write_log_of(image)
         if machine.mark_device:
             write_log.write_bytes(b"")
-        kernel_parameters = [
-            f"console={machine.console}", "quiet", "loglevel=4", "panic=-1", f"PANEL_STORAGE={machine.storage}",
-            f"PANEL_MARKS={machine.mark_device}", *(f'"{name}={value}"' for name, value in parameters.items()),
-        ]
         with theirs:
             self._process = subprocess.Popen(
                 # No emulator outlives a run that is killed.
@@ -86,16 +86,22 @@ class Emulator:
                  "-nic", "none", "-display", "none", "-no-reboot", "-serial", "stdio",
                  "-chardev", f"socket,id=control,fd={theirs.fileno()}", "-mon", "chardev=control,mode=control",
                  "-kernel", f"{parts}/vmlinuz", "-initrd", f"{parts}/initramfs",
-                 "-append", " ".join(kernel_parameters)],
-                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=self._log_file,
-                pass_fds=[theirs.fileno()])
+                 "-append", f"console={machine.console} quiet loglevel=4 panic=-1",
+                 *(("-incoming", f"exec:cat {state}") if state else ())],
+                stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self._log_file, pass_fds=[theirs.fileno()])
         self._lines = queue.SimpleQueue()  # of the serial line; None after the last one
-        self._booting = False
+        self._waiting = False  # the guest waits for its parameters
         self._cut = False
         self._ended = False
         # The machine stands still while its serial line is not read, so a thread does nothing else.
         self._reader = threading.Thread(target=self._read_serial_line)
         self._reader.start()
+        self._command("qmp_capabilities")
+        if state:
+            self._poll("query-status", lambda status: status["status"] == "running")
+        elif not self.run_until(lambda: self._waiting):
+            self.__exit__()
+            raise EmulatorFailure("the emulated machine did not come up")
 
     def __enter__(self):
         return self
@@ -104,11 +110,25 @@ class Emulator:
         self._process.kill()
         self._process.wait()
         self._reader.join()
+        self._process.stdin.close()
         self._process.stdout.close()
+        self._replies.close()
         self._control.close()
         self._log_file.close()
 
-    def run_until(self, reached, seconds=BOOT_SECONDS):
+    def save(self, state):
+        """Saves the machine, but not its storage, while it waits for its parameters."""
+        self._command("migrate", uri=f"exec:cat >{state}")
+        self._poll("query-migrate", lambda migration: migration["status"] == "completed")
+
+    def start_panel(self, parameters):
+        """Lets the guest mount its storage and start the panel. `parameters` are for guest_init."""
+        words = {"PANEL_STORAGE": self._machine.storage, "PANEL_MARKS": self._machine.mark_device, **parameters}
+        line = " ".join(f"{name}='{value}'" for name, value in words.items())
+        self._process.stdin.write(line.encode("ascii") + b"\n")
+        self._process.stdin.flush()
+
+    def run_until(self, reached, seconds=STUCK_SECONDS):
         """Goes on until `reached()`, for that many seconds or until the machine ends; true when it was reached."""
         deadline = time.monotonic() + seconds
         while not reached() and not self._ended:
@@ -118,15 +138,10 @@ class Emulator:
                 break
         return reached()
 
-    def boot(self):
-        """Goes on until the guest is about to mount its storage."""
-        if not self.run_until(lambda: self._booting):
-            raise EmulatorFailure("the emulated machine did not come up")
-
     def cut_power(self):
         """Kills the machine; afterwards `log` holds all that it said."""
         if self._machine.halt_before_cut and self._process.poll() is None:
-            self._halt()
+            self._command("stop")  # returns when every write that the processor has made is in the image file
         self._cut = self._process.poll() is None
         self._process.kill()
         while not self._ended:
@@ -144,17 +159,38 @@ class Emulator:
             self._ended = True
             if not self._cut:
                 self.log.failure = self.log.failure or "the panel's machine stopped by itself"
-        elif line == "panel booting":
-            self._booting = True
+        elif line == "panel waiting":
+            self._waiting = True
         else:
             self.log.feed(line)
 
-    def _halt(self):
-        """Stops the processor; returns when every write that it has made is in the image file."""
-        self._control.settimeout(BOOT_SECONDS)
-        with self._control.makefile("rw", encoding="utf-8") as control:
-            for command in ("qmp_capabilities", "stop"):
-                control.write(json.dumps({"execute": command}) + "\n")
-                control.flush()
-                while '"return"' not in control.readline():
-                    pass
+    def _command(self, name, **arguments):
+        """What the emulator's monitor answers."""
+        self._control.sendall(json.dumps({"execute": name, "arguments": arguments}).encode("ascii") + b"\n")
+        for line in self._replies:
+            reply = json.loads(line)
+            if "error" in reply:
+                raise EmulatorFailure(f"{name}: {reply['error']['desc']}")
+            if "return" in reply:
+                return reply["return"]
+        raise EmulatorFailure(f"{name}: the emulator has ended")
+
+    def _poll(self, query, is_good):
+        answer = self._command(query)
+        while not is_good(answer):
+            if answer.get("status") == "failed":
+                raise EmulatorFailure(f"{query}: {answer.get('error-desc', answer)}")
+            time.sleep(0.02)
+            answer = self._command(query)
+
+
+def waiting_state(machine, parts):
+    """The state of a machine that has booted and waits for its parameters, saved once for all starts with these parts."""
+    state = parts / f"{machine.medium}.state"
+    if not state.exists():
+        image = parts / f"{machine.medium}.boot.img"
+        shutil.copyfile(parts / machine.blank_image, image)
+        with Emulator(machine, parts, image, parts / f"{machine.medium}.boot.log") as emulator:
+            emulator.save(state.with_suffix(".new"))
+        state.with_suffix(".new").rename(state)
+    return state

@@ -6,7 +6,7 @@ import shutil
 import time
 from dataclasses import dataclass
 
-from emulator import Emulator, write_log_of
+from emulator import Emulator, waiting_state, write_log_of
 from promise import Account
 from serial_log import UnreadableLog
 from storage import DamagedStorage, retention_files
@@ -111,9 +111,10 @@ class Life:
         parameters = {"PANEL_SEED": chance.getrandbits(31), **self._parameters}
         shutil.copyfile(self._image, self._image_before())
         log_path = self.folder / f"start_{self._starts:02}.log"
-        with Emulator(self._machine, self._parts, self._image, log_path, parameters) as emulator:
+        state = waiting_state(self._machine, self._parts)
+        with Emulator(self._machine, self._parts, self._image, log_path, state) as emulator:
             try:
-                emulator.boot()
+                emulator.start_panel(parameters)
                 if early and chance.random() < EARLY_CUTS:
                     emulator.run_until(lambda: False, chance.uniform(0, self._start_seconds))
                 else:
