@@ -8,7 +8,7 @@ PATH=$PATH:/usr/sbin:/sbin
 demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev)
 build_needs=("${demo_needs[@]}" libgtest-dev libgmock-dev python3 e2fsprogs)
 armhf_needs=("${build_needs[@]}" g++-arm-linux-gnueabihf qemu-user)
-emulated_panel_needs=("${armhf_needs[@]}" binutils cpio kmod mtd-utils qemu-system-arm)
+emulated_panel_needs=("${armhf_needs[@]}" binutils cpio e2fsprogs kmod mtd-utils qemu-system-arm)
 bench_needs=("${build_needs[@]}" libbenchmark-dev libsqlite3-dev liblmdb-dev valgrind strace gnuplot-nox)
 
 # is_present NAME: whether what that package would bring is there.
