@@ -4,6 +4,7 @@ import argparse
 import random
 import re
 import shutil
+import signal
 import sys
 import tempfile
 import time
@@ -137,6 +138,7 @@ def main():
     options = parse_options()
     folder = Path(tempfile.mkdtemp(prefix=f"seed_{options.seed}_", dir=options.parts.parent))
     run = Run(options, folder)
+    signal.signal(signal.SIGTERM, signal.default_int_handler)  # the counts of a run that is stopped count, too
     try:
         failed = run_all(run, options)
     except (EmulatorFailure, OSError) as error:
