@@ -1,5 +1,5 @@
 # Packs, with cpack: for Debian the module, what is built against it, the tools, and the debugging symbols of each;
-# for all others one archive. scripts/package does so for every processor.
+# elsewhere one archive. scripts/package does so for every processor.
 # SPDX-License-Identifier: MIT
 set(POWEROFF_PROTECT_MAINTAINER "The poweroff_protect authors <authors@poweroff-protect.invalid>" CACHE STRING
     "Who answers for the packages: Name <address>")
@@ -16,14 +16,15 @@ set(CPACK_GENERATOR TXZ)
 set(CPACK_STRIP_FILES ON)
 
 find_program(DPKG_ARCHITECTURE dpkg-architecture)
-mark_as_advanced(DPKG_ARCHITECTURE)
-if(DPKG_ARCHITECTURE AND CMAKE_LIBRARY_ARCHITECTURE)
+find_program(FILE_EXECUTABLE file)
+mark_as_advanced(DPKG_ARCHITECTURE FILE_EXECUTABLE)
+if(DPKG_ARCHITECTURE AND FILE_EXECUTABLE AND CMAKE_LIBRARY_ARCHITECTURE)
     execute_process(COMMAND ${DPKG_ARCHITECTURE} -t${CMAKE_LIBRARY_ARCHITECTURE} -qDEB_HOST_ARCH
                     OUTPUT_VARIABLE CPACK_DEBIAN_PACKAGE_ARCHITECTURE OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
 endif()
 # A Qt 4 is in no Debian: such a module goes into archives alone.
 if(CPACK_DEBIAN_PACKAGE_ARCHITECTURE AND NOT POWEROFF_PROTECT_QT EQUAL 4)
-    list(APPEND CPACK_GENERATOR DEB)
+    set(CPACK_GENERATOR DEB)
     include(packaging/debian/packages.cmake)
 endif()
 include(CPack)

@@ -6,8 +6,9 @@ PATH=$PATH:/usr/sbin:/sbin
 
 # What builds and tests need on this machine, in the order in which they come to need it.
 demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev)
-build_needs=("${demo_needs[@]}" libgtest-dev libgmock-dev python3)
+build_needs=("${demo_needs[@]}" libgtest-dev libgmock-dev python3 dpkg-dev file)
 armhf_needs=("${build_needs[@]}" g++-arm-linux-gnueabihf qemu-user)
+package_needs=("${armhf_needs[@]}" g++-aarch64-linux-gnu lintian mmdebstrap qemu-user-static)
 emulated_panel_needs=("${armhf_needs[@]}" binutils cpio e2fsprogs kmod mtd-utils qemu-system-arm)
 bench_needs=("${build_needs[@]}" libbenchmark-dev libsqlite3-dev liblmdb-dev valgrind strace gnuplot-nox)
 
@@ -28,6 +29,9 @@ is_present() {
     clang) command -v clang++ ;;
     clang-tidy) command -v run-clang-tidy ;;
     g++-arm-linux-gnueabihf) command -v arm-linux-gnueabihf-g++ ;;
+    g++-aarch64-linux-gnu) command -v aarch64-linux-gnu-g++ ;;
+    dpkg-dev) command -v dpkg-shlibdeps ;;
+    qemu-user-static) command -v qemu-arm-static ;;
     qemu-user) command -v qemu-arm ;;
     binutils) command -v readelf ;;
     e2fsprogs) command -v mke2fs ;;
