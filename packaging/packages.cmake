@@ -1,27 +1,30 @@
-# cpack: a Debian package and an archive of what cmake --install puts in place. scripts/package makes all of them.
+# Packs, with cpack: for Debian the module, what is built against it, the tools, and the debugging symbols of each;
+# elsewhere one archive. scripts/package does so for every processor.
 # SPDX-License-Identifier: MIT
-set(CPACK_GENERATOR DEB TGZ)
-set(CPACK_PACKAGE_NAME poweroff-protect)
+set(POWEROFF_PROTECT_MAINTAINER "The poweroff_protect authors <authors@poweroff-protect.invalid>" CACHE STRING
+    "Who answers for the packages: Name <address>")
+
 set(CPACK_PACKAGE_VENDOR "The poweroff_protect authors")
-set(CPACK_PACKAGE_CONTACT "The poweroff_protect authors <authors@poweroff-protect.invalid>")
-set(CPACK_PACKAGE_DESCRIPTION
-    "The module is loaded by the panel's runtime. It keeps chosen contents of the areas LB, LW and RWI in files of the
-project directory and puts them back at the next start.")
+set(CPACK_PACKAGE_CONTACT ${POWEROFF_PROTECT_MAINTAINER})
+set(CPACK_PACKAGE_NAME poweroff-protect)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_PACKAGE_FILE_NAME
+    poweroff-protect-${PROJECT_VERSION}-qt${POWEROFF_PROTECT_QT}-${CMAKE_SYSTEM_PROCESSOR})
+set(CPACK_GENERATOR TXZ)
 set(CPACK_STRIP_FILES ON)
 
-if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
-    set(processor armhf)
-else()
-    execute_process(COMMAND dpkg --print-architecture OUTPUT_VARIABLE processor OUTPUT_STRIP_TRAILING_WHITESPACE)
+find_program(DPKG_ARCHITECTURE dpkg-architecture)
+find_program(FILE_EXECUTABLE file)
+mark_as_advanced(DPKG_ARCHITECTURE FILE_EXECUTABLE)
+if(DPKG_ARCHITECTURE AND FILE_EXECUTABLE AND CMAKE_LIBRARY_ARCHITECTURE)
+    execute_process(COMMAND ${DPKG_ARCHITECTURE} -t${CMAKE_LIBRARY_ARCHITECTURE} -qDEB_HOST_ARCH
+                    OUTPUT_VARIABLE CPACK_DEBIAN_PACKAGE_ARCHITECTURE OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
 endif()
-set(CPACK_PACKAGE_FILE_NAME poweroff-protect-${PROJECT_VERSION}-${processor})
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${processor})
-set(CPACK_DEBIAN_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
-# What dpkg-shlibdeps finds for the library; stated, because it cannot look into another processor's packages.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS
-    "libc6 (>= 2.4), libgcc-s1 (>= 3.5), libqt5core5a (>= 5.15.1), libstdc++6 (>= 4.4.0)")
+# A Qt 4 is in no Debian: such a module goes into archives alone.
+if(CPACK_DEBIAN_PACKAGE_ARCHITECTURE AND NOT POWEROFF_PROTECT_QT EQUAL 4)
+    set(CPACK_GENERATOR DEB)
+    include(packaging/debian/packages.cmake)
+endif()
 include(CPack)

@@ -31,3 +31,8 @@ void deletModel(ExtendFuncModelBase* model)
 {
     delete model;
 }
+
+const char* poweroffProtectVersion()
+{
+    return POWEROFF_PROTECT_VERSION;
+}

@@ -5,6 +5,7 @@
 #include "define_header/define_header.h"
 #include "host_interface/host_interface.h"
 #include "poweroff_protect/maintenance_file_info.h"
+#include "poweroff_protect/version.h"
 
 #include <QtCore/QFileInfo>
 #include <QtCore/QList>

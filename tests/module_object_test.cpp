@@ -1,5 +1,6 @@
 // Construction, destruction and entry points of the module object.
 // SPDX-License-Identifier: MIT
+#include "poweroff_protect/version.h"
 #include "tests/support/module_test.h"
 
 #include <QtCore/QDir>
@@ -87,6 +88,14 @@ TEST_F(ModuleObject, RebuildingDoesNothing)
     QList<RegisterValueChangeSize> watched;
     panel->model->getMonitorTriggerAddr(watched);
     EXPECT_EQ(watched.size(), 4);
+}
+
+TEST_F(ModuleObject, TellsItsVersionAsTextAndAsANumber)
+{
+    const auto parts = QString::fromLatin1(poweroffProtectVersion()).split(QLatin1Char('.'));
+    ASSERT_EQ(parts.size(), 3);
+    EXPECT_EQ(10000 * parts[0].toInt() + 100 * parts[1].toInt() + parts[2].toInt(),
+              POWEROFF_PROTECT_VERSION_NUMBER);
 }
 
 } // namespace

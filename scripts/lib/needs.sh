@@ -6,11 +6,12 @@ PATH=$PATH:/usr/sbin:/sbin
 
 # What builds and tests need on this machine, in the order in which they come to need it.
 demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev libncurses-dev libcsv-dev)
-build_needs=("${demo_needs[@]}" libgtest-dev libgmock-dev python3 e2fsprogs)
+build_needs=("${demo_needs[@]}" libgtest-dev libgmock-dev python3 e2fsprogs dpkg-dev file)
 test_needs=("${build_needs[@]}" libxml2-utils chromium poppler-utils)
 armhf_needs=("${build_needs[@]}" g++-arm-linux-gnueabihf qemu-user)
 platform_needs=("${build_needs[@]}" g++-{aarch64-linux-gnu,arm-linux-gnueabi,i686-linux-gnu,riscv64-linux-gnu,s390x-linux-gnu}
     qemu-user mmdebstrap clang libc++-dev libc++abi-dev git)
+package_needs=("${armhf_needs[@]}" g++-aarch64-linux-gnu lintian mmdebstrap qemu-user-static)
 emulated_panel_needs=("${armhf_needs[@]}" binutils cpio e2fsprogs kmod mtd-utils qemu-system-arm)
 bench_needs=("${build_needs[@]}" libbenchmark-dev libsqlite3-dev liblmdb-dev valgrind strace gnuplot-nox)
 
@@ -37,6 +38,8 @@ is_present() {
     clang) command -v clang++ ;;
     clang-tidy) command -v run-clang-tidy ;;
     g++-*-linux-*) command -v "${1#g++-}-g++" ;;
+    dpkg-dev) command -v dpkg-shlibdeps ;;
+    qemu-user-static) command -v qemu-arm-static ;;
     qemu-user) command -v qemu-arm ;;
     binutils) command -v readelf ;;
     e2fsprogs) command -v mke2fs ;;

@@ -34,6 +34,15 @@ struct Options
     QString script; ///< empty: commands come from standard input
 };
 
+/// That of the build tree or, where there is none, the installed one.
+QString moduleBesideTool()
+{
+    const QDir tool(QCoreApplication::applicationDirPath());
+    return tool.filePath(tool.exists(QStringLiteral(MODULE_IN_BUILD_TREE))
+                             ? QStringLiteral(MODULE_IN_BUILD_TREE)
+                             : QStringLiteral(INSTALLED_MODULE));
+}
+
 [[noreturn]] void giveUp(const QString& message)
 {
     std::cerr << "panel_simulator: " << message.toStdString() << std::endl;
@@ -54,9 +63,8 @@ Options readOptions(QCoreApplication& application)
     // Not addHelpOption(): that also offers --help-all, for Qt's own options, and there are none.
     parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help.")});
     parser.addPositionalArgument(QStringLiteral("PROJECT.xml"), QStringLiteral("The panel's project."));
-    const QCommandLineOption module(
-        QStringLiteral("module"), QStringLiteral("The module binary."), QStringLiteral("PATH"),
-        QCoreApplication::applicationDirPath() + QLatin1String("/" MODULE_BESIDE_TOOL));
+    const QCommandLineOption module(QStringLiteral("module"), QStringLiteral("The module binary."),
+                                    QStringLiteral("PATH"), moduleBesideTool());
     const QCommandLineOption directory(
         QStringLiteral("project-dir"),
         QStringLiteral(
