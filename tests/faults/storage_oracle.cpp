@@ -102,7 +102,8 @@ AreaOutcome wholeAreaOutcome(const AreaStart& start, Course course)
         if (course.hitBy({StorageCall::Seek, StorageCall::Read}, Open))
             readable = course.halfDone() ? readable.left(area.imageBytes / 2) : QByteArray();
         course.broken = readable.size() < area.imageBytes;
-        course.memory.replace(0, std::min(static_cast<int>(readable.size()), area.imageBytes), readable.left(area.imageBytes));
+        course.memory.replace(0, std::min(static_cast<int>(readable.size()), area.imageBytes),
+                              readable.left(area.imageBytes));
     }
     AreaOutcome result = {course.memory, std::nullopt};
     for (int cycle = 1; cycle <= lifeCycles; ++cycle)
