@@ -52,7 +52,7 @@ show_progress() {
         else { clear(); print "FAILED " name }
         next
     }
-    kind == "ctest" && (/^ +Start +[0-9]+: / || /^Test project / || /^$/ && !summary) { next }
+    kind == "ctest" && (/^ +Start +[0-9]+: / || /^Internal ctest changing / || /^Test project / || /^$/ && !summary) { next }
     kind == "ctest" && /tests passed, / { summary = 1; clear(); print ""; print; next }
     kind == "ctest" && summary { sub(/^\t *[0-9]+ - /, "   "); print narrow($0); next }
     { clear(); print; fflush() }

@@ -121,7 +121,8 @@ void startWholeArea(Course& course)
         if (const Hit* const hit = course.hitBy({Kind::Seek, Kind::Read}, Open))
             readable.truncate(hit->area == course.start.area ? readBefore(*hit, 0, readable.size()) : 0);
         course.broken = readable.size() < area.imageBytes;
-        course.memory.replace(0, qMin(readable.size(), area.imageBytes), readable.left(area.imageBytes));
+        course.memory.replace(0, std::min(static_cast<int>(readable.size()), area.imageBytes),
+                              readable.left(area.imageBytes));
     }
 }
 

@@ -150,10 +150,11 @@ double widthOf(const AreaMap& map, const MapItem& item)
 {
     const qint64 cells = item.cells.last - item.cells.first + 1;
     const QString edges = rangeText(item.cells);
-    const int remarkLetters = std::min(item.lost.isEmpty() ? 22 : 30, remark(item).size() + 2);
-    const auto letters = std::max({edges.size() + 2, placeText(map, item).size(), 13, remarkLetters});
+    const qint64 remarkLetters = std::min<qint64>(item.lost.isEmpty() ? 22 : 30, remark(item).size() + 2);
+    const qint64 placeLetters = placeText(map, item).size();
+    const qint64 letters = std::max<qint64>({edges.size() + 2, placeLetters, 13, remarkLetters});
     const double byCells = 60 + 14 * std::log2(static_cast<double>(cells));
-    return std::min(innerWidth, std::max(byCells, letters / lettersPerPixel + 14));
+    return std::min(innerWidth, std::max(byCells, static_cast<double>(letters) / lettersPerPixel + 14));
 }
 
 QString tip(const AreaMap& map, const MapItem& item)

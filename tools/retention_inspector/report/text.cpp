@@ -57,7 +57,7 @@ std::vector<TextColumn> textColumns(const Table& table)
             continue;
         TextColumn column{i, static_cast<int>(qstrlen(table.columns[i].title)), !table.rows.empty()};
         for (const auto& row : table.rows) {
-            column.width = std::max(column.width, row[i].text.size());
+            column.width = std::max(column.width, static_cast<int>(row[i].text.size()));
             column.right = column.right && (isNumber(row[i]) || row[i].text.isEmpty());
         }
         columns.push_back(column);
@@ -135,7 +135,7 @@ QString reportText(const Report& report)
     QString out;
     int width = 0;
     for (const Fact& fact : report.facts)
-        width = std::max(width, QString::fromLatin1(fact.title).size());
+        width = std::max(width, static_cast<int>(qstrlen(fact.title)));
     for (const Fact& fact : report.facts)
         if (fact.title)
             out += QString::fromLatin1(fact.title).leftJustified(width + 3) + printable(fact.value.text) +
