@@ -30,8 +30,8 @@ build_preset() {
     build "$@"
 }
 
-# run_tests PRESET [OPTION...]: runs the tests of build/PRESET, with these options of ctest, and names why some were
-# skipped.
+# run_tests PRESET [OPTION...]: runs the tests of build/PRESET, with these options of ctest; names those that were skipped,
+# and fails when there are more or fewer tests than recorded. COUNTED_AS is the run's name there, unless it is PRESET.
 run_tests() {
     local preset=$1 status=0
     shift
@@ -39,7 +39,6 @@ run_tests() {
     ctest --preset "$preset" --no-label-summary -j"$(nproc)" "$@" 2>&1 | show_progress ctest || status=$?
     local log=build/$preset/Testing/Temporary/LastTest.log
     grep -h -m 1 '^mapping paths to ' "$log" 2>/dev/null || true
-    sed -n -e '/: Skipped$/{n;p}' -e '/^needs root/p' "$log" 2>/dev/null | sort | uniq -c |
-        while read -r count reason; do echo "$count skipped: $reason"; done
+    [ "$status" -ne 0 ] || scripts/test_counts "${COUNTED_AS-$preset}" "$log" "$@" || status=$?
     return "$status"
 }
