@@ -287,4 +287,15 @@ TEST_F(Restore, ReadsEveryBitAddressWithOneByteOnly)
     EXPECT_LE(bytes, addresses + 4096) << "one byte for each address, whatever the length of the file";
 }
 
+TEST_F(Restore, WithoutACommunicationInterfaceOpensTheFilesAndRestoresNothing)
+{
+    writeRetentionFile(wordFileName, QByteArray("\7\0", 2));
+    project = perAddressProject({{LW, 0, 1}});
+    const ModelPointer model = moduleLibrary().createModel();
+    model->extModelOpen(project.get(), QString(), nullptr);
+    model->extModelInit();
+    EXPECT_EQ(openFiles(), QStringList(QString::fromLatin1(wordFileName)));
+    EXPECT_EQ(retentionFile(wordFileName), QByteArray("\7\0", 2));
+}
+
 } // namespace
