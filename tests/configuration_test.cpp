@@ -53,6 +53,19 @@ TEST_F(Configuration, WithoutDataRetentionNothingIsRetained)
     EXPECT_EQ(retentionFile(bitFileName), std::nullopt);
 }
 
+TEST_F(Configuration, WithoutDataRetentionASecondOpenLeavesTheSavingAsItIs)
+{
+    const auto project = wholeAreaProject(1, 5);
+    const auto panel = startPanel(project.get());
+    object empty;
+    panel->model->extModelOpen(&empty, QString(), &panel->comm);
+    EXPECT_EQ(panel->model->retentionMode, 0);
+    panel->areas.named(QStringLiteral("LW"))->setCell(0, 7);
+    panel->model->cyclicRun();
+    EXPECT_EQ(retentionFile(wordFileName).value_or(QByteArray()).left(2), QByteArray("\7\0", 2));
+    EXPECT_EQ(syncs(), 1);
+}
+
 TEST_F(Configuration, WithoutDataRetentionTheInitialisationStillMakesEmptyPerAddressFiles)
 {
     const auto panel = startPanel(nullptr);

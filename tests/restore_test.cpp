@@ -269,4 +269,15 @@ TEST_F(Restore, AFullDiskStillGetsItsNewFiles)
     EXPECT_EQ(retentionFile(wordFileName), QByteArray(20, '\0')) << "a hole takes no room";
 }
 
+TEST_F(Restore, WithoutACommunicationInterfaceOpensTheFilesAndRestoresNothing)
+{
+    writeRetentionFile(wordFileName, QByteArray("\7\0", 2));
+    project = perAddressProject({{LW, 0, 1}});
+    const ModelPointer model = moduleLibrary().createModel();
+    model->extModelOpen(project.get(), QString(), nullptr);
+    model->extModelInit();
+    EXPECT_EQ(openFiles(), QStringList(QString::fromLatin1(wordFileName)));
+    EXPECT_EQ(retentionFile(wordFileName), QByteArray("\7\0", 2));
+}
+
 } // namespace
