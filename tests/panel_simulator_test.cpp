@@ -409,6 +409,14 @@ TEST_F(PanelSimulatorOnATerminal, ShowsTheRunningPanelLive)
     EXPECT_THAT(after, HasSubstr("stopped\r\n"));
 }
 
+TEST_F(PanelSimulatorOnATerminal, SaysAlsoAfterCtrlCWhatIsLost)
+{
+    const ToolRun run = type("whole_areas", "set LW 5 1\r", {{"set 1 cell", "\x03"}});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_THAT(run.out.toStdString(),
+                HasSubstr("stopped, changed since the last save and lost: 1 cell: LW 5\r\n"));
+}
+
 /// What the live view says of a panel, without a terminal.
 class LiveContentTest : public ModuleTest
 {
@@ -437,6 +445,18 @@ TEST_F(LiveContentTest, FitsIntoEveryWidth)
     EXPECT_THAT(joined(content.lines(40)), HasSubstr("unsaved:  LW 60000  LW 60001  and 6 more"));
 }
 
+TEST_F(LiveContentTest, IsToldHowFarALongCommandIs)
+{
+    const auto project = perAddressProject({{QStringLiteral("LW"), 101, 2}});
+    Session session(moduleLibrary(), project.get(), QStringLiteral("/data"));
+    std::ostringstream out;
+    session.start(out, out);
+    std::vector<std::pair<int, int>> told;
+    session.progress = [&told](int done, int all) { told.emplace_back(done, all); };
+    session.run(parseCommand(QStringLiteral("set LW 100 1 2 3 4")), out, out);
+    EXPECT_THAT(told, testing::ElementsAre(std::pair(1, 4), std::pair(2, 4))) << "before each watched cell";
+}
+
 TEST_F(LiveContentTest, FollowsThePanel)
 {
     const auto project = wholeAreaProject(1, 5);
@@ -450,7 +470,8 @@ TEST_F(LiveContentTest, FollowsThePanel)
     EXPECT_THAT(joined(content.lines(80)), HasSubstr("maintenance-RWI.dat   131072  0 s ago"));
     session.run(parseCommand(QStringLiteral("cycle")), out, out);
     EXPECT_THAT(joined(content.lines(80)), HasSubstr("changed since the last save: nothing"));
-    EXPECT_THAT(joined(content.lines(80)), HasSubstr("syncs 1"));
+    EXPECT_THAT(joined(content.lines(80)),
+                HasSubstr("syncs " + std::to_string(commandsRun(QStringLiteral("sync")))));
     session.advance(60000);
     EXPECT_THAT(joined(content.lines(80)), HasSubstr("cyclic call in 4:00 of 5:00"));
 }

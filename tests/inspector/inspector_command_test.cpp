@@ -184,8 +184,11 @@ TEST_F(Inspector, WatchesTheFiles)
 {
     writeExampleFiles();
     QProcess tool;
-    tool.start(QStringLiteral(RETENTION_INSPECTOR_PATH), {QStringLiteral("show"), example("address_ranges"),
-                                                          scratch.path(), QStringLiteral("--watch")});
+    const QStringList call =
+        qEnvironmentVariable("TEST_EMULATOR").split(QLatin1Char(' '), Qt::SkipEmptyParts) +
+        QStringList{QStringLiteral(RETENTION_INSPECTOR_PATH), QStringLiteral("show"),
+                    example("address_ranges"), scratch.path(), QStringLiteral("--watch")};
+    tool.start(call.first(), call.mid(1));
     const auto waitFor = [&tool](const QByteArray& text) {
         QByteArray out;
         while (!out.contains(text) && tool.waitForReadyRead(20000))

@@ -276,6 +276,17 @@ TEST_F(MigrationTest, RefusesMovesThatCannotBe)
     }
 }
 
+TEST_F(MigrationTest, MovesNoBitsOutOfAnImageThatIsNotOneBitAByte)
+{
+    const ProjectPointer images = wholeAreaProject(1, 5);
+    usedPanel(*images);
+    writeRetentionFile(QString::fromLatin1(bitFileName), QByteArray(65536, '\x5a'));
+    const Layout layout = makeLayout(readSettings(images.get()));
+    EXPECT_THROW(migrate(layout, layout, {{"move", QStringLiteral("LB:1=LB:2")}}), Refusal);
+    migrate(layout, layout, {{"move", QStringLiteral("LW:1=LW:2")}});
+    EXPECT_EQ(retentionFile(QString::fromLatin1(bitFileName)), QByteArray(65536, '\x5a'));
+}
+
 class OutputPlace : public MigrationTest
 {
 protected:

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <csignal>
 #include <iostream>
 #include <poll.h>
 #include <unistd.h>
@@ -19,6 +20,22 @@ char promptText[] = "panel> ";
 char* prompt(EditLine*)
 {
     return promptText;
+}
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void noteInterrupt(int)
+{
+    interrupted = 1;
+}
+
+/// The first Ctrl-C ends the input, so that the panel's end can still say what it loses; a second one kills.
+void endInputOnInterrupt()
+{
+    struct sigaction action = {};
+    action.sa_handler = noteInterrupt;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    sigaction(SIGINT, &action, nullptr);
 }
 
 /// Where programs keep such things; empty when there is no such place.
@@ -46,6 +63,7 @@ LineSource::LineSource(int descriptor, Session& session) : descriptor(descriptor
     historyFile = findHistoryFile();
     if (QFileInfo::exists(QFile::decodeName(historyFile)))
         ::history(history.get(), &event, H_LOAD, historyFile.constData());
+    endInputOnInterrupt();
     editor.reset(el_init("panel_simulator", stdin, stdout, stderr));
     el_set(editor.get(), EL_EDITOR, "emacs");
     el_set(editor.get(), EL_SIGNAL, 1); // gives the terminal back before a signal ends or stops the program
@@ -65,9 +83,11 @@ bool LineSource::next(QString& line)
 bool LineSource::nextEdited(QString& line)
 {
     int length = 0;
-    const char* const text = el_gets(editor.get(), &length);
-    if (!text || length <= 0)
+    const char* const text = interrupted ? nullptr : el_gets(editor.get(), &length);
+    if (!text || length <= 0) {
+        std::cout << std::endl; // after the prompt
         return false;
+    }
     line = QString::fromUtf8(text, length).trimmed();
     if (!line.isEmpty())
         keep(text);
@@ -115,7 +135,7 @@ void LineSource::wait()
         pollfd waiting = {descriptor, POLLIN, 0};
         const int ready = poll(&waiting, 1, static_cast<int>(timeout));
         session.advance(clock.restart());
-        if (ready > 0)
+        if (ready > 0 || interrupted)
             return;
     }
 }
@@ -126,7 +146,7 @@ int LineSource::readKey(EditLine* editor, wchar_t* key)
     el_get(editor, EL_CLIENTDATA, &source);
     source->wait();
     char byte = 0;
-    if (read(source->descriptor, &byte, 1) != 1)
+    if (interrupted || read(source->descriptor, &byte, 1) != 1)
         return 0;
     *key = static_cast<unsigned char>(byte);
     return 1;

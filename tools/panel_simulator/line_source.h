@@ -20,7 +20,8 @@ public:
     /// Tab, and a history that is kept over starts.
     LineSource(int descriptor, Session& session);
 
-    /// False at the end of the input; a last line without a line feed counts.
+    /// False at the end of the input and, on a terminal, after Ctrl-C; a last line without a line feed
+    /// counts.
     bool next(QString& line);
     bool isTerminal() const { return editor != nullptr; }
 

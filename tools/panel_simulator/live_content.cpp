@@ -15,12 +15,14 @@ const int widthWithFiles = 74; // of the table of areas
 
 QString agoText(qint64 seconds)
 {
+    const qint64 hour = 3600;
+    const qint64 day = 24 * hour;
     if (seconds < 120)
         return QStringLiteral("%1 s ago").arg(std::max<qint64>(0, seconds));
-    if (seconds < 2 * 3600)
+    if (seconds < 2 * hour)
         return QStringLiteral("%1 min ago").arg(seconds / 60);
-    return seconds < 48 * 3600 ? QStringLiteral("%1 h ago").arg(seconds / 3600)
-                               : QStringLiteral("%1 days ago").arg(seconds / 86400);
+    return seconds < 2 * day ? QStringLiteral("%1 h ago").arg(seconds / hour)
+                             : QStringLiteral("%1 days ago").arg(seconds / day);
 }
 
 QString countdown(const ExtendFuncModelBase& model)

@@ -123,7 +123,7 @@ public:
     /// The complete line; the next one begins empty.
     QString take()
     {
-        const QString line = text.trimmed();
+        QString line = text.trimmed();
         if (!line.isEmpty())
             earlier.append(line);
         at = earlier.size();

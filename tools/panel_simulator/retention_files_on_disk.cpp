@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -71,7 +72,7 @@ std::vector<int> cellsNotInImage(const MemoryArea& area, std::size_t number)
     if (image.size() < size)
         image = QByteArray(size, '\0');
     std::vector<int> cells;
-    const int bytesInCell = size / MemoryArea::cellCount;
+    const std::ptrdiff_t bytesInCell = size / MemoryArea::cellCount;
     const auto* const kept = reinterpret_cast<const unsigned char*>(image.constData());
     for (int cell = 0; cell < MemoryArea::cellCount; ++cell)
         if (!std::equal(kept + cell * bytesInCell, kept + (cell + 1) * bytesInCell,

@@ -197,17 +197,34 @@ void requireArguments(const Command& command, const QCommandLineParser& parser, 
         throw Refusal(QStringLiteral("expected: ") + callText(command) + seeHelp);
 }
 
+/// What is in the files and how they are, in one piece, to tell whether anything changed.
+QByteArray contentsOf(const Inputs& inputs)
+{
+    QByteArray contents;
+    for (const RetentionFiles& files : inputs.files)
+        for (const RetentionFile& file : files)
+            contents += QByteArray::number(static_cast<int>(file.state)) + ' ' +
+                        QByteArray::number(file.size) + ' ' + file.read(0, file.size);
+    return contents;
+}
+
 /// Prints what changes in the command's files as long as it is let. `out` comes first.
 [[noreturn]] void watchFiles(const Command& command, const QCommandLineParser& parser, Report shown,
                              const QString& out)
 {
     QString next = out;
+    QByteArray contents;
     for (;;) {
         if (!print(next, stdout))
             std::exit(refusalStatus);
         next.clear();
         QThread::msleep(watchMs);
-        Report report = command.run(readInputs(command, parser));
+        const Inputs inputs = readInputs(command, parser);
+        const QByteArray now = contentsOf(inputs);
+        if (now == contents)
+            continue;
+        contents = now;
+        Report report = command.run(inputs);
         next = changesText(shown, report, QTime::currentTime());
         shown = std::move(report);
     }

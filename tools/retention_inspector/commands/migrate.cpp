@@ -335,6 +335,12 @@ Report run(const Inputs& inputs)
     Report report;
     const std::vector<CellMove> moves = wantedMoves(inputs, from, to, report.notes);
     const Plan plan = planAreas(from, to, old, moves);
+    for (const CellMove& move : moves)
+        if (plan[indexOf(*move.from)].oddBytes > 0)
+            throw Refusal(
+                QStringLiteral("%1: this panel does not lay out its bits one a byte, so no tool knows where "
+                               "they are; nothing was made")
+                    .arg(moveText(move)));
     makeRetentionFiles(output, [&](const AreaFacts& area, QFile& file) {
         const std::size_t i = indexOf(area);
         return writeArea(to.areas[i], plan[i], old[i], file);

@@ -124,7 +124,7 @@ Question questionOf(const Inputs& inputs)
     const qint64 largest = qint64(1) << 50;
     const qint64 largestPiece = 1 << 30;
     const Medium* const medium = mediumOf(inputs);
-    const Flash usual = medium ? medium->flash : Flash{4096, 128 * 1024, 1, 0, 0};
+    const Flash usual = medium ? medium->flash : Flash{4096, qint64(128) * 1024, 1, 0, 0};
     return {{sizeOf(inputs, "page", usual.page, largestPiece),
              sizeOf(inputs, "erase-block", usual.eraseBlock, largestPiece),
              static_cast<qint64>(plainNumber(inputs, "file-system-pages",
