@@ -1,15 +1,15 @@
-// Writes what a panel's project says about retention as a project file: a model that the runtime loads in the
-// place of the retention module, once. It asks the runtime through the same functions as the module, so the
-// file says what the module would be told.
+// Writes what a panel's project says about retention as a project file.
+// SPDX-License-Identifier: MIT
 //
-//   arm-linux-gnueabihf-g++ -shared -fPIC -fvisibility=hidden -I INCLUDE $(pkg-config --cflags QtCore)
-//   dump_project.cpp
-//       -o libpoweroff_protect.so                     (INCLUDE: the installed headers, or the top folder of
-//       the sources)
+// A model that the runtime loads once, in the place of the retention module. It asks the runtime through the
+// same functions, so the file says what the module would be told. It is compiled with
 //
-// The file is /usr/tavrin/project/dumped_project.xml. The functions tell no names of objects, so entries are
-// called "entry 1" and so on, and only properties that the module knows are written. SPDX-License-Identifier:
-// MIT
+//   arm-linux-gnueabihf-g++ -shared -fPIC -I INCLUDE $(pkg-config --cflags QtCore)
+//       -o libpoweroff_protect.so dump_project.cpp
+//
+// where INCLUDE holds the installed headers, and writes /usr/tavrin/project/dumped_project.xml. The functions
+// tell no names of objects, so entries are called "entry 1" and so on, and only properties that the module
+// knows are written.
 #include "host_interface/host_interface.h"
 
 #include <QtCore/QFile>

@@ -90,7 +90,7 @@ TEST_F(InspectorGuide, ShowsWhatTheToolsPrint)
         }
         EXPECT_EQ(shown.toStdString(), block.toStdString());
     }
-    EXPECT_EQ(commands, 22);
+    EXPECT_EQ(commands, 38);
 }
 
 TEST_F(InspectorGuide, ShowsThePictureThatTheToolDraws)

@@ -180,14 +180,15 @@ std::vector<Finding> tagFindings(const Layout& layout, const Tags& tags)
                             .arg(last->number),
                         QStringLiteral("Let one entry keep all of %1.").arg(rangeText(tag.cells()))));
         else if (begin.byte / sectorBytes != (end.byte + end.bytes - 1) / sectorBytes)
-            findings.push_back(
-                finding(tags, tag, Finding::Severity::Warning, "crosses-sector",
-                        QStringLiteral(
-                            "it lies across byte %1 of %2, where a sector of 512 bytes ends: a power cut may "
-                            "leave half of it old.")
-                            .arg((begin.byte / sectorBytes + 1) * sectorBytes)
-                            .arg(QLatin1String(tag.area->fileName)),
-                        QStringLiteral("Move it, or the entries before it, by a cell.")));
+            findings.push_back(finding(
+                tags, tag, Finding::Severity::Warning, "crosses-sector",
+                QStringLiteral(
+                    "it lies across byte %1 of %2, where a sector of 512 bytes ends: a power cut may "
+                    "leave half of it old.")
+                    .arg((begin.byte / sectorBytes + 1) * sectorBytes)
+                    .arg(QLatin1String(tag.area->fileName)),
+                QString::fromLatin1(area.image ? "Move it by a cell."
+                                               : "Move it, or what lies before it in the file, by a cell.")));
     }
     return findings;
 }

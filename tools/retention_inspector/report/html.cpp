@@ -27,7 +27,7 @@ th,td{text-align:left;vertical-align:top;padding:.3rem .6rem;border-bottom:1px s
 thead th{background:var(--band);white-space:nowrap}
 .w{overflow-wrap:anywhere}
 .n{text-align:right;font-variant-numeric:tabular-nums}
-dl{display:grid;grid-template-columns:max-content 1fr;gap:.2rem 1.2rem;margin:.6rem 0}
+dl{display:grid;grid-template-columns:max-content minmax(0,1fr);gap:.2rem 1.2rem;margin:.6rem 0}
 dt{color:var(--soft)}dd{margin:0;unicode-bidi:isolate}
 ol,ul{padding-left:1.4rem}li{margin:.5rem 0}
 .error,.warning{font-weight:bold}.error{color:var(--error)}.warning{color:var(--warning)}
@@ -43,7 +43,7 @@ tr{padding:.4rem 0;border-bottom:1px solid var(--line)}
 td{display:flex;gap:1rem;justify-content:space-between;border:0;padding:.1rem 0;text-align:right}
 td::before{content:attr(data-name);color:var(--soft);text-align:left;flex:none}
 td:empty{display:none}
-dl{grid-template-columns:1fr;gap:0}dd{margin-bottom:.4rem}}
+dl{grid-template-columns:minmax(0,1fr);gap:0}dd{margin-bottom:.4rem}}
 @page{size:A4;margin:14mm}
 @media print{body{max-width:none;padding:0;font-size:10pt}.filter{display:none}
 tr[hidden]{display:table-row!important}
