@@ -60,8 +60,8 @@ const QString tableFile = QStringLiteral("/usr/tavrin/table.csv");
 /// Tags or values, or anything at all, for the commands that read a table.
 void writeTable(FuzzInput& input)
 {
-    static const std::array<const char*, 3> heads = {
-        "", "area,address,name,type,value,state\n", "area,address,type,name,unit\n"};
+    static const std::array<const char*, 3> heads = {"", "area,address,name,type,value,state\n",
+                                                     "area,address,type,name,unit\n"};
     QFile file(tableFile);
     FUZZ_CHECK(file.open(QIODevice::WriteOnly));
     file.write(heads.at(input.byte() % heads.size()));
@@ -211,7 +211,8 @@ void checkShown(const QJsonObject& report, const RestoredCells& restored)
             FUZZ_CHECK(++a < 3);
         const int address = cell.value(QStringLiteral("address")).toInt(-1);
         FUZZ_CHECK(address >= 0 && address < MemoryArea::cellCount);
-        const int shown = cell.value(QStringLiteral("value")).toInt();
+        const QJsonValue value = cell.value(QStringLiteral("value"));
+        const int shown = value.isString() ? value.toString().toInt(nullptr, 0) : value.toInt(); // --hex
         FUZZ_CHECK((a == 0 ? shown != 0 : shown) == restored[a][static_cast<std::size_t>(address)]);
     }
 }
