@@ -71,7 +71,8 @@ LineSource::LineSource(int descriptor, Session& session) : descriptor(descriptor
     el_set(editor.get(), EL_HIST, ::history, history.get());
     el_set(editor.get(), EL_CLIENTDATA, this);
     el_set(editor.get(), EL_GETCFN, readKey);
-    el_set(editor.get(), EL_ADDFN, "complete-command", "Completes a command or an area", complete);
+    // The wide form keeps these texts; the other one would leak copies of them.
+    el_wset(editor.get(), EL_ADDFN, L"complete-command", L"Completes a command or an area", complete);
     el_set(editor.get(), EL_BIND, "^I", "complete-command", nullptr);
 }
 
