@@ -50,6 +50,6 @@ run_tests_as() {
     ctest "$@" --no-label-summary -j"$(nproc)" 2>&1 | show_progress ctest || status=$?
     local log=build/$name/Testing/Temporary/LastTest.log
     grep -h -m 1 '^mapping paths to ' "$log" 2>/dev/null || true
-    [ "$status" -ne 0 ] || scripts/test_counts "${COUNTED_AS-$preset}" "$log" "$@" || status=$?
+    [ "$status" -ne 0 ] || scripts/test_counts "${COUNTED_AS-$name}" "$log" "$@" || status=$?
     return "$status"
 }
