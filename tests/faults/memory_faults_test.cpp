@@ -291,7 +291,9 @@ TEST_P(MemoryFaultSweep, LeavesFilesAsTheyBeganOrAsTheyShouldBe)
             ASSERT_FALSE(HasFailure());
         points += fault.nth - 1;
     }
-    EXPECT_TRUE(isReached(points, GetParam().faults));
+    // With pointers of four bytes the list of watched cells grows once less, in both sweeps.
+    const bool smallPointers = sizeof(void*) == 4 && GetParam().mode == Mode::PerAddress;
+    EXPECT_TRUE(isReached(points, GetParam().faults - (smallPointers ? 2 : 0)));
 }
 
 INSTANTIATE_TEST_SUITE_P(
