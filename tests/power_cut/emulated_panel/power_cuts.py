@@ -118,10 +118,10 @@ def report(life_folder, findings, options):
 
 def parse_options():
     parser = argparse.ArgumentParser(prog="power_cut_emulated", description=__doc__)
-    parser.add_argument("--cuts", type=int, default=200, help="power cuts with an ext4 disk (default %(default)s)")
-    parser.add_argument("--flash-cuts", type=int, default=40,
+    parser.add_argument("--cuts", type=int, default=100, help="power cuts with an ext4 disk (default %(default)s)")
+    parser.add_argument("--flash-cuts", type=int, default=30,
                         help="power cuts with UBIFS on a flash chip (default %(default)s)")
-    parser.add_argument("--replays", type=int, default=200,
+    parser.add_argument("--replays", type=int, default=100,
                         help="power cuts with an ext4 disk that loses its cache (default %(default)s)")
     parser.add_argument("--seed", type=int, default=int(time.time()),
                         help="decides the projects, the changes and where the cuts fall (default: the time)")
