@@ -7,7 +7,8 @@ PATH=$PATH:/usr/sbin:/sbin
 # What builds and tests need on this machine, in the order in which they come to need it.
 demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev libncurses-dev libcsv-dev)
 build_needs=("${demo_needs[@]}" libgtest-dev libgmock-dev python3 e2fsprogs dpkg-dev file)
-test_needs=("${build_needs[@]}" libxml2-utils chromium poppler-utils)
+test_needs=("${build_needs[@]}" libxml2-utils)
+report_page_needs=(chromium poppler-utils)
 armhf_needs=("${build_needs[@]}" g++-arm-linux-gnueabihf qemu-user)
 platform_needs=("${build_needs[@]}" g++-{aarch64-linux-gnu,arm-linux-gnueabi,i686-linux-gnu,riscv64-linux-gnu,s390x-linux-gnu}
     qemu-user mmdebstrap clang libc++-dev libc++abi-dev git)

@@ -138,7 +138,7 @@ def main():
     parser.add_argument("--pictures", action="store_true")
     arguments = parser.parse_args()
     if not shutil.which("chromium") or not shutil.which("pdftotext"):
-        print("skipped: no chromium or no pdftotext here (run scripts/bootstrap test)")
+        print("needs chromium and pdftotext: scripts/bootstrap report_page")
         sys.exit(77)
     arguments.scratch = arguments.scratch.resolve()
     shutil.rmtree(arguments.scratch, ignore_errors=True)
