@@ -232,7 +232,7 @@ TEST_F(PanelSimulatorOfAnOrdinaryUser, HeedsTheModesOfFilesAndTellsOfThem)
     const QString data = scratch.filePath(QStringLiteral("data"));
     const ToolRun first = runAsNobody("address_ranges", "set LW 100 7\nexpect LW 100 7\n");
     if (first.status == 126 || first.status == 127)
-        GTEST_SKIP() << "setpriv or the build's folder is out of reach";
+        GTEST_SKIP() << "needs root that can become somebody else, and a build folder that they reach";
     ASSERT_EQ(first.status, 0) << first.err.constData();
     QFile::setPermissions(data + QStringLiteral("/maintenance-word.dat"), QFile::ReadOwner);
     const ToolRun second = runAsNobody("address_ranges", "set LW 100 8\n");
@@ -256,7 +256,7 @@ TEST_F(PanelSimulatorOfAnOrdinaryUser, TellsOfAFolderWhereNothingCanBeMade)
     QDir().mkpath(scratch.filePath(QStringLiteral("data")));
     const ToolRun tool = runAsNobody("whole_areas", "set LW 1 2\ncycle\n");
     if (tool.status == 126 || tool.status == 127)
-        GTEST_SKIP() << "setpriv or the build's folder is out of reach";
+        GTEST_SKIP() << "needs root that can become somebody else, and a build folder that they reach";
     EXPECT_THAT(tool.err.constData(),
                 HasSubstr("maintenance-word.dat cannot be made: Permission denied; LW is not kept\n"));
     EXPECT_THAT(tool.out.constData(),
