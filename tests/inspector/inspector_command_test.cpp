@@ -230,6 +230,9 @@ TEST_F(Inspector, SaysBeforeItShowsValuesThatTheFilesDoNotFit)
     const QByteArray finding = "length of a whole-area image, but the project keeps single ranges";
     EXPECT_GE(run.out.simplified().indexOf(finding), 0) << run.out.toStdString();
     EXPECT_LT(run.out.indexOf("Findings"), run.out.indexOf("Kept values"));
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("  Area   Addresses    Values"));
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("  257   257   257   257   257   doubtful\n"));
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("  LB     30 to 31     0 0\n")) << "in a file that fits";
     EXPECT_EQ(run.out.count("No findings."), 0);
     const QByteArray json = Inspector::run({QStringLiteral("show"), example("address_ranges"), scratch.path(),
                                             QStringLiteral("--format=json")})
@@ -239,6 +242,21 @@ TEST_F(Inspector, SaysBeforeItShowsValuesThatTheFilesDoNotFit)
         << "LB 20, in a file that fits";
     EXPECT_EQ(cells.at(12).toObject().value(QStringLiteral("state")).toString(), QStringLiteral("doubtful"))
         << "LW 100, in one that does not";
+}
+
+TEST_F(Inspector, TakesNoByteForABitThatIsNeither0Nor1)
+{
+    write(bitFileName, QByteArray(65536, '\3'));
+    write(wordFileName, QByteArray(131072, '\0'));
+    write(rwiFileName, QByteArray(131072, '\0'));
+    const ToolRun shown = Inspector::run({QStringLiteral("show"), example("whole_areas"), scratch.path()});
+    EXPECT_EQ(shown.status, 1);
+    EXPECT_THAT(shown.out.simplified().toStdString(), HasSubstr("65536 bytes are neither 0 nor 1"));
+    EXPECT_THAT(shown.out.toStdString(), HasSubstr("1 1 1 1 1 1 1 1 1 1   doubtful\n"));
+    const ToolRun differing =
+        Inspector::run({QStringLiteral("diff"), example("whole_areas"), scratch.path(), scratch.path()});
+    EXPECT_EQ(differing.status, 1);
+    EXPECT_THAT(differing.out.simplified().toStdString(), HasSubstr("65536 bytes are neither 0 nor 1"));
 }
 
 TEST_F(Inspector, SaysBeforeItShowsThatThereAreNoFiles)

@@ -182,14 +182,6 @@ FileChecks checkFiles(const Layout& layout, const RetentionFiles& files)
     return checks;
 }
 
-std::vector<Finding> findingsOf(const FileChecks& checks)
-{
-    std::vector<Finding> findings;
-    for (const FileCheck& check : checks)
-        findings.insert(findings.end(), check.findings.begin(), check.findings.end());
-    return findings;
-}
-
 QString countText(qint64 count, const char* what)
 {
     return QStringLiteral("%1 %2%3").arg(count).arg(QLatin1String(what),

@@ -69,8 +69,14 @@ struct FileCheck
 FileCheck checkFile(const Layout& layout, const RetentionFile& file);
 using FileChecks = std::array<FileCheck, areaCount>;
 FileChecks checkFiles(const Layout& layout, const RetentionFiles& files);
-/// The findings of the three, in order.
-std::vector<Finding> findingsOf(const FileChecks& checks);
+/// The findings of all three areas, in order: of FileChecks or AreaReadings.
+template <typename OfArea> std::vector<Finding> findingsOf(const std::array<OfArea, areaCount>& areas)
+{
+    std::vector<Finding> findings;
+    for (const OfArea& area : areas)
+        findings.insert(findings.end(), area.findings.begin(), area.findings.end());
+    return findings;
+}
 
 /// Such as "entries 1 "recipe", 2 "counters" and 7 more"; at least one.
 QString entriesText(const std::vector<const ProjectEntry*>& entries);

@@ -213,11 +213,11 @@ QString textOf(const AreaValues& values, const ValueRow& row)
     return hasAll(values, row.cells()) ? valueText(row.type, &values.values[index(row.first)]) : QString();
 }
 
-const char* stateOf(const AreaReading& reading, const ValueRow& row)
+const char* stateOf(const AreaReading& reading, const CellRange& cells)
 {
-    if (!hasAll(reading.values, row.cells()))
+    if (!hasAll(reading.values, cells))
         return "no-value";
-    const bool startValue = reading.values.states[index(row.first)] == CellState::StartValue; // of a bit
+    const bool startValue = reading.values.states[index(cells.first)] == CellState::StartValue; // of a bit
     return reading.doubtful() ? "doubtful" : startValue ? "start-value" : "kept";
 }
 

@@ -105,7 +105,7 @@ void check(const Layout& layout, Panel& panel, std::array<AreaVote, areaCount>& 
         panel.opened = true;
         for (std::size_t i = 0; i < areaCount; ++i) {
             const AreaReading reading = readArea(layout, files[i]);
-            panel.counts[i] = !reading.misfit && !reading.doubtful();
+            panel.counts[i] = !reading.doubtful();
             if (panel.counts[i])
                 vote(reading.values, areas[i]);
             findings.insert(findings.end(), reading.findings.begin(), reading.findings.end());

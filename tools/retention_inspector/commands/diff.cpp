@@ -28,10 +28,17 @@ Report run(const Inputs& inputs)
         table.columns.push_back({"name", "Name"});
         table.columns.push_back({"unit", "Unit"});
     }
+    Report report;
+    report.findingsFirst = true;
+    std::array<AreaReadings, 2> readings;
+    for (std::size_t i = 0; i < readings.size(); ++i) {
+        readings[i] = readAreas(inputs.layout(), inputs.files[i]);
+        for (Finding& finding : findingsOf(readings[i]))
+            report.findings.push_back(std::move(finding));
+    }
     qint64 compared = 0;
     for (std::size_t i = 0; i < areaCount; ++i) {
-        const std::array<AreaValues, 2> sides = {areaValues(inputs.layout(), inputs.files[0][i]),
-                                                 areaValues(inputs.layout(), inputs.files[1][i])};
+        const std::array<AreaValues, 2> sides = {readings[0][i].values, readings[1][i].values};
         const CellRanges& kept = inputs.layout().areas[i].kept;
         compared += kept.count();
         for (const CellRange& range : kept) {
@@ -51,17 +58,10 @@ Report run(const Inputs& inputs)
             }
         }
     }
-    Report report;
     report.differs = !table.rows.empty();
-    report.findingsFirst = true;
-    for (const RetentionFiles& files : inputs.files) {
-        const std::vector<Finding> found = findingsOf(checkFiles(inputs.layout(), files));
-        report.findings.insert(report.findings.end(), found.begin(), found.end());
-    }
-    if (tags) {
-        const std::vector<Finding> found = tagFindings(inputs.layout(), *tags);
-        report.findings.insert(report.findings.end(), found.begin(), found.end());
-    }
+    if (tags)
+        for (Finding& finding : tagFindings(inputs.layout(), *tags))
+            report.findings.push_back(std::move(finding));
     report.facts = {{"compared", "Compared cells", compared},
                     {"different", "Different", qint64(table.rows.size())}};
     report.tables.push_back(std::move(table));

@@ -134,8 +134,8 @@ Report run(const Inputs& inputs)
     Report report;
     report.facts = {{"mode", "Mode", layout.settings.mode}, {"date", "Date", date}};
     report.findings = layoutReport.findings;
-    for (const AreaReading& reading : readings)
-        report.findings.insert(report.findings.end(), reading.findings.begin(), reading.findings.end());
+    for (Finding& finding : findingsOf(readings))
+        report.findings.push_back(std::move(finding));
     for (Finding& finding : tagFindings(layout, tags))
         report.findings.push_back(std::move(finding));
     Table values = valueTable(layout, readings, tags, report);

@@ -33,7 +33,7 @@ void addNamedValues(const Layout& layout, const AreaReading& reading, const Tags
         if ((row.tag || unnamed) && !wanted.within(row.cells()).isEmpty())
             table.rows.push_back(
                 {row.area->name, row.first, row.name, valueOf(row.type, textOf(reading.values, row)),
-                 row.tag ? row.tag->unit : QString(), row.type.text(), stateOf(reading, row)});
+                 row.tag ? row.tag->unit : QString(), row.type.text(), stateOf(reading, row.cells())});
     });
     for (Finding& finding : notOfType)
         if (!wanted.minus(wanted.minus(finding.cells)).isEmpty())
