@@ -201,7 +201,10 @@ TEST_F(Inspector, WatchesTheFiles)
     write(wordFileName, words);
     EXPECT_THAT(waitFor("->").toStdString(), HasSubstr("  LW 203: 7 -> 9\n"));
     QFile::remove(scratch.filePath(QString::fromLatin1(wordFileName)));
-    EXPECT_THAT(waitFor("no such file").toStdString(), HasSubstr("  LW 203: 9 -> no value\n"));
+    const std::string out = waitFor("204: no value").toStdString();
+    EXPECT_THAT(out, HasSubstr("maintenance-word.dat: there is no such file.\n"));
+    EXPECT_THAT(out, HasSubstr("  LW 100 to 109: no value\n"));
+    EXPECT_THAT(out, HasSubstr("  LW 200 to 204: no value\n"));
     tool.kill();
     tool.waitForFinished();
 }
@@ -242,6 +245,40 @@ TEST_F(Inspector, SaysBeforeItShowsValuesThatTheFilesDoNotFit)
         << "LB 20, in a file that fits";
     EXPECT_EQ(cells.at(12).toObject().value(QStringLiteral("state")).toString(), QStringLiteral("doubtful"))
         << "LW 100, in one that does not";
+}
+
+TEST_F(Inspector, DoesNotTakeAFolderThatItMayNotSearchForAnEmptyOne)
+{
+    if (!qEnvironmentVariableIsEmpty("TEST_EMULATOR"))
+        GTEST_SKIP() << "becomes somebody else with a program of this machine";
+    writeExampleFiles();
+    const bool isRoot = geteuid() == 0;
+    QFile::setPermissions(scratch.path(), isRoot ? QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner
+                                                 : QFile::Permissions());
+    QStringList call = {QStringLiteral("setpriv"),
+                        QStringLiteral("--reuid=65534"),
+                        QStringLiteral("--regid=65534"),
+                        QStringLiteral("--clear-groups"),
+                        QStringLiteral(RETENTION_INSPECTOR_PATH),
+                        QStringLiteral("check"),
+                        example("address_ranges"),
+                        scratch.path()};
+    call = isRoot ? call : call.mid(4);
+    const ToolRun run = runTool(call.first(), call.mid(1));
+    QFile::setPermissions(scratch.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    if (run.status == 126 || run.status == 127)
+        GTEST_SKIP() << "setpriv or the build's folder is out of reach";
+    EXPECT_EQ(run.status, 2);
+    EXPECT_THAT(run.err.toStdString(), HasSubstr(scratch.path().toStdString() + ": Permission denied"));
+}
+
+TEST_F(Inspector, SaysThatTheProjectHasFindings)
+{
+    writeExampleFiles();
+    const ToolRun run =
+        Inspector::run({QStringLiteral("show"), example("overlapping_ranges"), scratch.path()});
+    EXPECT_THAT(run.out.toStdString(),
+                HasSubstr("The project itself has 4 findings; \"layout\" names them."));
 }
 
 TEST_F(Inspector, TakesNoByteForABitThatIsNeither0Nor1)
@@ -306,6 +343,8 @@ TEST_F(Inspector, NamesWhatIsWrongWithItsInput)
     const QString show = QStringLiteral("show");
     EXPECT_THAT(errorOf({show, example("whole_areas"), QStringLiteral("/nowhere")}),
                 HasSubstr("/nowhere: no such directory"));
+    EXPECT_THAT(errorOf({show, example("whole_areas"), example("whole_areas")}),
+                HasSubstr("whole_areas.xml: is not a directory"));
     EXPECT_THAT(errorOf({show, example("whole_areas"), scratch.path(), QStringLiteral("--area=lb")}),
                 HasSubstr("--area \"lb\": expected LB, LW or RWI"));
     EXPECT_THAT(errorOf({show, example("whole_areas"), scratch.path(), QStringLiteral("--address=9-5")}),

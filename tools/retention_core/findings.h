@@ -58,6 +58,9 @@ std::vector<Finding> propertyFindings(const ProjectSettings& settings);
 /// Those about the settings, then those about the entries, then those about properties.
 std::vector<Finding> projectFindings(const Layout& layout);
 
+/// A note that the project itself has findings, with its name at the head; empty when it has none.
+QString projectNote(const Layout& layout, const char* name = "The project");
+
 /// What was found about one file.
 struct FileCheck
 {

@@ -219,7 +219,7 @@ Report run(const Inputs& inputs)
     Report report;
     report.facts.push_back({"mode", "Mode", layout.settings.mode});
     if (tags)
-        report.findings = tagFindings(layout, *tags);
+        addTagRemarks(layout, *tags, report);
     std::vector<Panel> panels(static_cast<std::size_t>(inputs.paths.size()));
     Progress progress(3 * panels.size(), "panels compared");
     for (std::size_t i = 0; i < panels.size(); ++i, progress.step()) {

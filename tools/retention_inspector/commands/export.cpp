@@ -58,14 +58,14 @@ Report run(const Inputs& inputs)
         forEachValue(layout, reading, tags ? &*tags : nullptr, notOfType,
                      [&](const ValueRow& row) { addRow(reading, row, out); });
     if (tags)
-        for (Finding& finding : tagFindings(layout, *tags))
-            report.findings.push_back(std::move(finding));
+        addTagRemarks(layout, *tags, report);
     report.findings.insert(report.findings.end(), notOfType.begin(), notOfType.end());
     deliver(out.table, inputs.option("output"), inputs.has("force"), report);
-    report.facts.push_back({"output", "Written to", inputs.option("output")});
+    report.facts.push_back({"output", "Written to", placeText(inputs.option("output"))});
     report.facts.push_back({"values", "Values", out.values});
     if (out.leftOut > 0)
         report.facts.push_back({"zeros", "Zeros left out", out.leftOut});
+    report.addNote(projectNote(layout));
     if (out.doubtful)
         report.notes.append(
             QStringLiteral("Values of files that do not fit have the state \"doubtful\"; \"import\" "

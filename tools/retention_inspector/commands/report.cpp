@@ -97,9 +97,8 @@ Table valueTable(const Layout& layout, const AreaReadings& readings, const Tags&
     const auto leftOut = table.rows.end() - zeros;
     table.rows.erase(zeros, table.rows.end());
     if (leftOut > 0)
-        report.notes.append(
-            QStringLiteral("Of values: %1 without a tag and with the value 0 left out.")
-                .arg(countText(leftOut, "cell") + QLatin1String(leftOut == 1 ? " is" : " are")));
+        report.notes.append(QStringLiteral("Of values: %1 with the value 0 and without a tag %2 not listed.")
+                                .arg(countText(leftOut, "cell"), QLatin1String(leftOut == 1 ? "is" : "are")));
     if (table.rows.size() > mostRows) {
         report.notes.append(
             QStringLiteral("Of values: only the first %1 of %2 are listed; \"export\" writes all.")
@@ -136,8 +135,7 @@ Report run(const Inputs& inputs)
     report.findings = layoutReport.findings;
     for (Finding& finding : findingsOf(readings))
         report.findings.push_back(std::move(finding));
-    for (Finding& finding : tagFindings(layout, tags))
-        report.findings.push_back(std::move(finding));
+    addTagRemarks(layout, tags, report);
     Table values = valueTable(layout, readings, tags, report);
     const auto isProjects = [&](const Finding& finding) {
         return std::any_of(layoutReport.findings.begin(), layoutReport.findings.end(),
@@ -164,7 +162,7 @@ Report run(const Inputs& inputs)
     body += htmlHeading(QStringLiteral("Wear of the flash")) + htmlFacts(wear.facts) + tablesOf(wear) +
             htmlNotes(wear.notes);
     deliver(htmlPage(title, body), inputs.option("output"), inputs.has("force"), report);
-    report.facts.push_back({"output", "Written to", inputs.option("output")});
+    report.facts.push_back({"output", "Written to", placeText(inputs.option("output"))});
     report.tables = {std::move(fileRows)};
     return report;
 }

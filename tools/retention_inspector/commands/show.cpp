@@ -212,11 +212,11 @@ Report run(const Inputs& inputs)
         report.notes.append(inputs.has("nonzero")
                                 ? QStringLiteral("None of the cells asked for has a value other than 0.")
                                 : QStringLiteral("The project retains none of the cells asked for."));
+    report.addNote(projectNote(inputs.layout()));
     report.tables = {std::move(rows), std::move(cells)};
     if (tags) {
         report.tables.front() = std::move(named); // in place of the rows of cells
-        for (Finding& finding : tagFindings(inputs.layout(), *tags))
-            report.findings.push_back(std::move(finding));
+        addTagRemarks(inputs.layout(), *tags, report);
     }
     return report;
 }
