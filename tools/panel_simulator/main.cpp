@@ -17,7 +17,6 @@
 #include <QtCore/QElapsedTimer>
 
 #include <iostream>
-#include <sstream>
 #include <unistd.h>
 #include <utility>
 
@@ -177,11 +176,9 @@ int runCommands(int descriptor, const Options& options, Session& session)
     bool goOn = true;
     while (goOn && source.next(line)) {
         if (source.isTerminal() && canShowLive() && parseCommand(line).kind == Command::Kind::Live) {
-            goOn = showLive(session, [&lines](const QString& typed, QString& answer) {
-                std::ostringstream text;
-                const bool more = lines.carryOut(typed, true, text, text);
-                answer = QString::fromStdString(text.str());
-                return more;
+            goOn = showLive(session, [&](const QString& typed, std::ostream& answer) {
+                source.keep(typed);
+                return lines.carryOut(typed, true, answer, answer);
             });
             continue;
         }
