@@ -59,7 +59,8 @@ QString tablesOf(const Report& report)
     return html;
 }
 
-Table fileTable(const Layout& layout, const RetentionFiles& files, const QString& project)
+/// The project and the tags, if any, then the retention files.
+Table fileTable(const Layout& layout, const RetentionFiles& files, const QStringList& inputs)
 {
     Table table{"files",
                 "file",
@@ -70,8 +71,9 @@ Table fileTable(const Layout& layout, const RetentionFiles& files, const QString
                  {"fits", "Fits"},
                  {nullptr, "At the next start"},
                  {"sha256", "SHA-256"}}};
-    table.rows.push_back(
-        {QFileInfo(project).fileName(), QFileInfo(project).size(), Value(), "", "", sha256(project)});
+    for (const QString& path : inputs)
+        table.rows.push_back(
+            {QFileInfo(path).fileName(), QFileInfo(path).size(), Value(), "", "", sha256(path)});
     for (const RetentionFile& file : files) {
         const FileCheck check = checkFile(layout, file);
         const bool readable = file.state == RetentionFile::State::Readable;
@@ -147,8 +149,13 @@ Report run(const Inputs& inputs)
                  [&](const Finding& finding) { return !isProjects(finding); });
 
     std::vector<Fact> identity = layoutReport.facts;
-    identity.insert(identity.begin(), {{nullptr, "Project", project}, {nullptr, "Date", date}});
-    Table fileRows = fileTable(layout, files, project);
+    identity.insert(identity.begin(), {{nullptr, "Project", project},
+                                       {nullptr, "Panel's files", QFileInfo(files.front().path).path()},
+                                       {nullptr, "Date", date}});
+    QStringList named = {project, inputs.option("tags")};
+    if (!inputs.has("tags") || named.last() == QLatin1String("-"))
+        named.removeLast();
+    Table fileRows = fileTable(layout, files, named);
     QString body = QStringLiteral("<h1>%1</h1>\n<p class=\"soft\">Values kept across power loss</p>\n")
                        .arg(title.toHtmlEscaped());
     body += htmlHeading(QStringLiteral("Identity")) + htmlFacts(identity) + htmlTable(fileRows);

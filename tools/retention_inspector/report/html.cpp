@@ -26,6 +26,7 @@ caption{text-align:left;font-weight:bold;padding:.5rem 0}
 th,td{text-align:left;vertical-align:top;padding:.3rem .6rem;border-bottom:1px solid var(--line);unicode-bidi:isolate}
 thead th{background:var(--band);white-space:nowrap}
 .w{overflow-wrap:anywhere}
+.k{white-space:nowrap}
 .n{text-align:right;font-variant-numeric:tabular-nums}
 dl{display:grid;grid-template-columns:max-content minmax(0,1fr);gap:.2rem 1.2rem;margin:.6rem 0}
 dt{color:var(--soft)}dd{margin:0;unicode-bidi:isolate}
@@ -87,7 +88,8 @@ QString escaped(const char* text)
     return escaped(QString::fromUtf8(text));
 }
 
-/// Numbers stand on the right; a word longer than a line may break anywhere.
+/// Numbers stand on the right; a word longer than a line may break anywhere, a short one such as a file's
+/// name nowhere.
 QString cellTag(const Value& value)
 {
     const QStringList words = value.text.split(QLatin1Char(' '));
@@ -95,6 +97,7 @@ QString cellTag(const Value& value)
         std::any_of(words.begin(), words.end(), [](const QString& word) { return word.size() > 20; });
     return value.data.isDouble() ? QStringLiteral("<td class=\"n\"")
            : isLong              ? QStringLiteral("<td class=\"w\"")
+           : words.size() == 1   ? QStringLiteral("<td class=\"k\"")
                                  : QStringLiteral("<td");
 }
 
