@@ -48,7 +48,7 @@ dl{grid-template-columns:minmax(0,1fr);gap:0}dd{margin-bottom:.4rem}}
 @page{size:A4;margin:14mm}
 @media print{body{max-width:none;padding:0;font-size:10pt}.filter{display:none}
 tr[hidden]{display:table-row!important}
-table{font-size:8.5pt}tr,li,dl,.map,.short{break-inside:avoid}h2,caption{break-after:avoid}.map{overflow:visible;border:0}.map svg{min-width:0}}
+h2{margin-top:1.2rem}table{font-size:8.5pt}.w{font-size:7pt}tr,li,dl,.map,.short{break-inside:avoid}h2,caption{break-after:avoid}.map{overflow:visible;border:0}.map svg{min-width:0}}
 )";
 
 // Words in the field hide the rows that lack one of them; a printed page has all rows.
@@ -94,7 +94,7 @@ QString cellTag(const Value& value)
 {
     const QStringList words = value.text.split(QLatin1Char(' '));
     const bool isLong =
-        std::any_of(words.begin(), words.end(), [](const QString& word) { return word.size() > 20; });
+        std::any_of(words.begin(), words.end(), [](const QString& word) { return word.size() > 24; });
     return value.data.isDouble() ? QStringLiteral("<td class=\"n\"")
            : isLong              ? QStringLiteral("<td class=\"w\"")
            : words.size() == 1   ? QStringLiteral("<td class=\"k\"")
