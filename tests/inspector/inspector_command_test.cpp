@@ -71,7 +71,11 @@ TEST_F(Inspector, ShowsTheLayoutOfAProject)
               "      1   recipe     LW     100 to 109      10   retained whole\n"
               "      2   counters   LW     200 to 204       5   retained whole\n"
               "      3   switches   LB     20 to 31        12   retained whole\n\n"
-              "No findings.\n");
+              "No findings.\n\n"
+              "Notes\n"
+              "  - Not set in every entry, and then read as an empty text or 0: \"Link\", \"No\", "
+              "\"station\", \"length\",\n"
+              "    \"Bit_or_Word\". What is kept does not depend on them.\n");
 }
 
 TEST_F(Inspector, ShowsTheSavePeriodOfWholeAreas)

@@ -55,6 +55,9 @@ std::vector<Finding> settingsFindings(const ProjectSettings& settings);
 std::vector<Finding> entryFindings(const Layout& layout);
 /// About properties and objects that the module does not read, or reads as their defaults.
 std::vector<Finding> propertyFindings(const ProjectSettings& settings);
+/// A note that names the properties of entries that are read as their defaults and on which no file depends;
+/// empty for none.
+QString defaultsNote(const ProjectSettings& settings);
 /// Those about the settings, then those about the entries, then those about properties.
 std::vector<Finding> projectFindings(const Layout& layout);
 
