@@ -439,6 +439,24 @@ TEST_F(PanelSimulatorOnATerminal, DrawsNothingWhereTheCursorCannotBeMoved)
     EXPECT_THAT(run.out.constData(), Not(HasSubstr("watched")));
 }
 
+TEST_F(PanelSimulatorOnATerminal, StopsALongScriptAtCtrlC)
+{
+    QFile project(scratch.filePath(QStringLiteral("large.xml")));
+    ASSERT_TRUE(project.open(QIODevice::WriteOnly));
+    project.write("<object name='p'><object name='DataRetention'><object name='all'>"
+                  "<property name='addressLength' type='int32'>65536</property><object name='sourceAddress'>"
+                  "<property name='Block' type='string'>LW</property>"
+                  "<property name='index' type='int32'>0</property></object></object></object></object>");
+    project.close();
+    const QString script = writeScript("set LW 0" + QByteArray(" 1").repeated(65536) + '\n');
+    const ToolRun run =
+        runToolOnTerminal(QStringLiteral(PANEL_SIMULATOR_PATH),
+                          {project.fileName(), QStringLiteral("--project-dir"),
+                           scratch.filePath(QStringLiteral("data")), QStringLiteral("--script"), script},
+                          "", {{"cells reported", "\x03"}});
+    EXPECT_EQ(run.status, -SIGINT) << "it goes on, because a \"sync\" runs nearly always";
+}
+
 TEST_F(PanelSimulatorOnATerminal, SaysAlsoAfterCtrlCWhatIsLost)
 {
     const ToolRun run = type("whole_areas", "set LW 5 1\r", {{"set 1 cell", "\x03"}});
