@@ -59,28 +59,21 @@ QString tablesOf(const Report& report)
     return html;
 }
 
-/// The project and the tags, if any, then the retention files.
-Table fileTable(const Layout& layout, const RetentionFiles& files, const QStringList& inputs)
+/// That of "check" with hashes, after the files that are `named`: the project and, if any, the tags.
+Table fileTable(const Inputs& inputs, const QStringList& named)
 {
-    Table table{"files",
-                "file",
-                "Files",
-                {{"file", "File"},
-                 {"bytes", "Bytes"},
-                 {"expected", "Expected"},
-                 {"fits", "Fits"},
-                 {nullptr, "At the next start"},
-                 {"sha256", "SHA-256"}}};
-    for (const QString& path : inputs)
-        table.rows.push_back(
-            {QFileInfo(path).fileName(), QFileInfo(path).size(), Value(), "", "", sha256(path)});
-    for (const RetentionFile& file : files) {
-        const FileCheck check = checkFile(layout, file);
+    Table table = reportOf("check", inputs).tables.front();
+    table.columns.push_back({"sha256", "SHA-256"});
+    for (std::size_t i = 0; i < areaCount; ++i) {
+        const RetentionFile& file = inputs.files.front()[i];
         const bool readable = file.state == RetentionFile::State::Readable;
-        table.rows.push_back({file.area->fileName, readable ? Value(file.size) : Value(),
-                              layout.of(*file.area).fileLength, check.findings.empty() ? "yes" : "no",
-                              check.nextStart, readable ? sha256(*file.device) : QString()});
+        table.rows[i].push_back(readable ? sha256(*file.device) : QString());
     }
+    std::vector<std::vector<Value>> rows;
+    for (const QString& path : named)
+        rows.push_back(
+            {QFileInfo(path).fileName(), QFileInfo(path).size(), Value(), Value(), Value(), sha256(path)});
+    table.rows.insert(table.rows.begin(), rows.begin(), rows.end());
     return table;
 }
 
@@ -155,7 +148,7 @@ Report run(const Inputs& inputs)
     QStringList named = {project, inputs.option("tags")};
     if (!inputs.has("tags") || named.last() == QLatin1String("-"))
         named.removeLast();
-    Table fileRows = fileTable(layout, files, named);
+    Table fileRows = fileTable(inputs, named);
     QString body = QStringLiteral("<h1>%1</h1>\n<p class=\"soft\">Values kept across power loss</p>\n")
                        .arg(title.toHtmlEscaped());
     body += htmlHeading(QStringLiteral("Identity")) + htmlFacts(identity) + htmlTable(fileRows);
