@@ -6,6 +6,7 @@
 #include "tools/panel_simulator/live_content.h"
 
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QStringList>
 
 #include <algorithm>
 #include <csignal>

@@ -5,7 +5,6 @@
 #include "tools/panel_simulator/session.h"
 
 #include <QtCore/QString>
-#include <QtCore/QStringList>
 
 #include <functional>
 

@@ -4,8 +4,6 @@
 #include "tools/retention_inspector/report/named_values.h"
 #include "tools/retention_inspector/report/progress.h"
 
-#include <QtCore/QDir>
-
 #include <algorithm>
 #include <utility>
 

@@ -113,11 +113,6 @@ Value::Value(const std::vector<int>& numbers)
     text = texts.join(QLatin1String(", "));
 }
 
-Value decimalValue(double number, int decimals)
-{
-    return {QJsonValue(number), QString::number(number, 'f', decimals)};
-}
-
 QString reportJson(const Report& report)
 {
     QJsonObject root;

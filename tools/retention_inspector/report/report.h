@@ -31,9 +31,6 @@ struct Value
     QString text;
 };
 
-/// With that many decimals in the text.
-Value decimalValue(double number, int decimals);
-
 struct Fact
 {
     const char* key;
