@@ -19,13 +19,12 @@ std::size_t index(qint64 cell)
 class EntryNames
 {
 public:
-    EntryNames(const Layout& layout, const AreaFacts& area)
+    EntryNames(const Layout& layout, const AreaFacts& area) : settings(layout.settings)
     {
         if (layout.images())
             return;
         for (const LayoutBlock& block : layout.of(area).blocks)
             blocks.push_back(&block);
-        settings = &layout.settings;
     }
 
     QString of(qint64 cell) const
@@ -36,7 +35,7 @@ public:
         if (after == blocks.begin())
             return {};
         for (const int number : (*(after - 1))->entries) {
-            const ProjectEntry& entry = settings->entries[index(number - 1)];
+            const ProjectEntry& entry = settings.entries[index(number - 1)];
             if (entry.first() <= cell && cell <= entry.last())
                 return entry.length() == 1
                            ? entry.name
@@ -47,7 +46,7 @@ public:
 
 private:
     std::vector<const LayoutBlock*> blocks; ///< ascending
-    const ProjectSettings* settings = nullptr;
+    const ProjectSettings& settings;
 };
 
 Finding foreignBits(const RetentionFile& file, qint64 oddBytes)

@@ -373,7 +373,8 @@ Report run(const Inputs& inputs)
         addCells(cells, facts, {"without-value", QStringLiteral("without a value in the old files: 0")},
                  area.without);
         addCells(cells, facts, {"new", QStringLiteral("new: 0")}, area.added);
-        addCells(cells, facts, {"dropped", QStringLiteral("dropped: no place in the new files")}, area.dropped);
+        addCells(cells, facts, {"dropped", QStringLiteral("dropped: no place in the new files")},
+                 area.dropped);
         if (area.foreignBits)
             report.findings.push_back(foreignBits(old[i], area));
     }
