@@ -426,7 +426,7 @@ TEST_F(PanelSimulatorOnATerminal, GivesTheTerminalBackBeforeAPowerCut)
 TEST_F(PanelSimulatorOnATerminal, DrawsNothingWhereTheCursorCannotBeMoved)
 {
     if (!qEnvironmentVariableIsEmpty("TEST_EMULATOR"))
-        GTEST_SKIP() << "sets TERM with a program of this machine";
+        GTEST_SKIP() << "needs a program of this machine, to set TERM";
     const ToolRun run =
         runToolOnTerminal(QStringLiteral("env"),
                           {QStringLiteral("TERM=dumb"), QStringLiteral(PANEL_SIMULATOR_PATH),

@@ -254,7 +254,7 @@ TEST_F(Inspector, SaysBeforeItShowsValuesThatTheFilesDoNotFit)
 TEST_F(Inspector, DoesNotTakeAFolderThatItMayNotSearchForAnEmptyOne)
 {
     if (!qEnvironmentVariableIsEmpty("TEST_EMULATOR"))
-        GTEST_SKIP() << "becomes somebody else with a program of this machine";
+        GTEST_SKIP() << "needs root of this machine, to become somebody else";
     writeExampleFiles();
     const bool isRoot = geteuid() == 0;
     QFile::setPermissions(scratch.path(), isRoot ? QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner

@@ -10,7 +10,7 @@ ValueRow rowOf(const Tags* tags, const std::array<AreaValues, 2>& sides, qint64 
     const AreaFacts& area = *sides[0].area;
     const Tag* const tag = tags ? tags->of(area, cell) : nullptr;
     if (tag) {
-        const ValueRow row = {&area, tag->first, tag->type, tag, tag->name};
+        ValueRow row = {&area, tag->first, tag->type, tag, tag->name};
         if (!textOf(sides[0], row).isNull() && !textOf(sides[1], row).isNull())
             return row;
     }
