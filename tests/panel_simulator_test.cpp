@@ -3,6 +3,7 @@
 #include "tests/support/module_test.h"
 #include "tests/support/run_tool.h"
 #include "tools/panel_simulator/command.h"
+#include "tools/panel_simulator/line_source.h"
 #include "tools/panel_simulator/live_content.h"
 
 #include <QtCore/QDir>
@@ -19,6 +20,7 @@
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 std::string errorOf(const char* line)
@@ -409,6 +411,52 @@ TEST_F(PanelSimulatorOnATerminal, ShowsTheRunningPanelLive)
     EXPECT_THAT(after, HasSubstr("stopped\r\n"));
 }
 
+TEST_F(PanelSimulatorOnATerminal, GivesTheTerminalBackBeforeAPowerCut)
+{
+    const std::string out =
+        type("address_ranges", "live\rset LW 203 8\r", {{"set 1 cell", "power-cut\r"}}).out.constData();
+    const std::size_t left = out.find("\x1b[?1049l");
+    ASSERT_NE(left, std::string::npos) << "the view is still there";
+    EXPECT_THAT(out.substr(left), HasSubstr("set 1 cell, 1 reported to the module\r\npower cut\r\n"));
+    EXPECT_THAT(type("address_ranges", "\x1b[A\x1b[A\rget LW 203\rstop\r").out.constData(),
+                HasSubstr("LW 203: 8\r\n"))
+        << "what was typed in the view is in the history";
+}
+
+TEST_F(PanelSimulatorOnATerminal, DrawsNothingWhereTheCursorCannotBeMoved)
+{
+    if (!qEnvironmentVariableIsEmpty("TEST_EMULATOR"))
+        GTEST_SKIP() << "needs a program of this machine, to set TERM";
+    const ToolRun run =
+        runToolOnTerminal(QStringLiteral("env"),
+                          {QStringLiteral("TERM=dumb"), QStringLiteral(PANEL_SIMULATOR_PATH),
+                           QStringLiteral(EXAMPLES_DIR "/whole_areas.xml"), QStringLiteral("--project-dir"),
+                           scratch.filePath(QStringLiteral("data"))},
+                          "live\r", {{"cannot be moved", "get LW 5\rstop\r"}});
+    EXPECT_THAT(run.out.constData(),
+                HasSubstr("live: on this terminal (TERM) the cursor cannot be moved\r\n"));
+    EXPECT_THAT(run.out.constData(), HasSubstr("LW 5: 0\r\n"));
+    EXPECT_THAT(run.out.constData(), Not(HasSubstr("watched")));
+}
+
+TEST_F(PanelSimulatorOnATerminal, StopsALongScriptAtCtrlC)
+{
+    QFile project(scratch.filePath(QStringLiteral("large.xml")));
+    ASSERT_TRUE(project.open(QIODevice::WriteOnly));
+    project.write("<object name='p'><object name='DataRetention'><object name='all'>"
+                  "<property name='addressLength' type='int32'>65536</property><object name='sourceAddress'>"
+                  "<property name='Block' type='string'>LW</property>"
+                  "<property name='index' type='int32'>0</property></object></object></object></object>");
+    project.close();
+    const QString script = writeScript("set LW 0" + QByteArray(" 1").repeated(65536) + '\n');
+    const ToolRun run =
+        runToolOnTerminal(QStringLiteral(PANEL_SIMULATOR_PATH),
+                          {project.fileName(), QStringLiteral("--project-dir"),
+                           scratch.filePath(QStringLiteral("data")), QStringLiteral("--script"), script},
+                          "", {{"cells reported", "\x03"}});
+    EXPECT_EQ(run.status, -SIGINT) << "it goes on, because a \"sync\" runs nearly always";
+}
+
 TEST_F(PanelSimulatorOnATerminal, SaysAlsoAfterCtrlCWhatIsLost)
 {
     const ToolRun run = type("whole_areas", "set LW 5 1\r", {{"set 1 cell", "\x03"}});
@@ -474,6 +522,63 @@ TEST_F(LiveContentTest, FollowsThePanel)
                 HasSubstr("syncs " + std::to_string(commandsRun(QStringLiteral("sync")))));
     session.advance(60000);
     EXPECT_THAT(joined(content.lines(80)), HasSubstr("cyclic call in 4:00 of 5:00"));
+}
+
+TEST_F(LiveContentTest, LeavesOutWholeWordsOnANarrowTerminal)
+{
+    const auto project = perAddressProject({{QStringLiteral("LW"), 100, 9}});
+    Session session(moduleLibrary(), project.get(), QStringLiteral("/data"));
+    std::ostringstream out;
+    session.start(out, out);
+    LiveContent content(session);
+    EXPECT_EQ(content.lines(45).front(), QStringLiteral("per-address entries (2)  no cyclic calls"));
+    session.run(parseCommand(QStringLiteral("set LW 9 1")), out, out);
+    content.lines(45);
+    session.run(parseCommand(QStringLiteral("set LW 60000 60000 60001")), out, out);
+    EXPECT_THAT(joined(content.lines(55)), HasSubstr("changed:  LW 60001 = 60001 (0 s ago)"));
+    EXPECT_THAT(joined(content.lines(55)), Not(HasSubstr("LW 9 = 1")))
+        << "an older one, without one in between";
+}
+
+TEST_F(LiveContentTest, IsToldWhatATimedSaveCouldNotSave)
+{
+    const auto project = wholeAreaProject(1, 5);
+    Session session(moduleLibrary(), project.get(), QStringLiteral("/data"));
+    std::ostringstream out;
+    session.start(out, out);
+    const QString word = retentionPath(QString::fromLatin1(wordFileName));
+    session.run(parseCommand(QStringLiteral("set LW 5 1")), out, out);
+    EXPECT_EQ(session.advance(299999), QString()) << "not yet";
+    ASSERT_TRUE(QFile::rename(word, word + QLatin1Char('x')));
+    EXPECT_EQ(session.advance(1),
+              QStringLiteral("timed save: not saved: LW (maintenance-word.dat is missing)"));
+    EXPECT_EQ(session.advance(300000), QString()) << "known already";
+    ASSERT_TRUE(QFile::rename(word + QLatin1Char('x'), word));
+    EXPECT_EQ(session.advance(300000), QStringLiteral("timed save: the areas are saved again"));
+    EXPECT_EQ(session.advance(300000), QString());
+}
+
+TEST_F(LiveContentTest, IsToldOfATimedSaveWhileItWaitsForALine)
+{
+    const auto project = wholeAreaProject(1, 5);
+    Session session(moduleLibrary(), project.get(), QStringLiteral("/data"));
+    std::ostringstream out;
+    session.start(out, out);
+    session.run(parseCommand(QStringLiteral("set RWI 5 1")), out, out);
+    ASSERT_TRUE(QFile::remove(retentionPath(QString::fromLatin1(rwiFileName))));
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    ASSERT_EQ(write(ends[1], "stop\n", 5), 5);
+    LineSource source(ends[0], session);
+    session.panel().model->cycleRemainingMs = 0;
+    testing::internal::CaptureStderr();
+    QString line;
+    EXPECT_TRUE(source.next(line));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "timed save: not saved: RWI (maintenance-RWI.dat is missing)\n");
+    EXPECT_EQ(line, QStringLiteral("stop"));
+    close(ends[0]);
+    close(ends[1]);
 }
 
 TEST_F(PanelSimulator, SaysInOneLineWhenPathsAreMapped)

@@ -178,12 +178,12 @@ bool agrees(const AreaValues& values, const AreaLayout& layout, std::size_t cell
     const int value = values.values[cell];
     switch (values.states[cell]) {
     case CellState::Kept:
+    case CellState::HalfWord:
         return restored == (values.area->bits ? value != 0 : value);
     case CellState::StartValue:
         return restored == untouched && value == 0;
-    case CellState::NoValue: // words past the end of the file come back as 0, the half of one with its low
-                             // byte
-        return value == 0 && restored <= 0xff;
+    case CellState::NoValue: // words past the end of the file come back as 0
+        return value == 0 && restored <= 0;
     default: // in an area that cannot be relied on, and of the ignored bit, something old may come back
         return value == 0 && (restored == untouched || !layout.problem.isEmpty() ||
                               isIgnoredBit(*values.area, static_cast<int>(cell)));

@@ -84,6 +84,19 @@ TEST_F(FileCheckTest, FindsShorterAndLongerFiles)
     EXPECT_EQ(report.findings.front().cells.text(), QStringLiteral("108 to 109"));
 }
 
+TEST_F(FileCheckTest, SaysWhatComesBackOfAWordCutInHalf)
+{
+    writeRetentionFile(QString::fromLatin1(wordFileName), QByteArray("\1\0\2\0\x2a", 5));
+    const Finding finding = check(project.get()).findings.front();
+    EXPECT_EQ(finding.problem,
+              QStringLiteral("it has 5 bytes instead of 20: of LW 102 only the low byte, so it "
+                             "starts at 42; no value for LW 103 to 109."));
+    EXPECT_EQ(finding.cells.text(), QStringLiteral("102 to 109"));
+    const auto panel = startPanel(project.get());
+    EXPECT_EQ(panel->areas.named(QStringLiteral("LW"))->cell(102), ushort(42));
+    EXPECT_EQ(panel->areas.named(QStringLiteral("LW"))->cell(103), ushort(0));
+}
+
 TEST_F(FileCheckTest, FindsTheLengthOfTheOtherMode)
 {
     writeRetentionFile(QString::fromLatin1(wordFileName), QByteArray(131072, '\1'));

@@ -64,7 +64,9 @@ TEST(KeptValues, OfShortFilesEndWhereTheFileEnds)
     const Layout layout = layoutOf({{QStringLiteral("LW"), 10, 4}, {QStringLiteral("LB"), 0, 20}});
     const AreaValues words = areaValues(layout, memoryFile(areaFacts[1], QByteArray("\1\0\2\0\3", 5)));
     EXPECT_EQ(words.cellsIn(CellState::Kept).text(), QStringLiteral("10 to 11"));
-    EXPECT_EQ(words.cellsIn(CellState::NoValue).text(), QStringLiteral("12 to 13"));
+    EXPECT_EQ(words.cellsIn(CellState::HalfWord).text(), QStringLiteral("12"));
+    EXPECT_EQ(words.values[12], 3);
+    EXPECT_EQ(words.cellsIn(CellState::NoValue).text(), QStringLiteral("13"));
     const AreaValues bits = areaValues(layout, memoryFile(areaFacts[0], QByteArray("\0\1", 2)));
     EXPECT_EQ(bits.cellsIn(CellState::StartValue).text(), QStringLiteral("0 to 7"));
     EXPECT_EQ(bits.cellsIn(CellState::Kept).text(), QStringLiteral("8 to 15"));

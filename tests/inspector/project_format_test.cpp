@@ -106,7 +106,7 @@ TEST_F(ProjectFormat, IsWrittenFromATableByTheCommandsOfThePage)
                                  .section(QStringLiteral("```"), 0, 0);
     QFile table(scratch.filePath(QStringLiteral("ranges.csv")));
     ASSERT_TRUE(table.open(QIODevice::WriteOnly));
-    table.write("name,area,first,cells\nrecipe,LW,100,10\nmy lamps,LB,20,12\n");
+    table.write("name,area,first,cells\r\nrecipe,LW,100,10\r\nlamps & \\ \"signs\" < 5,LB,20,12");
     table.close();
     const ToolRun run =
         runTool(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("cd '") + scratch.path() +
@@ -116,7 +116,7 @@ TEST_F(ProjectFormat, IsWrittenFromATableByTheCommandsOfThePage)
     EXPECT_EQ(validate(file).status, 0);
     const ProjectSettings settings = readSettings(file);
     ASSERT_EQ(settings.entries.size(), 2U);
-    EXPECT_EQ(settings.entries[1].name, QStringLiteral("my lamps"));
+    EXPECT_EQ(settings.entries[1].name, QStringLiteral("lamps & \\ \"signs\" < 5"));
     EXPECT_EQ(settings.entries[1].areaName(), QStringLiteral("LB"));
     EXPECT_EQ(settings.entries[1].first(), 20);
     EXPECT_EQ(settings.entries[1].length(), 12);

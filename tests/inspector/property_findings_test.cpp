@@ -48,6 +48,22 @@ QByteArray entry(const QByteArray& own, const QByteArray& source, const char* so
            "</object></object>";
 }
 
+TEST(PropertyFindings, LeaveDefaultsThatNoFileDependsOnToANote)
+{
+    const auto noteOf = [](const QByteArray& source) {
+        QByteArray xml =
+            "<object name='p'><object name='DataRetention'>" + saveAllOff +
+            entry(number("addressLength", 2), text("Block", "LW") + number("index", 1) + source) +
+            "</object></object>";
+        QBuffer device(&xml);
+        device.open(QIODevice::ReadOnly);
+        return defaultsNote(readSettings(readProject(device, QString()).project.get())).toStdString();
+    };
+    EXPECT_THAT(noteOf(text("No", "") + number("length", 0)),
+                HasSubstr("0: \"addressType\", \"Link\", \"station\", \"Bit_or_Word\"."));
+    EXPECT_THAT(noteOf(text("Linc", "")), testing::Not(HasSubstr("\"Link\""))) << "that is a finding";
+}
+
 TEST(PropertyFindings, AreNoneWhereEverythingIsRead)
 {
     const QByteArray whole = number("open Save all", 1) + number("Save Time", 5);

@@ -62,7 +62,7 @@ protected:
 
     QTemporaryDir scratch;
     const QString project = QStringLiteral(EXAMPLES_DIR "/address_ranges.xml");
-    const QString directory = scratch.filePath(QStringLiteral("panel"));
+    const QString directory = scratch.filePath(QStringLiteral("panel_7"));
 };
 
 TEST_F(ReportPageOfFiles, NamesTheFilesWithTheirHashes)
@@ -84,7 +84,8 @@ TEST_F(ReportPageOfFiles, HasEveryPart)
                  QStringLiteral("--medium"), QStringLiteral("emmc"), QStringLiteral("--title"),
                  QStringLiteral("Line 3"), QStringLiteral("--date"), QStringLiteral("a Tuesday")});
     for (const char* part : {"<h1>Line 3</h1>", "a Tuesday", "No findings.", "<svg", ">retained whole<",
-                             ">temperature<", ">21.5<", ">rpm<", ">Mix 7<", "for 10 years: at most"})
+                             ">temperature<", ">21.5<", ">rpm<", ">address_ranges_tags.csv<",
+                             "<dt>Panel's files</dt>", ">Mix 7<", "for 10 years: at most"})
         EXPECT_THAT(text, HasSubstr(part));
     EXPECT_THAT(page(0), HasSubstr("Not worked out: make the page with --medium or --changes-per-hour."));
 }
@@ -105,16 +106,17 @@ TEST_F(ReportPageOfFiles, SaysThatFilesDoNotFit)
 
 TEST_F(ReportPageOfFiles, SampleInTheDocsIsCurrent)
 {
-    QDir::setCurrent(QStringLiteral(SOURCE_DIR));
-    QFile sample(QStringLiteral("docs/commissioning_report.html"));
+    QFile sample(QStringLiteral(SOURCE_DIR "/docs/commissioning_report.html"));
+    QDir::setCurrent(scratch.path()); // a page names its files as they were given
+    QFile::link(QStringLiteral(SOURCE_DIR "/examples"), QStringLiteral("examples"));
     ASSERT_TRUE(sample.open(QIODevice::ReadOnly));
     const ToolRun run =
         runTool(QStringLiteral(RETENTION_INSPECTOR_PATH),
-                {QStringLiteral("report"), QStringLiteral("examples/address_ranges.xml"), directory,
-                 QStringLiteral("--tags"), QStringLiteral("examples/address_ranges_tags.csv"),
-                 QStringLiteral("--medium"), QStringLiteral("emmc"), QStringLiteral("--title"),
-                 QStringLiteral("Panel 7"), QStringLiteral("--date"), QStringLiteral("2026-11-21"),
-                 QStringLiteral("-o-")});
+                {QStringLiteral("report"), QStringLiteral("examples/address_ranges.xml"),
+                 QStringLiteral("panel_7"), QStringLiteral("--tags"),
+                 QStringLiteral("examples/address_ranges_tags.csv"), QStringLiteral("--medium"),
+                 QStringLiteral("emmc"), QStringLiteral("--title"), QStringLiteral("Panel 7"),
+                 QStringLiteral("--date"), QStringLiteral("2026-11-21"), QStringLiteral("-o-")});
     EXPECT_EQ(sample.readAll(), run.out)
         << "make it again: retention_inspector import examples/address_ranges.xml "
            "examples/address_ranges_values.csv -o "

@@ -63,6 +63,10 @@ TEST_F(TagsFile, NamesValuesInAnyOrderAndWithFurtherColumns)
     ASSERT_EQ(read.tags.size(), 4U);
     EXPECT_EQ(read.tags[1].name, QStringLiteral("level"));
     EXPECT_EQ(read.tags[1].type.text(), QStringLiteral("float:high-first"));
+    EXPECT_EQ(valueTypeOf(QStringLiteral("int32:low-first")).text(), QStringLiteral("int32"))
+        << "the usual order";
+    EXPECT_THROW(valueTypeOf(QStringLiteral("int32:low-first:high-first")), Refusal);
+    EXPECT_THROW(valueTypeOf(QStringLiteral("int32:middle-first")), Refusal);
     EXPECT_EQ(read.tags[1].line, 5);
     EXPECT_EQ(read.of(areaFacts[1], 4), &read.tags[1]);
     EXPECT_EQ(read.of(areaFacts[1], 5), nullptr);

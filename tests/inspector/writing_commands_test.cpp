@@ -164,6 +164,40 @@ TEST_F(WritingCommands, NameTheirOutputInTheUsageLine)
     EXPECT_THAT(without.err.toStdString(), HasSubstr("expected: map PROJECT.xml --output FILE.svg (see"));
 }
 
+TEST_F(WritingCommands, MakeNoDirectoryWithTheNameOfStandardOutput)
+{
+    write("values.csv", "area,address,value\n");
+    for (const QString& output : {QString(), QStringLiteral("-")}) {
+        const ToolRun imported = run({QStringLiteral("import"), ranges, path("values.csv"), path("old"),
+                                      QStringLiteral("-o"), output});
+        const ToolRun migrated = migrate(output);
+        for (const ToolRun& tool : {imported, migrated}) {
+            EXPECT_EQ(tool.status, 2);
+            EXPECT_THAT(tool.err.toStdString(),
+                        HasSubstr("three files are made; name a new directory for them"));
+        }
+    }
+    EXPECT_FALSE(QFileInfo::exists(QStringLiteral("-")));
+    EXPECT_THAT(run({QStringLiteral("export"), ranges, path("old"), QStringLiteral("-o"), QString()})
+                    .err.toStdString(),
+                HasSubstr("name a new file, or - for standard output"));
+}
+
+TEST_F(WritingCommands, DiffPutsCellsThatDifferAlikeInOneRow)
+{
+    QDir(scratch.path()).mkdir(QStringLiteral("none"));
+    const ToolRun tool = run({QStringLiteral("diff"), ranges, path("old"), path("none")});
+    EXPECT_THAT(tool.out.toStdString(), HasSubstr("  LB     20 to 24         0   -\n"
+                                                  "  LB     25               1   -\n"
+                                                  "  LB     26 to 31         0   -\n"
+                                                  "  LW     100 to 109       0   -\n"
+                                                  "  LW     200 to 202       0   -\n"
+                                                  "  LW     203              7   -\n"));
+    const ToolRun csv = run({QStringLiteral("diff"), ranges, path("old"), path("none"),
+                             QStringLiteral("--format"), QStringLiteral("csv")});
+    EXPECT_THAT(csv.out.toStdString(), HasSubstr("LB,20,0,\nLB,21,0,\n"));
+}
+
 TEST_F(WritingCommands, DiffSaysFirstThatFilesDoNotFit)
 {
     QDir(scratch.path()).mkdir(QStringLiteral("later"));
@@ -203,6 +237,16 @@ TEST_F(WritingCommands, WearNeedsTheChangesOfAProjectWithEntries)
     const ToolRun bad = run({wear, areas, QStringLiteral("--erase-block=0")});
     EXPECT_EQ(bad.status, 2);
     EXPECT_THAT(bad.err.toStdString(), HasSubstr("--erase-block \"0\": expected a size from 1"));
+}
+
+TEST_F(WritingCommands, ShowTheFirstTableWithRowsAsCsv)
+{
+    const ToolRun limits = run({QStringLiteral("wear"), ranges, QStringLiteral("--medium"),
+                                QStringLiteral("sd"), QStringLiteral("--format"), QStringLiteral("csv")});
+    EXPECT_THAT(limits.out.toStdString(), testing::StartsWith("case,levelled_limit,in_place_limit\neven,"));
+    const ToolRun same = run({QStringLiteral("diff"), ranges, path("old"), path("old"),
+                              QStringLiteral("--format"), QStringLiteral("csv")});
+    EXPECT_EQ(same.out, "area,address,first,second\n");
 }
 
 TEST_F(WritingCommands, MapMakesAPictureAndReplacesItOnlyOnRequest)

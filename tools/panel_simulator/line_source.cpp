@@ -90,16 +90,17 @@ bool LineSource::nextEdited(QString& line)
         return false;
     }
     line = QString::fromUtf8(text, length).trimmed();
-    if (!line.isEmpty())
-        keep(text);
+    keep(line);
     return true;
 }
 
 /// At once, because a power cut leaves no time for it.
-void LineSource::keep(const char* text)
+void LineSource::keep(const QString& line)
 {
+    if (line.isEmpty())
+        return;
     HistEvent event;
-    ::history(history.get(), &event, H_ENTER, text);
+    ::history(history.get(), &event, H_ENTER, (line.toUtf8() + '\n').constData());
     if (!historyFile.isEmpty())
         ::history(history.get(), &event, H_SAVE, historyFile.constData());
 }
@@ -135,7 +136,12 @@ void LineSource::wait()
             timeout = std::clamp<long long>(model.cycleRemainingMs, 0, INT_MAX);
         pollfd waiting = {descriptor, POLLIN, 0};
         const int ready = poll(&waiting, 1, static_cast<int>(timeout));
-        session.advance(clock.restart());
+        const QString told = session.advance(clock.restart());
+        if (!told.isEmpty()) {
+            std::cerr << (editor ? "\n" : "") << told.toStdString() << std::endl;
+            if (editor)
+                el_set(editor.get(), EL_REFRESH);
+        }
         if (ready > 0 || interrupted)
             return;
     }

@@ -12,7 +12,8 @@
 
 #include <memory>
 
-/// While it waits for a line, cyclic calls that come due are made.
+/// While it waits for a line, cyclic calls that come due are made; what they fail to save is told on standard
+/// error.
 class LineSource
 {
 public:
@@ -24,11 +25,12 @@ public:
     /// counts.
     bool next(QString& line);
     bool isTerminal() const { return editor != nullptr; }
+    /// Takes a line of a terminal into the history, unless it is empty.
+    void keep(const QString& line);
 
 private:
     bool nextEdited(QString& line);
     bool nextPlain(QString& line);
-    void keep(const char* text);
     /// Returns when there is something to read, or the end of the input.
     void wait();
     static int readKey(EditLine* editor, wchar_t* key);

@@ -93,9 +93,11 @@ QString LiveContent::changedText(int width) const
                          .arg(change.value)
                          .arg(agoText(change.since.elapsed() / 1000)));
     QString line = QStringLiteral("changed:");
-    for (const QString& text : texts) // the latest stand first, so the rest is of no interest
-        if (line.size() + 2 + text.size() <= width)
-            line += QStringLiteral("  ") + text;
+    for (const QString& text : texts) { // the latest stand first, so the rest is of no interest
+        if (line.size() + 2 + text.size() > width)
+            break;
+        line += QStringLiteral("  ") + text;
+    }
     return line;
 }
 
@@ -106,9 +108,12 @@ QStringList LiveContent::lines(int width)
     const bool images = session.savesWholeAreas();
     const bool wide = width >= widthWithFiles;
     QStringList result;
-    result.append(QStringLiteral("%1  %2  syncs %3")
-                      .arg(modeText(*panel.model), countdown(*panel.model))
-                      .arg(commandsRun(QStringLiteral("sync"))));
+    QString head = modeText(*panel.model);
+    for (const QString& text :
+         {countdown(*panel.model), QStringLiteral("syncs %1").arg(commandsRun(QStringLiteral("sync")))})
+        if (head.size() + 2 + text.size() <= width)
+            head += QStringLiteral("  ") + text;
+    result.append(head);
     result.append(tableLine(wide, QStringLiteral("area"), QStringLiteral("watched"),
                             QStringLiteral("not zero"), QStringLiteral("unsaved"), QStringLiteral("file"),
                             QStringLiteral("bytes"), QStringLiteral("written")));
@@ -136,7 +141,7 @@ QStringList LiveContent::lines(int width)
                                     : agoText(file.written.secsTo(QDateTime::currentDateTime()))));
     }
     result.append(changedText(width));
-    const QString head = QString::fromLatin1(wide ? "changed since the last save:" : "unsaved:");
+    head = QString::fromLatin1(wide ? "changed since the last save:" : "unsaved:");
     if (images)
         result.append(unsavedCount == 0 ? head + QLatin1String(" nothing")
                                         : fitting(head, unsaved, unsavedCount, width));

@@ -6,10 +6,12 @@
 #include "tools/panel_simulator/live_content.h"
 
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QStringList>
 
 #include <algorithm>
 #include <csignal>
 #include <iostream>
+#include <sstream>
 #include <unistd.h>
 
 #include <curses.h>
@@ -38,7 +40,7 @@ class Screen
 public:
     Screen() : terminal(newterm(nullptr, stdout, stdin))
     {
-        if (!terminal)
+        if (!isOpen())
             return;
         cbreak();
         noecho();
@@ -52,14 +54,16 @@ public:
     {
         if (!terminal)
             return;
-        sigaction(SIGINT, &before, nullptr);
+        if (isOpen())
+            sigaction(SIGINT, &before, nullptr);
         endwin();
         delscreen(terminal);
     }
     Screen(const Screen&) = delete;
     Screen& operator=(const Screen&) = delete;
 
-    bool isOpen() const { return terminal != nullptr; }
+    /// False on a terminal that is not known, or whose cursor cannot be moved.
+    bool isOpen() const { return terminal && tigetstr("cup"); }
 
 private:
     SCREEN* terminal;
@@ -82,7 +86,7 @@ public:
             cursor = std::max(0, cursor - 1);
             break;
         case KEY_RIGHT:
-            cursor = std::min(text.size(), cursor + 1);
+            cursor = std::min(static_cast<int>(text.size()), cursor + 1);
             break;
         case KEY_HOME:
         case 'A' - '@':
@@ -173,20 +177,21 @@ void putLine(int row, const QString& line)
 }
 
 /// The view at the top, the answers below it, the line at the bottom; what there is no room for is left out
-/// from the middle.
-void draw(const QStringList& view, const QStringList& log, const TypedLine& line)
+/// from the middle. `back` is how many answers at the end are left out, too, and is kept in range.
+void draw(const QStringList& view, const QStringList& log, const TypedLine& line, int& back)
 {
     erase();
     const int room = LINES - 1;
-    const int viewRows = std::min(view.size(), room);
+    const int viewRows = std::min(static_cast<int>(view.size()), room);
     for (int row = 0; row < viewRows; ++row)
         putLine(row, view.at(row));
     const bool edge = viewRows < room;
     if (edge)
         mvhline(viewRows, 0, ACS_HLINE, COLS);
-    const int logRows = std::max(0, std::min(log.size(), room - viewRows - 1));
+    const int logRows = std::max(0, std::min(static_cast<int>(log.size()), room - viewRows - 1));
+    back = std::clamp(back, 0, static_cast<int>(log.size()) - logRows);
     for (int i = 0; i < logRows; ++i)
-        putLine(room - logRows + i, log.at(log.size() - logRows + i));
+        putLine(room - logRows + i, log.at(log.size() - logRows - back + i));
     const QString typed = QLatin1String(prompt) + line.shown();
     const int cursor = static_cast<int>(qstrlen(prompt)) + line.cursorAt();
     const int hidden = std::max(0, cursor - COLS + 1); // a long line scrolls
@@ -210,35 +215,49 @@ bool canShowLive()
     return isatty(STDIN_FILENO) && isatty(STDOUT_FILENO);
 }
 
-bool showLive(Session& session, const std::function<bool(const QString& line, QString& answer)>& carryOut)
+bool showLive(Session& session,
+              const std::function<bool(const QString& line, std::ostream& answer)>& carryOut)
 {
     QStringList log;
+    const auto addToLog = [&log](const QString& text) {
+        log += text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        while (log.size() > mostLogLines)
+            log.removeFirst();
+    };
     bool goOn = true;
     bool opened = false;
+    QString lastLine; // cuts the power, when the terminal is given back
     {
         std::cout.flush();
         const Screen screen;
         opened = screen.isOpen();
         LiveContent content(session);
         TypedLine typed;
+        int back = 0;
         QElapsedTimer clock;
         clock.start();
+        const auto advance = [&] { addToLog(session.advance(clock.restart())); };
         const auto progress = session.progress;
         session.progress = [&](int done, int all) {
             if (clock.elapsed() < frameMs)
                 return;
-            session.advance(clock.restart());
+            advance();
             draw(content.lines(COLS),
-                 log + QStringList(QStringLiteral("%1 of %2 cells reported").arg(done).arg(all)), typed);
+                 log + QStringList(QStringLiteral("%1 of %2 cells reported").arg(done).arg(all)), typed,
+                 back);
         };
         bool leave = !opened;
         while (goOn && !leave && !interrupted) {
-            draw(content.lines(COLS), log, typed);
+            draw(content.lines(COLS), log, typed, back);
             wtimeout(stdscr, waitMs(*session.panel().model));
             int key = getch();
-            session.advance(clock.restart());
+            advance();
             // Everything that is there already, before the next frame.
             for (; key != ERR && !leave && goOn; wtimeout(stdscr, 0), key = getch()) {
+                if (key == KEY_PPAGE || key == KEY_NPAGE) {
+                    back += key == KEY_PPAGE ? LINES / 2 : -(LINES / 2);
+                    continue;
+                }
                 if (key == 'D' - '@' && typed.isEmpty()) {
                     leave = true;
                     break;
@@ -246,24 +265,25 @@ bool showLive(Session& session, const std::function<bool(const QString& line, QS
                 if (!typed.type(key))
                     continue;
                 const QString line = typed.take();
-                if (parseCommand(line).kind == Command::Kind::Live) {
+                const Command::Kind kind = parseCommand(line).kind;
+                if (kind == Command::Kind::Live || kind == Command::Kind::PowerCut) {
+                    lastLine = kind == Command::Kind::PowerCut ? line : QString();
                     leave = true;
                     break;
                 }
-                QString answer;
+                std::ostringstream answer;
                 goOn = carryOut(line, answer);
-                log.append(QLatin1String(prompt) + line);
-                log += answer.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-                while (log.size() > mostLogLines)
-                    log.removeFirst();
+                addToLog(QLatin1String(prompt) + line);
+                addToLog(QString::fromStdString(answer.str()));
+                back = 0;
             }
         }
         session.progress = progress;
     }
     if (!opened)
-        std::cerr << "live: this terminal (TERM) is not known" << std::endl;
+        std::cerr << "live: on this terminal (TERM) the cursor cannot be moved" << std::endl;
     for (const QString& line : log)
         std::cout << line.toStdString() << '\n';
     std::cout.flush();
-    return goOn;
+    return lastLine.isEmpty() ? goOn : carryOut(lastLine, std::cout);
 }

@@ -5,7 +5,6 @@
 #include "tools/panel_simulator/session.h"
 
 #include <QtCore/QString>
-#include <QtCore/QStringList>
 
 #include <functional>
 
@@ -13,6 +12,8 @@
 bool canShowLive();
 
 /// Shows the panel until the user leaves the view with "live", Ctrl-C or the end of input. `carryOut` is
-/// given each typed line but "live" itself; it answers with the text to show, and false when the panel is to
-/// stop. Its text is printed again when the terminal is given back. Returns whether the panel is to go on.
-bool showLive(Session& session, const std::function<bool(const QString& line, QString& answer)>& carryOut);
+/// given each typed line but "live" itself; it writes what there is to tell, and returns false when the panel
+/// is to stop. What it wrote is printed again when the terminal is given back, which is before a power cut.
+/// Returns whether the panel is to go on.
+bool showLive(Session& session,
+              const std::function<bool(const QString& line, std::ostream& answer)>& carryOut);

@@ -3,6 +3,7 @@
 #include "project_tree/project_reader.h"
 #include "simulated_host/mount_namespace.h"
 #include "simulated_host/private_directory.h"
+#include "simulated_host/shell.h"
 #include "tools/panel_simulator/command.h"
 #include "tools/panel_simulator/line_source.h"
 #include "tools/panel_simulator/live_view.h"
@@ -16,8 +17,10 @@
 
 #include <QtCore/QElapsedTimer>
 
+#include <csignal>
+#include <cstdlib>
 #include <iostream>
-#include <sstream>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
 
@@ -177,17 +180,27 @@ int runCommands(int descriptor, const Options& options, Session& session)
     bool goOn = true;
     while (goOn && source.next(line)) {
         if (source.isTerminal() && canShowLive() && parseCommand(line).kind == Command::Kind::Live) {
-            goOn = showLive(session, [&lines](const QString& typed, QString& answer) {
-                std::ostringstream text;
-                const bool more = lines.carryOut(typed, true, text, text);
-                answer = QString::fromStdString(text.str());
-                return more;
+            goOn = showLive(session, [&](const QString& typed, std::ostream& answer) {
+                source.keep(typed);
+                return lines.carryOut(typed, true, answer, answer);
             });
             continue;
         }
         goOn = lines.carryOut(line, source.isTerminal(), std::cout, std::cerr);
     }
     return lines.exitStatus();
+}
+
+/// std::system() keeps a Ctrl-C from this program while the command runs, and most of the time of a long
+/// "set" one does.
+int runInShell(const char* command)
+{
+    const int status = std::system(command);
+    const int shellStatusAfterInterrupt = 128 + SIGINT;
+    if ((WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) ||
+        (WIFEXITED(status) && WEXITSTATUS(status) == shellStatusAfterInterrupt))
+        std::raise(SIGINT);
+    return status;
 }
 
 } // namespace
@@ -226,6 +239,7 @@ int main(int argc, char** argv)
     if (!library.isLoaded())
         giveUp(library.error());
 
+    setCommandRunner(runInShell);
     Session session(library, reading.project.get(), directory);
     session.start(std::cout, std::cerr);
     const int status = runCommands(input.handle(), options, session);

@@ -33,6 +33,9 @@ FileOnDisk fileOnDisk(std::size_t area);
 /// or too short counts as zeros, which the next start makes of it.
 std::vector<int> cellsNotInImage(const MemoryArea& area, std::size_t number);
 
+/// Of each retention file.
+using WrittenBytes = std::array<qint64, 3>;
+
 /// Counts what is written into the retention files, by whomever in this process, as long as it lives.
 class WriteCounter : public FileCallHook
 {
@@ -44,11 +47,11 @@ public:
 
     void after(const FileCall& call, long long result) override;
 
-    qint64 bytes(std::size_t area) const { return bytesWritten[area]; } ///< since the beginning
-    int writes() const { return successes; } ///< calls that wrote, since the beginning
+    const WrittenBytes& bytes() const { return bytesWritten; } ///< since the beginning
+    int writes() const { return successes; }                   ///< calls that wrote, since the beginning
 
 private:
     std::map<int, std::size_t> areas; ///< of descriptors that are open for writing
-    std::array<qint64, 3> bytesWritten = {};
+    WrittenBytes bytesWritten = {};
     int successes = 0;
 };

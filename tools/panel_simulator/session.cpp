@@ -84,6 +84,7 @@ void Session::start(std::ostream& out, std::ostream& errors)
     current.reset(); // the old model closes its files first
     reported = 0;
     lost = 0;
+    notSaved.clear();
     current = std::make_unique<Panel>(library, project);
     current->start();
     out << "started: " << text(modeText(*current->model)) << std::endl;
@@ -152,33 +153,50 @@ void Session::set(const Command& command, std::ostream& out)
     out << '\n';
 }
 
-void Session::cycle(std::ostream& out)
+QString Session::notSavedSince(const WrittenBytes& before) const
 {
-    std::array<qint64, 3> before = {};
-    for (std::size_t i = 0; i < before.size(); ++i)
-        before[i] = written.bytes(i);
-    current->model->cyclicRun();
-    if (!savesWholeAreas()) {
-        out << "cyclic call: nothing to save in this mode\n";
-        return;
-    }
-    QStringList notSaved;
+    QStringList areas;
     for (std::size_t i = 0; i < before.size(); ++i) {
         const MemoryArea& area = current->areas.all()[i];
-        if (written.bytes(i) - before[i] >= qint64(area.memory().size()) && unsaved(i).empty())
+        if (written.bytes()[i] - before[i] >= qint64(area.memory().size()) && unsaved(i).empty())
             continue;
         const QString why = fileOnDisk(i).problem;
-        notSaved.append(QStringLiteral("%1 (%2 %3)")
-                            .arg(area.name(), QLatin1String(retentionFileNames[i]),
-                                 why.isEmpty()
-                                     ? QStringLiteral("could not be opened or written before, and the "
-                                                      "module does not try again")
-                                     : why));
+        areas.append(QStringLiteral("%1 (%2 %3)")
+                         .arg(area.name(), QLatin1String(retentionFileNames[i]),
+                              why.isEmpty() ? QStringLiteral("could not be opened or written before, and the "
+                                                             "module does not try again")
+                                            : why));
     }
-    if (notSaved.isEmpty())
+    return areas.join(QLatin1String(", "));
+}
+
+void Session::cycle(std::ostream& out)
+{
+    const WrittenBytes before = written.bytes();
+    current->model->cyclicRun();
+    const QString areas = savesWholeAreas() ? notSavedSince(before) : QString();
+    if (!savesWholeAreas())
+        out << "cyclic call: nothing to save in this mode\n";
+    else if (areas.isEmpty())
         out << "cyclic call: the areas were saved\n";
     else
-        out << "cyclic call: not saved: " << text(notSaved.join(QLatin1String(", "))) << '\n';
+        out << "cyclic call: not saved: " << text(areas) << '\n';
+}
+
+QString Session::advance(long long elapsedMs)
+{
+    const QString sync = QStringLiteral("sync");
+    const WrittenBytes before = written.bytes();
+    const int syncs = commandsRun(sync);
+    current->advance(elapsedMs);
+    if (!savesWholeAreas() || commandsRun(sync) == syncs)
+        return {};
+    const QString areas = notSavedSince(before);
+    if (areas == notSaved)
+        return {};
+    notSaved = areas;
+    return areas.isEmpty() ? QStringLiteral("timed save: the areas are saved again")
+                           : QStringLiteral("timed save: not saved: ") + areas;
 }
 
 void Session::status(std::ostream& out) const

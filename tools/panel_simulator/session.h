@@ -33,8 +33,9 @@ public:
     /// business and does nothing here.
     CommandResult run(const Command& command, std::ostream& out, std::ostream& errors);
 
-    /// Lets the panel's time pass.
-    void advance(long long elapsedMs) { current->advance(elapsedMs); }
+    /// Lets the panel's time pass. Returns what a timed save could not save, and later that it saved again;
+    /// empty when there is nothing new.
+    QString advance(long long elapsedMs);
 
     const Panel& panel() const { return *current; }
     /// Whole areas: cells of that area that changed since the last save. None in other modes.
@@ -47,6 +48,8 @@ public:
 private:
     void set(const Command& command, std::ostream& out);
     void cycle(std::ostream& out);
+    /// The areas that were not written since `before`, each with the reason; empty for none.
+    QString notSavedSince(const WrittenBytes& before) const;
     void status(std::ostream& out) const;
     QString expect(const Command& command, std::ostream& out) const;
     /// Such as "2 cells: LW 5, RWI 7"; empty for none.
@@ -58,6 +61,7 @@ private:
     WriteCounter written; // sees the panel's files open, so it comes before the panel
     int reported = 0;     ///< changes since the start
     int lost = 0;         ///< of these, not written
+    QString notSaved;     ///< at the last timed save
     std::unique_ptr<Panel> current;
 };
 

@@ -108,17 +108,25 @@ void checkLength(const Layout& layout, Checking& check)
             QStringLiteral("it has the length of a whole-area image, but the project keeps single "
                            "ranges: its values go to wrong addresses."));
     } else if (size < area.fileLength) {
-        const CellRanges missing = areaValues(layout, check.file).cellsIn(CellState::NoValue);
+        const AreaValues values = areaValues(layout, check.file);
+        const CellRanges half = values.cellsIn(CellState::HalfWord);
+        const CellRanges missing = values.cellsIn(CellState::NoValue);
         check.result.nextStart =
             QStringLiteral("restored as far as it goes; %1")
                 .arg(QLatin1String(area.area->bits ? "the rest keeps the panel's start values"
                                                    : "the rest starts at 0"));
-        const QString lost = missing.isEmpty()
-                                 ? QString()
-                                 : QStringLiteral(": no value for %1 %2").arg(check.name(), missing.text());
+        QString lost;
+        if (!half.isEmpty())
+            lost = QStringLiteral(": of %1 %2 only the low byte, so it starts at %3")
+                       .arg(check.name(), half.text())
+                       .arg(values.values[static_cast<std::size_t>(half.begin()->first)]);
+        if (!missing.isEmpty())
+            lost += QStringLiteral("%1 no value for %2 %3")
+                        .arg(QLatin1String(half.isEmpty() ? ":" : ";"), check.name(), missing.text());
         check.addForeign(
             error, "shorter",
-            QStringLiteral("it has %1 instead of %2%3.").arg(bytes).arg(area.fileLength).arg(lost), missing);
+            QStringLiteral("it has %1 instead of %2%3.").arg(bytes).arg(area.fileLength).arg(lost),
+            area.kept.minus(values.cellsIn(CellState::Kept)).minus(values.cellsIn(CellState::StartValue)));
     } else {
         check.addForeign(
             warning, "longer",
@@ -172,14 +180,6 @@ FileChecks checkFiles(const Layout& layout, const RetentionFiles& files)
     std::transform(files.begin(), files.end(), checks.begin(),
                    [&layout](const RetentionFile& file) { return checkFile(layout, file); });
     return checks;
-}
-
-std::vector<Finding> findingsOf(const FileChecks& checks)
-{
-    std::vector<Finding> findings;
-    for (const FileCheck& check : checks)
-        findings.insert(findings.end(), check.findings.begin(), check.findings.end());
-    return findings;
 }
 
 QString countText(qint64 count, const char* what)

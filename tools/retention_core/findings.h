@@ -55,8 +55,14 @@ std::vector<Finding> settingsFindings(const ProjectSettings& settings);
 std::vector<Finding> entryFindings(const Layout& layout);
 /// About properties and objects that the module does not read, or reads as their defaults.
 std::vector<Finding> propertyFindings(const ProjectSettings& settings);
+/// A note that names the properties of entries that are read as their defaults and on which no file depends;
+/// empty for none.
+QString defaultsNote(const ProjectSettings& settings);
 /// Those about the settings, then those about the entries, then those about properties.
 std::vector<Finding> projectFindings(const Layout& layout);
+
+/// A note that the project itself has findings, with its name at the head; empty when it has none.
+QString projectNote(const Layout& layout, const char* name = "The project");
 
 /// What was found about one file.
 struct FileCheck
@@ -69,8 +75,14 @@ struct FileCheck
 FileCheck checkFile(const Layout& layout, const RetentionFile& file);
 using FileChecks = std::array<FileCheck, areaCount>;
 FileChecks checkFiles(const Layout& layout, const RetentionFiles& files);
-/// The findings of the three, in order.
-std::vector<Finding> findingsOf(const FileChecks& checks);
+/// The findings of all three areas, in order: of FileChecks or AreaReadings.
+template <typename OfArea> std::vector<Finding> findingsOf(const std::array<OfArea, areaCount>& areas)
+{
+    std::vector<Finding> findings;
+    for (const OfArea& area : areas)
+        findings.insert(findings.end(), area.findings.begin(), area.findings.end());
+    return findings;
+}
 
 /// Such as "entries 1 "recipe", 2 "counters" and 7 more"; at least one.
 QString entriesText(const std::vector<const ProjectEntry*>& entries);

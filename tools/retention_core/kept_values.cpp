@@ -81,6 +81,10 @@ void decodeBytes(const AreaFacts& area, const PackedCells& part, const QByteArra
     for (qint64 i = 0; i < cells; ++i)
         values[i] = static_cast<ushort>(area.bits ? raw[i] != 0 : raw[2 * i] | raw[2 * i + 1] << 8);
     std::fill_n(result.states.begin() + part.cells.first, cells, CellState::Kept);
+    if (bytes.size() % cellBytes != 0) {
+        values[cells] = raw[bytes.size() - 1];
+        result.states[index(part.cells.first + cells)] = CellState::HalfWord;
+    }
     if (area.bits)
         result.oddBytes += std::count_if(raw, raw + cells, [](unsigned char byte) { return byte > 1; });
 }

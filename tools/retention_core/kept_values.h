@@ -12,6 +12,7 @@ enum class CellState : unsigned char
     NotRetained, ///< the project does not keep the cell
     Kept,        ///< the value comes back at the next start
     StartValue,  ///< 0 in the file, but in a byte of zeros, which leaves the panel's own start value alone
+    HalfWord,    ///< the file ends in the middle of the word: its low byte comes back, and 0 above it
     NoValue      ///< the file is missing, empty or ends before the cell
 };
 
@@ -36,7 +37,7 @@ struct AreaValues
 
     bool hasValue(std::size_t cell) const
     {
-        return states[cell] == CellState::Kept || states[cell] == CellState::StartValue;
+        return states[cell] != CellState::NotRetained && states[cell] != CellState::NoValue;
     }
     CellRanges cellsIn(CellState state) const;
 };

@@ -61,6 +61,7 @@ Wording wordingOf(const PropertyRemark& remark)
             loss, "object-misplaced",
             QStringLiteral("an object %1 lies in %2, where it is not read.").arg(name, quoted(remark.holder)),
             QStringLiteral("Move it to the top of the project.")};
+    case Kind::Defaulted: // no finding
     case Kind::ObjectNotRead:
         break;
     }
@@ -74,6 +75,19 @@ Wording wordingOf(const PropertyRemark& remark)
 
 } // namespace
 
+QString defaultsNote(const ProjectSettings& settings)
+{
+    QStringList names;
+    for (const PropertyRemark& remark : settings.remarks)
+        if (remark.kind == Kind::Defaulted && !names.contains(quoted(remark.name)))
+            names.append(quoted(remark.name));
+    return names.isEmpty()
+               ? QString()
+               : QStringLiteral("Not set in every entry, and then read as an empty text or 0: %1. What "
+                                "is kept does not depend on them.")
+                     .arg(names.join(QLatin1String(", ")));
+}
+
 std::vector<Finding> propertyFindings(const ProjectSettings& settings)
 {
     struct Group
@@ -83,6 +97,8 @@ std::vector<Finding> propertyFindings(const ProjectSettings& settings)
     };
     std::vector<Group> groups;
     for (const PropertyRemark& remark : settings.remarks) {
+        if (remark.kind == Kind::Defaulted)
+            continue;
         const Wording wording = wordingOf(remark);
         auto group = std::find_if(groups.begin(), groups.end(), [&](const Group& other) {
             return remark.entry > 0 && !other.entries.empty() && other.wording.problem == wording.problem;

@@ -141,10 +141,15 @@ private:
             add(Kind::Misspelt, entry, holder, one->name, *meant);
             explained.push_back(&*meant);
         }
-        for (const KnownProperty& one : known)
-            if (one.remarkMissing && !holder.findProperty(QLatin1String(one.name)) &&
-                std::find(explained.begin(), explained.end(), &one) == explained.end())
+        for (const KnownProperty& one : known) {
+            if (holder.findProperty(QLatin1String(one.name)) ||
+                std::find(explained.begin(), explained.end(), &one) != explained.end())
+                continue;
+            if (one.remarkMissing)
                 add(Kind::Missing, entry, holder, QLatin1String(one.name), one);
+            else if (entry > 0 && !one.decisive)
+                add(Kind::Defaulted, entry, holder, QLatin1String(one.name), one);
+        }
     }
 
     void findMisplaced(const object& holder)

@@ -13,6 +13,7 @@ struct PropertyRemark
     enum class Kind
     {
         Missing,        ///< and matters: it is read as its default
+        Defaulted,      ///< missing in an entry and read as its default, on which no file depends
         Misspelt,       ///< not read; `known`, which is missing, would be
         WrongType,      ///< a text where a number is read, or the other way: read as its default
         NotRead,        ///< the module knows no such property

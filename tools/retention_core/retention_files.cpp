@@ -36,6 +36,20 @@ bool setUsualRights(const QString& path)
     return chmod(QFile::encodeName(path).constData(), 0777 & ~mask) == 0;
 }
 
+/// One that the files in it can be told from: without the right to search it, they would seem to be missing.
+void requireDirectory(const QString& directory)
+{
+    const QFileInfo info(directory);
+    const char* const problem = !info.exists()  ? "no such directory"
+                                : !info.isDir() ? "is not a directory"
+                                : access(QFile::encodeName(directory).constData(), X_OK) != 0
+                                    ? std::strerror(errno)
+                                    : nullptr;
+    if (problem)
+        throw Refusal(QStringLiteral("%1: %2; name the folder with the files maintenance-*.dat")
+                          .arg(directory, QString::fromLocal8Bit(problem)));
+}
+
 bool isTaken(const QFileInfo& target)
 {
     if (target.isSymLink() || !target.exists())
@@ -55,10 +69,7 @@ QByteArray RetentionFile::read(qint64 offset, qint64 length) const
 
 RetentionFiles openRetentionFiles(const QString& directory)
 {
-    if (!QFileInfo(directory).isDir())
-        throw Refusal(
-            QStringLiteral("%1: no such directory; name the folder with the files maintenance-*.dat")
-                .arg(directory));
+    requireDirectory(directory);
     RetentionFiles files;
     for (const AreaFacts& area : areaFacts) {
         RetentionFile& file = files[&area - areaFacts];
@@ -95,6 +106,9 @@ void requireReadable(const RetentionFiles& files)
 void makeRetentionFiles(const QString& directory,
                         const std::function<bool(const AreaFacts& area, QFile& file)>& fill)
 {
+    if (directory.isEmpty() || directory == QLatin1String("-"))
+        throw Refusal(
+            QStringLiteral("\"%1\": three files are made; name a new directory for them").arg(directory));
     const QString target = QDir::cleanPath(QFileInfo(directory).absoluteFilePath());
     const auto refuse = [&target](const QString& message) {
         throw Refusal(QStringLiteral("%1: %2").arg(target, message));

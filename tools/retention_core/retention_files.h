@@ -37,7 +37,7 @@ struct RetentionFile
 using RetentionFiles = std::array<RetentionFile, areaCount>;
 
 /// Looks into a directory, which need not have any of the files; whatever lies in their place does no harm.
-/// Throws a Refusal when there is no such directory.
+/// Throws a Refusal when there is no such directory or it cannot be searched.
 RetentionFiles openRetentionFiles(const QString& directory);
 
 /// Throws a Refusal when one of the files is Unreadable.
@@ -45,6 +45,7 @@ void requireReadable(const RetentionFiles& files);
 
 /// Makes `directory`, which must be absent or empty, with the three files. It appears complete and on the
 /// disk, or not at all: they are made in a hidden folder next to it that takes its place in one step. `fill`
-/// gets each file open and empty, and answers false when it cannot be written. Throws a Refusal.
+/// gets each file open and empty, and answers false when it cannot be written. Throws a Refusal, also for the
+/// name "-", which elsewhere is standard output.
 void makeRetentionFiles(const QString& directory,
                         const std::function<bool(const AreaFacts& area, QFile& file)>& fill);

@@ -68,6 +68,15 @@ std::vector<Finding> settingsFindings(const ProjectSettings& settings)
     return findings;
 }
 
+QString projectNote(const Layout& layout, const char* name)
+{
+    const auto count = qint64(projectFindings(layout).size());
+    return count == 0 ? QString()
+                      : QStringLiteral("%1 itself has %2; \"layout\" names %3.")
+                            .arg(QLatin1String(name), countText(count, "finding"),
+                                 QLatin1String(count == 1 ? "it" : "them"));
+}
+
 std::vector<Finding> projectFindings(const Layout& layout)
 {
     std::vector<Finding> findings = settingsFindings(layout.settings);

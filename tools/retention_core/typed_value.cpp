@@ -38,6 +38,7 @@ const std::array<KindFacts, 9> kinds = {{{Kind::Bit, "bit", 1, 0, 1},
 
 const int longestString = 131072; // an area's bytes
 const char* const highFirstText = "high-first";
+const char* const lowFirstText = "low-first"; // the usual one
 
 const KindFacts& factsOf(Kind kind)
 {
@@ -205,13 +206,13 @@ ValueType valueTypeOf(const QString& text)
     }
     if (parts.isEmpty())
         return type;
-    if (parts != QStringList(QLatin1String(highFirstText)))
-        throw Refusal(expected + QStringLiteral(", and after it at most :high-first"));
+    type.highFirst = parts.first() == QLatin1String(highFirstText);
+    if (parts.size() > 1 || (!type.highFirst && parts.first() != QLatin1String(lowFirstText)))
+        throw Refusal(expected + QStringLiteral(", and after it at most :low-first or :high-first"));
     if (type.kind != Kind::String && type.cells() == 1)
-        throw Refusal(QStringLiteral("the type \"%1\" has one word, so it has no order of words; leave out "
-                                     ":high-first")
-                          .arg(text));
-    type.highFirst = true;
+        throw Refusal(
+            QStringLiteral("the type \"%1\" has one word, so it has no order of words; leave out :%2")
+                .arg(text, parts.first()));
     return type;
 }
 

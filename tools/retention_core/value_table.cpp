@@ -19,13 +19,12 @@ std::size_t index(qint64 cell)
 class EntryNames
 {
 public:
-    EntryNames(const Layout& layout, const AreaFacts& area)
+    EntryNames(const Layout& layout, const AreaFacts& area) : settings(layout.settings)
     {
         if (layout.images())
             return;
         for (const LayoutBlock& block : layout.of(area).blocks)
             blocks.push_back(&block);
-        settings = &layout.settings;
     }
 
     QString of(qint64 cell) const
@@ -36,7 +35,7 @@ public:
         if (after == blocks.begin())
             return {};
         for (const int number : (*(after - 1))->entries) {
-            const ProjectEntry& entry = settings->entries[index(number - 1)];
+            const ProjectEntry& entry = settings.entries[index(number - 1)];
             if (entry.first() <= cell && cell <= entry.last())
                 return entry.length() == 1
                            ? entry.name
@@ -47,7 +46,7 @@ public:
 
 private:
     std::vector<const LayoutBlock*> blocks; ///< ascending
-    const ProjectSettings* settings = nullptr;
+    const ProjectSettings& settings;
 };
 
 Finding foreignBits(const RetentionFile& file, qint64 oddBytes)
@@ -213,11 +212,11 @@ QString textOf(const AreaValues& values, const ValueRow& row)
     return hasAll(values, row.cells()) ? valueText(row.type, &values.values[index(row.first)]) : QString();
 }
 
-const char* stateOf(const AreaReading& reading, const ValueRow& row)
+const char* stateOf(const AreaReading& reading, const CellRange& cells)
 {
-    if (!hasAll(reading.values, row.cells()))
+    if (!hasAll(reading.values, cells))
         return "no-value";
-    const bool startValue = reading.values.states[index(row.first)] == CellState::StartValue; // of a bit
+    const bool startValue = reading.values.states[index(cells.first)] == CellState::StartValue; // of a bit
     return reading.doubtful() ? "doubtful" : startValue ? "start-value" : "kept";
 }
 

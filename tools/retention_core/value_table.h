@@ -48,8 +48,9 @@ void forEachValue(const Layout& layout, const AreaReading& reading, const Tags* 
 /// The value in these values; null when they hold none or none of the type.
 QString textOf(const AreaValues& values, const ValueRow& row);
 
-/// "kept", "start-value", "no-value" or, in an area that is doubtful, "doubtful": the worst of its cells.
-const char* stateOf(const AreaReading& reading, const ValueRow& row);
+/// "kept", "start-value", "no-value" or, in an area that is doubtful, "doubtful": the worst of a value's
+/// cells.
+const char* stateOf(const AreaReading& reading, const CellRange& cells);
 
 /// One line of a table of values that names a value.
 struct ValueLine

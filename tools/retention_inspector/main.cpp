@@ -130,7 +130,7 @@ void addOptions(QCommandLineParser& parser, const Command& command)
                       QStringLiteral("FORMAT")});
     parser.addOption({QStringLiteral("table"),
                       QStringLiteral("The table in csv: a key of json such as findings, facts, or all; the "
-                                     "command's first unless given."),
+                                     "command's first with rows unless given."),
                       QStringLiteral("NAME")});
     parser.addOption({{QStringLiteral("q"), QStringLiteral("quiet")},
                       QStringLiteral("Reports nothing; the exit status tells.")});

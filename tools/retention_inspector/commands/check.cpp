@@ -28,10 +28,7 @@ Report run(const Inputs& inputs)
                               check.nextStart});
     }
     report.tables.push_back(std::move(table));
-    if (const std::size_t inProject = projectFindings(layout).size())
-        report.notes.append(
-            QStringLiteral("The project itself has %1; \"layout\" names %2.")
-                .arg(countText(qint64(inProject), "finding"), QLatin1String(inProject == 1 ? "it" : "them")));
+    report.addNote(projectNote(layout));
     report.notes.append(QStringLiteral("Nothing in a file tells for which project it was written: one of the "
                                        "right length may still hold the values of other cells."));
     return report;

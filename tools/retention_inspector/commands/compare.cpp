@@ -4,8 +4,6 @@
 #include "tools/retention_inspector/report/named_values.h"
 #include "tools/retention_inspector/report/progress.h"
 
-#include <QtCore/QDir>
-
 #include <algorithm>
 #include <utility>
 
@@ -105,7 +103,7 @@ void check(const Layout& layout, Panel& panel, std::array<AreaVote, areaCount>& 
         panel.opened = true;
         for (std::size_t i = 0; i < areaCount; ++i) {
             const AreaReading reading = readArea(layout, files[i]);
-            panel.counts[i] = !reading.misfit && !reading.doubtful();
+            panel.counts[i] = !reading.doubtful();
             if (panel.counts[i])
                 vote(reading.values, areas[i]);
             findings.insert(findings.end(), reading.findings.begin(), reading.findings.end());
@@ -219,7 +217,7 @@ Report run(const Inputs& inputs)
     Report report;
     report.facts.push_back({"mode", "Mode", layout.settings.mode});
     if (tags)
-        report.findings = tagFindings(layout, *tags);
+        addTagRemarks(layout, *tags, report);
     std::vector<Panel> panels(static_cast<std::size_t>(inputs.paths.size()));
     Progress progress(3 * panels.size(), "panels compared");
     for (std::size_t i = 0; i < panels.size(); ++i, progress.step()) {

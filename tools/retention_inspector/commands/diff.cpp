@@ -10,11 +10,38 @@ ValueRow rowOf(const Tags* tags, const std::array<AreaValues, 2>& sides, qint64 
     const AreaFacts& area = *sides[0].area;
     const Tag* const tag = tags ? tags->of(area, cell) : nullptr;
     if (tag) {
-        const ValueRow row = {&area, tag->first, tag->type, tag, tag->name};
+        ValueRow row = {&area, tag->first, tag->type, tag, tag->name};
         if (!textOf(sides[0], row).isNull() && !textOf(sides[1], row).isNull())
             return row;
     }
     return {&area, cell, cellType(area.bits), tag, tag ? tag->name : QString()};
+}
+
+/// For people: cells next to each other that differ in the same way in one row.
+Table joined(const Table& differences)
+{
+    Table table{nullptr, nullptr, "Different cells (\"-\" for no value)", differences.columns};
+    for (Column& column : table.columns)
+        column.key = nullptr;
+    CellRange cells = {};
+    const auto isAlike = [](const std::vector<Value>& a, const std::vector<Value>& b) {
+        for (std::size_t i = 0; i < a.size(); ++i)
+            if (i != 1 && a[i].text != b[i].text)
+                return false;
+        return true;
+    };
+    for (const auto& row : differences.rows) {
+        const qint64 cell = row[1].data.toInt();
+        if (!table.rows.empty() && cells.last + 1 == cell && isAlike(table.rows.back(), row)) {
+            cells.last = cell;
+        } else {
+            cells = {cell, cell};
+            table.rows.push_back(row);
+        }
+        if (cells.last > cells.first)
+            table.rows.back()[1] = rangeText(cells);
+    }
+    return table;
 }
 
 Report run(const Inputs& inputs)
@@ -22,16 +49,23 @@ Report run(const Inputs& inputs)
     const std::optional<Tags> tags = tagsOf(inputs);
     Table table{"differences",
                 "difference",
-                "Different cells (\"-\" for no value)",
+                nullptr,
                 {{"area", "Area"}, {"address", "Address"}, {"first", "First"}, {"second", "Second"}}};
     if (tags) {
         table.columns.push_back({"name", "Name"});
         table.columns.push_back({"unit", "Unit"});
     }
+    Report report;
+    report.findingsFirst = true;
+    std::array<AreaReadings, 2> readings;
+    for (std::size_t i = 0; i < readings.size(); ++i) {
+        readings[i] = readAreas(inputs.layout(), inputs.files[i]);
+        for (Finding& finding : findingsOf(readings[i]))
+            report.findings.push_back(std::move(finding));
+    }
     qint64 compared = 0;
     for (std::size_t i = 0; i < areaCount; ++i) {
-        const std::array<AreaValues, 2> sides = {areaValues(inputs.layout(), inputs.files[0][i]),
-                                                 areaValues(inputs.layout(), inputs.files[1][i])};
+        const std::array<AreaValues, 2> sides = {readings[0][i].values, readings[1][i].values};
         const CellRanges& kept = inputs.layout().areas[i].kept;
         compared += kept.count();
         for (const CellRange& range : kept) {
@@ -51,20 +85,12 @@ Report run(const Inputs& inputs)
             }
         }
     }
-    Report report;
     report.differs = !table.rows.empty();
-    report.findingsFirst = true;
-    for (const RetentionFiles& files : inputs.files) {
-        const std::vector<Finding> found = findingsOf(checkFiles(inputs.layout(), files));
-        report.findings.insert(report.findings.end(), found.begin(), found.end());
-    }
-    if (tags) {
-        const std::vector<Finding> found = tagFindings(inputs.layout(), *tags);
-        report.findings.insert(report.findings.end(), found.begin(), found.end());
-    }
+    if (tags)
+        addTagRemarks(inputs.layout(), *tags, report);
     report.facts = {{"compared", "Compared cells", compared},
                     {"different", "Different", qint64(table.rows.size())}};
-    report.tables.push_back(std::move(table));
+    report.tables = {joined(table), std::move(table)};
     return report;
 }
 

@@ -12,6 +12,7 @@ struct Exporting
     QByteArray table = "area,address,name,type,value,state\n";
     qint64 values = 0;
     qint64 leftOut = 0;
+    bool doubtful = false;
 };
 
 bool isZero(const AreaReading& reading, const ValueRow& row)
@@ -28,6 +29,8 @@ void addRow(const AreaReading& reading, const ValueRow& row, Exporting& out)
         ++out.leftOut;
         return;
     }
+    const char* const state = stateOf(reading, row.cells());
+    out.doubtful = out.doubtful || qstrcmp(state, "doubtful") == 0;
     QString value = textOf(reading.values, row);
     if (row.type.kind == ValueType::Kind::String)
         value = withoutFormula(value);
@@ -36,7 +39,7 @@ void addRow(const AreaReading& reading, const ValueRow& row, Exporting& out)
                                 csvField(withoutFormula(row.name)),
                                 row.type.text(),
                                 csvField(value),
-                                QString::fromLatin1(stateOf(reading, row))};
+                                QString::fromLatin1(state)};
     out.table += fields.join(QLatin1Char(',')).toUtf8() + '\n';
     ++out.values;
 }
@@ -49,23 +52,21 @@ Report run(const Inputs& inputs)
     report.facts.push_back({"mode", "Mode", layout.settings.mode});
     Exporting out{inputs.has("nonzero")};
     std::vector<Finding> notOfType;
-    bool doubtful = false;
-    for (const AreaReading& reading : readAreas(layout, inputs.files.front())) {
-        report.findings.insert(report.findings.end(), reading.findings.begin(), reading.findings.end());
-        doubtful = doubtful || reading.doubtful();
+    const AreaReadings readings = readAreas(layout, inputs.files.front());
+    report.findings = findingsOf(readings);
+    for (const AreaReading& reading : readings)
         forEachValue(layout, reading, tags ? &*tags : nullptr, notOfType,
                      [&](const ValueRow& row) { addRow(reading, row, out); });
-    }
     if (tags)
-        for (Finding& finding : tagFindings(layout, *tags))
-            report.findings.push_back(std::move(finding));
+        addTagRemarks(layout, *tags, report);
     report.findings.insert(report.findings.end(), notOfType.begin(), notOfType.end());
     deliver(out.table, inputs.option("output"), inputs.has("force"), report);
-    report.facts.push_back({"output", "Written to", inputs.option("output")});
+    report.facts.push_back({"output", "Written to", placeText(inputs.option("output"))});
     report.facts.push_back({"values", "Values", out.values});
     if (out.leftOut > 0)
         report.facts.push_back({"zeros", "Zeros left out", out.leftOut});
-    if (doubtful)
+    report.addNote(projectNote(layout));
+    if (out.doubtful)
         report.notes.append(
             QStringLiteral("Values of files that do not fit have the state \"doubtful\"; \"import\" "
                            "refuses them."));

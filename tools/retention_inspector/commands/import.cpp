@@ -158,6 +158,7 @@ Report run(const Inputs& inputs)
             QStringLiteral("%1 to 0 in bytes of zeros, which leave the panel's own start value of these "
                            "cells alone.")
                 .arg(countText(bits, "bit") + QLatin1String(bits == 1 ? " is set" : " are set")));
+    report.addNote(projectNote(layout));
     if (layout.images())
         report.notes.append(
             QStringLiteral("How a panel lays out the bits of its LB image is its own affair; one byte a "

@@ -105,6 +105,7 @@ Report run(const Inputs& inputs)
     report.tables = {fileTable(layout), blockTable(layout), entryTable(layout)};
     report.csvTable = QStringLiteral("entries");
     report.findings = projectFindings(layout);
+    report.addNote(defaultsNote(layout.settings));
     return report;
 }
 

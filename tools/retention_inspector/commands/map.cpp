@@ -18,7 +18,7 @@ Report run(const Inputs& inputs)
     report.tables.clear();
     report.csvTable.clear();
     deliver(picture, inputs.option("output"), inputs.has("force"), report);
-    report.facts.push_back({"picture", "Picture", inputs.option("output")});
+    report.facts.push_back({"picture", "Picture", placeText(inputs.option("output"))});
     return report;
 }
 

@@ -315,18 +315,12 @@ void addNotes(const Layout& from, const Layout& to, Report& report)
         report.notes.append(
             QStringLiteral("The new project restores whole areas: at the next start every cell "
                            "that was not carried is 0, whatever its own start value."));
-    if (const std::size_t findings = projectFindings(to).size())
-        report.notes.append(
-            QStringLiteral("The new project itself has %1; \"layout\" names %2.")
-                .arg(countText(qint64(findings), "finding"), QLatin1String(findings == 1 ? "it" : "them")));
+    report.addNote(projectNote(to, "The new project"));
 }
 
 Report run(const Inputs& inputs)
 {
     const QString output = inputs.option("output");
-    if (output == QLatin1String("-"))
-        throw Refusal(
-            QStringLiteral("migrate: three files do not go to standard output; name a new directory"));
     const Layout& from = inputs.projects[0].layout;
     const Layout& to = inputs.projects[1].layout;
     const RetentionFiles& old = inputs.files.front();
@@ -379,7 +373,8 @@ Report run(const Inputs& inputs)
         addCells(cells, facts, {"without-value", QStringLiteral("without a value in the old files: 0")},
                  area.without);
         addCells(cells, facts, {"new", QStringLiteral("new: 0")}, area.added);
-        addCells(cells, facts, {"dropped", QStringLiteral("dropped: no longer retained")}, area.dropped);
+        addCells(cells, facts, {"dropped", QStringLiteral("dropped: no place in the new files")},
+                 area.dropped);
         if (area.foreignBits)
             report.findings.push_back(foreignBits(old[i], area));
     }

@@ -59,26 +59,21 @@ QString tablesOf(const Report& report)
     return html;
 }
 
-Table fileTable(const Layout& layout, const RetentionFiles& files, const QString& project)
+/// That of "check" with hashes, after the files that are `named`: the project and, if any, the tags.
+Table fileTable(const Inputs& inputs, const QStringList& named)
 {
-    Table table{"files",
-                "file",
-                "Files",
-                {{"file", "File"},
-                 {"bytes", "Bytes"},
-                 {"expected", "Expected"},
-                 {"fits", "Fits"},
-                 {nullptr, "At the next start"},
-                 {"sha256", "SHA-256"}}};
-    table.rows.push_back(
-        {QFileInfo(project).fileName(), QFileInfo(project).size(), Value(), "", "", sha256(project)});
-    for (const RetentionFile& file : files) {
-        const FileCheck check = checkFile(layout, file);
+    Table table = reportOf("check", inputs).tables.front();
+    table.columns.push_back({"sha256", "SHA-256"});
+    for (std::size_t i = 0; i < areaCount; ++i) {
+        const RetentionFile& file = inputs.files.front()[i];
         const bool readable = file.state == RetentionFile::State::Readable;
-        table.rows.push_back({file.area->fileName, readable ? Value(file.size) : Value(),
-                              layout.of(*file.area).fileLength, check.findings.empty() ? "yes" : "no",
-                              check.nextStart, readable ? sha256(*file.device) : QString()});
+        table.rows[i].push_back(readable ? sha256(*file.device) : QString());
     }
+    std::vector<std::vector<Value>> rows;
+    for (const QString& path : named)
+        rows.push_back(
+            {QFileInfo(path).fileName(), QFileInfo(path).size(), Value(), Value(), Value(), sha256(path)});
+    table.rows.insert(table.rows.begin(), rows.begin(), rows.end());
     return table;
 }
 
@@ -97,9 +92,8 @@ Table valueTable(const Layout& layout, const AreaReadings& readings, const Tags&
     const auto leftOut = table.rows.end() - zeros;
     table.rows.erase(zeros, table.rows.end());
     if (leftOut > 0)
-        report.notes.append(
-            QStringLiteral("Of values: %1 without a tag and with the value 0 left out.")
-                .arg(countText(leftOut, "cell") + QLatin1String(leftOut == 1 ? " is" : " are")));
+        report.notes.append(QStringLiteral("Of values: %1 with the value 0 and without a tag %2 not listed.")
+                                .arg(countText(leftOut, "cell"), QLatin1String(leftOut == 1 ? "is" : "are")));
     if (table.rows.size() > mostRows) {
         report.notes.append(
             QStringLiteral("Of values: only the first %1 of %2 are listed; \"export\" writes all.")
@@ -134,10 +128,9 @@ Report run(const Inputs& inputs)
     Report report;
     report.facts = {{"mode", "Mode", layout.settings.mode}, {"date", "Date", date}};
     report.findings = layoutReport.findings;
-    for (const AreaReading& reading : readings)
-        report.findings.insert(report.findings.end(), reading.findings.begin(), reading.findings.end());
-    for (Finding& finding : tagFindings(layout, tags))
+    for (Finding& finding : findingsOf(readings))
         report.findings.push_back(std::move(finding));
+    addTagRemarks(layout, tags, report);
     Table values = valueTable(layout, readings, tags, report);
     const auto isProjects = [&](const Finding& finding) {
         return std::any_of(layoutReport.findings.begin(), layoutReport.findings.end(),
@@ -149,8 +142,13 @@ Report run(const Inputs& inputs)
                  [&](const Finding& finding) { return !isProjects(finding); });
 
     std::vector<Fact> identity = layoutReport.facts;
-    identity.insert(identity.begin(), {{nullptr, "Project", project}, {nullptr, "Date", date}});
-    Table fileRows = fileTable(layout, files, project);
+    identity.insert(identity.begin(), {{nullptr, "Project", project},
+                                       {nullptr, "Panel's files", QFileInfo(files.front().path).path()},
+                                       {nullptr, "Date", date}});
+    QStringList named = {project, inputs.option("tags")};
+    if (!inputs.has("tags") || named.last() == QLatin1String("-"))
+        named.removeLast();
+    Table fileRows = fileTable(inputs, named);
     QString body = QStringLiteral("<h1>%1</h1>\n<p class=\"soft\">Values kept across power loss</p>\n")
                        .arg(title.toHtmlEscaped());
     body += htmlHeading(QStringLiteral("Identity")) + htmlFacts(identity) + htmlTable(fileRows);
@@ -164,7 +162,7 @@ Report run(const Inputs& inputs)
     body += htmlHeading(QStringLiteral("Wear of the flash")) + htmlFacts(wear.facts) + tablesOf(wear) +
             htmlNotes(wear.notes);
     deliver(htmlPage(title, body), inputs.option("output"), inputs.has("force"), report);
-    report.facts.push_back({"output", "Written to", inputs.option("output")});
+    report.facts.push_back({"output", "Written to", placeText(inputs.option("output"))});
     report.tables = {std::move(fileRows)};
     return report;
 }

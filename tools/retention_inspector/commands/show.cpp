@@ -87,25 +87,23 @@ QString rowText(const AreaValues& values, const Row& row, const Digits& digits)
     return text;
 }
 
-/// Of a cell that the project keeps; `foreign` when its file was evidently written under another project.
-const char* stateKey(CellState state, bool foreign)
+void addArea(const AreaReading& reading, const CellRanges& wanted, const Digits& digits, Table& rows,
+             Table& cells)
 {
-    if (state == CellState::NoValue)
-        return "no-value";
-    return foreign ? "doubtful" : state == CellState::Kept ? "kept" : "start-value";
-}
-
-void addArea(const AreaValues& values, const CellRanges& wanted, const Digits& digits, bool foreign,
-             Table& rows, Table& cells)
-{
+    const AreaValues& values = reading.values;
     for (const CellRange& range : wanted) {
-        for (const Row& row : rowsOf(values, range))
-            rows.rows.push_back({values.area->name, rangeText(row.cells), rowText(values, row, digits)});
+        for (const Row& row : rowsOf(values, range)) {
+            const bool doubtful = reading.doubtful() && row.content != Row::Content::Nothing;
+            if (doubtful)
+                rows.columns.back().title = "State";
+            rows.rows.push_back({values.area->name, rangeText(row.cells), rowText(values, row, digits),
+                                 doubtful ? "doubtful" : ""});
+        }
         for (qint64 cell = range.first; cell <= range.last; ++cell) {
             const auto at = static_cast<std::size_t>(cell);
             cells.rows.push_back({values.area->name, cell,
                                   values.hasValue(at) ? digits.value(values, at) : Value(),
-                                  stateKey(values.states[at], foreign)});
+                                  stateOf(reading, {cell, cell})});
         }
     }
 }
@@ -128,10 +126,6 @@ void addNotes(const AreaValues& values, const CellRanges& wanted, const Retentio
         add(QStringLiteral("%1 in bytes of zeros, which leave the panel's own start value of these cells "
                            "alone.")
                 .arg(countText(bits, "bit") + QLatin1String(bits == 1 ? " lies" : " lie")));
-    if (const qint64 bytes = values.oddBytes)
-        add(QStringLiteral("%1 neither 0 nor 1, so this panel does not lay out its bits one a byte as "
-                           "assumed here.")
-                .arg(countText(bytes, "byte") + QLatin1String(bytes == 1 ? " is" : " are")));
 }
 
 const AreaFacts* wantedArea(const Inputs& inputs)
@@ -195,35 +189,34 @@ CellRanges wantedCells(const Inputs& inputs, const AreaValues& values)
 Report run(const Inputs& inputs)
 {
     const Digits digits = {inputs.has("hex")};
-    const FileChecks checks = checkFiles(inputs.layout(), inputs.files.front());
+    const AreaReadings readings = readAreas(inputs.layout(), inputs.files.front());
     Report report;
     report.facts.push_back({"mode", "Mode", inputs.layout().settings.mode});
-    report.findings = findingsOf(checks);
+    report.findings = findingsOf(readings);
     report.findingsFirst = true;
-    Table rows{
-        nullptr, nullptr, "Kept values", {{nullptr, "Area"}, {nullptr, "Addresses"}, {nullptr, "Values"}}};
+    Table rows{nullptr,
+               nullptr,
+               "Kept values",
+               {{nullptr, "Area"}, {nullptr, "Addresses"}, {nullptr, "Values"}, {nullptr}}};
     Table cells{"cells", "cell", nullptr, {{"area"}, {"address"}, {"value"}, {"state"}}};
     const std::optional<Tags> tags = tagsOf(inputs);
     Table named = namedValues();
-    for (std::size_t i = 0; i < checks.size(); ++i) {
-        const RetentionFile& file = inputs.files.front()[i];
-        const AreaValues values = areaValues(inputs.layout(), file);
-        const CellRanges wanted = wantedCells(inputs, values);
-        addArea(values, wanted, digits, checks[i].foreign, rows, cells);
-        addNotes(values, wanted, file, report);
+    for (std::size_t i = 0; i < readings.size(); ++i) {
+        const CellRanges wanted = wantedCells(inputs, readings[i].values);
+        addArea(readings[i], wanted, digits, rows, cells);
+        addNotes(readings[i].values, wanted, inputs.files.front()[i], report);
         if (tags)
-            addNamedValues(inputs.layout(), readArea(inputs.layout(), file), *tags, wanted, false, named,
-                           report.findings);
+            addNamedValues(inputs.layout(), readings[i], *tags, wanted, false, named, report.findings);
     }
     if (cells.rows.empty())
         report.notes.append(inputs.has("nonzero")
                                 ? QStringLiteral("None of the cells asked for has a value other than 0.")
                                 : QStringLiteral("The project retains none of the cells asked for."));
+    report.addNote(projectNote(inputs.layout()));
     report.tables = {std::move(rows), std::move(cells)};
     if (tags) {
         report.tables.front() = std::move(named); // in place of the rows of cells
-        for (Finding& finding : tagFindings(inputs.layout(), *tags))
-            report.findings.push_back(std::move(finding));
+        addTagRemarks(inputs.layout(), *tags, report);
     }
     return report;
 }

@@ -8,6 +8,8 @@
 
 namespace {
 
+const char* const noValue = "no value";
+
 using Cell = std::pair<QString, qint64>; // area and address
 
 /// The values in the table "cells", whose columns begin with area, address and value.
@@ -18,8 +20,24 @@ std::map<Cell, QString> cellsOf(const Report& report)
         if (qstrcmp(table.key, "cells") == 0)
             for (const auto& row : table.rows)
                 cells[{row[0].text, row[1].text.toLongLong()}] =
-                    row[2].text.isEmpty() ? QStringLiteral("no value") : row[2].text;
+                    row[2].text.isEmpty() ? QLatin1String(noValue) : row[2].text;
     return cells;
+}
+
+/// Cells next to each other that changed in the same way.
+struct Change
+{
+    QString area;
+    CellRange cells;
+    QString old; ///< empty where it is of no interest, because there is no value any more
+    QString now;
+};
+
+QString lineOf(const Change& change)
+{
+    return QStringLiteral("%1 %2: %3%4")
+        .arg(change.area, rangeText(change.cells),
+             change.old.isEmpty() ? QString() : change.old + QLatin1String(" -> "), change.now);
 }
 
 QString lineOf(const Finding& finding)
@@ -48,14 +66,25 @@ QString changesText(const Report& before, const Report& after, const QTime& time
     };
     std::map<Cell, QString> either = old;
     either.insert(now.begin(), now.end());
-    for (const auto& [cell, value] : either)
-        if (valueIn(old, cell) != valueIn(now, cell))
-            out += QStringLiteral("%1%2 %3: %4 -> %5\n")
-                       .arg(clock, cell.first, QString::number(cell.second), valueIn(old, cell),
-                            valueIn(now, cell));
+    std::vector<Change> changes;
+    for (const auto& [cell, value] : either) {
+        Change change = {cell.first, {cell.second, cell.second}, valueIn(old, cell), valueIn(now, cell)};
+        if (change.old == change.now)
+            continue;
+        if (change.now == QLatin1String(noValue))
+            change.old.clear();
+        if (!changes.empty() && changes.back().area == change.area &&
+            changes.back().cells.last + 1 == cell.second && changes.back().old == change.old &&
+            changes.back().now == change.now)
+            changes.back().cells.last = cell.second;
+        else
+            changes.push_back(change);
+    }
     for (const Finding& finding : after.findings)
         if (!contains(before, finding))
             out += clock + lineOf(finding) + QLatin1Char('\n');
+    for (const Change& change : changes)
+        out += clock + lineOf(change) + QLatin1Char('\n');
     for (const Finding& finding : before.findings)
         if (!contains(after, finding))
             out += clock + QLatin1String("no longer: ") + lineOf(finding) + QLatin1Char('\n');

@@ -66,6 +66,8 @@ QString csvText(const Value& value)
 {
     if (value.data.isDouble())
         return QString::number(value.data.toDouble(), 'g', 15);
+    if (value.data.isNull())
+        return {};
     return csvField(value.data.isString() ? value.data.toString() : value.text);
 }
 
@@ -111,11 +113,6 @@ Value::Value(const std::vector<int>& numbers)
     text = texts.join(QLatin1String(", "));
 }
 
-Value decimalValue(double number, int decimals)
-{
-    return {QJsonValue(number), QString::number(number, 'f', decimals)};
-}
-
 QString reportJson(const Report& report)
 {
     QJsonObject root;
@@ -136,9 +133,16 @@ QString reportCsv(const Report& report)
     std::vector<Table> tables;
     std::copy_if(report.tables.begin(), report.tables.end(), std::back_inserter(tables),
                  [](const Table& table) { return table.key != nullptr; });
+    const auto filled =
+        std::find_if(tables.begin(), tables.end(), [](const Table& table) { return !table.rows.empty(); });
+    const auto usual = static_cast<std::size_t>(filled == tables.end() ? 0 : filled - tables.begin());
     tables.push_back(findingTable(report));
     tables.push_back(factTable(report));
     QString out;
+    if (report.csvTable.isEmpty()) {
+        appendCsv(out, tables[usual]);
+        return out;
+    }
     if (report.csvTable == QLatin1String("all")) {
         for (const Table& table : tables)
             appendCsv(out, table, QStringLiteral("record,"), QLatin1String(table.record) + QLatin1Char(','));
@@ -146,7 +150,7 @@ QString reportCsv(const Report& report)
     }
     QStringList known;
     for (const Table& table : tables) {
-        if (report.csvTable.isEmpty() || report.csvTable == QLatin1String(table.key)) {
+        if (report.csvTable == QLatin1String(table.key)) {
             appendCsv(out, table);
             return out;
         }

@@ -26,6 +26,7 @@ caption{text-align:left;font-weight:bold;padding:.5rem 0}
 th,td{text-align:left;vertical-align:top;padding:.3rem .6rem;border-bottom:1px solid var(--line);unicode-bidi:isolate}
 thead th{background:var(--band);white-space:nowrap}
 .w{overflow-wrap:anywhere}
+.k{white-space:nowrap}
 .n{text-align:right;font-variant-numeric:tabular-nums}
 dl{display:grid;grid-template-columns:max-content minmax(0,1fr);gap:.2rem 1.2rem;margin:.6rem 0}
 dt{color:var(--soft)}dd{margin:0;unicode-bidi:isolate}
@@ -47,7 +48,7 @@ dl{grid-template-columns:minmax(0,1fr);gap:0}dd{margin-bottom:.4rem}}
 @page{size:A4;margin:14mm}
 @media print{body{max-width:none;padding:0;font-size:10pt}.filter{display:none}
 tr[hidden]{display:table-row!important}
-table{font-size:8.5pt}tr,li,dl,.map,.short{break-inside:avoid}h2,caption{break-after:avoid}.map{overflow:visible;border:0}.map svg{min-width:0}}
+h2{margin-top:1.2rem}table{font-size:8.5pt}.w{font-size:7pt}tr,li,dl,.map,.short{break-inside:avoid}h2,caption{break-after:avoid}.map{overflow:visible;border:0}.map svg{min-width:0}}
 )";
 
 // Words in the field hide the rows that lack one of them; a printed page has all rows.
@@ -87,14 +88,16 @@ QString escaped(const char* text)
     return escaped(QString::fromUtf8(text));
 }
 
-/// Numbers stand on the right; a word longer than a line may break anywhere.
+/// Numbers stand on the right; a word longer than a line may break anywhere, a short one such as a file's
+/// name nowhere.
 QString cellTag(const Value& value)
 {
     const QStringList words = value.text.split(QLatin1Char(' '));
     const bool isLong =
-        std::any_of(words.begin(), words.end(), [](const QString& word) { return word.size() > 20; });
+        std::any_of(words.begin(), words.end(), [](const QString& word) { return word.size() > 24; });
     return value.data.isDouble() ? QStringLiteral("<td class=\"n\"")
            : isLong              ? QStringLiteral("<td class=\"w\"")
+           : words.size() == 1   ? QStringLiteral("<td class=\"k\"")
                                  : QStringLiteral("<td");
 }
 

@@ -16,5 +16,9 @@ Table namedValues();
 void addNamedValues(const Layout& layout, const AreaReading& reading, const Tags& tags,
                     const CellRanges& wanted, bool unnamed, Table& table, std::vector<Finding>& findings);
 
+/// What is found about tags, and a note that names those whose cells the project does not retain at all:
+/// tables of values have no row of them.
+void addTagRemarks(const Layout& layout, const Tags& tags, Report& report);
+
 /// The tags of the option "tags"; none without it. Throws a Refusal.
 std::optional<Tags> tagsOf(const Inputs& inputs);

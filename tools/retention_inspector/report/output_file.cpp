@@ -13,6 +13,8 @@ void deliver(const QByteArray& product, const QString& path, bool force, Report&
         report.product = product;
         return;
     }
+    if (path.isEmpty())
+        throw Refusal(QStringLiteral("\"\": name a new file, or - for standard output"));
     const QFileInfo info(path);
     if ((info.exists() || info.isSymLink()) && (!force || !info.isFile()))
         throw Refusal(QStringLiteral("%1: exists already; name a new file%2")
@@ -20,4 +22,9 @@ void deliver(const QByteArray& product, const QString& path, bool force, Report&
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(product) != product.size() || !file.commit())
         throw Refusal(QStringLiteral("%1: cannot be written: %2").arg(path, file.errorString()));
+}
+
+Value placeText(const QString& path)
+{
+    return {path, path == QLatin1String("-") ? QStringLiteral("standard output") : path};
 }

@@ -31,9 +31,6 @@ struct Value
     QString text;
 };
 
-/// With that many decimals in the text.
-Value decimalValue(double number, int decimals);
-
 struct Fact
 {
     const char* key;
@@ -66,9 +63,14 @@ struct Report
     bool differs = false; ///< the tables themselves are what was looked for: differences
     QByteArray product; ///< UTF-8 for standard output; the report then goes to standard error. Null for none
     bool findingsFirst = false; ///< in the text: they say whether the tables can be trusted
-    QString csvTable;           ///< key of the table that CSV is to show; empty for the first with a key
+    QString csvTable;           ///< key of the table that CSV is to show; empty for the first with rows
     bool colour = false;        ///< of severities in the text
 
+    void addNote(const QString& note) ///< unless it is empty
+    {
+        if (!note.isEmpty())
+            notes.append(note);
+    }
     bool isClean() const { return findings.empty() && !differs; }
 };
 
