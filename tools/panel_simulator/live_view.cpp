@@ -82,7 +82,7 @@ public:
             cursor = std::max(0, cursor - 1);
             break;
         case KEY_RIGHT:
-            cursor = std::min(text.size(), cursor + 1);
+            cursor = std::min<int>(text.size(), cursor + 1);
             break;
         case KEY_HOME:
         case 'A' - '@':
@@ -178,13 +178,13 @@ void draw(const QStringList& view, const QStringList& log, const TypedLine& line
 {
     erase();
     const int room = LINES - 1;
-    const int viewRows = std::min(view.size(), room);
+    const int viewRows = std::min<int>(view.size(), room);
     for (int row = 0; row < viewRows; ++row)
         putLine(row, view.at(row));
     const bool edge = viewRows < room;
     if (edge)
         mvhline(viewRows, 0, ACS_HLINE, COLS);
-    const int logRows = std::max(0, std::min(log.size(), room - viewRows - 1));
+    const int logRows = std::max(0, std::min<int>(log.size(), room - viewRows - 1));
     for (int i = 0; i < logRows; ++i)
         putLine(room - logRows + i, log.at(log.size() - logRows + i));
     const QString typed = QLatin1String(prompt) + line.shown();
