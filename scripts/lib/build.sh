@@ -42,12 +42,14 @@ run_tests() {
     run_tests_as "$1" --preset "$@"
 }
 
-# run_tests_as NAME OPTION...: the same, with all of the options of ctest.
+# run_tests_as NAME OPTION...: the same, with all of the options of ctest. Results are in build/NAME/results.xml, too.
 run_tests_as() {
     local name=$1 status=0
+    local results=$PWD/build/$name/results.xml
     shift
     step "Testing ($name)"
-    ctest "$@" --no-label-summary -j"$(nproc)" 2>&1 | show_progress ctest || status=$?
+    rm -f "$results" # those of another run are not this one's
+    ctest "$@" --output-junit "$results" --no-label-summary -j"$(nproc)" 2>&1 | show_progress ctest || status=$?
     local log=build/$name/Testing/Temporary/LastTest.log
     grep -h -m 1 '^mapping paths to ' "$log" 2>/dev/null || true
     [ "$status" -ne 0 ] || scripts/test_counts "${COUNTED_AS-$name}" "$log" "$@" || status=$?

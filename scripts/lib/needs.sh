@@ -11,7 +11,7 @@ test_needs=("${build_needs[@]}" libxml2-utils)
 report_page_needs=(chromium poppler-utils)
 armhf_needs=("${build_needs[@]}" g++-arm-linux-gnueabihf qemu-user)
 platform_needs=("${build_needs[@]}" g++-{aarch64-linux-gnu,arm-linux-gnueabi,i686-linux-gnu,riscv64-linux-gnu,s390x-linux-gnu}
-    qemu-user mmdebstrap clang libc++-dev libc++abi-dev git)
+    qemu-user mmdebstrap qt6-base-dev clang libc++-dev libc++abi-dev git)
 package_needs=("${armhf_needs[@]}" g++-aarch64-linux-gnu lintian mmdebstrap qemu-user-static)
 emulated_panel_needs=("${armhf_needs[@]}" binutils cpio e2fsprogs kmod mtd-utils qemu-system-arm)
 bench_needs=("${build_needs[@]}" libbenchmark-dev libsqlite3-dev liblmdb-dev valgrind strace gnuplot-nox)
@@ -22,6 +22,7 @@ is_present() {
     g++) command -v c++ ;;
     ninja-build) command -v ninja ;;
     qtbase5-dev) pkg-config --exists 'Qt5Core >= 5.15' ;;
+    qt6-base-dev) pkg-config --exists 'Qt6Core >= 6.2' ;;
     libgtest-dev) pkg-config --exists gtest ;;
     libgmock-dev) pkg-config --exists gmock ;;
     libedit-dev) pkg-config --exists libedit ;;

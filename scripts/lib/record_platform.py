@@ -26,6 +26,8 @@ def numbers(files):
     """Of all the test runs: passed of run, and how many were skipped."""
     run = failed = skipped = 0
     for file in files:
+        if not pathlib.Path(file).exists():
+            raise SystemExit(f"{file}: missing, the tests did not come to their end; nothing is recorded.")
         suite = xml.etree.ElementTree.parse(file).getroot()
         run += int(suite.get("tests"))
         failed += int(suite.get("failures"))

@@ -331,6 +331,18 @@ LOOK_AT(fstatat64, WITH(struct stat64* status, int flags), WITH(status, flags))
 LOOK_AT(statx, WITH(int flags, unsigned mask, struct statx* status), WITH(flags, mask, status))
 LOOK_AT(faccessat, WITH(int mode, int flags), WITH(mode, flags))
 
+// What the headers of a C library before 2.33 turn stat() and its kin into; a version stands in the
+// directory's place. NOLINTBEGIN(bugprone-reserved-identifier)
+int __xstat(int version, const char* path, struct stat* status) noexcept;
+int __xstat64(int version, const char* path, struct stat64* status) noexcept;
+int __lxstat(int version, const char* path, struct stat* status) noexcept;
+int __lxstat64(int version, const char* path, struct stat64* status) noexcept;
+LOOK_AT(__xstat, WITH(struct stat* status), WITH(status))
+LOOK_AT(__xstat64, WITH(struct stat64* status), WITH(status))
+LOOK_AT(__lxstat, WITH(struct stat* status), WITH(status))
+LOOK_AT(__lxstat64, WITH(struct stat64* status), WITH(status))
+// NOLINTEND(bugprone-reserved-identifier)
+
 int unlinkat(int directory, const char* path, int flags) noexcept
 {
     NEXT(unlinkat);

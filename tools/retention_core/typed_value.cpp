@@ -9,9 +9,9 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 namespace {
 
@@ -84,6 +84,17 @@ quint32 bcdBits(quint32 number)
     return bits;
 }
 
+/// Not finite unless the text is a number that a float holds. By Qt, because GCC 10 has no std::from_chars()
+/// for it.
+float floatOf(const QByteArray& text)
+{
+    bool isNumber = false;
+    const double number = text.toDouble(&isNumber);
+    const auto value = static_cast<float>(number);
+    const bool tooSmall = value == 0 && number != 0;
+    return isNumber && !tooSmall ? value : std::numeric_limits<float>::infinity();
+}
+
 /// The shortest text that gives the same bits.
 QString floatText(quint32 bits)
 {
@@ -91,20 +102,24 @@ QString floatText(quint32 bits)
     std::memcpy(&value, &bits, sizeof value);
     if (!std::isfinite(value))
         return {};
-    std::array<char, 64> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
-    return QString::fromLatin1(text.data(), static_cast<int>(end - text.data()));
+    if (value == 0)
+        return QLatin1String(std::signbit(value) ? "-0" : "0");
+    int digits = 0; // after the point; 8 tell each float from the next
+    QByteArray scientific;
+    do
+        scientific = QByteArray::number(value, 'e', digits);
+    while (floatOf(scientific) != value && ++digits <= 8);
+    const int exponent = scientific.mid(scientific.indexOf('e') + 1).toInt();
+    const QByteArray fixed = QByteArray::number(value, 'f', std::max(0, digits - exponent));
+    return QString::fromLatin1(fixed.size() <= scientific.size() ? fixed : scientific);
 }
 
 quint32 floatBits(const QString& text)
 {
-    const QByteArray bytes = text.toLatin1();
-    const char* const end = bytes.constData() + bytes.size();
-    float value = 0;
-    const auto result = std::from_chars(bytes.constData(), end, value);
+    const float value = floatOf(text.toLatin1());
     if (text.contains(QLatin1Char(',')))
         throw Refusal(QStringLiteral("\"%1\" has a comma; write the number with a point").arg(text));
-    if (result.ec != std::errc() || result.ptr != end || !std::isfinite(value))
+    if (!std::isfinite(value))
         throw Refusal(QStringLiteral("\"%1\" is not a number that a float holds, such as 21.5").arg(text));
     quint32 bits = 0;
     std::memcpy(&bits, &value, sizeof bits);
