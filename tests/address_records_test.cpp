@@ -8,7 +8,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
+#include <new>
 #include <vector>
 
 namespace {
@@ -113,7 +115,9 @@ structMaintenance entryAt(int index, int addressLength = 0)
 
 TEST(AddressRecords, BeginWithNullTextsAndZeros)
 {
-    const structMaintenance entry;
+    alignas(structMaintenance) std::array<char, sizeof(structMaintenance)> memory;
+    memory.fill('\xaa');
+    const structMaintenance& entry = *new (memory.data()) structMaintenance; // its texts are null: no leak
     expectSame(entry.address, _ADDRESS_());
     EXPECT_TRUE(entry.address.link.isNull());
     EXPECT_TRUE(entry.address.block.isNull());
@@ -128,18 +132,6 @@ TEST(AddressRecords, BeginWithNullTextsAndZeros)
     EXPECT_EQ(sizeof entry.dataArea, 400U);
     EXPECT_TRUE(
         std::all_of(std::begin(entry.dataArea), std::end(entry.dataArea), [](char c) { return c == 0; }));
-}
-
-TEST(AddressRecords, AnEntryOnTheHeapBeginsWithAZeroDataAreaToo)
-{
-    for (int round = 0; round < 3; ++round) {
-        std::vector<structMaintenance> entries(3);
-        for (structMaintenance& entry : entries) {
-            for (const char c : entry.dataArea)
-                ASSERT_EQ(c, 0);
-            std::fill(std::begin(entry.dataArea), std::end(entry.dataArea), '\xaa');
-        }
-    }
 }
 
 TEST(AddressRecords, ACopiedEntryHasAllFieldsAndAll400BytesOfItsDataArea)
@@ -163,19 +155,6 @@ TEST(AddressRecords, ACopiedEntryHasAllFieldsAndAll400BytesOfItsDataArea)
     EXPECT_TRUE(copy.address.link == QStringLiteral("Local")) << "a copy does not change with its original";
 }
 
-TEST(AddressRecords, GiveTheirTextsBackWhenTheyEnd)
-{
-    QString text = QString(40, QLatin1Char('x'));
-    {
-        structMaintenance entry;
-        entry.address.link = entry.address.block = entry.address.number = entry.address.spareText =
-            entry.addressType = text;
-        const structMaintenance copy = entry;
-        EXPECT_FALSE(text.isDetached());
-    }
-    EXPECT_TRUE(text.isDetached()) << "nothing shares the text any more";
-}
-
 TEST(AddressRecords, AreOrderedBySignedIndex)
 {
     EXPECT_TRUE(compare(entryAt(-5), entryAt(3)));
@@ -184,18 +163,6 @@ TEST(AddressRecords, AreOrderedBySignedIndex)
     EXPECT_FALSE(compare(entryAt(std::numeric_limits<int>::max()), entryAt(std::numeric_limits<int>::min())));
     const structMaintenance same = entryAt(7);
     EXPECT_FALSE(compare(same, same));
-}
-
-TEST(AddressRecords, AreEquivalentAtEqualIndexWhateverElseTheyHold)
-{
-    structMaintenance a = entryAt(4, 1);
-    structMaintenance b = entryAt(4, 9);
-    a.address.length = 8;
-    b.address.station = 2;
-    b.address.block = QStringLiteral("LB");
-    b.addressType = QStringLiteral("Bit");
-    EXPECT_FALSE(compare(a, b));
-    EXPECT_FALSE(compare(b, a));
 }
 
 TEST(AddressTypes, HaveTheTextsOfTheCodesOneTwoAndFour)
@@ -225,18 +192,6 @@ TEST(AddressTypes, HaveTheCodesOfExactlyTheirTexts)
     EXPECT_EQ(addressType2Int(QString()), -1);
 }
 
-TEST(AddressStream, WritesADefaultAddressAsFourNullTextsAndFourZeros)
-{
-    EXPECT_EQ(written(_ADDRESS_()).toHex(), QByteArray("ffffffff"
-                                                       "00000000"
-                                                       "ffffffff"
-                                                       "ffffffff"
-                                                       "00000000"
-                                                       "ffffffff"
-                                                       "00000000"
-                                                       "00000000"));
-}
-
 TEST(AddressStream, WritesAnAddressInTheOrderOfItsFields)
 {
     _ADDRESS_ address;
@@ -264,20 +219,6 @@ TEST(AddressStream, WritesAReadAddressInItsOwnOrder)
               (encoded(102) + encoded(-105) + encoded(103) + encoded(record.address) + encoded(101) +
                encoded(QStringLiteral("extra")) + encoded(104))
                   .toHex());
-}
-
-TEST(AddressStream, ReadsAReadAddressInThatOrderToo)
-{
-    const _ADDRESS_ none;
-    const READADDRESS record = readFrom<READADDRESS>(encoded(2) + encoded(5) + encoded(3) + encoded(none) +
-                                                     encoded(1) + encoded(QString()) + encoded(4));
-    EXPECT_EQ(record.extra1, 1);
-    EXPECT_EQ(record.extra2, 2);
-    EXPECT_EQ(record.extra3, 3);
-    EXPECT_EQ(record.extra4, 4);
-    EXPECT_EQ(record.extra5, 5);
-    expectSame(record.address, none);
-    EXPECT_TRUE(record.extraText.isNull());
 }
 
 TEST(AddressStream, BringsEveryFieldBack)
@@ -316,47 +257,6 @@ TEST(AddressStream, ReadingReplacesWhatTheRecordHeld)
     expectSame(record.address, _ADDRESS_());
     EXPECT_TRUE(record.extraText.isNull());
     EXPECT_EQ(record.extra1 | record.extra2 | record.extra3 | record.extra4 | record.extra5, 0);
-}
-
-TEST(AddressStream, KeepsTheStreamsByteOrderAndVersion)
-{
-    _ADDRESS_ address;
-    address.link = QStringLiteral("A");
-    address.station = 1;
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    out.setByteOrder(QDataStream::LittleEndian);
-    out.setVersion(QDataStream::Qt_4_6);
-    out << address;
-    EXPECT_EQ(out.byteOrder(), QDataStream::LittleEndian);
-    EXPECT_EQ(out.version(), QDataStream::Qt_4_6);
-    EXPECT_EQ(bytes.left(10).toHex(), QByteArray("02000000"
-                                                 "4100"
-                                                 "01000000"));
-    QDataStream in(bytes);
-    in.setByteOrder(QDataStream::LittleEndian);
-    in.setVersion(QDataStream::Qt_4_6);
-    _ADDRESS_ back;
-    in >> back;
-    expectSame(back, address);
-    EXPECT_EQ(in.byteOrder(), QDataStream::LittleEndian);
-    EXPECT_EQ(in.version(), QDataStream::Qt_4_6);
-}
-
-TEST(AddressStream, WritesAndReadsRecordsBackToBack)
-{
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    out << fullReadAddress() << fullAddress() << _ADDRESS_();
-    QDataStream in(bytes);
-    READADDRESS first;
-    _ADDRESS_ second;
-    _ADDRESS_ third = fullAddress();
-    in >> first >> second >> third;
-    expectSame(first.address, fullAddress());
-    expectSame(second, fullAddress());
-    expectSame(third, _ADDRESS_());
-    EXPECT_TRUE(in.atEnd());
 }
 
 TEST(AddressStream, GoesOnThroughARecordThatBreaksOff)
