@@ -6,10 +6,6 @@
 
 namespace {
 
-const QString LB = QStringLiteral("LB");
-const QString LW = QStringLiteral("LW");
-const QString RWI = QStringLiteral("RWI");
-
 class ChangeTracking : public ModuleTest
 {
 protected:

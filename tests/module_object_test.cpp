@@ -80,7 +80,7 @@ TEST_F(ModuleObject, OtherCallsOfTheRootInterfaceChangeNothing)
 
 TEST_F(ModuleObject, RebuildingDoesNothing)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 4}});
+    const auto project = perAddressProject({{LW, 0, 4}});
     const auto panel = startPanel(project.get());
     calls.clear();
     panel->model->rebuildExtModelAddr();

@@ -5,10 +5,6 @@
 
 namespace {
 
-const QString LB = QStringLiteral("LB");
-const QString LW = QStringLiteral("LW");
-const QString RWI = QStringLiteral("RWI");
-
 /// The retention files that this process has open.
 QStringList openFiles()
 {

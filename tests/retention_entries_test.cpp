@@ -12,10 +12,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const QString LB = QStringLiteral("LB");
-const QString LW = QStringLiteral("LW");
-const QString RWI = QStringLiteral("RWI");
-
 class RetentionEntries : public ModuleTest
 {
 protected:

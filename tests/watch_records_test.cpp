@@ -11,10 +11,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const QString LB = QStringLiteral("LB");
-const QString LW = QStringLiteral("LW");
-const QString RWI = QStringLiteral("RWI");
-
 /// The record's 56 bytes; those of the alignment gap, which nobody sets, as zeros.
 QByteArray bytesOf(const RegisterValueChangeSize& record)
 {

@@ -37,7 +37,7 @@ TEST_F(HostileCalls, AnUnknownAreaCodeMakesAnEmptyFileAndMovesNothing)
 TEST_F(HostileCalls, ABlockOfMoreThanAMillionCellsIsWatchedToItsEnd)
 {
     setCallLog(nullptr);
-    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 1000001}});
+    const auto project = perAddressProject({{LW, 0, 1000001}});
     poweroff_protect module;
     module.extModelOpen(project.get(), QString(), nullptr);
     QList<RegisterValueChangeSize> watched;

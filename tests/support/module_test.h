@@ -20,6 +20,10 @@
 #include <string>
 #include <vector>
 
+inline const QString LB = QStringLiteral("LB");
+inline const QString LW = QStringLiteral("LW");
+inline const QString RWI = QStringLiteral("RWI");
+
 inline const char* const bitFileName = "maintenance-bit.dat";
 inline const char* const wordFileName = "maintenance-word.dat";
 inline const char* const rwiFileName = "maintenance-RWI.dat";
