@@ -123,12 +123,25 @@ Inputs inputsOf(const Command& command, const World& world, FuzzInput& input)
     return inputs;
 }
 
-/// The report of a command in JSON; nothing when the command refused its inputs, with a message.
-std::optional<QJsonObject> reported(const Command& command, const Inputs& inputs)
+/// Leaves of a long table about a thousand rows at equal distances: its formats would take minutes.
+void thinOut(Table& table, std::size_t first)
+{
+    const std::size_t distance = table.rows.size() / 1000 + 1;
+    std::vector<std::vector<Value>> rows;
+    for (std::size_t row = first % distance; row < table.rows.size(); row += distance)
+        rows.push_back(std::move(table.rows[row]));
+    table.rows = std::move(rows);
+}
+
+/// The report of a command in JSON; nothing when the command refused its inputs, with a message. `rows`
+/// chooses among those of long tables.
+std::optional<QJsonObject> reported(const Command& command, const Inputs& inputs, std::size_t rows)
 {
     try {
         Report report = command.run(inputs);
         report.command = QLatin1String(command.name);
+        for (Table& table : report.tables)
+            thinOut(table, rows);
         return checkFormats(report);
     } catch (const Refusal& refusal) {
         FUZZ_CHECK(!refusal.message().isEmpty());
@@ -243,6 +256,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     FuzzInput input(data, size);
+    const Command& command = *commands().at(input.byte() % commands().size());
     const Files bytes = filesFrom(input);
     const Files otherBytes = otherFiles(bytes, filesFrom(input));
     const QByteArray optionBytes = input.bytes();
@@ -263,16 +277,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return -1;
     const RestoredCells restored = restoredCells(expected, bytes);
     checkKeptCells(restored, world);
-    for (const Command* command : commands()) {
-        QDir(QStringLiteral("/usr/tavrin/output")).removeRecursively();
-        QFile::remove(QStringLiteral("/usr/tavrin/output"));
-        const Inputs inputs = inputsOf(*command, world, options);
-        const std::optional<QJsonObject> report = reported(*command, inputs);
-        if (report && command == commandNamed(QStringLiteral("show")))
-            checkShown(*report, restored);
-        if (report && command == commandNamed(QStringLiteral("migrate")) && !inputs.has("move") &&
-            !inputs.has("by-name"))
-            checkMigrated(world);
-    }
+    QDir(QStringLiteral("/usr/tavrin/output")).removeRecursively();
+    QFile::remove(QStringLiteral("/usr/tavrin/output"));
+    const Inputs inputs = inputsOf(command, world, options);
+    const std::optional<QJsonObject> report = reported(command, inputs, size);
+    if (report && &command == commandNamed(QStringLiteral("show")))
+        checkShown(*report, restored);
+    if (report && &command == commandNamed(QStringLiteral("migrate")) && !inputs.has("move") &&
+        !inputs.has("by-name"))
+        checkMigrated(world);
     return 0;
 }
