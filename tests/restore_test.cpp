@@ -5,22 +5,6 @@
 
 namespace {
 
-/// The retention files that this process has open.
-QStringList openFiles()
-{
-    QStringList names;
-    const QFileInfoList descriptors =
-        QDir(QStringLiteral("/proc/self/fd"))
-            .entryInfoList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System);
-    for (const QFileInfo& descriptor : descriptors) {
-        const QString target = descriptor.symLinkTarget();
-        if (target.startsWith(QLatin1String(fixedProjectDirectory)))
-            names.append(target.section(QLatin1Char('/'), -1));
-    }
-    names.sort();
-    return names;
-}
-
 QString wrote(const char* area, int address, const std::vector<int>& values)
 {
     QStringList texts;

@@ -5,9 +5,8 @@
 #include "tests/faults/life.h"
 #include "tests/faults/memory_faults.h"
 #include "tests/faults/storage_oracle.h"
+#include "tests/support/storage.h"
 
-#include <QtCore/QDir>
-#include <QtCore/QFileInfo>
 #if QT_VERSION < 0x060000
 #include <QtCore/QTextCodec>
 #endif
@@ -307,16 +306,6 @@ INSTANTIATE_TEST_SUITE_P(
                     Sweep{"APerAddressLifeWithEmptyFiles", Mode::PerAddress, StartFiles::Empty, 416}),
     [](const auto& info) { return info.param.name; });
 
-/// Number of this process's descriptors that are open on retention files.
-int openRetentionFiles()
-{
-    int count = 0;
-    const QDir descriptors(QStringLiteral("/proc/self/fd"));
-    for (const QFileInfo& descriptor : descriptors.entryInfoList(QDir::Files | QDir::System))
-        count += descriptor.symLinkTarget().contains(QLatin1String("/maintenance-")) ? 1 : 0;
-    return count;
-}
-
 TEST_F(MemoryFaults, InASecondOpeningCloseNoFileThatWasOpenBefore)
 {
     const auto project = wholeAreaProject(1, 5);
@@ -324,7 +313,7 @@ TEST_F(MemoryFaults, InASecondOpeningCloseNoFileThatWasOpenBefore)
     int points = 0;
     for (MemoryFault fault = {1, false}; came; ++fault.nth, ++points) {
         const auto panel = startPanel(project.get());
-        ASSERT_EQ(openRetentionFiles(), 3);
+        ASSERT_EQ(openFiles().size(), 3);
         planMemoryFault(fault);
         enterModule();
         try {
@@ -334,7 +323,7 @@ TEST_F(MemoryFaults, InASecondOpeningCloseNoFileThatWasOpenBefore)
         leaveModule();
         came = memoryFaultHappened();
         endMemoryFaults();
-        EXPECT_EQ(openRetentionFiles(), 3) << "allocation " << fault.nth;
+        EXPECT_EQ(openFiles().size(), 3) << "allocation " << fault.nth;
     }
     EXPECT_GT(points, 5);
 }
