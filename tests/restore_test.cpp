@@ -56,6 +56,7 @@ TEST_F(Restore, LeavesEmptyFilesEmptyAndClosed)
     panel->areas.named(LW)->setCell(1, 7);
     panel->reportChange(LW, 1);
     EXPECT_EQ(hex(retentionFile(wordFileName)), "00 00 07 00 00 00") << "until the first change";
+    EXPECT_EQ(syncs(), 1) << "which is counted";
     EXPECT_EQ(lines(openFiles()), wordFileName);
 }
 

@@ -306,7 +306,19 @@ INSTANTIATE_TEST_SUITE_P(
                     Sweep{"APerAddressLifeWithEmptyFiles", Mode::PerAddress, StartFiles::Empty, 416}),
     [](const auto& info) { return info.param.name; });
 
-TEST_F(MemoryFaults, InASecondOpeningCloseNoFileThatWasOpenBefore)
+/// Saves areas full of that byte; how many files have it then.
+int savedFiles(Panel& panel, int byte)
+{
+    for (MemoryArea& area : panel.areas.all())
+        std::fill(area.memory().begin(), area.memory().end(), static_cast<unsigned char>(byte));
+    panel.model->cyclicRun();
+    int saved = 0;
+    for (const auto& file : filesNow())
+        saved += file->count(static_cast<char>(byte)) == file->size();
+    return saved;
+}
+
+TEST_F(MemoryFaults, InASecondOpeningCloseNoFileThatWasOpenBeforeAndEndItsSavingAllTheSame)
 {
     const auto project = wholeAreaProject(1, 5);
     bool came = true;
@@ -314,16 +326,20 @@ TEST_F(MemoryFaults, InASecondOpeningCloseNoFileThatWasOpenBefore)
     for (MemoryFault fault = {1, false}; came; ++fault.nth, ++points) {
         const auto panel = startPanel(project.get());
         ASSERT_EQ(openFiles().size(), 3);
+        ASSERT_EQ(savedFiles(*panel, 1), 3);
         planMemoryFault(fault);
         enterModule();
+        bool isOpened = false;
         try {
             panel->open();
+            isOpened = true;
         } catch (const std::bad_alloc&) {
         }
         leaveModule();
         came = memoryFaultHappened();
         endMemoryFaults();
         EXPECT_EQ(openFiles().size(), 3) << "allocation " << fault.nth;
+        EXPECT_TRUE(!isOpened || savedFiles(*panel, 2) == 0) << "allocation " << fault.nth;
     }
     EXPECT_GT(points, 5);
 }
