@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <set>
 
 namespace {
 
@@ -60,13 +61,25 @@ const QString tableFile = QStringLiteral("/usr/tavrin/table.csv");
 /// Tags or values, or anything at all, for the commands that read a table.
 void writeTable(FuzzInput& input)
 {
-    static const std::array<const char*, 3> heads = {"", "area,address,name,type,value,state\n",
-                                                     "area,address,type,name,unit\n"};
+    static const std::array<const char*, 4> heads = {"", "area,address,name,type,value,state\n",
+                                                     "area,address,type,name,unit\n", "area,address,value\n"};
     QFile file(tableFile);
     FUZZ_CHECK(file.open(QIODevice::WriteOnly));
-    file.write(heads.at(input.byte() % heads.size()));
-    file.write(input.bytes());
+    const std::size_t head = input.byte() % heads.size();
+    file.write(heads.at(head));
+    if (head < 3)
+        file.write(input.bytes());
+    for (int rows = head < 3 ? 0 : input.byte() % 8; rows > 0; --rows) { // sound ones, most of them
+        const int form = input.byte();
+        const int address = form % 16 == 15 ? input.number() : input.byte();
+        const int value = form % 16 == 14 ? input.number() : input.byte() % 2;
+        file.write(areaNames[form % 3] + (',' + QByteArray::number(address)) + ',' +
+                   QByteArray::number(value) + '\n');
+    }
 }
+
+/// Commands of which no input has led to a report.
+std::set<QString> unreported;
 
 /// A value for an option, of the kind that its name in the help promises or not.
 QString optionValue(const Option& option, FuzzInput& input)
@@ -92,6 +105,8 @@ Inputs inputsOf(const Command& command, const World& world, FuzzInput& input)
 {
     Inputs inputs;
     for (const Argument& argument : command.arguments) {
+        if (argument.count == Argument::Count::AtMostOne && input.byte() % 2 == 0)
+            continue;
         switch (argument.kind) {
         case Argument::Kind::Project:
             inputs.projects.push_back(
@@ -140,6 +155,7 @@ std::optional<QJsonObject> reported(const Command& command, const Inputs& inputs
     try {
         Report report = command.run(inputs);
         report.command = QLatin1String(command.name);
+        unreported.erase(report.command);
         for (Table& table : report.tables)
             thinOut(table, rows);
         return checkFormats(report);
@@ -250,7 +266,16 @@ void checkMigrated(const World& world)
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
+    for (const Command* command : commands())
+        unreported.insert(QLatin1String(command->name));
     return startFuzzing();
+}
+
+extern "C" bool reachedAll()
+{
+    for (const QString& command : unreported)
+        std::fprintf(stderr, "every input of \"%s\" was refused\n", qPrintable(command));
+    return unreported.empty();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
