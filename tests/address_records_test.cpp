@@ -8,7 +8,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
+#include <new>
 #include <vector>
 
 namespace {
@@ -37,6 +39,18 @@ QByteArray encoded(const _ADDRESS_& a)
 {
     return encoded(a.link) + encoded(a.station) + encoded(a.block) + encoded(a.number) + encoded(a.index) +
            encoded(a.spareText) + encoded(a.length) + encoded(a.bitOrWord);
+}
+
+QByteArray encoded(const READADDRESS& r)
+{
+    return encoded(r.extra2) + encoded(r.extra5) + encoded(r.extra3) + encoded(r.address) +
+           encoded(r.extra1) + encoded(r.extraText) + encoded(r.extra4);
+}
+
+/// Their encodings tell even null texts from empty ones.
+template <typename Record> void expectSame(const Record& got, const Record& expected)
+{
+    EXPECT_EQ(encoded(got).toHex(), encoded(expected).toHex());
 }
 
 /// Every field has a value of its own.
@@ -84,25 +98,6 @@ template <typename Record> Record readFrom(const QByteArray& bytes, Record recor
     return record;
 }
 
-/// Equal texts that are also null, empty or filled alike.
-void expectSameText(const QString& got, const QString& expected, const char* field)
-{
-    EXPECT_TRUE(got == expected) << field << " is '" << got.toStdString() << "'";
-    EXPECT_EQ(got.isNull(), expected.isNull()) << field << ": null and empty are not the same";
-}
-
-void expectSame(const _ADDRESS_& got, const _ADDRESS_& expected)
-{
-    expectSameText(got.link, expected.link, "link");
-    EXPECT_EQ(got.station, expected.station);
-    expectSameText(got.block, expected.block, "block");
-    expectSameText(got.number, expected.number, "number");
-    EXPECT_EQ(got.index, expected.index);
-    expectSameText(got.spareText, expected.spareText, "spareText");
-    EXPECT_EQ(got.length, expected.length);
-    EXPECT_EQ(got.bitOrWord, expected.bitOrWord);
-}
-
 structMaintenance entryAt(int index, int addressLength = 0)
 {
     structMaintenance entry;
@@ -111,35 +106,26 @@ structMaintenance entryAt(int index, int addressLength = 0)
     return entry;
 }
 
+/// A record made in memory that is not 0. It is not destroyed: its texts are null and own nothing.
+template <typename Record> const Record& madeInFullMemory()
+{
+    alignas(Record) static std::array<char, sizeof(Record)> memory;
+    memory.fill('\xaa');
+    return *new (memory.data()) Record;
+}
+
 TEST(AddressRecords, BeginWithNullTextsAndZeros)
 {
-    const structMaintenance entry;
-    expectSame(entry.address, _ADDRESS_());
-    EXPECT_TRUE(entry.address.link.isNull());
-    EXPECT_TRUE(entry.address.block.isNull());
-    EXPECT_TRUE(entry.address.number.isNull());
-    EXPECT_TRUE(entry.address.spareText.isNull());
-    EXPECT_EQ(entry.address.station, 0);
-    EXPECT_EQ(entry.address.index, 0);
-    EXPECT_EQ(entry.address.length, 0);
-    EXPECT_EQ(entry.address.bitOrWord, 0);
+    const QByteArray none = "ffffffff00000000ffffffffffffffff00000000ffffffff0000000000000000";
+    EXPECT_EQ(encoded(madeInFullMemory<_ADDRESS_>()).toHex(), none);
+    EXPECT_EQ(encoded(madeInFullMemory<READADDRESS>()).toHex(),
+              QByteArray(24, '0') + none + QByteArray(8, '0') + QByteArray(8, 'f') + QByteArray(8, '0'));
+    const auto& entry = madeInFullMemory<structMaintenance>();
+    EXPECT_EQ(encoded(entry.address).toHex(), none);
     EXPECT_TRUE(entry.addressType.isNull());
     EXPECT_EQ(entry.addressLength, 0);
     EXPECT_EQ(sizeof entry.dataArea, 400U);
-    EXPECT_TRUE(
-        std::all_of(std::begin(entry.dataArea), std::end(entry.dataArea), [](char c) { return c == 0; }));
-}
-
-TEST(AddressRecords, AnEntryOnTheHeapBeginsWithAZeroDataAreaToo)
-{
-    for (int round = 0; round < 3; ++round) {
-        std::vector<structMaintenance> entries(3);
-        for (structMaintenance& entry : entries) {
-            for (const char c : entry.dataArea)
-                ASSERT_EQ(c, 0);
-            std::fill(std::begin(entry.dataArea), std::end(entry.dataArea), '\xaa');
-        }
-    }
+    EXPECT_EQ(QByteArray(entry.dataArea, 400), QByteArray(400, '\0'));
 }
 
 TEST(AddressRecords, ACopiedEntryHasAllFieldsAndAll400BytesOfItsDataArea)
@@ -163,19 +149,6 @@ TEST(AddressRecords, ACopiedEntryHasAllFieldsAndAll400BytesOfItsDataArea)
     EXPECT_TRUE(copy.address.link == QStringLiteral("Local")) << "a copy does not change with its original";
 }
 
-TEST(AddressRecords, GiveTheirTextsBackWhenTheyEnd)
-{
-    QString text = QString(40, QLatin1Char('x'));
-    {
-        structMaintenance entry;
-        entry.address.link = entry.address.block = entry.address.number = entry.address.spareText =
-            entry.addressType = text;
-        const structMaintenance copy = entry;
-        EXPECT_FALSE(text.isDetached());
-    }
-    EXPECT_TRUE(text.isDetached()) << "nothing shares the text any more";
-}
-
 TEST(AddressRecords, AreOrderedBySignedIndex)
 {
     EXPECT_TRUE(compare(entryAt(-5), entryAt(3)));
@@ -184,18 +157,6 @@ TEST(AddressRecords, AreOrderedBySignedIndex)
     EXPECT_FALSE(compare(entryAt(std::numeric_limits<int>::max()), entryAt(std::numeric_limits<int>::min())));
     const structMaintenance same = entryAt(7);
     EXPECT_FALSE(compare(same, same));
-}
-
-TEST(AddressRecords, AreEquivalentAtEqualIndexWhateverElseTheyHold)
-{
-    structMaintenance a = entryAt(4, 1);
-    structMaintenance b = entryAt(4, 9);
-    a.address.length = 8;
-    b.address.station = 2;
-    b.address.block = QStringLiteral("LB");
-    b.addressType = QStringLiteral("Bit");
-    EXPECT_FALSE(compare(a, b));
-    EXPECT_FALSE(compare(b, a));
 }
 
 TEST(AddressTypes, HaveTheTextsOfTheCodesOneTwoAndFour)
@@ -225,18 +186,6 @@ TEST(AddressTypes, HaveTheCodesOfExactlyTheirTexts)
     EXPECT_EQ(addressType2Int(QString()), -1);
 }
 
-TEST(AddressStream, WritesADefaultAddressAsFourNullTextsAndFourZeros)
-{
-    EXPECT_EQ(written(_ADDRESS_()).toHex(), QByteArray("ffffffff"
-                                                       "00000000"
-                                                       "ffffffff"
-                                                       "ffffffff"
-                                                       "00000000"
-                                                       "ffffffff"
-                                                       "00000000"
-                                                       "00000000"));
-}
-
 TEST(AddressStream, WritesAnAddressInTheOrderOfItsFields)
 {
     _ADDRESS_ address;
@@ -259,39 +208,15 @@ TEST(AddressStream, WritesAnAddressInTheOrderOfItsFields)
 
 TEST(AddressStream, WritesAReadAddressInItsOwnOrder)
 {
-    const READADDRESS record = fullReadAddress();
-    EXPECT_EQ(written(record).toHex(),
-              (encoded(102) + encoded(-105) + encoded(103) + encoded(record.address) + encoded(101) +
-               encoded(QStringLiteral("extra")) + encoded(104))
-                  .toHex());
+    EXPECT_EQ(written(fullReadAddress()).toHex(), encoded(fullReadAddress()).toHex());
 }
 
-TEST(AddressStream, ReadsAReadAddressInThatOrderToo)
+TEST(AddressStream, BringsEveryFieldBackInThePlaceOfWhatTheRecordHeld)
 {
-    const _ADDRESS_ none;
-    const READADDRESS record = readFrom<READADDRESS>(encoded(2) + encoded(5) + encoded(3) + encoded(none) +
-                                                     encoded(1) + encoded(QString()) + encoded(4));
-    EXPECT_EQ(record.extra1, 1);
-    EXPECT_EQ(record.extra2, 2);
-    EXPECT_EQ(record.extra3, 3);
-    EXPECT_EQ(record.extra4, 4);
-    EXPECT_EQ(record.extra5, 5);
-    expectSame(record.address, none);
-    EXPECT_TRUE(record.extraText.isNull());
-}
-
-TEST(AddressStream, BringsEveryFieldBack)
-{
-    expectSame(readFrom<_ADDRESS_>(written(fullAddress())), fullAddress());
-    const READADDRESS expected = fullReadAddress();
-    const READADDRESS got = readFrom<READADDRESS>(written(expected));
-    expectSame(got.address, expected.address);
-    expectSameText(got.extraText, expected.extraText, "extraText");
-    EXPECT_EQ(got.extra1, expected.extra1);
-    EXPECT_EQ(got.extra2, expected.extra2);
-    EXPECT_EQ(got.extra3, expected.extra3);
-    EXPECT_EQ(got.extra4, expected.extra4);
-    EXPECT_EQ(got.extra5, expected.extra5);
+    expectSame(readFrom<_ADDRESS_>(encoded(fullAddress())), fullAddress());
+    expectSame(readFrom<_ADDRESS_>(encoded(_ADDRESS_()), fullAddress()), _ADDRESS_());
+    expectSame(readFrom<READADDRESS>(encoded(fullReadAddress())), fullReadAddress());
+    expectSame(readFrom<READADDRESS>(encoded(READADDRESS()), fullReadAddress()), READADDRESS());
 }
 
 TEST(AddressStream, KeepsNullAndEmptyTextsApartInEveryTextField)
@@ -303,67 +228,15 @@ TEST(AddressStream, KeepsNullAndEmptyTextsApartInEveryTextField)
         address.*empty = QStringLiteral("");
         expectSame(readFrom<_ADDRESS_>(written(address)), address);
     }
-    READADDRESS record;
-    expectSameText(readFrom<READADDRESS>(written(record)).extraText, QString(), "extraText");
+    READADDRESS record; // null comes back above
     record.extraText = QStringLiteral("");
-    expectSameText(readFrom<READADDRESS>(written(record)).extraText, QStringLiteral(""), "extraText");
-}
-
-TEST(AddressStream, ReadingReplacesWhatTheRecordHeld)
-{
-    expectSame(readFrom<_ADDRESS_>(written(_ADDRESS_()), fullAddress()), _ADDRESS_());
-    const READADDRESS record = readFrom<READADDRESS>(written(READADDRESS()), fullReadAddress());
-    expectSame(record.address, _ADDRESS_());
-    EXPECT_TRUE(record.extraText.isNull());
-    EXPECT_EQ(record.extra1 | record.extra2 | record.extra3 | record.extra4 | record.extra5, 0);
-}
-
-TEST(AddressStream, KeepsTheStreamsByteOrderAndVersion)
-{
-    _ADDRESS_ address;
-    address.link = QStringLiteral("A");
-    address.station = 1;
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    out.setByteOrder(QDataStream::LittleEndian);
-    out.setVersion(QDataStream::Qt_4_6);
-    out << address;
-    EXPECT_EQ(out.byteOrder(), QDataStream::LittleEndian);
-    EXPECT_EQ(out.version(), QDataStream::Qt_4_6);
-    EXPECT_EQ(bytes.left(10).toHex(), QByteArray("02000000"
-                                                 "4100"
-                                                 "01000000"));
-    QDataStream in(bytes);
-    in.setByteOrder(QDataStream::LittleEndian);
-    in.setVersion(QDataStream::Qt_4_6);
-    _ADDRESS_ back;
-    in >> back;
-    expectSame(back, address);
-    EXPECT_EQ(in.byteOrder(), QDataStream::LittleEndian);
-    EXPECT_EQ(in.version(), QDataStream::Qt_4_6);
-}
-
-TEST(AddressStream, WritesAndReadsRecordsBackToBack)
-{
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    out << fullReadAddress() << fullAddress() << _ADDRESS_();
-    QDataStream in(bytes);
-    READADDRESS first;
-    _ADDRESS_ second;
-    _ADDRESS_ third = fullAddress();
-    in >> first >> second >> third;
-    expectSame(first.address, fullAddress());
-    expectSame(second, fullAddress());
-    expectSame(third, _ADDRESS_());
-    EXPECT_TRUE(in.atEnd());
+    expectSame(readFrom<READADDRESS>(written(record)), record);
 }
 
 TEST(AddressStream, GoesOnThroughARecordThatBreaksOff)
 {
     const QByteArray whole = encoded(fullAddress());
-    const QByteArray begun = whole.left(encoded(QStringLiteral("Local")).size() + 4 + 3);
-    QDataStream stream(begun);
+    QDataStream stream(whole.left(encoded(QStringLiteral("Local")).size() + 4 + 3));
     _ADDRESS_ address = fullAddress();
     address.station = 99;
     address.index = 99;

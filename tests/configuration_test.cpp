@@ -60,7 +60,7 @@ TEST_F(Configuration, WithoutDataRetentionASecondOpenLeavesTheSavingAsItIs)
     object empty;
     panel->model->extModelOpen(&empty, QString(), &panel->comm);
     EXPECT_EQ(panel->model->retentionMode, 0);
-    panel->areas.named(QStringLiteral("LW"))->setCell(0, 7);
+    panel->areas.named(LW)->setCell(0, 7);
     panel->model->cyclicRun();
     EXPECT_EQ(retentionFile(wordFileName).value_or(QByteArray()).left(2), QByteArray("\7\0", 2));
     EXPECT_EQ(syncs(), 1);
@@ -84,13 +84,13 @@ TEST_F(Configuration, WithoutEntriesTheModeIsNoneAndTheFilesAreMadeForEmptyLists
     EXPECT_EQ(panel->model->cyclePeriodMs, 123);
     EXPECT_EQ(retentionFile(bitFileName), QByteArray(1, '\0'));
     EXPECT_EQ(retentionFile(wordFileName), QByteArray(""));
-    panel->reportChange(QStringLiteral("LW"), 0);
+    panel->reportChange(LW, 0);
     EXPECT_EQ(syncs(), 1) << "the module is ready";
 }
 
 TEST_F(Configuration, EntriesSelectThePerAddressMode)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 5, 2}});
+    const auto project = perAddressProject({{LW, 5, 2}});
     const auto panel = makePanel(project.get());
     markBase(*panel->model);
     panel->start();
@@ -106,7 +106,7 @@ TEST_F(Configuration, AMissingSaveAllIsZero)
     const auto project = wholeAreaProject(std::nullopt, 3);
     const auto withoutEntries = startPanel(project.get());
     EXPECT_EQ(withoutEntries->model->retentionMode, 0);
-    addEntry(*project->findChild(QStringLiteral("DataRetention")), {QStringLiteral("LW"), 5, 2});
+    addEntry(*project->findChild(QStringLiteral("DataRetention")), {LW, 5, 2});
     const auto withEntries = startPanel(project.get());
     EXPECT_EQ(withEntries->model->retentionMode, 2);
     EXPECT_EQ(withEntries->watched.ranges().size(), 1U);
@@ -114,7 +114,7 @@ TEST_F(Configuration, AMissingSaveAllIsZero)
 
 TEST_F(Configuration, SaveAllWinsOverEntriesWhichAreThenNotRead)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 5, 2}});
+    const auto project = perAddressProject({{LW, 5, 2}});
     project->findChild(QStringLiteral("DataRetention"))
         ->setNumber(QStringLiteral("open Save all"), 4000000000);
     const auto panel = startPanel(project.get());

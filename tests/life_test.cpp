@@ -1,18 +1,13 @@
-// Whole lives of panels: random projects, starts, changes and restarts, compared with the account of the
-// rules after every step. SPDX-License-Identifier: MIT
-#include "tests/support/kept_files_model.h"
+// Lives of panels with random projects, starts, changes and restarts, compared with the account of the rules
+// after every step, call by call. SPDX-License-Identifier: MIT
+#include "tests/support/checked_life.h"
 #include "tests/support/module_test.h"
 #include "tests/support/random_source.h"
-#include "tests/support/storage.h"
 
+#include <algorithm>
 #include <cstdlib>
-#include <utility>
 
 namespace {
-
-using Files = std::array<std::optional<QByteArray>, 3>;
-
-const std::array<const char*, 3> fileNames = {bitFileName, wordFileName, rwiFileName};
 
 /// How many lives a run lives: the environment variable TEST_LIVES, or enough for every build.
 int livesToLive()
@@ -30,45 +25,33 @@ protected:
     {
         static const char* const names[] = {"LB", "LB", "LW", "LW", "RWI", "RWI", "lw", ""};
         static const int regions[] = {0, 0, 0, 40, 60090, 65520, -8};
-        std::vector<Entry> entries(static_cast<std::size_t>(random.between(1, 14)));
-        for (Entry& entry : entries) {
+        std::vector<Entry> made(static_cast<std::size_t>(random.between(1, 14)));
+        for (Entry& entry : made) {
             entry.area = QString::fromLatin1(names[random.between(0, 7)]);
             entry.index = regions[random.between(0, 6)] + random.between(0, 60);
             entry.length = random.oneIn(12) ? random.between(-12, 0) : random.between(1, 25);
-            for (const Entry& other : entries)
+            for (const Entry& other : made)
                 if (other.area == entry.area && other.index == entry.index)
-                    entry.length = other.length;
+                    entry.length = other.length; // so that the order of the two is settled
         }
-        return entries;
+        return made;
     }
 
     /// Something that a person, another program or a broken medium may have done to a file while the panel
     /// was off.
-    void disturb(std::size_t area)
+    void disturb(std::optional<QByteArray>& file)
     {
-        std::optional<QByteArray>& file = files[area];
-        switch (random.between(0, 9)) {
-        case 0:
+        const int what = random.between(0, 9);
+        if (what == 0)
             file.reset();
-            break;
-        case 1:
+        else if (what == 1)
             file = QByteArray();
-            break;
-        case 2:
+        else if (what == 2)
             file = randomBytes(random.between(1, 60));
-            break;
-        case 3:
-            if (file)
-                file->chop(random.between(1, 9));
-            break;
-        case 4:
-            if (file)
-                file->append(randomBytes(random.between(1, 9)));
-            break;
-        default: // untouched
-            return;
-        }
-        store(area, file);
+        else if (what == 3 && file)
+            file->chop(random.between(1, 9));
+        else if (what == 4 && file)
+            file->append(randomBytes(random.between(1, 9)));
     }
 
     QByteArray randomBytes(int length)
@@ -79,62 +62,52 @@ protected:
         return bytes;
     }
 
-    static void store(std::size_t area, const std::optional<QByteArray>& file)
-    {
-        const QString name = QLatin1String(fileNames[area]);
-        QFile::remove(retentionPath(name));
-        if (file)
-            writeRetentionFile(name, *file);
-    }
-
     /// Starts a new module, after an orderly end of the one before, on a host with values of its own.
     void start()
     {
-        panel.reset();
-        if (model)
-            files = {model->file(0), model->file(1), model->file(2)};
-        for (std::size_t a = 0; a < 3; ++a)
-            disturb(a);
+        if (life)
+            files = life->files();
+        life.reset();
+        for (std::optional<QByteArray>& file : files)
+            disturb(file);
         project = perAddressProject(entries);
-        panel = makePanel(project.get());
-        cells = MemoryAreas();
-        for (std::size_t a = 0; a < 3; ++a)
+        auto module = moduleLibrary().createModel(); // which makes the directory
+        layFiles(files);
+        MemoryAreas cells;
+        for (MemoryArea& area : cells.all())
             for (int k = 0; k < 40; ++k)
-                setBoth(a, interestingAddress(), valueOf());
-        expectedCalls.clear();
-        calls.clear();
-        model = std::make_unique<KeptFilesModel>(expectedOf(*project), cells, files, &expectedCalls);
-        panel->open();
-        panel->init();
-        model->open();
-        model->init();
-        expectCalls();
-        expectFilesAndCells();
-        expectWatched();
+                area.setCell(interestingAddress(), valueOf());
+        life = std::make_unique<CheckedLife>(std::move(module), *project, cells, files, &calls);
+        life->init();
+        ASSERT_EQ(life->difference() + life->cellDifference(), "") << situation();
+        std::vector<std::string> wanted;
+        const ExpectedProject expected = expectedOf(*project);
+        for (std::size_t a = 0; a < 3; ++a)
+            for (const ExpectedBlock& block : expected.blocks[a])
+                for (int j = 0; j < block.count; ++j)
+                    wanted.push_back(areaNames[a] + (' ' + std::to_string(block.entry.index + j)));
+        ASSERT_EQ(watchedCells(*life->module), wanted) << situation();
     }
 
     void change()
     {
         const auto area = static_cast<std::size_t>(random.between(0, 2));
+        const QString known = QLatin1String(areaNames[area]);
         const int address = interestingAddress();
         for (int k = random.between(0, 3); k >= 0; --k)
-            setBoth(area, address + k, valueOf());
+            life->setCell(known, address + k, valueOf());
         // A file that is not open yet can vanish or come back under the running module.
-        if (!model->isOpen(area) && random.oneIn(4)) {
-            model->replaceFile(area, random.oneIn(2)
-                                         ? std::optional<QByteArray>(randomBytes(random.between(0, 9)))
-                                         : std::nullopt);
-            store(area, model->file(area));
+        if (!life->account.isOpen(area) && random.oneIn(4)) {
+            std::optional<QByteArray> other;
+            if (random.oneIn(2))
+                other = randomBytes(random.between(0, 9));
+            life->account.replaceFile(area, other);
+            layFile(area, other);
         }
-        const QString known = QLatin1String(areaNames[area]);
         const QString name = random.oneIn(20) ? known.toLower() : known;
-        expectedCalls.clear();
-        calls.clear();
-        panel->reportChange(name, address);
-        model->change(name.toLatin1() + '\0', address);
         step = QStringLiteral("change of %1 %2").arg(name).arg(address);
-        expectCalls();
-        expectFilesAndCells();
+        life->report(changeMessage(name, address));
+        ASSERT_EQ(life->difference(), "") << situation();
     }
 
     /// Most often near a block's beginning or end.
@@ -142,8 +115,7 @@ protected:
     {
         if (random.oneIn(8))
             return 60100;
-        const Entry& entry =
-            entries[static_cast<std::size_t>(random.between(0, static_cast<int>(entries.size()) - 1))];
+        const Entry& entry = random.oneOf(entries);
         switch (random.between(0, 2)) {
         case 0:
             return entry.index + random.between(-2, 2);
@@ -156,52 +128,9 @@ protected:
 
     ushort valueOf() { return static_cast<ushort>(random.oneIn(3) ? 0 : random.between(0, 65535)); }
 
-    void setBoth(std::size_t area, int address, ushort value)
-    {
-        cells.all()[area].setCell(address, value);
-        panel->areas.all()[area].setCell(address, value);
-    }
-
-    void expectCalls()
-    {
-        ASSERT_EQ(lines(callsTo({QStringLiteral("readRegisterValues"), QStringLiteral("writeRegisterValues"),
-                                 QStringLiteral("sync")})),
-                  lines(expectedCalls))
-            << situation();
-    }
-
-    void expectFilesAndCells()
-    {
-        for (std::size_t a = 0; a < 3; ++a) {
-            ASSERT_EQ(hex(retentionFile(QLatin1String(fileNames[a]))), hex(model->file(a)))
-                << fileNames[a] << situation();
-            const MemoryArea& memory = panel->areas.all()[a];
-            for (const Entry& entry : entries)
-                for (int address = entry.index - 2; address < entry.index + entry.length + 2; ++address)
-                    ASSERT_EQ(memory.cell(address), cells.all()[a].cell(address))
-                        << areaNames[a] << ' ' << address << situation();
-        }
-    }
-
-    void expectWatched()
-    {
-        QList<RegisterValueChangeSize> records;
-        panel->model->getMonitorTriggerAddr(records);
-        QStringList watched;
-        for (const RegisterValueChangeSize& record : std::as_const(records))
-            watched.append(QStringLiteral("%1 %2").arg(QLatin1String(record.areaName)).arg(record.address));
-        QStringList wanted;
-        const ExpectedProject expected = expectedOf(*project);
-        for (std::size_t a = 0; a < 3; ++a)
-            for (const ExpectedBlock& block : expected.blocks[a])
-                for (int j = 0; j < block.count; ++j)
-                    wanted.append(QStringLiteral("%1 %2").arg(areaNames[a]).arg(block.entry.index + j));
-        ASSERT_EQ(lines(watched), lines(wanted)) << situation();
-    }
-
     std::string situation() const
     {
-        std::string text = "\nlife " + std::to_string(life) + ", " + step.toStdString() + ", entries:";
+        std::string text = "\nlife " + std::to_string(lives) + ", " + step.toStdString() + ", entries:";
         for (const Entry& entry : entries)
             text += " (" + entry.area.toStdString() + ' ' + std::to_string(entry.index) + ", " +
                     std::to_string(entry.length) + ")";
@@ -209,14 +138,11 @@ protected:
     }
 
     RandomSource random;
-    Files files;       ///< between two starts
-    MemoryAreas cells; ///< of the account
-    QStringList expectedCalls;
-    std::unique_ptr<KeptFilesModel> model;
+    Files files; ///< between two starts
     std::vector<Entry> entries;
     std::unique_ptr<object> project;
-    std::unique_ptr<Panel> panel;
-    int life = 0;
+    std::unique_ptr<CheckedLife> life;
+    int lives = 0;
     QString step;
 };
 
@@ -225,12 +151,9 @@ TEST_F(Life, IsThatOfTheModelAfterEveryStartAndEveryChange)
     int starts = 0;
     int changes = 0;
     ASSERT_GT(livesToLive(), 0) << "TEST_LIVES";
-    for (life = 0; life < livesToLive(); ++life) {
-        panel.reset();
-        model.reset();
+    for (; lives < livesToLive(); ++lives) {
+        life.reset();
         files = Files();
-        for (std::size_t a = 0; a < 3; ++a)
-            store(a, files[a]);
         for (int run = 0; run < 5; ++run, ++starts) {
             if (run == 0 || random.oneIn(3))
                 entries = randomEntries();
@@ -238,9 +161,10 @@ TEST_F(Life, IsThatOfTheModelAfterEveryStartAndEveryChange)
             ASSERT_NO_FATAL_FAILURE(start());
             for (int k = 0; k < 25; ++k, ++changes)
                 ASSERT_NO_FATAL_FAILURE(change());
+            ASSERT_EQ(life->cellDifference(), "") << situation();
         }
     }
-    std::cout << life << " lives, " << starts << " starts, " << changes << " changes\n";
+    std::cout << lives << " lives, " << starts << " starts, " << changes << " changes\n";
 }
 
 } // namespace

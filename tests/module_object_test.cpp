@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/version.h"
 #include "tests/support/module_test.h"
+#include "tests/support/storage.h"
 
 #include <QtCore/QDir>
 
@@ -44,16 +45,20 @@ TEST_F(ModuleObject, LivesOnWhenItsDirectoryCannotBeMade)
 
 TEST_F(ModuleObject, DestroyingNullDoesNothing)
 {
-    ModelPointer model = moduleLibrary().createModel();
-    model.get_deleter()(nullptr);
-    EXPECT_TRUE(calls.isEmpty());
+    const auto destroy = moduleLibrary().createModel().get_deleter();
+    calls.clear();
+    destroy(nullptr);
+    EXPECT_EQ(lines(calls), "");
 }
 
 TEST_F(ModuleObject, DestroyingAModuleThatWasNeverOpenedWritesNothingAndRunsNothing)
 {
     moduleLibrary().createModel().reset();
-    EXPECT_TRUE(QDir(QLatin1String(fixedProjectDirectory)).entryList(QDir::Files).isEmpty());
-    EXPECT_TRUE(calls.isEmpty());
+    const QDir directory = QString::fromLatin1(fixedProjectDirectory);
+    EXPECT_EQ(lines(directory.entryList(QDir::Files)) + lines(calls), "");
+    startPanel(nullptr);
+    EXPECT_NE(lines(directory.entryList(QDir::Files)), "") << "one that was opened does";
+    EXPECT_NE(lines(calls), "") << "and calls are recorded";
 }
 
 TEST_F(ModuleObject, KeepsTheOperatorLogType)
@@ -75,19 +80,18 @@ TEST_F(ModuleObject, OtherCallsOfTheRootInterfaceChangeNothing)
     model->insertOperatorLog(QStringLiteral("x"));
     model->insertOperatorLog(QStringList(QStringLiteral("x")));
     EXPECT_EQ(model->getOptLogType(), 3);
-    EXPECT_TRUE(calls.isEmpty());
+    EXPECT_EQ(lines(calls), "");
 }
 
 TEST_F(ModuleObject, RebuildingDoesNothing)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 4}});
+    const auto project = perAddressProject({{LW, 0, 4}});
     const auto panel = startPanel(project.get());
+    EXPECT_NE(lines(calls), "") << "what the start called";
     calls.clear();
     panel->model->rebuildExtModelAddr();
-    EXPECT_TRUE(calls.isEmpty());
-    QList<RegisterValueChangeSize> watched;
-    panel->model->getMonitorTriggerAddr(watched);
-    EXPECT_EQ(watched.size(), 4);
+    EXPECT_EQ(lines(calls), "");
+    EXPECT_EQ(watchedCells(*panel->model).size(), 4U);
 }
 
 TEST_F(ModuleObject, TellsItsVersionAsTextAndAsANumber)

@@ -119,7 +119,11 @@ TEST_F(PathMapping, KnowsTheDirectoryInEverySpelling)
 
 TEST_F(PathMapping, LeavesOtherPathsAlone)
 {
+    // A mapping that went by the letters of the path alone would find this one.
+    const QString beside = scratch.path() + QLatin1String("_too");
+    ASSERT_TRUE(QDir().mkdir(beside));
     EXPECT_NE(access("/usr/mapped_by_test_too", F_OK), 0);
+    EXPECT_TRUE(QDir().rmdir(beside));
     EXPECT_NE(access("/usr/mapped_by", F_OK), 0);
     EXPECT_EQ(access("/usr/lib", F_OK), 0);
     EXPECT_EQ(QFileInfo(scratch.path()).canonicalPath(), QDir::tempPath());

@@ -77,24 +77,17 @@ protected:
 TEST_F(RestoreOperations, TheCodeDecidesTheLengthOfANewFile)
 {
     EXPECT_EQ(madeLength({10, 5}, 1), 2);
-    EXPECT_EQ(madeLength({10, 6}, 1), 3);
+    EXPECT_EQ(madeLength({10, 6}, 1), 3) << "one too many for a multiple of eight";
     EXPECT_EQ(madeLength({}, 1), 1);
+    EXPECT_EQ(madeLength({-9, 8}, 1), 1) << "-1 / 8 + 1";
     for (const int code : {2, 5}) {
         EXPECT_EQ(madeLength({10, 5}, code), 30) << code;
         EXPECT_EQ(madeLength({}, code), 0) << code;
-        EXPECT_EQ(madeLength({0}, code), 0) << code;
+        EXPECT_EQ(madeLength({-2, 5}, code), 6) << code;
+        EXPECT_EQ(madeLength({-4}, code), 0) << code;
     }
     for (const int code : {0, 3, 4, 6, -1, 258, std::numeric_limits<int>::max()})
         EXPECT_EQ(madeLength({10, 5}, code), 0) << code;
-}
-
-TEST_F(RestoreOperations, TheFileInformationPointsAtTheFile)
-{
-    std::fstream file;
-    QFileInfo info;
-    QList<MaintenanceFileInfo> blocks;
-    model.initFile(file, info, QStringLiteral("some.dat"), blocks, 2);
-    EXPECT_EQ(info.filePath().toStdString(), "/usr/tavrin/project/some.dat");
 }
 
 TEST_F(RestoreOperations, AnExistingFileIsOpenedOnTheGivenStream)
@@ -110,6 +103,7 @@ TEST_F(RestoreOperations, AnExistingFileIsOpenedOnTheGivenStream)
         EXPECT_TRUE(file.is_open());
         EXPECT_TRUE(file.good());
         EXPECT_EQ(retentionFile("some.dat"), QByteArray(3, '\x11'));
+        EXPECT_EQ(info.filePath().toStdString(), "/usr/tavrin/project/some.dat");
     }
     char bytes[3] = {};
     EXPECT_TRUE(file.read(bytes, 3));
@@ -130,12 +124,6 @@ TEST_F(RestoreOperations, OpeningAStreamThatIsOpenFailsItAndTheRestoreGoesOn)
         ASSERT_EQ(comm.calls.size(), 1U) << "restored from the module's own file, whatever the stream";
         EXPECT_THAT(comm.calls[0].data, testing::ElementsAre(0x2222));
     }
-}
-
-TEST_F(RestoreOperations, AnEmptyListRestoresNothing)
-{
-    openFiles(QByteArray("\x01"), QByteArray(2, '\x11'), QByteArray(2, '\x22'));
-    EXPECT_EQ(restored({}), "");
 }
 
 TEST_F(RestoreOperations, TheBlocksOwnAreaChoosesTheFileAndItsLinkIsHandedOn)
@@ -165,17 +153,6 @@ TEST_F(RestoreOperations, WordsAreFoundByTheirBlocksPlace)
                   std::string(area) + " 7: 3\n" + area + " 8: 512 768\n");
 }
 
-TEST_F(RestoreOperations, AReadPastTheEndDoesNotHinderTheNextBlock)
-{
-    openFiles(QByteArray::fromHex("01"), QByteArray::fromHex("0100"), QByteArray::fromHex("0200"));
-    for (const char* area : {"LW", "RWI"}) {
-        const std::string value = std::string(area) == "LW" ? "1" : "2";
-        EXPECT_EQ(restored({blockAt(area, 1, 2, 50), blockAt(area, 5, 2, 0), blockAt(area, 9, 1, 0)}),
-                  std::string(area) + " 1: 0 0\n" + area + " 5: " + value + " 0\n" + area + " 9: " + value +
-                      "\n");
-    }
-}
-
 TEST_F(RestoreOperations, BlocksWithoutCellsDoNotMoveTheRunningNumber)
 {
     openFiles(QByteArray::fromHex("05"), QByteArray(1, '\0'), QByteArray(1, '\0'));
@@ -184,20 +161,24 @@ TEST_F(RestoreOperations, BlocksWithoutCellsDoNotMoveTheRunningNumber)
               "LB 2: 1\nLB 4: 0\nLB 5: 1\n");
 }
 
-TEST_F(RestoreOperations, WordBlocksMoveTheRunningNumberAndRwiBlocksDoNot)
-{
-    openFiles(QByteArray::fromHex("21"), QByteArray(20, '\0'), QByteArray(20, '\0'));
-    EXPECT_EQ(restored({blockAt("RWI", 0, 4), blockAt("LB", 7, 1)}), "RWI 0: 0 0 0 0\nLB 7: 1\n");
-    EXPECT_EQ(restored({blockAt("LW", 0, 5), blockAt("LB", 7, 1)}), "LW 0: 0 0 0 0 0\nLB 7: 1\n");
-    EXPECT_EQ(restored({blockAt("LW", 0, 4), blockAt("LB", 7, 1)}), "LW 0: 0 0 0 0\nLB 7: 0\n");
-}
-
 TEST_F(RestoreOperations, OtherAreasAreNotRestoredAndMoveTheRunningNumber)
 {
-    openFiles(QByteArray::fromHex("21"), QByteArray(20, '\x11'), QByteArray(20, '\x11'));
-    for (const char* other : {"lb", "", "LWX", "RW"}) {
-        EXPECT_EQ(restored({blockAt(other, 0, 5), blockAt("LB", 7, 1)}), "LB 7: 1\n") << other;
-        EXPECT_EQ(restored({blockAt(other, 0, 4), blockAt("LB", 7, 1)}), "LB 7: 0\n") << other;
+    openFiles(QByteArray::fromHex("21"), QByteArray(20, '\0'), QByteArray(20, '\0'));
+    const struct
+    {
+        const char* area;
+        const char *restored5, *restored4;
+        int bitAfter4;
+    } cases[] = {{"RWI", "RWI 0: 0 0 0 0 0\n", "RWI 0: 0 0 0 0\n", 1}, // it alone does not move it
+                 {"LW", "LW 0: 0 0 0 0 0\n", "LW 0: 0 0 0 0\n", 0},
+                 {"lb", "", "", 0},
+                 {"", "", "", 0},
+                 {"LWX", "", "", 0}};
+    for (const auto& each : cases) {
+        const std::string after = each.restored4 + std::string("LB 7: ") + (each.bitAfter4 ? "1\n" : "0\n");
+        EXPECT_EQ(restored({blockAt(each.area, 0, 4), blockAt("LB", 7, 1)}), after);
+        EXPECT_EQ(restored({blockAt(each.area, 0, 5), blockAt("LB", 7, 1)}),
+                  each.restored5 + std::string("LB 7: 1\n"));
     }
 }
 
@@ -208,13 +189,6 @@ TEST_F(RestoreOperations, TheHostsResultDoesNotMatter)
         comm.result = result;
         EXPECT_EQ(restored({blockAt("LB", 0, 2), blockAt("LW", 0, 1)}), "LB 0: 1\nLB 1: 1\nLW 0: 1\n");
     }
-}
-
-TEST_F(RestoreOperations, ClosedStreamsGiveZeroWordsAndNoBits)
-{
-    model.extModelOpen(nullptr, QString(), &comm);
-    EXPECT_EQ(restored({blockAt("LB", 0, 2), blockAt("LW", 0, 2), blockAt("RWI", 3, 1)}),
-              "LW 0: 0 0\nRWI 3: 0\n");
 }
 
 } // namespace

@@ -14,10 +14,10 @@ class SimulatedPanel : public ModuleTest
 TEST(MemoryArea, OneMemoryServesAsImageAndAsCells)
 {
     MemoryAreas areas;
-    MemoryArea& bits = *areas.named(QStringLiteral("LB"));
+    MemoryArea& bits = *areas.named(LB);
     MemoryArea& words = *areas.withCode(0);
-    EXPECT_EQ(words.name(), QStringLiteral("LW"));
-    EXPECT_EQ(areas.withCode(2)->name(), QStringLiteral("RWI"));
+    EXPECT_EQ(words.name(), LW);
+    EXPECT_EQ(areas.withCode(2)->name(), RWI);
     EXPECT_EQ(bits.memory().size(), 65536U);
     EXPECT_EQ(words.memory().size(), 131072U);
 
@@ -34,7 +34,7 @@ TEST(MemoryArea, OneMemoryServesAsImageAndAsCells)
 TEST(MemoryArea, CellsOutsideTheAreaDoNotExist)
 {
     MemoryAreas areas;
-    MemoryArea& words = *areas.named(QStringLiteral("LW"));
+    MemoryArea& words = *areas.named(LW);
     EXPECT_EQ(words.cell(-1), std::nullopt);
     EXPECT_EQ(words.cell(65536), std::nullopt);
     EXPECT_FALSE(words.setCell(-1, 1));
@@ -48,7 +48,7 @@ TEST(SimulatedComm, CutsRequestsAtTheAreasEdges)
     MemoryAreas areas;
     SimulatedComm comm(areas);
     const ushort data[] = {1, 2, 3, 4};
-    const QString area = QStringLiteral("LW");
+    const QString area = LW;
     EXPECT_EQ(comm.writeRegisterValues(QString(), area, -2, -1, 4, data), 2);
     EXPECT_EQ(areas.named(area)->cell(0), 3);
     EXPECT_EQ(areas.named(area)->cell(1), 4);
@@ -78,25 +78,25 @@ TEST(WatchList, JoinsNeighboursIntoRanges)
     list.add(records);
     const auto ranges = list.ranges();
     ASSERT_EQ(ranges.size(), 2U);
-    EXPECT_EQ(ranges[0].area, QStringLiteral("LW"));
+    EXPECT_EQ(ranges[0].area, LW);
     EXPECT_EQ(ranges[0].first, 3);
     EXPECT_EQ(ranges[0].last, 5);
     EXPECT_EQ(ranges[1].first, 10);
     EXPECT_EQ(ranges[1].last, 12);
-    EXPECT_TRUE(list.contains(QStringLiteral("LW"), 12));
-    EXPECT_FALSE(list.contains(QStringLiteral("LW"), 13));
-    EXPECT_FALSE(list.contains(QStringLiteral("LB"), 12));
+    EXPECT_TRUE(list.contains(LW, 12));
+    EXPECT_FALSE(list.contains(LW, 13));
+    EXPECT_FALSE(list.contains(LB, 12));
 }
 
 TEST_F(SimulatedPanel, ReportsWatchedCellsThatAreSetAndOnlyThose)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 100, 2}});
+    const auto project = perAddressProject({{LW, 100, 2}});
     const auto panel = startPanel(project.get());
     calls.clear();
-    EXPECT_TRUE(panel->setCells(QStringLiteral("LW"), 99, {1, 2, 3, 4}));
+    EXPECT_TRUE(panel->setCells(LW, 99, {1, 2, 3, 4}));
     EXPECT_EQ(syncs(), 2) << "one for each of the two watched cells";
     EXPECT_EQ(retentionFile(wordFileName), QByteArray::fromHex("02000300"));
-    EXPECT_FALSE(panel->setCells(QStringLiteral("LW"), 65535, {1, 2}));
+    EXPECT_FALSE(panel->setCells(LW, 65535, {1, 2}));
     EXPECT_FALSE(panel->setCells(QStringLiteral("XX"), 0, {1}));
     EXPECT_EQ(syncs(), 2);
 }

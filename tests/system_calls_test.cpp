@@ -13,9 +13,6 @@
 
 namespace {
 
-const QString LB = QStringLiteral("LB");
-const QString LW = QStringLiteral("LW");
-
 using Kind = FileCall::Kind;
 
 struct Call

@@ -69,16 +69,6 @@ TEST_F(WriteThrough, GoesThroughEveryBlockThatHoldsTheCellAndSyncsOnce)
     EXPECT_EQ(lines(calls), "sync");
 }
 
-TEST_F(WriteThrough, SetsOverlappingBitsInEveryBlock)
-{
-    writeRetentionFile(fileName, QByteArray(2, '\0'));
-    blocks = {blockAt(10, 4, 0), blockAt(11, 4, 0, 7)};
-    comm.value = [](const QString&, int) { return 1; };
-    EXPECT_EQ(changed("LB", 12), "04 01");
-    EXPECT_EQ(readsOf(comm), "LB 12 1\nLB 12 1\n");
-    EXPECT_EQ(lines(calls), "sync");
-}
-
 TEST_F(WriteThrough, ChoosesByTheGivenNameAndNotByTheBlocks)
 {
     writeRetentionFile(fileName, QByteArray(4, '\0'));
@@ -123,31 +113,26 @@ TEST_F(WriteThrough, ComparesAddressesSigned)
     EXPECT_EQ(readsOf(comm), "LW -3 3\n");
 }
 
-TEST_F(WriteThrough, OfANullNameDoesNothingAtAll)
-{
-    writeRetentionFile(fileName, QByteArray(4, '\x77'));
-    blocks = {blockAt(0, 2, 0, 0, "LW")};
-    EXPECT_EQ(changed(nullptr, 1), "77 77 77 77");
-    EXPECT_EQ(readsOf(comm), "");
-    EXPECT_EQ(lines(calls), "") << "no sync either";
-    EXPECT_FALSE(file.is_open());
-}
-
-TEST_F(WriteThrough, WithoutACommunicationInterfaceDoesNothingAtAll)
+TEST_F(WriteThrough, OfANullNameOrWithoutACommunicationInterfaceDoesNothingAtAll)
 {
     writeRetentionFile(fileName, QByteArray(4, '\x77'));
     blocks = {blockAt(0, 2, 0)};
-    model.extModelOpen(nullptr, QString(), nullptr);
-    EXPECT_EQ(changed("LW", 1), "77 77 77 77");
-    EXPECT_EQ(lines(calls), "");
-    EXPECT_FALSE(file.is_open());
+    for (const bool hasComm : {true, false}) {
+        model.extModelOpen(nullptr, QString(), hasComm ? &comm : nullptr);
+        EXPECT_EQ(changed(hasComm ? nullptr : "LW", 1), "77 77 77 77");
+        EXPECT_EQ(readsOf(comm) + lines(calls), "") << "no sync either";
+        EXPECT_FALSE(file.is_open());
+    }
+    model.extModelOpen(nullptr, QString(), &comm);
+    EXPECT_EQ(changed("LW", 1), "00 00 00 00") << "with both it does";
 }
 
-TEST_F(WriteThrough, TakesAllSixteenBitsOfABitsValue)
+TEST_F(WriteThrough, TakesAllSixteenBitsOfABitsValueAndNoNoticeOfTheHostsResult)
 {
     writeRetentionFile(fileName, QByteArray(1, '\0'));
     blocks = {blockAt(0, 8, 0)};
     for (const ushort value : {0x0001, 0x0100, 0x8000, 0xffff, 0x0002}) {
+        comm.result = value - 2; // which does not matter
         comm.value = [](const QString&, int) { return 0; };
         EXPECT_EQ(changed("LB", 4), "00");
         comm.value = [value](const QString&, int) { return value; };
@@ -167,85 +152,43 @@ TEST_F(WriteThrough, GivesTheHostZeroedBuffersAndStoresWhatItLeavesInThem)
     EXPECT_THAT(comm.calls[0].data, testing::ElementsAre(0));
 }
 
-TEST_F(WriteThrough, TakesNoNoticeOfTheHostsResult)
-{
-    writeRetentionFile(fileName, QByteArray(2, '\0'));
-    blocks = {blockAt(0, 1, 0)};
-    for (const int result : {-1, 0, 1, 12345}) {
-        comm.result = result;
-        comm.value = [result](const QString&, int) { return static_cast<ushort>(result & 0xff); };
-        EXPECT_EQ(changed("LW", 0),
-                  hex(QByteArray(1, static_cast<char>(result & 0xff)) + QByteArray(1, '\0')));
-        EXPECT_EQ(lines(calls), "sync");
-    }
-}
-
-TEST_F(WriteThrough, UsesTheStreamThatIsOpenWhateverItsFile)
-{
-    writeRetentionFile(fileName, QByteArray(2, '\x77'));
-    writeRetentionFile("other.dat", QByteArray(2, '\x77'));
-    model.checkFile(file, "other.dat");
-    blocks = {blockAt(0, 1, 0)};
-    comm.value = [](const QString&, int) { return 0x0102; };
-    EXPECT_EQ(changed("LW", 0), "77 77");
-    EXPECT_EQ(hex(retentionFile("other.dat")), "02 01");
-}
-
 TEST_F(WriteThrough, ABlockInFrontOfTheFileFailsTheStreamForGood)
 {
-    writeRetentionFile(fileName, QByteArray(4, '\x77'));
-    blocks = {blockAt(0, 1, -4), blockAt(10, 1, 0)};
     comm.value = [](const QString&, int) { return 0x0102; };
-    EXPECT_EQ(changed("LW", 0), "77 77 77 77");
-    EXPECT_TRUE(file.fail());
-    EXPECT_EQ(changed("LW", 10), "77 77 77 77") << "the stream is open and stays failed";
-    EXPECT_EQ(readsOf(comm), "LW 10 1\n");
-    EXPECT_EQ(lines(calls), "sync");
-}
-
-TEST_F(WriteThrough, ABitWithANegativeRemainderIsNoBitOfTheFile)
-{
-    writeRetentionFile(fileName, QByteArray(4, '\x77'));
-    blocks = {blockAt(0, 8, 2, -3)}; // as behind a negative count
-    comm.value = [](const QString&, int) { return 1; };
-    for (int address = 0; address < 3; ++address) {
-        EXPECT_EQ(changed("LB", address), "77 77 77 77") << address;
-        EXPECT_EQ(readsOf(comm), "LB " + std::to_string(address) + " 1\n");
+    const MaintenanceFileInfo inFront[] = {blockAt(0, 1, -4), blockAt(0, 1, 0, -9), blockAt(0, 1, 0, -16)};
+    for (const MaintenanceFileInfo& block : inFront) {
+        const char* const area = block.bitOffset == 0 ? "LW" : "LB";
+        file = std::fstream();
+        writeRetentionFile(fileName, QByteArray(4, '\x70'));
+        blocks = {block, blockAt(10, 1, 0)};
+        EXPECT_EQ(changed(area, 0), "70 70 70 70");
+        EXPECT_TRUE(file.fail());
+        EXPECT_EQ(changed(area, 10), "70 70 70 70") << "the stream is open and stays failed";
+        EXPECT_EQ(readsOf(comm), area + std::string(" 10 1\n"));
         EXPECT_EQ(lines(calls), "sync");
     }
-    EXPECT_EQ(changed("LB", 6), "77 77 7f 77") << "from its fourth cell on the block lies in its byte";
 }
 
-TEST_F(WriteThrough, ABitWithANegativeRemainderHasItsByteWrittenBackAsItWas)
+TEST_F(WriteThrough, BitsThatNegativeCountsMoveLieInTheByteOfTheirQuotientOrInNone)
 {
-    writeRetentionFile(fileName, QByteArray(2, '\x77'));
-    blocks = {blockAt(0, 8, 2, -3)};
+    const struct
+    {
+        int fileOffset, bitOffset, address;
+        const char* after;
+    } cases[] = {{2, -3, 0, "70 70 70 70"}, // a negative remainder is no bit: the byte is written as it was
+                 {2, -3, 2, "70 70 70 70"},    {2, -3, 6, "70 70 78 70"},
+                 {4, -3, 0, "70 70 70 70 00"}, // also the one past the end, which reads as 0
+                 {2, -8, 0, "70 71 70 70"},    {2, -8, 1, "70 70 70 70"},
+                 {2, -8, 8, "70 70 71 70"}};
     comm.value = [](const QString&, int) { return 1; };
-    EXPECT_EQ(changed("LB", 0), "77 77 00") << "the byte past the end reads as 0 and is written";
-    EXPECT_FALSE(file.fail());
-}
-
-TEST_F(WriteThrough, ABitBeforeTheFileFailsItsStreamForGood)
-{
-    for (const int bitOffset : {-9, -16}) { // a negative remainder, and none
-        file = std::fstream();
-        writeRetentionFile(fileName, QByteArray(2, '\x70'));
-        blocks = {blockAt(0, 1, 0, bitOffset), blockAt(10, 1, 0)};
-        comm.value = [](const QString&, int) { return 1; };
-        EXPECT_EQ(changed("LB", 0), "70 70");
-        EXPECT_TRUE(file.fail()) << bitOffset;
-        EXPECT_EQ(changed("LB", 10), "70 70") << "the stream is open and stays failed";
+    for (const auto& each : cases) {
+        writeRetentionFile(fileName, QByteArray(4, '\x70'));
+        blocks = {blockAt(0, 9, each.fileOffset, each.bitOffset)};
+        EXPECT_EQ(changed("LB", each.address), each.after) << each.bitOffset << ' ' << each.address;
+        EXPECT_EQ(readsOf(comm), "LB " + std::to_string(each.address) + " 1\n");
+        EXPECT_EQ(lines(calls), "sync");
+        EXPECT_FALSE(file.fail());
     }
-}
-
-TEST_F(WriteThrough, AWholeByteInFrontOfItsBlocksByteLiesInTheByteBefore)
-{
-    writeRetentionFile(fileName, QByteArray(4, '\x76'));
-    blocks = {blockAt(0, 9, 2, -8)}; // as behind counts of -7 and -7
-    comm.value = [](const QString&, int) { return 1; };
-    EXPECT_EQ(changed("LB", 0), "76 77 76 76");
-    EXPECT_EQ(changed("LB", 1), "76 77 76 76") << "a remainder of -7 is no bit of any byte";
-    EXPECT_EQ(changed("LB", 8), "76 77 77 76");
 }
 
 } // namespace

@@ -3,9 +3,9 @@
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/module_test.h"
+#include "tests/support/scripted_comm.h"
 
-#include <QtCore/QDir>
-
+#include <array>
 #include <fstream>
 
 namespace {
@@ -23,21 +23,37 @@ TEST_F(HostileCalls, AWholeAreaPanelWithoutAreasStillMakesItsFilesAndSyncs)
     EXPECT_EQ(syncs(), 1);
 }
 
+/// A runtime that has memory for every code.
+class GenerousComm : public ScriptedComm
+{
+public:
+    void* getAreaMemory(int) override { return memory.data(); }
+    std::array<char, 131072> memory = {};
+};
+
 TEST_F(HostileCalls, AnUnknownAreaCodeMakesAnEmptyFileAndMovesNothing)
 {
-    QDir().mkpath(QLatin1String(fixedProjectDirectory));
+    GenerousComm comm;
     poweroff_protect module;
-    std::fstream file;
-    module.initFile(file, QStringLiteral("other.dat"), 7);
-    module.writeFile(file, 7);
-    EXPECT_TRUE(file.is_open());
-    EXPECT_EQ(retentionFile(QStringLiteral("other.dat")), QByteArray(""));
+    module.extModelOpen(nullptr, QString(), &comm);
+    for (const int code : {7, 0}) { // and a known one, for which there is something to see
+        comm.memory.fill('\x11');
+        std::fstream file;
+        module.initFile(file, QStringLiteral("%1.dat").arg(code), code);
+        EXPECT_TRUE(file.is_open());
+        EXPECT_TRUE(file.good()) << "nothing was read past the end";
+        EXPECT_EQ(comm.memory[0], code == 7 ? '\x11' : '\0');
+        comm.memory.fill('\x22');
+        module.writeFile(file, code);
+        EXPECT_EQ(retentionFile(QStringLiteral("%1.dat").arg(code)),
+                  QByteArray(code == 7 ? 0 : 131072, '\x22'));
+    }
 }
 
 TEST_F(HostileCalls, ABlockOfMoreThanAMillionCellsIsWatchedToItsEnd)
 {
     setCallLog(nullptr);
-    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 1000001}});
+    const auto project = perAddressProject({{LW, 0, 1000001}});
     poweroff_protect module;
     module.extModelOpen(project.get(), QString(), nullptr);
     QList<RegisterValueChangeSize> watched;

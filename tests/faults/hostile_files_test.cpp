@@ -138,8 +138,7 @@ private:
 
 TEST_P(HostileFiles, StopNoPerAddressLifeAndCostNoOtherArea)
 {
-    const auto project = perAddressProject(
-        {{QStringLiteral("LB"), 0, 8}, {QStringLiteral("LW"), 0, 2}, {QStringLiteral("RWI"), 0, 2}});
+    const auto project = perAddressProject({{LB, 0, 8}, {LW, 0, 2}, {RWI, 0, 2}});
     ushort last = 0;
     for (const ushort value : {1, 0, 1}) {
         auto panel = startPanel(project.get());

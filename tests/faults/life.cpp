@@ -188,17 +188,6 @@ Files filesAtStart(Mode mode, StartFiles kind)
 void lay(const Files& files, bool withDirectory)
 {
     removeDirectory(QStringLiteral("/usr/tavrin"));
-    if (withDirectory)
-        QDir().mkpath(QLatin1String(fixedProjectDirectory));
-    for (std::size_t a = 0; a < files.size(); ++a)
-        if (files[a])
-            writeRetentionFile(QLatin1String(lifeAreas[a].fileName), *files[a]);
-}
-
-Files filesNow()
-{
-    Files files;
-    for (std::size_t a = 0; a < files.size(); ++a)
-        files[a] = retentionFile(QLatin1String(lifeAreas[a].fileName));
-    return files;
+    if (withDirectory && QDir().mkpath(QLatin1String(fixedProjectDirectory)))
+        layFiles(files);
 }

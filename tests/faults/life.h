@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tests/support/module_test.h"
+#include "tests/support/retention_files.h"
 
 #include <QtCore/QByteArray>
 
@@ -50,8 +51,7 @@ extern const std::vector<Change> lifeChanges;
 /// Cyclic calls of a whole-area life.
 const int lifeCycles = 3;
 
-using Images = std::array<QByteArray, 3>;               ///< the areas' memories
-using Files = std::array<std::optional<QByteArray>, 3>; ///< nothing: no such file
+using Images = std::array<QByteArray, 3>; ///< the areas' memories
 
 /// What an area's memory holds when the panel starts, and before the n-th cyclic call (from 1).
 QByteArray imageAtStart(const LifeArea& area);
@@ -69,7 +69,6 @@ Files filesAtStart(Mode mode, StartFiles kind);
 
 /// Puts the fixed directory into that state. Without a directory there are no files.
 void lay(const Files& files, bool withDirectory);
-Files filesNow();
 
 /// Steps of a life. From FirstEvent on each change or cyclic call is a step, and the stop is the last one.
 enum Step

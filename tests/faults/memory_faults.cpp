@@ -4,7 +4,8 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <cstdint>
+#include <new>
+#include <unordered_set>
 
 // The C library's own names for what is interposed here; asking the loader for them would allocate.
 extern "C" {
@@ -23,48 +24,37 @@ MemoryFault plan;
 int seen = 0;
 bool happened = false;
 
-/// The module's blocks in use: a hash set without deletion marks, large enough never to fill up.
-const std::size_t places = 1 << 16;
-void* blocks[places];
-int inUse = 0;
-
-std::size_t placeOf(const void* block)
+/// Takes its memory past the functions below.
+template <typename T> struct PlainAllocator
 {
-    return (reinterpret_cast<std::uintptr_t>(block) >> 4) * 2654435761u % places;
+    using value_type = T;
+    PlainAllocator() = default;
+    template <typename U> PlainAllocator(const PlainAllocator<U>&) {}
+    T* allocate(std::size_t count) { return static_cast<T*>(__libc_malloc(count * sizeof(T))); }
+    void deallocate(T* memory, std::size_t) { __libc_free(memory); }
+    template <typename U> bool operator==(const PlainAllocator<U>&) const { return true; }
+    template <typename U> bool operator!=(const PlainAllocator<U>&) const { return false; }
+};
+
+/// The module's blocks in use. Made by the first one, and never destroyed.
+auto& blocks()
+{
+    using Set = std::unordered_set<void*, std::hash<void*>, std::equal_to<void*>, PlainAllocator<void*>>;
+    static Set& set = *new (__libc_malloc(sizeof(Set))) Set;
+    return set;
 }
 
 void* remember(void* block)
 {
-    if (!block || !inModule)
-        return block;
-    std::size_t at = placeOf(block);
-    while (blocks[at])
-        at = (at + 1) % places;
-    blocks[at] = block;
-    ++inUse;
+    if (block && inModule)
+        blocks().insert(block);
     return block;
 }
 
 void forget(void* block)
 {
-    if (!block || inUse == 0)
-        return;
-    std::size_t at = placeOf(block);
-    while (blocks[at] && blocks[at] != block)
-        at = (at + 1) % places;
-    if (!blocks[at])
-        return;
-    blocks[at] = nullptr;
-    --inUse;
-    // What was pushed behind the freed place moves up.
-    for (std::size_t k = (at + 1) % places; blocks[k]; k = (k + 1) % places) {
-        void* const moved = blocks[k];
-        blocks[k] = nullptr;
-        std::size_t to = placeOf(moved);
-        while (blocks[to])
-            to = (to + 1) % places;
-        blocks[to] = moved;
-    }
+    if (block)
+        blocks().erase(block);
 }
 
 bool failsNow()
@@ -111,7 +101,7 @@ bool memoryFaultHappened()
 
 int moduleBlocksInUse()
 {
-    return inUse;
+    return static_cast<int>(blocks().size());
 }
 
 extern "C" {

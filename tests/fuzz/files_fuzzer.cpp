@@ -2,15 +2,11 @@
 // name and address, in both modes, over several starts with the same project or another one. Files, cells and
 // syncs must come out as the account of them says. SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
-#include "simulated_host/shell.h"
-#include "simulated_host/simulated_comm.h"
 #include "tests/fuzz/fuzz_check.h"
 #include "tests/fuzz/fuzz_start.h"
 #include "tests/fuzz/hostile_files.h"
 #include "tests/fuzz/project_from_bytes.h"
-#include "tests/support/kept_files_model.h"
-
-#include <QtCore/QFile>
+#include "tests/support/checked_life.h"
 
 #include <algorithm>
 #include <cstring>
@@ -19,34 +15,8 @@
 
 namespace {
 
-const char* const fileNames[3] = {"maintenance-bit.dat", "maintenance-word.dat", "maintenance-RWI.dat"};
-
-QString pathOf(std::size_t area)
-{
-    return QStringLiteral("/usr/tavrin/project/") + QLatin1String(fileNames[area]);
-}
-
-void layFiles(const Files& files)
-{
-    for (std::size_t a = 0; a < 3; ++a) {
-        QFile file(pathOf(a));
-        if (!files[a])
-            file.remove();
-        else
-            FUZZ_CHECK(file.open(QIODevice::WriteOnly) && file.write(*files[a]) == files[a]->size());
-    }
-}
-
-std::optional<QByteArray> fileNow(std::size_t area)
-{
-    QFile file(pathOf(area));
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    return file.readAll();
-}
-
-/// The areas hold something everywhere, so that nothing is mistaken for untouched.
-void fillAreas(MemoryAreas& areas)
+/// They hold something everywhere, so that nothing is mistaken for untouched.
+const MemoryAreas& filledAreas()
 {
     static const MemoryAreas filled = [] {
         MemoryAreas made;
@@ -56,8 +26,7 @@ void fillAreas(MemoryAreas& areas)
                              static_cast<ushort>(area.isBits() ? address % 3 == 0 : address * 11 + 5));
         return made;
     }();
-    for (std::size_t a = 0; a < 3; ++a)
-        areas.all()[a].memory() = filled.all()[a].memory();
+    return filled;
 }
 
 _ExtendTriggerMsg_t messageFrom(FuzzInput& input, int form)
@@ -74,35 +43,19 @@ _ExtendTriggerMsg_t messageFrom(FuzzInput& input, int form)
     return message;
 }
 
-/// A panel that runs, and the account of it.
-struct Life
+void check(CheckedLife& life)
 {
-    /// Switches the panel on, with these files, which are laid already.
-    Life(object& project, ExpectedProject retention, const Files& files, SimulatedComm& comm,
-         MemoryAreas& expectedAreas)
-        : model(std::move(retention), expectedAreas, files), syncsBefore(commandsRun(QStringLiteral("sync")))
-    {
-        module.extModelOpen(&project, QString(), &comm);
-        model.open();
-    }
+    const std::string difference = life.difference() + life.cellDifference();
+    if (!difference.empty())
+        std::fputs(difference.c_str(), stderr);
+    FUZZ_CHECK(difference.empty());
+}
 
-    void checkSyncsAndFiles() const
-    {
-        FUZZ_CHECK(commandsRun(QStringLiteral("sync")) - syncsBefore == model.syncs());
-        for (std::size_t a = 0; a < 3; ++a)
-            FUZZ_CHECK(fileNow(a) == model.file(a));
-    }
-
-    poweroff_protect module;
-    KeptFilesModel model;
-    int syncsBefore;
-    bool ready = false;
-};
-
-void checkAreas(const MemoryAreas& areas, const MemoryAreas& expected)
+/// Switches a panel on, with these files, which are laid already.
+std::unique_ptr<CheckedLife> start(object& project, const Files& files)
 {
-    for (std::size_t a = 0; a < 3; ++a)
-        FUZZ_CHECK(areas.all()[a].memory() == expected.all()[a].memory());
+    return std::make_unique<CheckedLife>(ModelPointer(createModel(), deletModel), project, filledAreas(),
+                                         files);
 }
 
 std::unique_ptr<object> nextProject(FuzzInput& input)
@@ -125,52 +78,38 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     FuzzInput input(data, size);
-    const Files start = filesFrom(input);
+    const Files files = filesFrom(input);
     auto project = nextProject(input);
     if (!isCheckable(expectedOf(*project)))
         return -1;
 
-    static MemoryAreas areas;
-    static MemoryAreas expectedAreas;
-    SimulatedComm comm(areas);
-    fillAreas(areas);
-    fillAreas(expectedAreas);
-    layFiles(start);
-    auto life = std::make_unique<Life>(*project, expectedOf(*project), start, comm, expectedAreas);
+    layFiles(files);
+    auto life = start(*project, files);
+    bool ready = false;
     for (int lives = 1; !input.atEnd();) {
         const int form = input.byte();
-        if (form % 16 == 0 && !life->ready) {
-            life->ready = true;
-            life->module.extModelInit();
-            life->model.init();
+        if (form % 16 == 0 && !ready) {
+            ready = true;
+            life->init();
         } else if (form % 16 == 1) {
-            FUZZ_CHECK(life->module.cyclicRun() == 0);
-            life->model.cyclicRun();
+            life->save();
         } else if (form % 16 < 4 && lives < mostLives) { // a restart, with the same project or another one
             ++lives;
-            life->checkSyncsAndFiles();
-            checkAreas(areas, expectedAreas);
-            const Files files = {life->model.file(0), life->model.file(1), life->model.file(2)};
-            life.reset();
-            for (std::size_t a = 0; a < 3; ++a)
-                FUZZ_CHECK(fileNow(a) == files[a]);
+            ready = false;
+            life->end();
+            check(*life);
             auto other = form % 16 == 2 ? nullptr : nextProject(input);
             if (other && isCheckable(expectedOf(*other)))
                 project = std::move(other);
-            fillAreas(areas);
-            fillAreas(expectedAreas);
-            life = std::make_unique<Life>(*project, expectedOf(*project), files, comm, expectedAreas);
+            life = start(*project, life->files());
         } else {
             const auto message = messageFrom(input, form >> 4);
             const auto name = QByteArray(message.areaName, sizeof message.areaName);
-            for (MemoryAreas* const all : {&areas, &expectedAreas})
-                if (MemoryArea* const area = all->named(QString::fromLatin1(name.constData())))
-                    area->setCell(message.address, static_cast<ushort>(form * 257));
-            life->module.addrOptChangeMsg(&message);
-            life->model.change(name, message.address);
+            life->setCell(QString::fromLatin1(name.constData()), message.address,
+                          static_cast<ushort>(form * 257));
+            life->report(message);
         }
     }
-    life->checkSyncsAndFiles();
-    checkAreas(areas, expectedAreas);
+    check(*life);
     return 0;
 }

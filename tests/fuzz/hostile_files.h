@@ -4,14 +4,7 @@
 
 #include "tests/fuzz/fuzz_input.h"
 #include "tests/support/expected_project.h"
-
-#include <QtCore/QByteArray>
-
-#include <array>
-#include <optional>
-
-/// Of "LB", "LW", "RWI"; nothing where there is no file.
-using Files = std::array<std::optional<QByteArray>, 3>;
+#include "tests/support/retention_files.h"
 
 /// For each area no file, one of a few bytes, one of any length, or one as the whole-area mode leaves it.
 Files filesFrom(FuzzInput& input);

@@ -1,6 +1,8 @@
 // Runs a fuzzer without a fuzzing engine: over the files of its corpus, then over changed copies of them,
 // always the same ones.
 // SPDX-License-Identifier: MIT
+#include "tests/support/random_source.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -8,12 +10,13 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <random>
 #include <string>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 extern "C" __attribute__((weak)) int LLVMFuzzerInitialize(int* argc, char*** argv);
+/// Whether the inputs have reached what the fuzzer is about; says what they have not.
+extern "C" __attribute__((weak)) bool reachedAll();
 
 namespace {
 
@@ -33,15 +36,15 @@ std::vector<Bytes> readCorpus(const std::filesystem::path& folder)
     return corpus;
 }
 
-Bytes changed(Bytes bytes, std::mt19937& random)
+Bytes changed(Bytes bytes, RandomSource& random)
 {
-    for (unsigned changes = 1 + random() % 4; changes > 0; --changes) {
-        const std::size_t at = random() % (bytes.size() + 1);
+    for (int changes = random.between(1, 4); changes > 0; --changes) {
+        const auto at = static_cast<std::size_t>(random.below(static_cast<int>(bytes.size()) + 1));
         const auto place = bytes.begin() + static_cast<std::ptrdiff_t>(at);
-        const auto value = static_cast<std::uint8_t>(random());
-        if (at == bytes.size() || random() % 3 == 0)
+        const auto value = static_cast<std::uint8_t>(random.below(256));
+        if (at == bytes.size() || random.oneIn(3))
             bytes.insert(place, value);
-        else if (random() % 2 == 0)
+        else if (random.oneIn(2))
             bytes.erase(place);
         else
             *place = value;
@@ -62,12 +65,12 @@ int main(int argc, char** argv)
     const std::vector<Bytes> corpus = readCorpus(argv[1]);
     for (const Bytes& bytes : corpus)
         LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
-    std::mt19937 random(1); // NOLINT(cert-msc51-cpp): the same copies in every run
+    RandomSource random(1); // the same copies in every run
     const int copies = std::atoi(argv[2]);
     for (int k = 0; k < copies && !corpus.empty(); ++k) {
-        const Bytes bytes = changed(corpus[random() % corpus.size()], random);
+        const Bytes bytes = changed(random.oneOf(corpus), random);
         LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
     }
     std::cout << corpus.size() << " files and " << copies << " changed copies\n";
-    return corpus.empty() ? 1 : 0;
+    return corpus.empty() || (reachedAll && !reachedAll()) ? 1 : 0;
 }

@@ -6,9 +6,6 @@ namespace {
 
 using Values = std::vector<ushort>;
 
-const QString LB = QStringLiteral("LB");
-const QString LW = QStringLiteral("LW");
-
 class Limits : public ModuleTest
 {
 protected:

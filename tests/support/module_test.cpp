@@ -69,6 +69,21 @@ void addEntry(object& retention, const Entry& entry)
         .setNumber(QStringLiteral("index"), entry.index);
 }
 
+std::vector<std::string> cellsOf(const QList<RegisterValueChangeSize>& records)
+{
+    std::vector<std::string> cells;
+    for (const RegisterValueChangeSize& record : records)
+        cells.push_back(std::string(record.areaName) + ' ' + std::to_string(record.address));
+    return cells;
+}
+
+std::vector<std::string> watchedCells(ExtendFuncModelBase& model)
+{
+    QList<RegisterValueChangeSize> records;
+    model.getMonitorTriggerAddr(records);
+    return cellsOf(records);
+}
+
 ModuleTest::ModuleTest()
 {
     const QByteArray fixed(fixedProjectDirectory);

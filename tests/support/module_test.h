@@ -17,7 +17,12 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
+
+inline const QString LB = QStringLiteral("LB");
+inline const QString LW = QStringLiteral("LW");
+inline const QString RWI = QStringLiteral("RWI");
 
 inline const char* const bitFileName = "maintenance-bit.dat";
 inline const char* const wordFileName = "maintenance-word.dat";
@@ -47,6 +52,11 @@ struct Entry
 /// A project in per-address mode.
 std::unique_ptr<object> perAddressProject(const std::vector<Entry>& entries);
 void addEntry(object& retention, const Entry& entry);
+
+/// "AREA ADDRESS" of every watch record.
+std::vector<std::string> cellsOf(const QList<RegisterValueChangeSize>& records);
+/// The same for what the module asks to watch.
+std::vector<std::string> watchedCells(ExtendFuncModelBase& model);
 
 /// Every test begins without /usr/tavrin, with an empty call log that records, and with a shell that only
 /// counts.

@@ -7,6 +7,7 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QDir>
+#include <QtCore/QFileInfo>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -42,6 +43,22 @@ inline void blockProjectDirectory()
     removeDirectory(QLatin1String(fixedProjectDirectory));
     QDir().mkpath(QStringLiteral("/usr/tavrin"));
     ASSERT_TRUE(QFile(QLatin1String(fixedProjectDirectory)).open(QIODevice::WriteOnly));
+}
+
+/// The retention files that this process has open.
+inline QStringList openFiles()
+{
+    QStringList names;
+    const QFileInfoList descriptors =
+        QDir(QStringLiteral("/proc/self/fd"))
+            .entryInfoList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System);
+    for (const QFileInfo& descriptor : descriptors) {
+        const QString target = descriptor.symLinkTarget();
+        if (target.startsWith(QLatin1String(fixedProjectDirectory)))
+            names.append(target.section(QLatin1Char('/'), -1));
+    }
+    names.sort();
+    return names;
 }
 
 /// `size` bytes that differ from place to place and from seed to seed.

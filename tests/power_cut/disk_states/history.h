@@ -3,7 +3,7 @@
 #pragma once
 
 #include "tests/power_cut/disk_states/life.h"
-#include "tests/power_cut/support/command.h"
+#include "tests/power_cut/support/findings.h"
 #include "tests/power_cut/support/panel_project.h"
 
 #include <unordered_set>
@@ -77,7 +77,7 @@ private:
     const Kind kind;
     RandomSource random;
     const PanelProject project;
-    const RetainedCells cells;
+    const RetainedCells& cells;
     Findings& findings;
     Totals& totals;
     Totals::OfKind& ofKind;

@@ -5,7 +5,6 @@
 #include "tests/power_cut/disk_states/recorder.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
 
@@ -207,7 +206,7 @@ QStringList startPanel(Panel& panel, const RetainedCells& cells, const Files& fo
 {
     fillAtRandom(panel.areas, random);
     MemoryAreas expected = panel.areas;
-    restoreInto(expected, cells, found);
+    const Files must = filesAfterStart(found, cells, expected);
     panel.open();
     // The runtime may ask for the watch list as soon as the module is open.
     const bool asksEarly = random.oneIn(2);
@@ -220,11 +219,11 @@ QStringList startPanel(Panel& panel, const RetainedCells& cells, const Files& fo
     for (std::size_t i = 0; i < 3; ++i) {
         const MemoryArea& area = panel.areas.all()[i];
         const auto& memory = area.memory();
-        const auto& must = expected.all()[i].memory();
-        if (std::memcmp(memory.data(), must.data(), memory.size()) == 0)
+        const auto& mustHave = expected.all()[i].memory();
+        if (memory == mustHave)
             continue;
         for (std::size_t byte = 0, left = mostLines; byte < memory.size() && left > 0; ++byte) {
-            if (memory[byte] == must[byte])
+            if (memory[byte] == mustHave[byte])
                 continue;
             const int address = static_cast<int>(byte) / (area.isBits() ? 1 : 2);
             const Block whole = {};
@@ -233,6 +232,12 @@ QStringList startPanel(Panel& panel, const RetainedCells& cells, const Files& fo
             --left;
         }
     }
+    const Files left = readProjectDirectory().files;
+    for (const auto& [name, bytes] : must)
+        if (left.count(name) == 0 || left.at(name) != bytes)
+            lines.append(QStringLiteral("%1 is not what the start must leave").arg(name));
+    if (left.size() > must.size())
+        lines.append(QStringLiteral("the start left a file of its own"));
     return lines;
 }
 

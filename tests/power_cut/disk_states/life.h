@@ -72,6 +72,6 @@ struct RecordedLife
 RecordedLife recordLife(const ModuleLibrary& library, object* project, const RetainedCells& cells,
                         const DiskImage& found, const LifePlan& plan, RandomSource& random);
 
-/// Starts a panel whose memory is random; a line for everything in all of the memory that is not what the
-/// start must make of it.
+/// Starts a panel whose memory is random; a line for everything in all of the memory and in the files that is
+/// not what the start must make of it.
 QStringList startPanel(Panel& panel, const RetainedCells& cells, const Files& found, RandomSource& random);

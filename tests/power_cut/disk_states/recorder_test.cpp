@@ -91,16 +91,20 @@ TEST(Recorder, SeesWritesPastTheEndAndAtPositions)
 
 TEST(Recorder, SeesFilesBeingEmptiedCutRenamedAndRemoved)
 {
-    recordOf(oneFile, [] { close(open(path, O_WRONLY | O_TRUNC)); });
-    recordOf(oneFile, [] { EXPECT_EQ(truncate(path, 3), 0); });
-    recordOf(oneFile, [] { EXPECT_EQ(unlink(path), 0); });
-    recordOf(oneFile, [] {
+    const auto emptied = recordOf(oneFile, [] { close(open(path, O_WRONLY | O_TRUNC)); });
+    EXPECT_EQ(kindsOf(emptied), (std::vector<Kind>{Kind::SetLength}));
+    const auto cut = recordOf(oneFile, [] { EXPECT_EQ(truncate(path, 3), 0); });
+    EXPECT_EQ(kindsOf(cut), (std::vector<Kind>{Kind::SetLength}));
+    const auto removed = recordOf(oneFile, [] { EXPECT_EQ(unlink(path), 0); });
+    EXPECT_EQ(kindsOf(removed), (std::vector<Kind>{Kind::Remove}));
+    const auto renamed = recordOf(oneFile, [] {
         QFile file(QLatin1String(fixedProjectDirectory) + QLatin1String("/new"));
         file.open(QIODevice::WriteOnly);
         file.write("new");
         file.close();
         EXPECT_EQ(rename(file.fileName().toLocal8Bit().constData(), path), 0);
     });
+    EXPECT_EQ(kindsOf(renamed), (std::vector<Kind>{Kind::Make, Kind::GrowTo, Kind::Data, Kind::Rename}));
 }
 
 TEST(Recorder, SeesFilesAndTheDirectoryBeingSynchronised)
@@ -122,11 +126,15 @@ TEST(Recorder, SeesFilesAndTheDirectoryBeingSynchronised)
 
 TEST(Recorder, TakesNoNoticeOfOtherFiles)
 {
-    EXPECT_TRUE(recordOf(emptyDirectory, [] {
-                    QFile file(QStringLiteral("/usr/tavrin/elsewhere"));
-                    file.open(QIODevice::WriteOnly);
-                    file.write("bytes");
-                }).empty());
+    for (const char* const elsewhere : {"/usr/tavrin/elsewhere", "/usr/tavrin/project.dat"})
+        EXPECT_TRUE(recordOf(emptyDirectory,
+                             [&] {
+                                 QFile file(QString::fromLatin1(elsewhere));
+                                 EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+                                 EXPECT_EQ(file.write("bytes"), 5);
+                             })
+                        .empty())
+            << elsewhere;
 }
 
 } // namespace

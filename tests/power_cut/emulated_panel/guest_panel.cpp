@@ -260,9 +260,7 @@ int run(const char* libraryPath, const char* projectPath, unsigned seed, const c
         std::fprintf(stderr, "%s\n", reason.toLocal8Bit().constData());
         return 2;
     }
-    QFile file(QLatin1String{projectPath});
-    file.open(QIODevice::ReadOnly);
-    const RetainedCells retained = retainedCellsOf(file.readAll());
+    const RetainedCells retained = retainedCellsOf(*reading.project);
     const std::vector<Cells> retainedCells = cellsOf(retained);
     if (!retained.wholeAreas && retainedCells.empty()) {
         std::fprintf(stderr, "%s: nothing is retained\n", projectPath);

@@ -3,6 +3,7 @@
 #include "simulated_host/shell.h"
 #include "tests/power_cut/disk_states/history.h"
 
+#include <QtCore/QFile>
 #include <QtCore/QRegularExpression>
 
 #include <gtest/gtest.h>
@@ -104,6 +105,10 @@ protected:
         static const ModuleLibrary library(QStringLiteral(PLAIN_MODULE_PATH));
         if (!library.isLoaded())
             return {library.error()};
+        QFile source(QStringLiteral(PLAIN_MODULE_SOURCE));
+        const QByteArray asked = QByteArray("(\"") + GetParam().name + "\")";
+        if (!source.open(QIODevice::ReadOnly) || (*GetParam().name && !source.readAll().contains(asked)))
+            return {QStringLiteral("the plain module does not know this fault")};
         setenv("PLANTED_FAULT", GetParam().name, 1);
         setCommandRunner({});
         Findings findings({});

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "project_tree/project_tree.h"
+#include "tests/power_cut/support/retained_cells.h"
 #include "tests/support/random_source.h"
 
 #include <QtCore/QByteArray>
@@ -13,6 +14,7 @@ struct PanelProject
 {
     QByteArray xml;               ///< the project file
     std::unique_ptr<object> root; ///< the same for a panel
+    RetainedCells cells;          ///< that it retains
 };
 
 enum class ProjectKind

@@ -1,8 +1,9 @@
-// Works out from a project's XML which cells are retained and what a start makes of the retention files,
-// without the module's code and without the configuration tree. SPDX-License-Identifier: MIT
+// Which cells a project retains, where they are in the retention files, and what a start makes of these,
+// without the module's code. SPDX-License-Identifier: MIT
 #pragma once
 
 #include "simulated_host/memory_areas.h"
+#include "tests/support/expected_project.h"
 
 #include <QtCore/QByteArray>
 
@@ -10,7 +11,6 @@
 #include <map>
 #include <vector>
 
-inline const char* const areaNames[3] = {"LB", "LW", "RWI"};
 inline const char* const retentionFileNames[3] = {"maintenance-bit.dat", "maintenance-word.dat",
                                                   "maintenance-RWI.dat"};
 
@@ -28,6 +28,7 @@ struct Block
 
 struct RetainedCells
 {
+    ExpectedProject project;
     bool wholeAreas = false;
     std::array<std::vector<Block>, 3> blocks; ///< by area, in the order of the file; empty with whole areas
 
@@ -39,7 +40,7 @@ struct RetainedCells
     int addressAt(std::size_t area, int place) const;
 };
 
-RetainedCells retainedCellsOf(const QByteArray& projectXml);
+RetainedCells retainedCellsOf(const object& project);
 
 /// What an area's file says of a cell for which it says nothing: the panel's own value stays.
 constexpr int nothing = -1;
@@ -49,7 +50,6 @@ std::vector<int> storedCells(std::size_t area, const Files& files, int place, in
 /// The image of a whole area in its file; all zero when the file is missing or shorter.
 QByteArray storedImage(std::size_t area, const Files& files);
 
-/// Makes of the areas, as the panel had them, what a start on these files must make of them.
-void restoreInto(MemoryAreas& areas, const RetainedCells& cells, const Files& files);
-/// The files after a start.
-Files filesAfterStart(const RetainedCells& cells, Files files);
+/// Makes of the areas, as the panel had them, what a start on these files must make of them. Returns the
+/// files after it.
+Files filesAfterStart(const Files& files, const RetainedCells& cells, MemoryAreas& areas);

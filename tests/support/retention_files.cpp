@@ -1,0 +1,59 @@
+// Reads and writes the three retention files together.
+// SPDX-License-Identifier: MIT
+#include "tests/support/retention_files.h"
+
+#include "simulated_host/private_directory.h"
+
+#include <QtCore/QFile>
+
+namespace {
+
+const char* const fileNames[3] = {"maintenance-bit.dat", "maintenance-word.dat", "maintenance-RWI.dat"};
+
+std::string beginningOf(const std::optional<QByteArray>& bytes)
+{
+    if (!bytes)
+        return "no such file";
+    return std::to_string(bytes->size()) + " bytes, " + bytes->left(40).toHex().constData();
+}
+
+} // namespace
+
+QString pathOfFile(std::size_t area)
+{
+    return QLatin1String(fixedProjectDirectory) + QLatin1Char('/') + QLatin1String(fileNames[area]);
+}
+
+void layFile(std::size_t area, const std::optional<QByteArray>& file)
+{
+    QFile onDisk(pathOfFile(area));
+    if (!file)
+        onDisk.remove();
+    else if (!onDisk.open(QIODevice::WriteOnly) || onDisk.write(*file) != file->size())
+        qFatal("%s: cannot be written", fileNames[area]);
+}
+
+void layFiles(const Files& files)
+{
+    for (std::size_t a = 0; a < files.size(); ++a)
+        layFile(a, files[a]);
+}
+
+Files filesNow()
+{
+    Files files;
+    for (std::size_t a = 0; a < files.size(); ++a) {
+        QFile file(pathOfFile(a));
+        if (file.open(QIODevice::ReadOnly))
+            files[a] = file.readAll();
+    }
+    return files;
+}
+
+std::string fileDifference(std::size_t area, const std::optional<QByteArray>& file,
+                           const std::optional<QByteArray>& must)
+{
+    if (file == must)
+        return {};
+    return fileNames[area] + (": " + beginningOf(file)) + "; it must be: " + beginningOf(must) + '\n';
+}
