@@ -1,4 +1,4 @@
-// A retention file opened without the module.
+// A retention file opened and used without the module: through system calls, or through a stream.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -45,4 +46,36 @@ public:
     Q_DISABLE_COPY(BareFile)
 
     const int fd;
+};
+
+/// Opens a file as the module does: without a buffer, for reading and writing.
+inline void openByHand(std::fstream& stream, const char* path)
+{
+    stream.rdbuf()->pubsetbuf(nullptr, 0);
+    stream.open(path, std::ios::in | std::ios::out | std::ios::binary);
+    mustMove(stream.is_open() ? 0 : -1, 0);
+}
+
+inline void readByHand(std::fstream& stream, void* buffer, std::size_t bytes, std::streamoff offset)
+{
+    stream.seekg(offset);
+    stream.read(static_cast<char*>(buffer), static_cast<std::streamsize>(bytes));
+    mustMove(stream.good() ? 0 : -1, 0);
+}
+
+inline void writeByHand(std::fstream& stream, const void* buffer, std::size_t bytes, std::streamoff offset)
+{
+    stream.seekp(offset);
+    stream.write(static_cast<const char*>(buffer), static_cast<std::streamsize>(bytes));
+    stream.flush();
+    mustMove(stream.good() ? 0 : -1, 0);
+}
+
+/// Open as long as it lives.
+class HandStream
+{
+public:
+    explicit HandStream(const char* name) { openByHand(stream, filePath(name).constData()); }
+
+    std::fstream stream;
 };

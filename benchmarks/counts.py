@@ -1,77 +1,169 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Counts what one operation costs: instructions (callgrind; on armhf qemu-user with a counting plugin) and system calls
-(strace). Every count is the difference of two runs that differ by a known number of operations, so that start-up and
-set-up drop out. Prints JSON: {row: {side: {"instructions": n, "calls": {name: n}, "armhf": n}}}."""
+"""Compares what each operation of the module costs, in instructions and system calls, with the recorded counts.
+
+qemu-user counts, for each processor as one fixed model, so that neither the machine's processor nor its load matters. System
+calls with which the allocator gets memory are left out: they depend on where the heap begins.
+"""
 import argparse
-import collections
-import json
+import concurrent.futures
+import os
+import pathlib
 import re
 import subprocess
 import sys
 import tempfile
 
-CHANGES_AND_SAVE = ["bit_change", "word_change/10", "word_change/1000", "whole_area_save"]
-# Row: operations by which the two runs differ. Every row of the main table.
-ROWS = {
-    "whole_area_save": 50, "whole_area_restore": 20, "bit_change": 200, "word_change/10": 200, "word_change/1000": 200,
-    "bit_restore/4096": 2, "bit_restore/65536": 1, "word_restore/65536": 10, "address_list/1000": 4,
-    "address_list/10000": 1, "watch_list/1000": 10, "watch_list/65536": 1,
+RECORD = pathlib.Path(__file__).with_name("expected_counts.txt")
+HEADER = """# What one operation of the module costs: processor, operation, instructions outside of the kernel, system calls.
+# scripts/counts --update writes it, with the compiler and the libraries of Debian 12; scripts/counts compares.
+"""
+MARGIN = 0.03
+# From one size to the next, ten times larger one: a sort's n log n passes, a loop in a loop does not.
+MOST_GROWTH = 13
+GROWING = ("start_up/", "change_among_blocks/", "address_list/")
+PROCESSORS = {
+    "amd64": (["qemu-x86_64", "-cpu", "qemu64"], "usr/include/x86_64-linux-gnu/asm/unistd_64.h"),
+    "armhf": (["qemu-arm", "-cpu", "cortex-a9"], "usr/include/arm-linux-gnueabihf/asm/unistd-*.h"),
 }
-# Enough operations to fill the caches of the allocator before the first count.
-BEFORE = 10
+OF_THE_ALLOCATOR = {"brk", "mmap", "mmap2", "munmap", "mremap", "mprotect", "madvise"}
+# Without its caches for each thread the allocator takes the same path whatever was allocated before, as by other names of files.
+ENVIRONMENT = {"QT_HASH_SEED": "0", "GLIBC_TUNABLES": "glibc.malloc.tcache_count=0"}
+SIDES = ("module", "by-hand", "bare")
 
 
-def run(command):
-    done = subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
-    if done.returncode != 0:
-        sys.exit(f"{' '.join(command)} failed:\n{done.stderr[-2000:]}")
-    return done.stderr
+class Processor:
+    def __init__(self, name, program, plugin, root):
+        command, headers = PROCESSORS[name]
+        self.name = name
+        self.command = [*command, *(["-L", root] if root != "/" else []), "-plugin", plugin, program]
+        self.calls = {}
+        for header in pathlib.Path(root).glob(headers):
+            for call, number in re.findall(r"#define __NR_(\w+)\s+\D*(\d+)\)?$", header.read_text(), re.M):
+                self.calls[int(number)] = call
+        if not self.calls:
+            sys.exit(f"{root} has no {headers}, which names the system calls")
+
+    def run(self, *words):
+        done = subprocess.run([*self.command, *words], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                              env=ENVIRONMENT)
+        if done.returncode != 0:
+            sys.exit(f"{' '.join([*self.command, *words])} failed:\n{done.stderr[-2000:]}")
+        return done
+
+    def count(self, operation, side):
+        """Instructions and {system call: number} of one operation."""
+        size = re.search(r"/(\d+)$", operation)
+        times = 20 if not size or int(size[1]) <= 1000 else 2
+        with tempfile.TemporaryDirectory(dir="/tmp") as folder:
+            text = self.run(folder, operation, side, str(times)).stderr
+        instructions = re.search(r"^instructions: (\d+)$", text, re.M)
+        if not instructions:
+            sys.exit(f"{operation} was not counted:\n{text[-2000:]}")
+        calls = {self.calls[int(number)]: int(count) / times for number, count in re.findall(r"^call (\d+): (\d+)$", text, re.M)}
+        return round(int(instructions[1]) / times), {
+            call: number for call, number in sorted(calls.items()) if call not in OF_THE_ALLOCATOR}
 
 
-def per_operation(measure, row):
-    times = ROWS[row]
-    before = BEFORE if times > 5 else 1
-    few, many = measure(before), measure(before + times)
-    return {name: round((many[name] - few[name]) / times, 2) for name in many if many[name] != few[name]}
+def count_all(processors, operations, sides):
+    """{(processor, operation, side): (instructions, calls)}; nothing for a side that an operation does not have."""
+    jobs = [(processor, operation, side) for processor in processors for operation, has in operations.items()
+            for side in sides if side in has]
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        counts = pool.map(lambda job: job[0].count(*job[1:]), jobs)
+        return {(job[0].name, *job[1:]): count for job, count in zip(jobs, counts)}
 
 
-def callgrind(program):
-    text = run(["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", *program])
-    return {"instructions": int(re.search(r"Collected : (\d+)", text).group(1))}
+def read_record():
+    record = {}
+    for line in RECORD.read_text().splitlines() if RECORD.exists() else ():
+        if line and not line.startswith("#"):
+            processor, operation, instructions, *calls = line.split()
+            record[processor, operation, "module"] = (
+                int(instructions), {call: float(number) for call, number in (word.split(":") for word in calls)})
+    return record
 
 
-def strace(program):
-    with tempfile.NamedTemporaryFile("r") as log:
-        run(["strace", "-qq", "-o", log.name, *program])
-        return collections.Counter(re.findall(r"^(\w+)\(", log.read(), re.MULTILINE))
+def write_record(counts):
+    lines = [f"{processor}  {operation:26} {instructions:11}  {calls_text(calls)}".rstrip() + "\n"
+             for (processor, operation, _), (instructions, calls) in counts.items()]
+    RECORD.write_text(HEADER + "".join(lines))
 
 
-def emulated(program, sysroot, plugin):
-    text = run(["qemu-arm", "-L", sysroot, "-plugin", plugin, *program])
-    return {"armhf": int(re.search(r"instructions: (\d+)", text).group(1))}
+def calls_text(calls):
+    return " ".join(f"{call}:{number:.10g}" for call, number in calls.items())
+
+
+def within(number, recorded):
+    return abs(number - recorded) <= MARGIN * recorded
+
+
+def differences(counts, record):
+    for key in sorted(counts.keys() | record.keys()):
+        where = f"{key[0]} {key[1]}"
+        if key not in counts or key not in record:
+            yield f"{where}: {'not recorded' if key in counts else 'recorded, but no operation any more'}"
+            continue
+        (instructions, calls), (recorded, recorded_calls) = counts[key], record[key]
+        if not within(instructions, recorded):
+            yield (f"{where}: {instructions:,} instructions, recorded are {recorded:,} "
+                   f"({100 * (instructions / recorded - 1):+.1f} %)")
+        for call in sorted(calls.keys() | recorded_calls.keys()):
+            if not within(calls.get(call, 0), recorded_calls.get(call, 0)):
+                yield f"{where}: {calls.get(call, 0):g} x {call}, recorded are {recorded_calls.get(call, 0):g}"
+
+
+def steep_growth(counts):
+    for (processor, operation, side), (instructions, calls) in counts.items():
+        name, _, size = operation.rpartition("/")
+        small = counts.get((processor, f"{name}/{int(size) // 10}", side)) if operation.startswith(GROWING) else None
+        if not small:
+            continue
+        if instructions > MOST_GROWTH * small[0]:
+            yield (f"{processor} {operation}: {instructions / small[0]:.1f} times the instructions of a tenth of the "
+                   f"size; more than {MOST_GROWTH} is no straight line")
+        if sum(calls.values()) > MOST_GROWTH * sum(small[1].values()):
+            yield f"{processor} {operation}: more than {MOST_GROWTH} times the system calls of a tenth of the size"
+
+
+def print_beside(counts):
+    print(f"{'Instructions of one operation':33} {'module':>11} {'by hand':>11} {'bare':>11}  {'/ hand':>7} {'/ bare':>7}"
+          "  the module's system calls")
+    for (processor, operation, side), (instructions, calls) in counts.items():
+        if side == "module":
+            beside = [counts.get((processor, operation, other), (0,))[0] for other in SIDES[1:]]
+            print(f"{processor} {operation:27} {instructions:11,}", *(f"{n:11,}" if n else f"{'-':>11}" for n in beside),
+                  "", *(f"{instructions / n:7.3f}" if n else f"{'-':>7}" for n in beside), "", calls_text(calls))
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("program", help="repeat_operation")
-    parser.add_argument("directory", help="where the retention files are made")
-    parser.add_argument("--armhf", nargs=3, metavar=("PROGRAM", "SYSROOT", "PLUGIN"), help="count on armhf too")
+    parser = argparse.ArgumentParser(prog="scripts/counts", description=__doc__)
+    how = parser.add_mutually_exclusive_group()
+    how.add_argument("--update", action="store_true", help="records what is counted now")
+    how.add_argument("--beside", action="store_true", help="prints what the same work costs without the module, too")
+    for name in PROCESSORS:
+        parser.add_argument(f"--{name}", nargs=3, metavar=("PROGRAM", "PLUGIN", "ROOT"), required=True, help=argparse.SUPPRESS)
     options = parser.parse_args()
-    counts = {}
-    for row in ROWS:
-        for side in ("module", "bare"):
-            words = [options.directory, row, side]
-            count = counts.setdefault(row, {}).setdefault(side, {})
-            if row in CHANGES_AND_SAVE:
-                native = [options.program, *words]
-                count.update(per_operation(lambda times: callgrind([*native, str(times)]), row))
-                count["calls"] = per_operation(lambda times: strace([*native, str(times)]), row)
-            if options.armhf:
-                program, sysroot, plugin = options.armhf
-                count.update(per_operation(
-                    lambda times: emulated([program, *words, str(times)], sysroot, plugin), row))
-    json.dump(counts, sys.stdout, indent=1)
+    processors = [Processor(name, *vars(options)[name]) for name in PROCESSORS]
+    operations = {}
+    for line in processors[0].run("--rows").stdout.splitlines():
+        operation, *sides = line.split()
+        operations[operation] = sides
+    counts = count_all(processors, operations, SIDES if options.beside else SIDES[:1])
+    if options.beside:
+        return print_beside(counts)
+    findings = list(steep_growth(counts))
+    if options.update and not findings:
+        write_record(counts)
+        print(f"{RECORD.name} has the counts of {len(counts)} operations.")
+        return None
+    findings += [] if options.update else differences(counts, read_record())
+    for finding in findings:
+        print(finding)
+    if findings:
+        sys.exit("FAILED: the module costs other than recorded. Where that is meant: scripts/counts --update")
+    print(f"OK: {len(counts)} operations cost what is recorded, within {100 * MARGIN:.0f} %.")
+    return None
 
 
 if __name__ == "__main__":

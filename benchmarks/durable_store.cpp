@@ -2,26 +2,56 @@
 // SPDX-License-Identifier: MIT
 #include "benchmarks/durable_store.h"
 
+#include "benchmarks/bench_host.h"
+
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <unistd.h>
+
+namespace {
+
+/// What a "sync" that knows the retention files would do once they exist: fdatasync() on those that there
+/// are.
+void synchroniseFiles()
+{
+    for (const char* const name : {"maintenance-bit.dat", "maintenance-word.dat", "maintenance-RWI.dat"}) {
+        const int fd = open(filePath(name).constData(), O_RDONLY | O_CLOEXEC);
+        if (fd >= 0 && (fdatasync(fd) != 0 || close(fd) != 0))
+            storeFailed("module", "its files cannot be synchronised");
+    }
+}
+
+} // namespace
 
 const std::vector<StoreKind>& storeKinds()
 {
     static const std::vector<StoreKind> kinds = {
-        {"module", [] { return makeModuleStore([] { sync(); }); }},
-        {"sqlite", makeSqliteStore},
-        {"lmdb", makeLmdbStore},
-        {"qsettings", makeQSettingsStore},
-        {"module_shell",
-         [] {
-             return makeModuleStore([] {
+        {"module", false, [](int cells) { return makeModuleStore(cells, [] { sync(); }); }},
+        {"module_files", false, [](int cells) { return makeModuleStore(cells, synchroniseFiles); }},
+        {"sqlite", true, makeSqliteStore},
+        {"lmdb", true, makeLmdbStore},
+        {"qsettings", true, makeQSettingsStore},
+        {"two_files", true, makeTwoFileStore},
+        {"fdatasync", false, makeFdatasyncStore},
+        {"dsync", false, makeDsyncStore},
+        {"module_shell", false,
+         [](int cells) {
+             return makeModuleStore(cells, [] {
                  if (std::system("sync") != 0)
                      storeFailed("module", "the shell cannot run sync");
              });
          }},
     };
     return kinds;
+}
+
+const StoreKind* storeKindNamed(const std::string& name)
+{
+    for (const StoreKind& kind : storeKinds())
+        if (kind.name == name)
+            return &kind;
+    return nullptr;
 }
 
 const std::vector<std::vector<char>>& imagesToKeep(int seed)

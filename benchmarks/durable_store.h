@@ -9,32 +9,43 @@
 #include <string>
 #include <vector>
 
-/// Keeps ten word cells or three images of areas. Every call returns when what it was given survives a power
-/// cut.
+/// Keeps word cells or three images of areas. Every call returns when what it was given survives a power cut.
 class DurableStore
 {
 public:
     virtual ~DurableStore() = default;
-    /// `cell` is 0 to 9.
+    /// `cell` is below the number of cells that the store was made for.
     virtual void keepCell(int cell, ushort value) = 0;
     /// Keeps 65536, 131072 and 131072 bytes; `seed` makes them differ from the ones before.
     virtual void keepImages(int seed) = 0;
 };
 
+using StorePtr = std::unique_ptr<DurableStore>;
+
 struct StoreKind
 {
     std::string name;
-    std::function<std::unique_ptr<DurableStore>()> make;
+    bool transactional; ///< after a power cut a value is the old or the new one, whatever its size
+    std::function<StorePtr(int cells)> make;
 };
 
-/// The module first, with "sync" as the one system call that it comes down to; then the peers, then the
-/// module with "sync" run through the shell.
+/// The module first, with "sync" as the one system call that it comes down to; the module with a "sync" of
+/// its own files alone; then the peers; then the module with "sync" run through the shell.
 const std::vector<StoreKind>& storeKinds();
+/// Null for an unknown name.
+const StoreKind* storeKindNamed(const std::string& name);
 
-std::unique_ptr<DurableStore> makeModuleStore(void (*sync)());
-std::unique_ptr<DurableStore> makeSqliteStore();
-std::unique_ptr<DurableStore> makeLmdbStore();
-std::unique_ptr<DurableStore> makeQSettingsStore();
+// All files are in the project directory; what a store left there is overwritten.
+StorePtr makeModuleStore(int cells, void (*sync)());
+StorePtr makeSqliteStore(int cells);
+StorePtr makeLmdbStore(int cells);
+StorePtr makeQSettingsStore(int cells); ///< file and directory synchronised
+/// Writes each value or image to its place in a file, followed by fdatasync().
+StorePtr makeFdatasyncStore(int cells);
+/// The same with O_DSYNC, which makes every write wait for the medium.
+StorePtr makeDsyncStore(int cells);
+/// Writes all values with a checksum to a second file and renames it over the first.
+StorePtr makeTwoFileStore(int cells);
 
 /// What keepImages() keeps, by image.
 const std::vector<std::vector<char>>& imagesToKeep(int seed);

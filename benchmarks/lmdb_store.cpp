@@ -10,15 +10,18 @@ namespace {
 class LmdbStore : public DurableStore
 {
 public:
-    LmdbStore()
+    explicit LmdbStore(int cells)
     {
         for (const char* name : {"lmdb.db", "lmdb.db-lock"})
             std::remove(filePath(name).constData());
         check(mdb_env_create(&environment));
         check(mdb_env_set_mapsize(environment, 8U << 20));
         check(mdb_env_open(environment, filePath("lmdb.db").constData(), MDB_NOSUBDIR, 0644));
-        for (int cell = 0; cell < 10; ++cell)
-            keepCell(cell, 0);
+        inTransaction([&] {
+            const ushort zero = 0;
+            for (int cell = 0; cell < cells; ++cell)
+                put(cell, &zero, sizeof zero);
+        });
     }
     ~LmdbStore() override { mdb_env_close(environment); }
     Q_DISABLE_COPY(LmdbStore)
@@ -31,7 +34,7 @@ public:
     void keepImages(int seed) override
     {
         inTransaction([&] {
-            int image = 1000;
+            int image = 1000000; // past all cells
             for (const std::vector<char>& bytes : imagesToKeep(seed))
                 put(image++, bytes.data(), bytes.size());
         });
@@ -66,7 +69,7 @@ private:
 
 } // namespace
 
-std::unique_ptr<DurableStore> makeLmdbStore()
+StorePtr makeLmdbStore(int cells)
 {
-    return std::make_unique<LmdbStore>();
+    return std::make_unique<LmdbStore>(cells);
 }

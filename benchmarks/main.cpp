@@ -28,9 +28,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "%s\n", qPrintable(error));
         return 2;
     }
-    const int repetitions = isShort ? 1 : 5;
-    registerSideBySide(workloads(), repetitions);
-    registerDurable(repetitions);
+    registerSideBySide(workloads(), isShort ? 1 : 5);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

@@ -12,8 +12,8 @@ const int firstCell = 100;
 class ModuleStore : public DurableStore
 {
 public:
-    explicit ModuleStore(void (*sync)())
-        : cells(perAddressProject({{"LW", firstCell, 10}}), BenchModule::ExistingFiles), sync(sync)
+    ModuleStore(int count, void (*sync)())
+        : cells(perAddressProject({{"LW", firstCell, count}}), BenchModule::ExistingFiles), sync(sync)
     {
         cells.start();
     }
@@ -49,7 +49,7 @@ private:
 
 } // namespace
 
-std::unique_ptr<DurableStore> makeModuleStore(void (*sync)())
+StorePtr makeModuleStore(int cells, void (*sync)())
 {
-    return std::make_unique<ModuleStore>(sync);
+    return std::make_unique<ModuleStore>(cells, sync);
 }

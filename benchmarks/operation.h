@@ -1,4 +1,4 @@
-// What is measured: operations of the module beside the system calls that move the same bytes.
+// What is measured: operations of the module beside the same work without it.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -18,18 +18,18 @@ struct Operation
 struct Sides
 {
     Operation module;
-    Operation bare;  ///< the system calls alone, against which the target counts; may be empty
-    Operation other; ///< another choice of system calls, for comparison; may be empty
+    Operation byHand; ///< the same calls without the module, on std::fstreams without a buffer; may be empty
+    Operation bare;   ///< system calls instead of the streams; may be empty
 };
 
 /// A row of the table.
 struct Workload
 {
     std::string name;
-    double target; ///< highest ratio of module to bare CPU time; 0: reported only
+    double target; ///< highest ratio of module to by-hand CPU time; 0: reported only
     std::function<Sides()> make;
-    std::string bareCalls;  ///< what `bare` does, in words
-    std::string otherCalls; ///< what `other` does, in words
+    std::string byHandCalls; ///< what `byHand` does, in words
+    std::string bareCalls;   ///< what `bare` does, in words
 };
 
 /// All rows; names are unique.

@@ -1,19 +1,24 @@
-// QSettings as a store: an INI file that is written anew and moved into place by every sync().
-// SPDX-License-Identifier: MIT
+// QSettings as a store: an INI file that is written anew and moved into place by every sync(), made durable
+// with the directory that names it. SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/durable_store.h"
+#include "simulated_host/private_directory.h"
 
 #include <QtCore/QSettings>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
 class QSettingsStore : public DurableStore
 {
 public:
-    QSettingsStore() : settings(QString::fromLatin1(filePath("qsettings.ini")), QSettings::IniFormat)
+    explicit QSettingsStore(int cells)
+        : settings(QString::fromLatin1(filePath("qsettings.ini")), QSettings::IniFormat)
     {
         settings.clear();
-        for (int cell = 0; cell < 10; ++cell)
+        for (int cell = 0; cell < cells; ++cell)
             settings.setValue(cellKey(cell), 0);
         sync();
     }
@@ -41,6 +46,16 @@ private:
         settings.sync();
         if (settings.status() != QSettings::NoError)
             storeFailed("QSettings", "the file cannot be written");
+        synchronise(filePath("qsettings.ini").constData());
+        synchronise(fixedProjectDirectory);
+    }
+
+    static void synchronise(const char* path)
+    {
+        const int fd = open(path, O_RDONLY | O_CLOEXEC);
+        if (fd < 0 || fsync(fd) != 0)
+            storeFailed("QSettings", path);
+        close(fd);
     }
 
     QSettings settings;
@@ -48,7 +63,7 @@ private:
 
 } // namespace
 
-std::unique_ptr<DurableStore> makeQSettingsStore()
+StorePtr makeQSettingsStore(int cells)
 {
-    return std::make_unique<QSettingsStore>();
+    return std::make_unique<QSettingsStore>(cells);
 }

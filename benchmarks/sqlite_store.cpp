@@ -10,7 +10,7 @@ namespace {
 class SqliteStore : public DurableStore
 {
 public:
-    SqliteStore()
+    explicit SqliteStore(int cells)
     {
         for (const char* name : {"sqlite.db", "sqlite.db-wal", "sqlite.db-shm"})
             std::remove(filePath(name).constData());
@@ -19,8 +19,10 @@ public:
         run("PRAGMA synchronous=FULL");
         run("CREATE TABLE cells (cell INTEGER PRIMARY KEY, value INTEGER)");
         run("CREATE TABLE images (image INTEGER PRIMARY KEY, bytes BLOB)");
-        for (int cell = 0; cell < 10; ++cell)
+        run("BEGIN");
+        for (int cell = 0; cell < cells; ++cell)
             run(("INSERT INTO cells VALUES (" + std::to_string(cell) + ", 0)").c_str());
+        run("COMMIT");
         prepare("UPDATE cells SET value = ?2 WHERE cell = ?1", &update);
         prepare("INSERT OR REPLACE INTO images VALUES (?1, ?2)", &replace);
     }
@@ -75,7 +77,7 @@ private:
 
 } // namespace
 
-std::unique_ptr<DurableStore> makeSqliteStore()
+StorePtr makeSqliteStore(int cells)
 {
-    return std::make_unique<SqliteStore>();
+    return std::make_unique<SqliteStore>(cells);
 }

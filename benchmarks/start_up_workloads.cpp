@@ -41,7 +41,7 @@ Sides addressList(int entries)
         for (int i = 0; i < times; ++i)
             host->module->initAddrInfo();
     };
-    sides.bare.run = [host, entries](int times) {
+    sides.byHand.run = [host, entries](int times) {
         for (int i = 0; i < times; ++i)
             readAndSort(host->project.get(), static_cast<std::size_t>(entries));
     };
@@ -69,7 +69,7 @@ Sides watchList(int cells)
     Sides sides;
     sides.module = fillLists(
         [host](QList<RegisterValueChangeSize>& list) { host->module->getMonitorTriggerAddr(list); });
-    sides.bare = fillLists([cells](QList<RegisterValueChangeSize>& list) {
+    sides.byHand = fillLists([cells](QList<RegisterValueChangeSize>& list) {
         RegisterValueChangeSize record = {};
         record.hostWord4 = -1;
         std::strcpy(record.areaName, "LW");

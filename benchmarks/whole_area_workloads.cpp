@@ -27,8 +27,11 @@ Sides save()
     const auto host = std::make_shared<BenchModule>(wholeAreaProject());
     host->start();
     const auto files = std::make_shared<std::deque<BareFile>>();
-    for (const Image& image : images)
+    const auto hands = std::make_shared<std::deque<HandStream>>();
+    for (const Image& image : images) {
         files->emplace_back(image.fileName);
+        hands->emplace_back(image.fileName);
+    }
     InterfaceComm* const comm = &host->comm;
     Sides sides;
     sides.module.run = [host](int times) {
@@ -40,11 +43,10 @@ Sides save()
             for (std::size_t k = 0; k < files->size(); ++k)
                 writeAt((*files)[k].fd, comm->getAreaMemory(images[k].areaCode), images[k].bytes, 0);
     };
-    sides.other.run = [host, files, comm](int times) {
+    sides.byHand.run = [host, hands, comm](int times) {
         for (int i = 0; i < times; ++i)
-            for (std::size_t k = 0; k < files->size(); ++k)
-                mustMove(pwrite((*files)[k].fd, comm->getAreaMemory(images[k].areaCode), images[k].bytes, 0),
-                         images[k].bytes);
+            for (std::size_t k = 0; k < hands->size(); ++k)
+                writeByHand((*hands)[k].stream, comm->getAreaMemory(images[k].areaCode), images[k].bytes, 0);
     };
     return sides;
 }
@@ -67,31 +69,39 @@ Sides restore()
     };
     sides.module.tidy = [streams] { streams->clear(); };
 
-    const auto opened = std::make_shared<std::vector<int>>();
     std::array<QByteArray, 3> paths;
     for (std::size_t i = 0; i < paths.size(); ++i)
         paths[i] = filePath(images[i].fileName);
-    const auto bare = [comm = static_cast<InterfaceComm*>(&host->comm), host, opened, paths](bool checks) {
-        return Operation{[=](int times) {
-                             for (int i = 0; i < times; ++i)
-                                 for (std::size_t k = 0; k < paths.size(); ++k) {
-                                     struct stat status;
-                                     if (checks)
-                                         mustMove(stat(paths[k].constData(), &status), 0);
-                                     opened->push_back(open(paths[k].constData(), O_RDWR));
-                                     readAt(opened->back(), comm->getAreaMemory(images[k].areaCode),
-                                            images[k].bytes, 0);
-                                 }
-                         },
-                         [=](int times) { opened->reserve(3 * static_cast<std::size_t>(times)); },
-                         [=] {
-                             for (const int fd : *opened)
-                                 close(fd);
-                             opened->clear();
-                         }};
+    InterfaceComm* const comm = &host->comm;
+    sides.byHand = sides.module;
+    sides.byHand.run = [host, streams, paths, comm](int times) {
+        auto stream = streams->begin();
+        for (int i = 0; i < times; ++i)
+            for (std::size_t k = 0; k < paths.size(); ++k, ++stream) {
+                struct stat status;
+                mustMove(stat(paths[k].constData(), &status), 0);
+                openByHand(*stream, paths[k].constData());
+                readByHand(*stream, comm->getAreaMemory(images[k].areaCode), images[k].bytes, 0);
+                stream->flush();
+            }
     };
-    sides.bare = bare(true);
-    sides.other = bare(false);
+
+    const auto opened = std::make_shared<std::vector<int>>();
+    sides.bare.prepare = [opened](int times) { opened->reserve(3 * static_cast<std::size_t>(times)); };
+    sides.bare.run = [host, opened, paths, comm](int times) {
+        for (int i = 0; i < times; ++i)
+            for (std::size_t k = 0; k < paths.size(); ++k) {
+                struct stat status;
+                mustMove(stat(paths[k].constData(), &status), 0);
+                opened->push_back(open(paths[k].constData(), O_RDWR));
+                readAt(opened->back(), comm->getAreaMemory(images[k].areaCode), images[k].bytes, 0);
+            }
+    };
+    sides.bare.tidy = [opened] {
+        for (const int fd : *opened)
+            close(fd);
+        opened->clear();
+    };
     return sides;
 }
 
@@ -99,6 +109,7 @@ Sides restore()
 
 std::vector<Workload> wholeAreaWorkloads()
 {
-    return {{"whole_area_save", 1.05, save, "3 x lseek + write", "3 x pwrite"},
-            {"whole_area_restore", 1.05, restore, "3 x stat + open + lseek + read", "without stat"}};
+    return {{"whole_area_save", 1.05, save, "3 x seekp, write, flush", "3 x lseek + write"},
+            {"whole_area_restore", 1.05, restore, "3 x stat, open, seekg, read, flush",
+             "3 x stat + open + lseek + read"}};
 }

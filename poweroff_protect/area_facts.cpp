@@ -8,10 +8,24 @@ const AreaFacts areaFacts[areaCount] = {
     {"RWI", "maintenance-RWI.dat", 2, 5, 131072, false, false},
 };
 
-const AreaFacts* areaNamed(const QString& name)
+namespace {
+
+template <typename Text> const AreaFacts* findArea(const Text& name)
 {
     for (const AreaFacts& area : areaFacts)
         if (name == QLatin1String(area.name))
             return &area;
     return nullptr;
+}
+
+} // namespace
+
+const AreaFacts* areaNamed(const QString& name)
+{
+    return findArea(name);
+}
+
+const AreaFacts* areaNamed(QLatin1String name)
+{
+    return findArea(name);
 }

@@ -22,6 +22,7 @@ extern const AreaFacts areaFacts[areaCount];
 
 /// The area of exactly that name; null for any other.
 const AreaFacts* areaNamed(const QString& name);
+const AreaFacts* areaNamed(QLatin1String name); ///< the same, without the price of a QString
 
 /// Cells of an area: 65536 in each of the three. An image of bits has one byte a cell.
 inline qint64 cellCount(const AreaFacts& area)

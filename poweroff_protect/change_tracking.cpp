@@ -88,7 +88,7 @@ void poweroff_protect::poweroffMaintenance(std::basic_fstream<char>& file, QList
     // Without memory for it a block keeps its last values in the file.
     ranWithMemory([&] {
         const QString name = QLatin1String(areaName);
-        const AreaFacts* const area = areaNamed(name);
+        const AreaFacts* const area = areaNamed(QLatin1String(areaName));
         for (int k = 0; k < blocks.size(); ++k) {
             const MaintenanceFileInfo& block = blocks.at(k);
             if (!contains(block, address))

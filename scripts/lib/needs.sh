@@ -14,7 +14,8 @@ platform_needs=("${build_needs[@]}" g++-{aarch64-linux-gnu,arm-linux-gnueabi,i68
     qemu-user mmdebstrap qt6-base-dev clang libc++-dev libc++abi-dev git)
 package_needs=("${armhf_needs[@]}" g++-aarch64-linux-gnu lintian mmdebstrap qemu-user-static)
 emulated_panel_needs=("${armhf_needs[@]}" binutils cpio e2fsprogs kmod mtd-utils qemu-system-arm)
-bench_needs=("${build_needs[@]}" libbenchmark-dev libsqlite3-dev liblmdb-dev valgrind strace gnuplot-nox)
+bench_needs=("${build_needs[@]}" libbenchmark-dev libsqlite3-dev liblmdb-dev gnuplot-nox)
+measure_medium_needs=("${emulated_panel_needs[@]}" f2fs-tools gnuplot-nox)
 
 # is_present NAME: whether what that package would bring is there.
 is_present() {
@@ -48,6 +49,7 @@ is_present() {
     kmod) command -v modprobe ;;
     mtd-utils) command -v ubinize ;;
     gnuplot-nox) command -v gnuplot ;;
+    f2fs-tools) command -v mkfs.f2fs ;;
     *) command -v "$1" ;;
     esac >/dev/null 2>&1
 }

@@ -148,6 +148,7 @@ TEST_F(InspectorGuide, NamesEveryKey)
         {QStringLiteral("wear"), ranges, QStringLiteral("--changes-per-hour=60"),
          QStringLiteral("--medium=emmc"), endurance},
         {QStringLiteral("wear"), areas, endurance},
+        {QStringLiteral("wear"), ranges, QStringLiteral("--medium=nor")},
         {QStringLiteral("map"), ranges, QStringLiteral("-o"), picture},
         {QStringLiteral("show"), ranges, directory, QStringLiteral("--tags"), tags},
         {QStringLiteral("diff"), ranges, directory, migrated, QStringLiteral("--tags"), tags},

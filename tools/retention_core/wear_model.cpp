@@ -10,10 +10,24 @@ const qint64 kilo = 1024;
 const qint64 mega = 1024 * kilo;
 const qint64 giga = 1024 * mega;
 
-/// Pages that some bytes of a file touch. Files begin with a page.
-qint64 touchedPages(const Flash& flash, qint64 offset, qint64 length)
+const qint64 fileBlock = 4 * kilo; // a file system writes no less of a file, except at its end
+
+/// Pages that the blocks of a file with some changed bytes fill. Files begin with a page.
+qint64 filledPages(qint64 page, qint64 offset, qint64 length, qint64 fileLength)
 {
-    return length <= 0 ? 0 : (offset + length - 1) / flash.page - offset / flash.page + 1;
+    if (length <= 0)
+        return 0;
+    const qint64 begin = offset / fileBlock * fileBlock;
+    const qint64 blocksEnd = (offset + length + fileBlock - 1) / fileBlock * fileBlock;
+    const qint64 end = std::min(blocksEnd, std::max(fileLength, offset + length));
+    return (end - 1) / page - begin / page + 1;
+}
+
+/// The same in bytes, as the file system sends them: in pages, or blocks if these are smaller.
+qint64 sentOfFile(const Flash& flash, qint64 offset, qint64 length, qint64 fileLength)
+{
+    const qint64 piece = std::min(flash.page, fileBlock);
+    return piece * filledPages(piece, offset, length, fileLength);
 }
 
 /// The piece that a change of a cell writes: of a bit its byte, of a word its block.
@@ -23,17 +37,21 @@ WrittenPiece pieceOf(const AreaLayout& area, const LayoutBlock& block, const Fla
     piece.area = &area;
     piece.block = &block;
     piece.cells = area.kept.within(block.cells());
-    piece.fileBytes = area.area->bits ? 1 : qint64(2) * block.info.count;
-    piece.filePages = area.area->bits ? 1 : touchedPages(flash, block.info.fileOffset, piece.fileBytes);
+    const bool bits = area.area->bits;
+    piece.fileBytes = bits ? 1 : qint64(2) * block.info.count;
+    piece.filePages = filledPages(flash.page, block.info.fileOffset, piece.fileBytes, area.fileLength);
+    piece.sentBytes = sentOfFile(flash, block.info.fileOffset, piece.fileBytes, area.fileLength);
     return piece;
 }
 
 WriteCase saveOfAll(const Layout& layout, const Flash& flash)
 {
-    WriteCase save = {WriteCase::Kind::Save, 0, 0, static_cast<double>(flash.fileSystemPages)};
+    WriteCase save = {WriteCase::Kind::Save, 0, 0, static_cast<double>(flash.fileSystemPages),
+                      static_cast<double>(flash.fileSystemBytes)};
     for (const AreaLayout& area : layout.areas) {
         save.fileBytes += static_cast<double>(area.fileLength);
-        save.filePages += static_cast<double>(touchedPages(flash, 0, area.fileLength));
+        save.filePages += static_cast<double>(filledPages(flash.page, 0, area.fileLength, area.fileLength));
+        save.sentBytes += static_cast<double>(sentOfFile(flash, 0, area.fileLength, area.fileLength));
     }
     return save;
 }
@@ -41,10 +59,12 @@ WriteCase saveOfAll(const Layout& layout, const Flash& flash)
 } // namespace
 
 const std::vector<Medium> media = {
-    {"sd", "SD card", "its controller", {16 * kilo, 4 * mega, 2, 8 * giga, 1000}},
-    {"emmc", "eMMC", "its controller", {16 * kilo, 4 * mega, 2, 4 * giga, 3000}},
-    {"nor", "serial NOR flash", "UBIFS or JFFS2", {256, 64 * kilo, 1, 16 * mega, 100000}},
-    {"nand", "raw NAND flash", "UBIFS", {2 * kilo, 128 * kilo, 2, 128 * mega, 50000}},
+    // ext4 with a journal sends its own part of a change or save in three requests, 16 KiB in all.
+    {"sd", "SD card with ext4", "its controller", {16 * kilo, 4 * mega, 3, 8 * giga, 1000, 16 * kilo}},
+    {"emmc", "eMMC with ext4", "its controller", {16 * kilo, 4 * mega, 3, 4 * giga, 3000, 16 * kilo}},
+    // "sync" makes UBIFS commit its index, which frees an erase block of its log each time.
+    {"nor", "serial NOR flash with UBIFS", "UBI", {256, 64 * kilo, 6, 16 * mega, 100000, 1536, 1}},
+    {"nand", "raw NAND flash with UBIFS", "UBI", {2 * kilo, 128 * kilo, 7, 128 * mega, 50000, 14 * kilo, 1}},
 };
 
 std::vector<WrittenPiece> writtenPieces(const Layout& layout, const Flash& flash)
@@ -68,16 +88,19 @@ std::vector<WriteCase> writeCases(const Layout& layout, const Flash& flash)
     const std::vector<WrittenPiece> pieces = writtenPieces(layout, flash);
     if (pieces.empty())
         return {};
-    WriteCase even = {WriteCase::Kind::Even, 0, 0, systemPages};
+    const auto systemBytes = static_cast<double>(flash.fileSystemBytes);
+    WriteCase even = {WriteCase::Kind::Even, 0, 0, systemPages, 0};
     double cells = 0;
     for (const WrittenPiece& piece : pieces) {
         const auto changes = static_cast<double>(piece.cells.count());
         even.fileBytes += changes * static_cast<double>(piece.fileBytes);
         even.filePages += changes * static_cast<double>(piece.filePages);
+        even.sentBytes += changes * static_cast<double>(piece.sentBytes);
         cells += changes;
     }
     even.fileBytes /= cells;
     even.filePages /= cells;
+    even.sentBytes = even.sentBytes / cells + systemBytes;
     // A smaller block that crosses into another page costs more than a larger one inside a page.
     const auto worst =
         std::max_element(pieces.begin(), pieces.end(), [](const WrittenPiece& a, const WrittenPiece& b) {
@@ -85,13 +108,14 @@ std::vector<WriteCase> writeCases(const Layout& layout, const Flash& flash)
         });
     return {even,
             {WriteCase::Kind::Worst, static_cast<double>(worst->fileBytes),
-             static_cast<double>(worst->filePages), systemPages, worst->block, worst->area->area}};
+             static_cast<double>(worst->filePages), systemPages,
+             static_cast<double>(worst->sentBytes) + systemBytes, worst->block, worst->area->area}};
 }
 
 double writesLevelled(const Flash& flash, const WriteCase& each)
 {
-    const double bytes = each.flashBytes(flash);
-    return bytes > 0 ? flash.enduranceCycles * static_cast<double>(flash.capacity) / bytes : 0;
+    const double blocks = static_cast<double>(flash.capacity) / static_cast<double>(flash.eraseBlock);
+    return flash.enduranceCycles * blocks / each.erasures(flash);
 }
 
 double writesInPlace(const Flash& flash)

@@ -6,14 +6,16 @@
 
 #include <vector>
 
-/// What the model assumes of the flash. Sizes in bytes.
+/// What the model assumes of the flash and of the file system on it. Sizes in bytes.
 struct Flash
 {
-    qint64 page;            ///< smallest piece that is written
-    qint64 eraseBlock;      ///< smallest piece that is erased
-    qint64 fileSystemPages; ///< pages that the file system writes for itself with each write
-    qint64 capacity;        ///< over which wear is levelled; 0 when unknown
-    double enduranceCycles; ///< erasures that an erase block survives; 0 when unknown
+    qint64 page;               ///< smallest piece that is written
+    qint64 eraseBlock;         ///< smallest piece that is erased
+    qint64 fileSystemPages;    ///< pages that the file system fills for itself with each write and its "sync"
+    qint64 capacity;           ///< over which wear is levelled; 0 when unknown
+    double enduranceCycles;    ///< erasures that an erase block survives; 0 when unknown
+    qint64 fileSystemBytes;    ///< what the file system sends to the medium for itself
+    double erasuresOfSync = 0; ///< erasures that each "sync" causes, however little it writes
 };
 
 /// A kind of flash with what is usual for it.
@@ -33,7 +35,8 @@ struct WrittenPiece
     const LayoutBlock* block = nullptr;
     CellRanges cells;     ///< whose changes write it; "LB" 60100, whose changes are never written, is not one
     qint64 fileBytes = 0; ///< one byte for a bit, the whole block for a word
-    qint64 filePages = 0; ///< pages of the flash that these bytes touch
+    qint64 filePages = 0; ///< pages of the flash that these bytes fill
+    qint64 sentBytes = 0; ///< of the file that are sent to the medium
 };
 
 /// Of a project with entries, in the order of the files; none for a block that keeps no cell.
@@ -51,14 +54,20 @@ struct WriteCase
 
     Kind kind;
     double fileBytes;                   ///< written into the retention files
-    double filePages;                   ///< pages of the flash that this touches
+    double filePages;                   ///< pages of the flash that this fills
     double systemPages;                 ///< pages that the file system adds
+    double sentBytes;                   ///< to the medium, by the file system; the medium may round them up
     const LayoutBlock* block = nullptr; ///< of the Worst; null otherwise
     const AreaFacts* area = nullptr;    ///< of the Worst; null otherwise
 
     double flashBytes(const Flash& flash) const
     {
         return (filePages + systemPages) * static_cast<double>(flash.page);
+    }
+    /// Erase blocks' worth, and what "sync" erases besides.
+    double erasures(const Flash& flash) const
+    {
+        return flashBytes(flash) / static_cast<double>(flash.eraseBlock) + flash.erasuresOfSync;
     }
 };
 

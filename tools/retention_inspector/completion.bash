@@ -22,7 +22,7 @@ _retention_inspector() {
     --area)
         mapfile -t COMPREPLY < <(compgen -W "LB LW RWI" -- "$word")
         return ;;
-    -o | --output | --tags)
+    -o | --output | --tags | --directory)
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
         return ;;
     --medium)
@@ -33,14 +33,14 @@ _retention_inspector() {
             compgen -W "files blocks entries cells differences days limits writes dropped moves findings facts all" -- "$word")
         return ;;
     --address | --entry | --move | --changes-per-hour | --endurance-cycles | --capacity | --erase-block | --page | \
-        --file-system-pages | --years)
+        --file-system-pages | --sync-erasures | --years | --measure)
         return ;;
     esac
     case $command in
     show) options+=" --area --address --entry --nonzero --hex --watch --tags" ;;
     compare | diff) options+=" --tags" ;;
     migrate) options+=" --output --move --by-name --force" ;;
-    wear) options+=" --medium --changes-per-hour --endurance-cycles --capacity --erase-block --page --file-system-pages --years" ;;
+    wear) options+=" --medium --changes-per-hour --endurance-cycles --capacity --erase-block --page --file-system-pages --sync-erasures --years --measure --directory" ;;
     map) options+=" --output --force" ;;
     export) options+=" --output --tags --nonzero --force" ;;
     report) options+=" --output --tags --title --date --medium --changes-per-hour --force" ;;

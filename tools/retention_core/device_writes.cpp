@@ -1,0 +1,40 @@
+// Reads how much was written to the device that holds a directory, as the kernel counts it.
+// SPDX-License-Identifier: MIT
+#include "tools/retention_core/device_writes.h"
+
+#include "tools/retention_core/refusal.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
+#include <cerrno>
+#include <cstring>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+DeviceWrites deviceWrites(const QString& directory, const QString& systemFolder)
+{
+    struct stat status;
+    if (stat(QFile::encodeName(directory).constData(), &status) != 0)
+        throw Refusal(QStringLiteral("%1: %2").arg(directory, QString::fromLocal8Bit(std::strerror(errno))));
+    const QString folder = QStringLiteral("%1/dev/block/%2:%3")
+                               .arg(systemFolder)
+                               .arg(major(status.st_dev))
+                               .arg(minor(status.st_dev));
+    QFile counts(folder + QStringLiteral("/stat"));
+    if (!counts.open(QIODevice::ReadOnly))
+        throw Refusal(
+            QStringLiteral(
+                "%1: no block device whose writes the kernel counts holds it (%2: %3). UBIFS, tmpfs, "
+                "overlays and network file systems have none.")
+                .arg(directory, counts.fileName(), counts.errorString()));
+    // Reads, merged, sectors, ms, then the same of writes; sectors are of 512 bytes whatever the device has.
+    const QList<QByteArray> fields = counts.readAll().simplified().split(' ');
+    bool isRequests = false;
+    bool isSectors = false;
+    const qint64 requests = fields.value(4).toLongLong(&isRequests);
+    const qint64 sectors = fields.value(6).toLongLong(&isSectors);
+    if (!isRequests || !isSectors)
+        throw Refusal(QStringLiteral("%1: it does not count writes").arg(counts.fileName()));
+    return {QFileInfo(QFileInfo(folder).canonicalFilePath()).fileName(), requests, 512 * sectors};
+}
