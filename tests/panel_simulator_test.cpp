@@ -432,7 +432,7 @@ TEST_F(PanelSimulatorOnATerminal, DrawsNothingWhereTheCursorCannotBeMoved)
                           {QStringLiteral("TERM=dumb"), QStringLiteral(PANEL_SIMULATOR_PATH),
                            QStringLiteral(EXAMPLES_DIR "/whole_areas.xml"), QStringLiteral("--project-dir"),
                            scratch.filePath(QStringLiteral("data"))},
-                          "live\r", {{"cannot be moved", "get LW 5\rstop\r"}});
+                          "live\r", {{"cannot be moved\r\n", "get LW 5\rstop\r"}});
     EXPECT_THAT(run.out.constData(),
                 HasSubstr("live: on this terminal (TERM) the cursor cannot be moved\r\n"));
     EXPECT_THAT(run.out.constData(), HasSubstr("LW 5: 0\r\n"));
