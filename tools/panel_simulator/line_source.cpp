@@ -7,10 +7,14 @@
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <csignal>
 #include <iostream>
+#include <iterator>
+
 #include <poll.h>
+#include <sys/eventfd.h>
 #include <unistd.h>
 
 namespace {
@@ -23,15 +27,21 @@ char* prompt(EditLine*)
 }
 
 volatile std::sig_atomic_t interrupted = 0;
+int interruption =
+    -1; ///< readable after one, so that none is missed just before waiting; -1 without a terminal
 
 void noteInterrupt(int)
 {
+    const int error = errno;
     interrupted = 1;
+    eventfd_write(interruption, 1);
+    errno = error;
 }
 
 /// The first Ctrl-C ends the input, so that the panel's end can still say what it loses; a second one kills.
 void endInputOnInterrupt()
 {
+    interruption = eventfd(0, EFD_CLOEXEC);
     struct sigaction action = {};
     action.sa_handler = noteInterrupt;
     action.sa_flags = static_cast<int>(SA_RESETHAND);
@@ -134,8 +144,8 @@ void LineSource::wait()
         long long timeout = -1;
         if (model.cyclePeriodMs > 0)
             timeout = std::clamp<long long>(model.cycleRemainingMs, 0, INT_MAX);
-        pollfd waiting = {descriptor, POLLIN, 0};
-        const int ready = poll(&waiting, 1, static_cast<int>(timeout));
+        pollfd waiting[] = {{descriptor, POLLIN, 0}, {interruption, POLLIN, 0}};
+        const int ready = poll(waiting, std::size(waiting), static_cast<int>(timeout));
         const QString told = session.advance(clock.restart());
         if (!told.isEmpty()) {
             std::cerr << (editor ? "\n" : "") << told.toStdString() << std::endl;
