@@ -271,7 +271,7 @@ TEST_F(Inspector, DoesNotTakeAFolderThatItMayNotSearchForAnEmptyOne)
     const ToolRun run = runTool(call.first(), call.mid(1));
     QFile::setPermissions(scratch.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     if (run.status == 126 || run.status == 127)
-        GTEST_SKIP() << "setpriv or the build's folder is out of reach";
+        GTEST_SKIP() << "needs root that can become somebody else, and a build folder that they reach";
     EXPECT_EQ(run.status, 2);
     EXPECT_THAT(run.err.toStdString(), HasSubstr(scratch.path().toStdString() + ": Permission denied"));
 }
