@@ -87,17 +87,20 @@ void poweroff_protect::poweroffMaintenance(std::basic_fstream<char>& file, QList
         return;
     // Without memory for it a block keeps its last values in the file.
     ranWithMemory([&] {
-        const QString name = QLatin1String(areaName);
-        const AreaFacts* const area = areaNamed(QLatin1String(areaName));
+        const QLatin1String name(areaName);
+        const AreaFacts* const area = areaNamed(name);
         for (int k = 0; k < blocks.size(); ++k) {
             const MaintenanceFileInfo& block = blocks.at(k);
             if (!contains(block, address))
                 continue;
             checkFile(file, fileName);
+            // The block's own text is shared where it is the same: making another takes an allocation.
+            const QString& own = block.address.block;
+            const QString text = own == name ? own : QString(name);
             if (area && area->bits)
-                writeBitThrough(*this, *interfaceComm, file, block, name, address);
+                writeBitThrough(*this, *interfaceComm, file, block, text, address);
             else if (area)
-                writeWordsThrough(*this, *interfaceComm, file, block, name);
+                writeWordsThrough(*this, *interfaceComm, file, block, text);
         }
     });
     sys_base_do_system("sync");

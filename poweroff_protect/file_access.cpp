@@ -11,43 +11,39 @@
 #include <cerrno>
 #include <sys/stat.h>
 
-QString projectDirectory()
+const char projectDirectory[] = "/usr/tavrin/project/";
+
+QByteArray projectPath(const QString& fileName)
 {
-    return QLatin1String("/usr/tavrin/project/");
+    // Names are plain ASCII, where toLatin1() is in all Qts what toAscii() is in Qt 4.
+    return fileName.toLatin1().prepend(projectDirectory);
 }
 
-QString projectPath(const QString& fileName)
-{
-    return QString(QLatin1String("%1%2")).arg(projectDirectory()).arg(fileName);
-}
-
-FileLook lookAtFile(const QString& path)
+FileLook lookAtFile(const QByteArray& path)
 {
     // Not QFileInfo: to it, a look that failed is a file that does not exist.
     struct stat found;
-    if (stat(path.toLatin1().constData(), &found) == 0)
+    if (stat(path.constData(), &found) == 0)
         return {false, S_ISREG(found.st_mode), found.st_size};
     return {errno == ENOENT || errno == ENOTDIR, false, -1};
 }
 
-void makeZeroFile(const QString& path, qint64 length)
+void makeZeroFile(const QByteArray& path, qint64 length)
 {
-    QFile file(path);
+    QFile file(QLatin1String(path.constData()));
     file.open(QIODevice::WriteOnly);
     file.resize(length);
     file.close();
 }
 
-void openRetentionFile(std::fstream& file, const QString& path)
+void openRetentionFile(std::fstream& file, const QByteArray& path)
 {
     const bool wasOpen = file.is_open();
     // Without a buffer a read moves just the bytes that were asked for; with one, every single bit would
     // fetch thousands of bytes around it. It must be taken away before the file is opened.
     file.rdbuf()->pubsetbuf(nullptr, 0);
-    // The path is plain ASCII, where toLatin1() is in all Qts what toAscii() is in Qt 4.
-    if (ranWithMemory([&file, &path] {
-            file.open(path.toLatin1().constData(), std::ios::in | std::ios::out | std::ios::binary);
-        }))
+    if (ranWithMemory(
+            [&file, &path] { file.open(path.constData(), std::ios::in | std::ios::out | std::ios::binary); }))
         return;
     if (!wasOpen) // a stream without memory may hold the file and yet neither read nor write it
         file.close();

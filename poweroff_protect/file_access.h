@@ -2,13 +2,16 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QtCore/QByteArray>
 #include <QtCore/QString>
 
 #include <fstream>
 
-/// The fixed directory of the retention files, with its trailing slash, and the path of a file in it.
-QString projectDirectory();
-QString projectPath(const QString& fileName);
+/// The fixed directory of the retention files, with its trailing slash.
+extern const char projectDirectory[];
+
+/// The path of a file in that directory, as the C library takes it.
+QByteArray projectPath(const QString& fileName);
 
 /// What one look at a path found. A look may fail for reasons that pass, such as an error of the medium: a
 /// file is neither missing nor too short unless that is known.
@@ -19,11 +22,11 @@ struct FileLook
     qint64 size;  ///< bytes; -1 when unknown
 };
 
-FileLook lookAtFile(const QString& path);
+FileLook lookAtFile(const QByteArray& path);
 
 /// Makes the file, or empties it, and gives it `length` zero bytes; a negative length leaves it empty.
-void makeZeroFile(const QString& path, qint64 length);
+void makeZeroFile(const QByteArray& path, qint64 length);
 
 /// Opens `file` for reading and writing on an existing file: nothing is created, cut off or appended. On
 /// failure `file` is marked failed; if it was open before the call, it is marked failed and stays open.
-void openRetentionFile(std::fstream& file, const QString& path);
+void openRetentionFile(std::fstream& file, const QByteArray& path);

@@ -8,9 +8,10 @@
 
 poweroff_protect::poweroff_protect()
 {
-    const QDir directory(projectDirectory());
+    const QString path = QLatin1String(projectDirectory);
+    const QDir directory(path);
     if (!directory.exists())
-        directory.mkpath(projectDirectory());
+        directory.mkpath(path);
 }
 
 poweroff_protect::~poweroff_protect()

@@ -10,8 +10,8 @@
 void poweroff_protect::initFile(std::basic_fstream<char>& file, QFileInfo& info, QString fileName,
                                 QList<MaintenanceFileInfo>& blocks, int perAddressCode)
 {
-    const QString path = projectPath(fileName);
-    info.setFile(path);
+    const QByteArray path = projectPath(fileName);
+    info.setFile(QLatin1String(path.constData()));
     const FileLook look = lookAtFile(path);
     if (look.missing) { // a new file holds no values yet
         makeZeroFile(path, newFileLength(perAddressCode, blocks));

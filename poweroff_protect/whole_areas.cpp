@@ -19,7 +19,7 @@ int imageBytes(int areaCode)
 
 void poweroff_protect::initFile(std::fstream& file, QString name, int areaCode)
 {
-    const QString path = projectPath(name);
+    const QByteArray path = projectPath(name);
     const int size = imageBytes(areaCode);
     const FileLook look = lookAtFile(path);
     // Anything but a regular file stays as it is: opening a FIFO for writing would wait for its reader.

@@ -297,13 +297,13 @@ TEST_P(MemoryFaultSweep, LeavesFilesAsTheyBeganOrAsTheyShouldBe)
 
 INSTANTIATE_TEST_SUITE_P(
     In, MemoryFaultSweep,
-    testing::Values(Sweep{"AFirstWholeAreaLife", Mode::WholeAreas, StartFiles::NoDirectory, 118},
-                    Sweep{"AWholeAreaLifeWithKeptFiles", Mode::WholeAreas, StartFiles::Kept, 80},
-                    Sweep{"AWholeAreaLifeWithShorterFiles", Mode::WholeAreas, StartFiles::Shorter, 110},
-                    Sweep{"AFirstPerAddressLife", Mode::PerAddress, StartFiles::NoDirectory, 454},
-                    Sweep{"APerAddressLifeWithKeptFiles", Mode::PerAddress, StartFiles::Kept, 394},
-                    Sweep{"APerAddressLifeWithShorterFiles", Mode::PerAddress, StartFiles::Shorter, 394},
-                    Sweep{"APerAddressLifeWithEmptyFiles", Mode::PerAddress, StartFiles::Empty, 416}),
+    testing::Values(Sweep{"AFirstWholeAreaLife", Mode::WholeAreas, StartFiles::NoDirectory, 98},
+                    Sweep{"AWholeAreaLifeWithKeptFiles", Mode::WholeAreas, StartFiles::Kept, 56},
+                    Sweep{"AWholeAreaLifeWithShorterFiles", Mode::WholeAreas, StartFiles::Shorter, 92},
+                    Sweep{"AFirstPerAddressLife", Mode::PerAddress, StartFiles::NoDirectory, 404},
+                    Sweep{"APerAddressLifeWithKeptFiles", Mode::PerAddress, StartFiles::Kept, 352},
+                    Sweep{"APerAddressLifeWithShorterFiles", Mode::PerAddress, StartFiles::Shorter, 352},
+                    Sweep{"APerAddressLifeWithEmptyFiles", Mode::PerAddress, StartFiles::Empty, 362}),
     [](const auto& info) { return info.param.name; });
 
 /// Saves areas full of that byte; how many files have it then.

@@ -43,15 +43,15 @@ FAULTS = [
     ("a second failed opening empties the file", STORAGE, PAIRS + "PerAddressLifeWithKeptFiles",
      r"files\[a\](.|\n)*file call .*, file call ",
      [("module_object.cpp", "    const QDir directory", "    plantedCount() = 0;\n    const QDir directory"),
-      ("file_access.cpp", "        }))\n        return;",
-       "        })) {\n        if (FAULT && !file.is_open() && ++plantedCount() == 2)\n"
-       "            truncate(path.toLatin1().constData(), 0);\n"
+      ("file_access.cpp", "std::ios::binary); }))\n        return;",
+       "std::ios::binary); })) {\n        if (FAULT && !file.is_open() && ++plantedCount() == 2)\n"
+       "            truncate(path.constData(), 0);\n"
        "        return;\n    }")]),
     ("a save empties its file first", STORAGE, STOPS + "WholeAreaLifeWithKeptFiles", "when the process stops in step",
      [("whole_areas.cpp", "    file.seekp(0);",
        "    for (const AreaFacts& area : areaFacts)\n"
        "        if (FAULT && area.wholeAreaCode == areaCode)\n"
-       "            truncate(projectPath(QLatin1String(area.fileName)).toLatin1().constData(), 0);\n"
+       "            truncate(projectPath(QLatin1String(area.fileName)).constData(), 0);\n"
        "    file.seekp(0);")]),
     ("a failed sync ends the keeping", STORAGE, "OfSync*PerAddressLifeWithKeptFiles", r"files\[a\]",
      [("change_tracking.cpp", '    sys_base_do_system("sync");',
@@ -78,29 +78,29 @@ FAULTS = [
        "            if (words) {")]),
     ("a file that there is no memory to open is emptied", MEMORY, "*WholeAreaLifeWithKeptFiles", "with 0 bytes",
      [("file_access.cpp", "    if (!wasOpen) //",
-       "    if (FAULT)\n        truncate(path.toLatin1().constData(), 0);\n    if (!wasOpen) //")]),
+       "    if (FAULT)\n        truncate(path.constData(), 0);\n    if (!wasOpen) //")]),
     ("a start without memory makes the file anew", MEMORY, "*PerAddressLifeWithKeptFiles", "with 10 bytes",
      [("calling_sequence.cpp",
        "            ranWithMemory([this, &area] {", "            if (!ranWithMemory([this, &area] {"),
       ("calling_sequence.cpp", "area.facts.perAddressCode);\n            });",
        "area.facts.perAddressCode);\n            }) && FAULT)\n"
        "                makeZeroFile(projectPath(QLatin1String(area.facts.fileName)), 10);")]),
-    ("the change after one without memory is left out", MEMORY, "*PerAddressLifeWithKeptFiles", "LB with 3 bytes",
-     [("change_tracking.cpp", "    ranWithMemory([&] {\n        const QString",
+    ("the change after one without memory is left out", MEMORY, "*PerAddressLifeWithEmptyFiles", "LB with 2 bytes",
+     [("change_tracking.cpp", "    ranWithMemory([&] {\n        const QLatin1String",
        "    static bool failed = false;\n"
        "    if (FAULT && failed) {\n"
        "        failed = false;\n"
        '        sys_base_do_system("sync");\n'
        "        return;\n"
        "    }\n"
-       "    failed = !ranWithMemory([&] {\n        const QString")]),
+       "    failed = !ranWithMemory([&] {\n        const QLatin1String")]),
     ("without memory a block is watched in part", MEMORY, "*PerAddressLifeWithKeptFiles", "as watched",
      [("change_tracking.cpp", "while (!complete &&", "while (!FAULT && !complete &&")]),
 
     ("what is no file makes room for one", HOSTILE, ".StopNoWholeAreaLife*/0", "identityOf(.|\n)*mode",
      [("whole_areas.cpp", "    if (look.missing ||",
        "    if (FAULT && !look.regular)\n"
-       "        unlink(path.toLatin1().constData());\n"
+       "        unlink(path.constData());\n"
        "    if ((FAULT && !look.regular) || look.missing ||")]),
 ]
 
