@@ -3,6 +3,7 @@
 #include "benchmarks/bare_file.h"
 #include "benchmarks/operation.h"
 
+#include "poweroff_protect/word_buffer.h"
 #include "simulated_host/watch_list.h"
 
 #include <limits>
@@ -65,23 +66,25 @@ Sides wordChange(int length)
     host->start();
     const auto file = std::make_shared<BareFile>("maintenance-word.dat");
     const auto hand = std::make_shared<HandStream>("maintenance-word.dat");
-    const auto words = std::make_shared<std::vector<ushort>>(length);
+    const auto reused = std::make_shared<std::vector<ushort>>(length);
     InterfaceComm* const comm = &host->comm;
     const QString area = QStringLiteral("LW");
     const std::size_t bytes = 2 * static_cast<std::size_t>(length);
-    const auto readWords = [comm, area, words, length] {
-        comm->readRegisterValues(area, area, firstCell, 0, length, words->data());
-        return words->data();
+    const auto readInto = [comm, area, length](ushort* words) {
+        comm->readRegisterValues(area, area, firstCell, 0, length, words);
+        return words;
     };
     Sides sides;
     sides.module = reportedChange(host, "LW", changedCell);
-    sides.bare.run = [file, readWords, bytes](int times) {
+    sides.bare.run = [file, reused, readInto, bytes](int times) {
         for (int i = 0; i < times; ++i)
-            writeAt(file->fd, readWords(), bytes, 0);
+            writeAt(file->fd, readInto(reused->data()), bytes, 0);
     };
-    sides.byHand.run = [hand, readWords, bytes](int times) {
-        for (int i = 0; i < times; ++i)
-            writeByHand(hand->stream, readWords(), bytes, 0);
+    sides.byHand.run = [hand, readInto, length, bytes](int times) {
+        for (int i = 0; i < times; ++i) {
+            const WordBuffer words = makeWordBuffer(static_cast<int>(bytes));
+            writeByHand(hand->stream, readInto(words.get()), bytes, 0);
+        }
     };
     return sides;
 }
@@ -128,9 +131,9 @@ std::vector<Workload> changeWorkloads()
                                    "host call, seekg, read, seekp, write, flush",
                                    "lseek + read + lseek + write"},
                                   {"word_change/10", 1.1, [] { return wordChange(10); },
-                                   "host call, seekp, write, flush", "lseek + write"},
+                                   "zeroed buffer, host call, seekp, write, flush", "lseek + write"},
                                   {"word_change/1000", 1.1, [] { return wordChange(1000); },
-                                   "host call, seekp, write, flush", "lseek + write"}};
+                                   "zeroed buffer, host call, seekp, write, flush", "lseek + write"}};
     for (const int blocks : {10, 100, 1000, 10000})
         rows.push_back({"change_among_blocks/" + std::to_string(blocks), 0,
                         [blocks] { return changeAmong(blocks); }, "a look whether the list is sorted", ""});

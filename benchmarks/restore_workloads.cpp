@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "benchmarks/bare_file.h"
 #include "benchmarks/operation.h"
+#include "poweroff_protect/word_buffer.h"
 
 #include <string>
 
@@ -71,24 +72,25 @@ Sides words(int count)
     const char* const name = "maintenance-word.dat";
     const auto host = startedOnFile("LW", name, count, 2 * count);
     const auto file = std::make_shared<BareFile>(name);
-    const auto buffer = std::make_shared<std::vector<ushort>>(count);
+    const auto reused = std::make_shared<std::vector<ushort>>(count);
     InterfaceComm* const comm = &host->comm;
     const QString link = QStringLiteral("Local");
     const QString area = QStringLiteral("LW");
     const std::size_t bytes = 2 * static_cast<std::size_t>(count);
     Sides sides;
     sides.module = restoreThroughModule(host, "LW", count);
-    sides.bare.run = [file, buffer, comm, link, area, count, bytes](int times) {
+    sides.bare.run = [file, reused, comm, link, area, count, bytes](int times) {
         for (int i = 0; i < times; ++i) {
-            readAt(file->fd, buffer->data(), bytes, 0);
-            comm->writeRegisterValues(link, area, 0, -1, count, buffer->data());
+            readAt(file->fd, reused->data(), bytes, 0);
+            comm->writeRegisterValues(link, area, 0, -1, count, reused->data());
         }
     };
     const auto hand = std::make_shared<HandStream>(name);
-    sides.byHand.run = [hand, buffer, comm, link, area, count, bytes](int times) {
+    sides.byHand.run = [hand, comm, link, area, count, bytes](int times) {
         for (int i = 0; i < times; ++i) {
-            readByHand(hand->stream, buffer->data(), bytes, 0);
-            comm->writeRegisterValues(link, area, 0, -1, count, buffer->data());
+            const WordBuffer words = makeWordBuffer(static_cast<int>(bytes));
+            readByHand(hand->stream, words.get(), bytes, 0);
+            comm->writeRegisterValues(link, area, 0, -1, count, words.get());
         }
     };
     return sides;
@@ -102,6 +104,6 @@ std::vector<Workload> restoreWorkloads()
     const std::string bare = "lseek + read and host call for each bit";
     return {{"bit_restore/4096", 1.1, [] { return bits(4096); }, hand, bare},
             {"bit_restore/65536", 1.1, [] { return bits(65536); }, hand, bare},
-            {"word_restore/65536", 1.1, [] { return words(65536); }, "seekg, read, host call",
+            {"word_restore/65536", 1.1, [] { return words(65536); }, "zeroed buffer, seekg, read, host call",
              "lseek + read and host call"}};
 }

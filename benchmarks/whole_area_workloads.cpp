@@ -110,6 +110,6 @@ Sides restore()
 std::vector<Workload> wholeAreaWorkloads()
 {
     return {{"whole_area_save", 1.05, save, "3 x seekp, write, flush", "3 x lseek + write"},
-            {"whole_area_restore", 1.05, restore, "3 x stat, open, seekg, read, flush",
+            {"whole_area_restore", 1.1, restore, "3 x stat, open, seekg, read, flush",
              "3 x stat + open + lseek + read"}};
 }
