@@ -41,6 +41,22 @@ void writeWordsThrough(poweroff_protect& module, InterfaceComm& comm, std::fstre
     module.writeFile(file, reinterpret_cast<char*>(words.get()), bytes, block.fileOffset);
 }
 
+/// Writes what changed of `block`, an area's, to the file; nothing for an unknown area.
+void writeThrough(poweroff_protect& module, InterfaceComm& comm, std::fstream& file,
+                  const MaintenanceFileInfo& block, QLatin1String areaName, int address)
+{
+    const AreaFacts* const area = areaNamed(areaName);
+    if (!area)
+        return;
+    // The block's own text is shared where it is the same: making another takes an allocation.
+    const QString& own = block.address.block;
+    const QString text = own == areaName ? own : QString(areaName);
+    if (area->bits)
+        writeBitThrough(module, comm, file, block, text, address);
+    else
+        writeWordsThrough(module, comm, file, block, text);
+}
+
 } // namespace
 
 void poweroff_protect::getMonitorTriggerAddr(QList<RegisterValueChangeSize>& watched)
@@ -87,20 +103,11 @@ void poweroff_protect::poweroffMaintenance(std::basic_fstream<char>& file, QList
         return;
     // Without memory for it a block keeps its last values in the file.
     ranWithMemory([&] {
-        const QLatin1String name(areaName);
-        const AreaFacts* const area = areaNamed(name);
         for (int k = 0; k < blocks.size(); ++k) {
-            const MaintenanceFileInfo& block = blocks.at(k);
-            if (!contains(block, address))
+            if (!contains(blocks.at(k), address))
                 continue;
             checkFile(file, fileName);
-            // The block's own text is shared where it is the same: making another takes an allocation.
-            const QString& own = block.address.block;
-            const QString text = own == name ? own : QString(name);
-            if (area && area->bits)
-                writeBitThrough(*this, *interfaceComm, file, block, text, address);
-            else if (area)
-                writeWordsThrough(*this, *interfaceComm, file, block, text);
+            writeThrough(*this, *interfaceComm, file, blocks.at(k), QLatin1String(areaName), address);
         }
     });
     sys_base_do_system("sync");

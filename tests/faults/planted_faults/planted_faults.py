@@ -86,14 +86,14 @@ FAULTS = [
        "area.facts.perAddressCode);\n            }) && FAULT)\n"
        "                makeZeroFile(projectPath(QLatin1String(area.facts.fileName)), 10);")]),
     ("the change after one without memory is left out", MEMORY, "*PerAddressLifeWithEmptyFiles", "LB with 2 bytes",
-     [("change_tracking.cpp", "    ranWithMemory([&] {\n        const QLatin1String",
+     [("change_tracking.cpp", "    ranWithMemory([&] {\n        for (int k = 0",
        "    static bool failed = false;\n"
        "    if (FAULT && failed) {\n"
        "        failed = false;\n"
        '        sys_base_do_system("sync");\n'
        "        return;\n"
        "    }\n"
-       "    failed = !ranWithMemory([&] {\n        const QLatin1String")]),
+       "    failed = !ranWithMemory([&] {\n        for (int k = 0")]),
     ("without memory a block is watched in part", MEMORY, "*PerAddressLifeWithKeptFiles", "as watched",
      [("change_tracking.cpp", "while (!complete &&", "while (!FAULT && !complete &&")]),
 
