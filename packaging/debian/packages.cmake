@@ -64,6 +64,12 @@ retention_inspector shows, checks and carries over the values that a panel
 keeps; panel_simulator runs the module against a project, as the panel's
 runtime would.")
 
+# In 1.0 one package had what is now in several.
+foreach(component DEV TOOLS)
+    set(CPACK_DEBIAN_${component}_PACKAGE_BREAKS "poweroff-protect (<< 1.1.0)")
+    set(CPACK_DEBIAN_${component}_PACKAGE_REPLACES "poweroff-protect (<< 1.1.0)")
+endforeach()
+
 set(CPACK_DEBIAN_DBGSYM_PACKAGE_NAME poweroff-protect-dbgsym)
 set(CPACK_DEBIAN_DBGSYM_PACKAGE_SECTION debug)
 set(CPACK_DEBIAN_DBGSYM_PACKAGE_DEPENDS ${exact_module})
