@@ -69,7 +69,7 @@ public:
     void writeFile(std::basic_fstream<char>& file, char* buffer, int length, int offset);
     /// Makes a missing file at the length of `blocks` (per-address code 1: bits; 2 and 5: words; any other:
     /// empty) and leaves it closed; leaves an empty file alone; opens any other on `file` and restores
-    /// `blocks` from it.
+    /// `blocks` from it. What can be neither looked at nor opened restores nothing.
     void initFile(std::basic_fstream<char>& file, QFileInfo& info, QString fileName,
                   QList<MaintenanceFileInfo>& blocks, int perAddressCode);
     /// Restores `blocks` from the module's files, chosen by each block's own area name. A bit whose byte in

@@ -20,6 +20,8 @@ void poweroff_protect::initFile(std::basic_fstream<char>& file, QFileInfo& info,
     if (look.size == 0)
         return;
     openRetentionFile(file, path);
+    if (look.size == -1 && !file.is_open()) // nothing says that there is a file to restore
+        return;
     initMaintenance(blocks);
 }
 

@@ -3,6 +3,8 @@
 #include "tests/support/module_test.h"
 #include "tests/support/storage.h"
 
+#include <unistd.h>
+
 namespace {
 
 QString wrote(const char* area, int address, const std::vector<int>& values)
@@ -95,6 +97,16 @@ TEST_F(Restore, HalfAWordAtTheEndOfAFileComesBackWithItsLowByteAlone)
     EXPECT_EQ(restored({{LW, 0, 2}, {LW, 10, 2}, {LW, 20, 2}}),
               lines({wrote("LW", 0, {1, 2}), wrote("LW", 10, {0x00ab, 0}), wrote("LW", 20, {0, 0})}));
     EXPECT_EQ(hex(retentionFile(wordFileName)), "01 00 02 00 ab") << "the file keeps its length";
+}
+
+TEST_F(Restore, WordsKeepTheirStartValuesWhereNobodyCanTellThatThereIsAFile)
+{
+    QDir().mkpath(QLatin1String(fixedProjectDirectory));
+    const QByteArray path = retentionPath(QLatin1String(wordFileName)).toLatin1();
+    ASSERT_EQ(symlink(path.constData(), path.constData()), 0);
+    writeRetentionFile(rwiFileName, QByteArray::fromHex("3412"));
+    EXPECT_EQ(restored({{LW, 0, 2}, {RWI, 9, 1}}), lines({wrote("RWI", 9, {0x1234})}))
+        << "neither a look at it nor opening it succeeds";
 }
 
 TEST_F(Restore, AFullDiskStillGetsItsNewFiles)

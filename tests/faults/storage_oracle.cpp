@@ -226,6 +226,8 @@ void startPerAddress(Course& course)
         make(course, Init, newFileLength(course.start));
     } else if (unknown || !course.file->isEmpty()) {
         openStream(course, Init);
+        if (unknown && !course.open)
+            return; // but if it cannot be opened either, there is nothing to say that it has any
         const Hit* const hit = course.open ? course.hitBy({Kind::Seek, Kind::Read}, Init) : nullptr;
         if (areaOf(course.start).bits)
             restoreBits(course, hit);
