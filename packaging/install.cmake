@@ -17,7 +17,7 @@ install(DIRECTORY define_header host_interface DESTINATION ${headers} COMPONENT 
 install(FILES poweroff_protect/poweroff_protect.h poweroff_protect/maintenance_file_info.h poweroff_protect/version.h
         DESTINATION ${headers}/poweroff_protect COMPONENT dev)
 install(FILES docs/integration.md docs/upgrading.md docs/binary_interface.md docs/supported_platforms.md docs/reliability.md
-              docs/performance.md docs/file_format.md
+              docs/performance.md
         DESTINATION ${documents} COMPONENT dev)
 install(FILES docs/images/medium.svg docs/images/performance.svg DESTINATION ${documents}/images COMPONENT dev)
 install(DIRECTORY docs/measurements DESTINATION ${documents} COMPONENT dev)
