@@ -27,15 +27,15 @@ void synchroniseFiles()
 const std::vector<StoreKind>& storeKinds()
 {
     static const std::vector<StoreKind> kinds = {
-        {"module", false, [](int cells) { return makeModuleStore(cells, [] { sync(); }); }},
-        {"module_files", false, [](int cells) { return makeModuleStore(cells, synchroniseFiles); }},
-        {"sqlite", true, makeSqliteStore},
-        {"lmdb", true, makeLmdbStore},
-        {"qsettings", true, makeQSettingsStore},
-        {"two_files", true, makeTwoFileStore},
-        {"fdatasync", false, makeFdatasyncStore},
-        {"dsync", false, makeDsyncStore},
-        {"module_shell", false,
+        {"module", [](int cells) { return makeModuleStore(cells, [] { sync(); }); }},
+        {"module_files", [](int cells) { return makeModuleStore(cells, synchroniseFiles); }},
+        {"sqlite", makeSqliteStore},
+        {"lmdb", makeLmdbStore},
+        {"qsettings", makeQSettingsStore},
+        {"two_files", makeTwoFileStore},
+        {"fdatasync", makeFdatasyncStore},
+        {"dsync", makeDsyncStore},
+        {"module_shell",
          [](int cells) {
              return makeModuleStore(cells, [] {
                  if (std::system("sync") != 0)

@@ -25,7 +25,6 @@ using StorePtr = std::unique_ptr<DurableStore>;
 struct StoreKind
 {
     std::string name;
-    bool transactional; ///< after a power cut a value is the old or the new one, whatever its size
     std::function<StorePtr(int cells)> make;
 };
 

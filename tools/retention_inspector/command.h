@@ -5,11 +5,13 @@
 
 #include "tools/retention_core/layout.h"
 #include "tools/retention_core/retention_files.h"
+#include "tools/retention_core/tags.h"
 #include "tools/retention_inspector/report/report.h"
 
 #include <QtCore/QHash>
 #include <QtCore/QStringList>
 
+#include <optional>
 #include <vector>
 
 /// An argument that a command requires, and what is read from it before the command runs.
@@ -88,3 +90,6 @@ const Command* commandNamed(const QString& name);
 
 /// The usual values of the command's options.
 QHash<QString, QString> usualOptions(const Command& command);
+
+/// The tags of the option "tags"; none without it. Throws a Refusal.
+std::optional<Tags> tagsOf(const Inputs& inputs);

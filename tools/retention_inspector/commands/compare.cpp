@@ -1,6 +1,7 @@
 // Compares the files of many panels of one project with what most of them have.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/refusal.h"
+#include "tools/retention_inspector/command.h"
 #include "tools/retention_inspector/report/named_values.h"
 #include "tools/retention_inspector/report/progress.h"
 

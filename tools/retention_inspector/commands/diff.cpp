@@ -1,5 +1,6 @@
 // Lists the kept values that differ between two directories of files of one project.
 // SPDX-License-Identifier: MIT
+#include "tools/retention_inspector/command.h"
 #include "tools/retention_inspector/report/named_values.h"
 
 namespace {

@@ -1,5 +1,6 @@
 // Writes the kept values as one plain table.
 // SPDX-License-Identifier: MIT
+#include "tools/retention_inspector/command.h"
 #include "tools/retention_inspector/report/named_values.h"
 #include "tools/retention_inspector/report/output_file.h"
 

@@ -1,6 +1,7 @@
 // Makes one page about a panel for its commissioning folder.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/refusal.h"
+#include "tools/retention_inspector/command.h"
 #include "tools/retention_inspector/report/html.h"
 #include "tools/retention_inspector/report/map_picture.h"
 #include "tools/retention_inspector/report/named_values.h"

@@ -41,3 +41,8 @@ QHash<QString, QString> usualOptions(const Command& command)
             options.insert(QLatin1String(option.name), QLatin1String(option.usual));
     return options;
 }
+
+std::optional<Tags> tagsOf(const Inputs& inputs)
+{
+    return inputs.has("tags") ? std::optional(readTags(inputs.option("tags"))) : std::nullopt;
+}

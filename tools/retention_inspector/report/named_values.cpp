@@ -58,8 +58,3 @@ void addTagRemarks(const Layout& layout, const Tags& tags, Report& report)
         QStringLiteral("%1: the project retains no cell of %2%3.")
             .arg(tags.fileName, QStringList(lost.mid(0, most)).join(QLatin1String(", ")), more));
 }
-
-std::optional<Tags> tagsOf(const Inputs& inputs)
-{
-    return inputs.has("tags") ? std::optional(readTags(inputs.option("tags"))) : std::nullopt;
-}

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "tools/retention_core/value_table.h"
-#include "tools/retention_inspector/command.h"
+#include "tools/retention_inspector/report/report.h"
 
 /// The text of a value, in JSON a number where it is one; "-" for null.
 Value valueOf(const ValueType& type, const QString& text);
@@ -19,6 +19,3 @@ void addNamedValues(const Layout& layout, const AreaReading& reading, const Tags
 /// What is found about tags, and a note that names those whose cells the project does not retain at all:
 /// tables of values have no row of them.
 void addTagRemarks(const Layout& layout, const Tags& tags, Report& report);
-
-/// The tags of the option "tags"; none without it. Throws a Refusal.
-std::optional<Tags> tagsOf(const Inputs& inputs);
