@@ -1,4 +1,4 @@
-// Reading of project files.
+// Reads project files.
 // SPDX-License-Identifier: MIT
 #include "project_tree/project_reader.h"
 

@@ -1,4 +1,4 @@
-// Defines the configuration tree of a project: the types that models only see as pointers.
+// Defines the configuration tree of a project: the types that models see only as pointers.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -10,8 +10,8 @@
 #include <memory>
 #include <vector>
 
-/// A named value: a 32-bit number or a text. Read as the other kind it counts as absent; a signed number read
-/// as unsigned, and the other way round, keeps its 32 bits.
+/// A named value: a 32-bit number or a text. Read as the other kind, it counts as absent. A signed number
+/// read as unsigned, or the reverse, keeps its 32 bits.
 struct property
 {
     QString name;        ///< unique among the properties of a node
@@ -20,7 +20,7 @@ struct property
     QString text;        ///< the text
 };
 
-/// A node; owns its properties and children, which keep their addresses as long as it lives.
+/// A node. It owns its properties and children, whose addresses stay valid as long as it lives.
 struct object
 {
     QString name;                                      ///< need not be unique among its siblings
@@ -28,9 +28,10 @@ struct object
     std::vector<std::unique_ptr<property>> properties; ///< in the order in which they were set
     std::vector<std::unique_ptr<object>> children;     ///< in the order in which they were added
 
-    object& addChild(const QString& childName);                         ///< the new, last child
-    object& setNumber(const QString& propertyName, qint64 value);       ///< keeps the low 32 bits; this node
-    object& setText(const QString& propertyName, const QString& value); ///< this node
+    object& addChild(const QString& childName); ///< the new, last child
+    object& setNumber(const QString& propertyName,
+                      qint64 value); ///< keeps the low 32 bits; returns this node
+    object& setText(const QString& propertyName, const QString& value); ///< returns this node
 
     property* findProperty(const QString& propertyName) const; ///< null when there is none of that name
     object* findChild(const QString& childName) const;         ///< the first of that name; null for none
@@ -38,6 +39,6 @@ struct object
 
 using TreeObserver = std::function<void(const QString& call)>;
 
-/// From now on `observer` gets one line for each call of the configuration-tree functions, with its
-/// arguments; an empty one, as at the start, ends that.
+/// From now on, passes `observer` one line for each call of the configuration-tree functions, with its
+/// arguments. An empty observer, the initial state, ends that.
 void observeTree(TreeObserver observer);

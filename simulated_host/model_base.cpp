@@ -1,4 +1,4 @@
-// The base class of extension models, as this host defines it.
+// Defines the base class of extension models for this host.
 // SPDX-License-Identifier: MIT
 #include "host_interface/host_interface.h"
 

@@ -1,4 +1,4 @@
-// Loading of a model's shared library through its two entry points.
+// Loads a model's shared library through its two entry points.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/module_library.h"
 

@@ -1,4 +1,4 @@
-// Enters a mount namespace whose /usr is put together anew.
+// Enters a mount namespace with a newly assembled /usr.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/mount_namespace.h"
 

@@ -1,4 +1,4 @@
-// Leaves the removal to a process that waits for the end of this one.
+// Makes a scratch directory, and a process that waits for the end of this one and removes it.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/scratch_directory.h"
 

@@ -1,4 +1,4 @@
-// Watched cells, and the messages that report their changes.
+// Keeps watched cells, and builds the messages that report their changes.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/watch_list.h"
 
