@@ -24,7 +24,7 @@ bool WatchList::contains(const QString& area, int address) const
 std::vector<WatchedRange> WatchList::ranges() const
 {
     QStringList areas = cells.keys();
-    std::sort(areas.begin(), areas.end()); // which puts the three known names in their usual order
+    std::sort(areas.begin(), areas.end()); // alphabetical order is the usual order of the three names
     std::vector<WatchedRange> result;
     for (const QString& area : areas) {
         bool open = false;
