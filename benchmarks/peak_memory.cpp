@@ -1,5 +1,6 @@
 // The peak of this process's memory when one store did its job, or none, in KiB. A panel's cells and areas
-// are in it whatever the store. SPDX-License-Identifier: MIT
+// are in it whatever the store.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/durable_store.h"
 #include "simulated_host/private_directory.h"

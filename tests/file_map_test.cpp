@@ -1,5 +1,6 @@
 // Places of blocks in their file: the rules by example, and what lies past the small lists, all of which
-// small_worlds/entry_lists_test.cpp compares with the rules. SPDX-License-Identifier: MIT
+// small_worlds/entry_lists_test.cpp compares with the rules.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 
 #include <gmock/gmock.h>

@@ -1,5 +1,6 @@
 // Lives of panels with random projects, starts, changes and restarts, compared with the account of the rules
-// after every step, call by call. SPDX-License-Identifier: MIT
+// after every step, call by call.
+// SPDX-License-Identifier: MIT
 #include "tests/support/checked_life.h"
 #include "tests/support/module_test.h"
 #include "tests/support/random_source.h"

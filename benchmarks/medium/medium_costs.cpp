@@ -1,5 +1,6 @@
 // Lets one store keep values in an emulated panel and says when, so that the emulator can count what reaches
-// the medium. SPDX-License-Identifier: MIT
+// the medium.
+// SPDX-License-Identifier: MIT
 //
 // Lines, each answered by one from standard input before it goes on:
 //   medium ready    the store is made and has kept its first values; everything is on the medium

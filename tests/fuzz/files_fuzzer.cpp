@@ -1,6 +1,7 @@
 // Hostile files and messages: files of any length and content under any project, change messages with any
 // name and address, in both modes, over several starts with the same project or another one. Files, cells and
-// syncs must come out as the account of them says. SPDX-License-Identifier: MIT
+// syncs must come out as the account of them says.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/fuzz/fuzz_check.h"
 #include "tests/fuzz/fuzz_start.h"

@@ -1,5 +1,6 @@
 // Lives every short sequence of events on two small areas, in both modes, and compares files and areas with
-// the account of the rules after each event. SPDX-License-Identifier: MIT
+// the account of the rules after each event.
+// SPDX-License-Identifier: MIT
 #include "tests/support/checked_life.h"
 #include "tests/support/module_test.h"
 

@@ -1,5 +1,6 @@
 // Plants one fault after the other in the plain module: the disk states find it for what it is, or cannot see
-// it. SPDX-License-Identifier: MIT
+// it.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/shell.h"
 #include "tests/power_cut/disk_states/history.h"
 

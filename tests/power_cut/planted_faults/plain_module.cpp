@@ -1,6 +1,7 @@
 // Keeps values as the module that ships does, in the plainest way, with one fault planted in it when the
 // environment variable PLANTED_FAULT names one. It shares nothing with that module but the runtime's
-// interface. SPDX-License-Identifier: MIT
+// interface.
+// SPDX-License-Identifier: MIT
 #include "host_interface/host_interface.h"
 #include "tests/support/literal_rules.h"
 

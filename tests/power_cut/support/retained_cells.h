@@ -1,5 +1,6 @@
 // Which cells a project retains, where they are in the retention files, and what a start makes of these,
-// without the module's code. SPDX-License-Identifier: MIT
+// without the module's code.
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "simulated_host/memory_areas.h"
