@@ -1,5 +1,5 @@
-// QSettings as a store: an INI file that is written anew and moved into place by every sync(), made durable
-// with the directory that names it.
+// Implements a store with QSettings: every sync() rewrites an INI file and renames it into place; the store
+// makes file and directory durable.
 // SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/durable_store.h"
