@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Counts what the module and its peers write onto the medium of an emulated 32-bit ARM panel: bytes, write requests and flushes,
-on a flash chip also erasures. QEMU counts, the disk as its block statistics and the flash chip in its trace."""
+"""Counts what the module and other stores write to the medium of an emulated 32-bit ARM panel: bytes, write requests and
+flushes, on a flash chip also erasures. QEMU counts: for the disk in its block statistics, for the flash chip in its
+trace."""
 import argparse
 import concurrent.futures
 import json
@@ -36,11 +37,11 @@ class Load:
     changes: int
     log: bool = False  # another program's log gets a line of 128 bytes before each change
     pause: int = 0  # milliseconds after each change
-    times_each: int = 1  # more than 1: a planted fault, each change is made over again
+    times_each: int = 1  # more than 1: a planted fault that repeats each change
 
 
 SHORT = [Load(10, 30)]
-PACED = [Load(10, 10, pause=1200)]  # a change now and then, so that what the kernel does from time to time takes part
+PACED = [Load(10, 10, pause=1200)]  # occasional changes, so that the kernel's periodic work is included
 SOME = tuple(Load(cells, changes, log) for log in (False, True) for cells, changes in ((10, 40), (0, 5)))
 FULL = (*SOME, *(Load(cells, 20, log) for log in (False, True) for cells in (1, 1000)))
 
@@ -48,7 +49,7 @@ FULL = (*SOME, *(Load(cells, 20, log) for log in (False, True) for cells in (1, 
 @dataclass(frozen=True)
 class Storage:
     name: str
-    kind: str  # as mount names it
+    kind: str  # as mount calls it
     options: str = "noatime"
     loads: tuple = FULL
     make: tuple = ("mkfs.ext4", "-q", "-b", "4096")
@@ -196,7 +197,7 @@ def check(rows, update):
         return []
     recorded = {line[:20].strip(): [float(word) for word in line[20:].split()]
                 for line in RECORD.read_text().splitlines() if not line.startswith("#")}
-    # The kernel flushes for itself now and then.
+    # The kernel sometimes flushes by itself.
     return [f"{storage}: a change writes {costs[0]:.0f} bytes with {costs[1]:.2f} flushes or erasures, recorded are {size:.0f} "
             f"and {waits:.2f}" for storage, costs in found.items() for size, waits in [recorded[storage]]
             if abs(costs[0] - size) > MARGIN * size or abs(costs[1] - waits) > 0.5]

@@ -1,5 +1,5 @@
-# Installs the debugging symbols of `files` where debuggers look for them, by the number of the build.
-# Sets out from `files`, `readelf`, `objcopy` and CMAKE_INSTALL_PREFIX.
+# Installs the debugging symbols of `files` where debuggers look for them, by build ID. Uses `files`, `readelf`, `objcopy`
+# and CMAKE_INSTALL_PREFIX.
 # SPDX-License-Identifier: MIT
 foreach(file ${files})
     execute_process(COMMAND ${readelf} --notes --wide ${file} OUTPUT_VARIABLE notes COMMAND_ERROR_IS_FATAL ANY)

@@ -3,8 +3,8 @@
 . scripts/lib/needs.sh
 . scripts/lib/progress.sh
 
-# install_missing WHY NAME...: says what it is about to install, and what for, and installs it as root or through sudo.
-# Ends the script when that cannot be done.
+# install_missing WHY NAME...: says what it is about to install, and why, and installs it as root or through sudo. Ends the
+# script when that cannot be done.
 install_missing() {
     local why=$1 missing as_root=() log
     shift

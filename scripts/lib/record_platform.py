@@ -47,7 +47,7 @@ def main():
     arguments = parser.parse_args()
 
     outcome = arguments.outcome or numbers(arguments.results)
-    # Building changes nothing that is in the repository; what was changed by hand is said.
+    # Building changes nothing in the repository, so any change was made by hand and is mentioned.
     changed = git("status", "--porcelain", "--untracked-files=no", "--", ".", f":!{PAGE.relative_to(ROOT)}")
     when = f"{datetime.date.today()}, {git('rev-parse', '--short=8', 'HEAD')}" + (" with changes" if changed else "")
     cells = [arguments.platform, arguments.built, outcome, arguments.how, when]

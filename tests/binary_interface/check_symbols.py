@@ -36,7 +36,7 @@ def library_symbols(nm, library, undefined):
     symbols = {}
     for line in result.stdout.splitlines():
         match = re.match(r"[0-9a-f]* *([A-Za-z]) (.+?)(?:@@?([\w.]+)(?: \(\d+\))?)?$", line)
-        # Weak references are the start-up code's, which works without them.
+        # Weak references belong to the start-up code, which works without them.
         if match and match[1] != "w":
             symbols[as_on_the_panel(match[2])] = match[3] or ""
     return symbols

@@ -22,12 +22,12 @@ BUILD = "build/release"
 WORK = "build/mutation"
 LIBRARY = "poweroff_protect/libpoweroff_protect.so"
 TABLE = "tests/mutation/survivors.txt"
-# What the other programs find is found by these as well, or has nothing to do with the module.
+# What the other programs find is also found by these, or does not concern the module.
 PROGRAMS = ["tests/*_test", "tests/small_worlds/*_test", "tests/faults/*_test"]
 NOT_THE_MODULE = {"panel_simulator_test", "path_mapping_test", "project_reader_test", "simulated_panel_test"}
 # The largest sizes of small worlds: the smaller ones find the same mutants.
 LEFT_OUT = "-EveryList.OfFour*:EveryList.OfThree*:*EverySequence.OfMore*"
-# These take long, and find in pure rules only what the others find.
+# These take long, and in pure rules find only what the others find.
 SWEEPS = {"memory_faults_test", "storage_faults_test"}
 PURE_RULES = re.compile(r"define_header/|/(area_facts|maintenance_file_info|partition|placement|retention_settings|wrapping)\.")
 
@@ -100,7 +100,7 @@ class Builder:
         """Compiles an object with the folder's sources in the place of the tree's; None when it does not compile."""
         mutated = os.path.join(folder, self.source[name])
         command = self.compile[name]
-        if not os.path.exists(mutated):  # then it is a header that is mutated
+        if not os.path.exists(mutated):  # then the mutant is in a header
             command = self.alone(command)
             mutated = self.source[name]
         command = list(command)

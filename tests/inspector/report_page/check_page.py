@@ -19,7 +19,7 @@ import sys
 
 HOSTILE = '"><img src=x onerror=document.title=1><script>document.title=2</script>&amp;\'</title></table>'
 LONG_NAME = "a_name_without_a_blank_" * 5 + ".xml"
-# Answers what only a running page knows; stands in a copy of the page, from which the ban on other scripts is taken.
+# Measures what only a running page knows; added to a copy of the page without the ban on other scripts.
 PROBE = """<script>
 function shown() { return [...document.querySelectorAll('#values tbody tr')].filter(r => r.offsetHeight > 0).length }
 var answer = {all: shown(), images: document.images.length, scripts: document.scripts.length,

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The emulated machine: its power goes on, its serial line is read, its power goes away."""
+"""Runs the emulated machine: switches it on, reads its serial line, cuts its power."""
 import json
 import queue
 import shutil
@@ -11,7 +11,7 @@ from dataclasses import dataclass
 
 from serial_log import StartLog
 
-STUCK_SECONDS = 3600  # far more than a busy machine needs for anything
+STUCK_SECONDS = 3600  # far more than anything takes on a busy machine
 
 
 class EmulatorFailure(Exception):
@@ -22,14 +22,14 @@ class EmulatorFailure(Exception):
 class Machine:
     """A machine with the panel's storage in it. Its files lie in the folder of assembled parts."""
 
-    storage: str  # the file system, and as the guest's PANEL_STORAGE
-    medium: str  # as told to people
+    storage: str  # the file system, as in the guest's PANEL_STORAGE
+    medium: str  # for people
     blank_image: str  # a storage image with an empty file system
     console: str
-    # What makes up the machine; {parts}, {image} and {write_log} are filled in.
+    # The machine's options; {parts}, {image} and {write_log} are filled in.
     arguments: tuple
-    # The flash chip of this emulator answers before its write is in the image file, and the logged disk before its write
-    # is in the log; halting the machine first completes those writes. The other disk answers when they are complete.
+    # This emulator's flash chip answers before its write is in the image file, and the logged disk before its write is in
+    # the log; halting the machine first completes those writes. The other disk answers when they are complete.
     halt_before_cut: bool
     mark_device: str = ""  # where the guest makes its marks
 
@@ -80,7 +80,7 @@ class Emulator:
             write_log.write_bytes(b"")
         with theirs:
             self._process = subprocess.Popen(
-                # No emulator outlives a run that is killed.
+                # Ends the emulator when the run is killed.
                 ["setpriv", "--pdeathsig", "KILL", "qemu-system-arm",
                  *(a.format(parts=parts, image=image, write_log=write_log) for a in machine.arguments),
                  "-nic", "none", "-display", "none", "-no-reboot", "-serial", "stdio",
@@ -93,7 +93,7 @@ class Emulator:
         self._waiting = False  # the guest waits for its parameters
         self._cut = False
         self._ended = False
-        # The machine stands still while its serial line is not read, so a thread does nothing else.
+        # The machine stalls while its serial line is not read, so a thread only reads it.
         self._reader = threading.Thread(target=self._read_serial_line)
         self._reader.start()
         self._command("qmp_capabilities")

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""One panel with one storage image, through its starts and power cuts."""
+"""Takes one panel with one storage image through its starts and power cuts."""
 import copy
 import random
 import shutil
@@ -12,17 +12,17 @@ from serial_log import UnreadableLog
 from storage import DamagedStorage, retention_files
 from write_log import SECTOR_BYTES, apply_sectors, cut_state, read_write_log, sectors_of
 
-EARLY_CUTS = 0.25  # this share of the cuts falls while the storage is mounted and the panel starts
-MOST_CHANGES = 60  # the other cuts fall after so many changes at most, and a moment
+EARLY_CUTS = 0.25  # share of the cuts while the storage is mounted and the panel starts
+MOST_CHANGES = 60  # the other cuts come a moment after at most so many changes
 SHIPPED_MODULE = "libpoweroff_protect.so"
 
 
 @dataclass
 class Counts:
     cuts: int = 0
-    early: int = 0  # of the cuts: before the panel had said everything that it restored
+    early: int = 0  # of the cuts: before the panel had reported everything that it restored
     synced: int = 0  # changes
-    at_stake: int = 0  # values that were changed and kept in the life before a cut, summed up
+    at_stake: int = 0  # values that were changed and kept in the life before a cut, summed
     checked: int = 0  # values
     lost: int = 0
 
@@ -75,10 +75,10 @@ class Life:
         before = self._image_before().read_bytes()
         requests = read_write_log(write_log_of(self._image))
         while requests and requests[-1].flush:
-            requests.pop()  # perhaps not the guest's: halting the machine flushes, too
+            requests.pop()  # perhaps not the guest's, because halting the machine also flushes
         mark = len(before) // SECTOR_BYTES - 1
         marks = [i + 1 for i, request in enumerate(requests) if request.sector == mark and not request.flush]
-        lines = [0] * (len(requests) + 1)  # that the panel had said after so many requests
+        lines = [0] * (len(requests) + 1)  # that the panel had printed after so many requests
         for i, request in enumerate(requests):
             lines[i + 1] = int(request.content.rstrip(b"\0")) if i + 1 in marks else lines[i]
         account = None

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Cuts the power of the emulated panel again and again and checks what every next start restores."""
+"""Cuts the power of the emulated panel repeatedly and checks what each next start restores."""
 import argparse
 import random
 import re
@@ -18,10 +18,10 @@ from project import Project
 
 ROOM = Path(__file__).resolve().parent
 PROJECTS = {"retained_cells.xml": "retained cells", "whole_areas.xml": "whole areas"}
-LONGEST_LIFE = 20  # cuts that one storage image lives through
+LONGEST_LIFE = 20  # cuts that one storage image goes through
 REPLAYS_OF_START = 10  # cuts made of one start with a disk that has a volatile cache
 REPLAYS_OF_FAULT = 40
-FINDINGS_SHOWN = 10  # of one start; all of them are kept in a file
+FINDINGS_SHOWN = 10  # of one start; a file has all of them
 
 
 class Run:
@@ -138,7 +138,7 @@ def main():
     options = parse_options()
     folder = Path(tempfile.mkdtemp(prefix=f"seed_{options.seed}_", dir=options.parts.parent))
     run = Run(options, folder)
-    signal.signal(signal.SIGTERM, signal.default_int_handler)  # the counts of a run that is stopped count, too
+    signal.signal(signal.SIGTERM, signal.default_int_handler)  # so that a stopped run still prints its counts
     try:
         failed = run_all(run, options)
     except (EmulatorFailure, OSError) as error:

@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: MIT
-"""What the next start may restore, given all that the panel said before the power was cut."""
+"""Judges what a start restores, given everything that the panel reported before the power cut."""
 from collections import namedtuple
 
 from project import AREAS, BYTES_PER_CELL, CELLS, SECTOR_BYTES, digests
 
 # `checked` values (cells, or sectors of whole areas) were compared; `at_stake` of them had been changed and kept since the
-# start before; every one that must not be is a line of `lost`.
+# previous start; `lost` has a line for every wrong one.
 Verdict = namedtuple("Verdict", "checked at_stake lost")
 
 
@@ -26,7 +26,7 @@ class Account:
     def take(self, log):
         """From here on, what this start restored and changed is what the next one must restore."""
         self._lengths.update(log.synced_lengths)
-        if log.restored:  # otherwise nothing was changed in this start
+        if log.restored:  # otherwise nothing was changed after this start
             self._values.take(log)
 
 
