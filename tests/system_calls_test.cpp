@@ -183,7 +183,7 @@ TEST_F(SystemCalls, ARestoredBitCostsOneReadOfOneByteHoweverLongTheFileIs)
         EXPECT_EQ(callsThat([](const Call& call) { return call.kind == Kind::Read && call.bytes == 1; }),
                   static_cast<size_t>(count));
         EXPECT_EQ(callsOf(Kind::Read), static_cast<size_t>(count))
-            << "a longer read fetches bytes that nobody asked for";
+            << "a longer read fetches bytes that were not requested";
         EXPECT_GE(seeks, static_cast<size_t>(count));
         EXPECT_LE(seeks, static_cast<size_t>(count) + 10) << "the cost of a bit grows with the file";
     }

@@ -59,7 +59,7 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME poweroff-protect-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS ${exact_module})
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-    "retention of an operator panel's values, tools for the desk
+    "retention of an operator panel's values, offline tools
 retention_inspector shows, checks and carries over the values that a panel
 keeps; panel_simulator runs the module against a project, as the panel's
 runtime would.")
@@ -71,8 +71,8 @@ set(CPACK_DEBIAN_DBGSYM_PACKAGE_SHLIBDEPS OFF)
 multi_arch(DBGSYM)
 set(CPACK_COMPONENT_DBGSYM_DESCRIPTION
     "retention of an operator panel's values, debugging symbols
-What a debugger needs to name functions, lines and variables of the module
-and of the tools.")
+The names of functions, lines and variables of the module and the tools, for
+debuggers.")
 set(programs poweroff_protect)
 if(POWEROFF_PROTECT_TOOLS)
     list(APPEND programs panel_simulator retention_inspector simulated_host project_tree file_calls)

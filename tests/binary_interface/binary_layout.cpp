@@ -25,7 +25,7 @@
                   #type "::" #field " must lie at byte " #offset)
 #define ORDER(type, previous, field)                                                                         \
     static_assert(offsetof(type, previous) < offsetof(type, field),                                          \
-                  #type "::" #field " must lie behind " #previous)
+                  #type "::" #field " must come after " #previous)
 /// A field, the one before it and its offset in bytes.
 #define NEXT(type, previous, field, offset)                                                                  \
     ORDER(type, previous, field);                                                                            \
