@@ -31,7 +31,7 @@ MARGIN = 0.1
 
 @dataclass(frozen=True)
 class Load:
-    """So many changes of one of `cells` cells, or with 0 cells saves of three images of areas, 327,680 bytes."""
+    """That many changes of one of `cells` cells or, with 0 cells, saves of three area images, 327,680 bytes."""
 
     cells: int
     changes: int
@@ -85,7 +85,7 @@ def machine(storage):
 
 
 class FlashTrace:
-    """What the emulated flash chip was told, from QEMU's trace: a line for each byte that is programmed, and for each erasure."""
+    """The commands to the emulated flash chip, from QEMU's trace: a line for each byte programmed and for each erasure."""
 
     def __init__(self, path):
         self._path = path
@@ -128,7 +128,7 @@ class Guest(Emulator):
                     f"</modules/{'ubifs' if storage.on_flash else 'disk'}")
 
     def measure(self, store, load):
-        """The costs of one change or save."""
+        """The cost of one change or save."""
         number = STORES.index(store)
         device = "ubi0:project" if self._storage.on_flash else (
             f"/dev/$(cd /sys/block && grep -lx disk{number} vd*/serial | cut -d / -f 1)")

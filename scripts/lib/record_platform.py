@@ -4,8 +4,8 @@
 
   record_platform.py PLATFORM --built TEXT --how TEXT [--results FILE...] [--outcome TEXT]
 
-FILE is what ctest --output-junit wrote; several are added up. TEXT replaces the numbers of tests where there is no test
-runner. The rows stand between "<!-- results -->" and "<!-- end of results -->"; a new platform's comes last.
+FILE is the output of ctest --output-junit; several are added up. TEXT replaces the numbers of tests where there is no test
+runner. The rows are between "<!-- results -->" and "<!-- end of results -->"; a new platform's comes last.
 """
 import argparse
 import datetime
@@ -23,7 +23,7 @@ def git(*arguments):
 
 
 def numbers(files):
-    """Of all the test runs: passed of run, and how many were skipped."""
+    """The totals of all test runs: passed of run, and skipped."""
     run = failed = skipped = 0
     for file in files:
         if not pathlib.Path(file).exists():

@@ -140,7 +140,7 @@ class PlantedFaults(unittest.TestCase):
     tests = {}
 
     def sweep(self, fault, sweep, filter_):
-        """Runs one sweep over the module with the fault; its status and what it said."""
+        """Runs one sweep over the module with the fault; returns its status and output."""
         environment = dict(os.environ, MODULE_UNDER_TEST=self.module, PLANTED_FAULT=fault)
         run = subprocess.run([self.tests[sweep], f"--gtest_filter=*{filter_}"], env=environment, text=True,
                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=300)

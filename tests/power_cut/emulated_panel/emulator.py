@@ -15,12 +15,12 @@ STUCK_SECONDS = 3600  # far more than anything takes on a busy machine
 
 
 class EmulatorFailure(Exception):
-    """The emulated machine does not come as far as starting the panel."""
+    """The emulated machine did not get as far as starting the panel."""
 
 
 @dataclass(frozen=True)
 class Machine:
-    """A machine with the panel's storage in it. Its files lie in the folder of assembled parts."""
+    """A machine with the panel's storage. Its files are in the folder of assembled parts."""
 
     storage: str  # the file system, as in the guest's PANEL_STORAGE
     medium: str  # for people
@@ -64,11 +64,11 @@ def write_log_of(image):
 
 
 class Emulator:
-    """A machine that was switched on. Leaving the `with` block kills what is still running."""
+    """A running machine. Leaving the `with` block kills it."""
 
     def __init__(self, machine, parts, image, log_path, state=None):
-        """With `state`, a file that save() made, it goes on from there. A machine with marks logs all writes to its disk
-        next to the image."""
+        """With `state`, a file from save(), it continues from there. A machine with marks logs all writes to its disk next to
+        the image."""
         self.log = StartLog()
         self._machine = machine
         self._control, theirs = socket.socketpair()
@@ -122,14 +122,14 @@ class Emulator:
         self._poll("query-migrate", lambda migration: migration["status"] == "completed")
 
     def start_panel(self, parameters):
-        """Lets the guest mount its storage and start the panel. `parameters` are for guest_init."""
+        """Makes the guest mount its storage and start the panel. `parameters` are for guest_init."""
         words = {"PANEL_STORAGE": self._machine.storage, "PANEL_MARKS": self._machine.mark_device, **parameters}
         line = " ".join(f"{name}='{value}'" for name, value in words.items())
         self._process.stdin.write(line.encode("ascii") + b"\n")
         self._process.stdin.flush()
 
     def run_until(self, reached, seconds=STUCK_SECONDS):
-        """Goes on until `reached()`, for that many seconds or until the machine ends; true when it was reached."""
+        """Waits until `reached()`, for that many seconds or until the machine ends; true when it was reached."""
         deadline = time.monotonic() + seconds
         while not reached() and not self._ended:
             try:
@@ -139,7 +139,7 @@ class Emulator:
         return reached()
 
     def cut_power(self):
-        """Kills the machine; afterwards `log` holds all that it said."""
+        """Kills the machine; afterwards `log` has all its output."""
         if self._machine.halt_before_cut and self._process.poll() is None:
             self._command("stop")  # returns when every write that the processor has made is in the image file
         self._cut = self._process.poll() is None
@@ -165,7 +165,7 @@ class Emulator:
             self.log.feed(line)
 
     def _command(self, name, **arguments):
-        """What the emulator's monitor answers."""
+        """Runs a command of the emulator's monitor and returns the answer."""
         self._control.sendall(json.dumps({"execute": name, "arguments": arguments}).encode("ascii") + b"\n")
         for line in self._replies:
             reply = json.loads(line)

@@ -39,7 +39,7 @@ class Counts:
 
 
 class Life:
-    """From an empty file system on. `parameters` go to guest_init."""
+    """Begins with an empty file system. `parameters` go to guest_init."""
 
     def __init__(self, machine, project_file, project, seed, parts, folder, parameters):
         self.folder = folder
@@ -56,8 +56,8 @@ class Life:
         shutil.copyfile(parts / machine.blank_image, self._image)
 
     def start(self, counts, cut=True):
-        """Starts the panel and cuts its power, without `cut` as soon as all values are restored. Checks what was restored;
-        returns what must not be, a line each."""
+        """Starts the panel and cuts its power; without `cut`, as soon as all values are restored. Checks what was restored;
+        returns a line for each wrong value."""
         log, findings = self._boot(counts, range(MOST_CHANGES) if cut else range(1), early=cut and self._starts > 0)
         self._account.take(log)
         counts.cuts += cut
@@ -136,7 +136,7 @@ class Life:
 
     @staticmethod
     def _run_through_changes(emulator, chance, changes):
-        """Until so many were made, and then for a part of the time that one of them takes."""
+        """Waits until that many were made, then for a part of the time that one of them takes."""
         if not changes:
             return
         begin = time.monotonic()

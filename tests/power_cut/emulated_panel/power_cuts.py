@@ -33,7 +33,7 @@ class Run:
         self.counts = defaultdict(Counts)
 
     def live(self, machine, project, cuts, number):
-        """A panel of its own; returns its folder and its findings, or None."""
+        """Runs a separate panel; returns its folder and its findings, or None."""
         counts = self.counts[machine.medium, PROJECTS[project]]
         life = self._life(machine, project, f"{machine.medium}_{number}", {})
         if machine is CACHED_DISK:
@@ -50,7 +50,7 @@ class Run:
         return None
 
     def find_planted(self, number, fault):
-        """Returns what is wrong when a planted fault is not found for what it is."""
+        """Returns what is wrong when a planted fault is not found with its own message."""
         progress(f"planted: {fault.text}")
         life = self._life(CACHED_DISK, fault.project, f"planted_{number}", fault.parameters)
         findings = life.start_and_replay(Counts(), REPLAYS_OF_FAULT, at_returns=True)
@@ -73,7 +73,7 @@ def lives(machine, cuts, first_project):
 
 
 def run_all(run, options):
-    """Lives through all cuts, and plants faults. Returns the folder of the first life with findings and these, or None."""
+    """Makes all cuts, and plants faults. Returns the folder and findings of the first life that has any, or None."""
     first = random.Random(f"{options.seed} projects").randrange(len(PROJECTS))
     plan = [*lives(DISK, options.cuts, first), *lives(FLASH, options.flash_cuts, first + 1),
             *lives(CACHED_DISK, options.replays, first)]
