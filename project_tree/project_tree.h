@@ -17,21 +17,21 @@ struct property
     QString name;        ///< unique among the properties of a node
     bool isText = false; ///< which of the two values counts
     quint32 number = 0;  ///< the 32 bits of a number, signed or not
-    QString text;        ///< the text
+    QString text;
 };
 
 /// A node. It owns its properties and children, whose addresses stay valid as long as it lives.
 struct object
 {
     QString name;                                      ///< need not be unique among its siblings
-    object* next = nullptr;                            ///< next child of the same parent
+    object* next = nullptr;                            ///< next child of the same parent; null for the last
     std::vector<std::unique_ptr<property>> properties; ///< in the order in which they were set
     std::vector<std::unique_ptr<object>> children;     ///< in the order in which they were added
 
-    object& addChild(const QString& childName); ///< the new, last child
-    object& setNumber(const QString& propertyName,
-                      qint64 value); ///< keeps the low 32 bits; returns this node
-    object& setText(const QString& propertyName, const QString& value); ///< returns this node
+    object& addChild(const QString& childName); ///< returns the new, last child
+    /// Keeps the low 32 bits of `value`. The setters return this node.
+    object& setNumber(const QString& propertyName, qint64 value);
+    object& setText(const QString& propertyName, const QString& value);
 
     property* findProperty(const QString& propertyName) const; ///< null when there is none of that name
     object* findChild(const QString& childName) const;         ///< the first of that name; null for none

@@ -22,8 +22,8 @@ public:
     int areaCode() const { return code; }            ///< as in InterfaceComm::getAreaMemory()
     bool isBits() const { return bits; }             ///< otherwise words
 
-    std::vector<unsigned char>& memory() { return bytes; }             ///< 65536 or 131072 bytes
-    const std::vector<unsigned char>& memory() const { return bytes; } ///< 65536 or 131072 bytes
+    std::vector<unsigned char>& memory() { return bytes; } ///< 65536 or 131072 bytes
+    const std::vector<unsigned char>& memory() const { return bytes; }
 
     /// The value of the cell: for a bit 0 or 1 (any non-zero byte), for a word its 16 bits. Nothing outside
     /// the area.
@@ -44,12 +44,12 @@ class MemoryAreas
 public:
     MemoryAreas();
 
-    std::array<MemoryArea, 3>& all() { return areas; }             ///< in the order above
-    const std::array<MemoryArea, 3>& all() const { return areas; } ///< in the order above
+    std::array<MemoryArea, 3>& all() { return areas; } ///< in the order above
+    const std::array<MemoryArea, 3>& all() const { return areas; }
 
     /// Null when there is no such area.
     MemoryArea* named(const QString& name);
-    const MemoryArea* named(const QString& name) const; ///< null when there is no such area
+    const MemoryArea* named(const QString& name) const;
     MemoryArea* withCode(int areaCode); ///< by MemoryArea::areaCode(); null for any other code
 
 private:
