@@ -140,8 +140,8 @@ def print_beside(counts):
 def main():
     parser = argparse.ArgumentParser(prog="scripts/counts", description=__doc__)
     how = parser.add_mutually_exclusive_group()
-    how.add_argument("--update", action="store_true", help="records what is counted now")
-    how.add_argument("--beside", action="store_true", help="prints what the same work costs without the module, too")
+    how.add_argument("--update", action="store_true", help="records the present counts")
+    how.add_argument("--beside", action="store_true", help="also prints what the same work costs without the module")
     for name in PROCESSORS:
         parser.add_argument(f"--{name}", nargs=3, metavar=("PROGRAM", "PLUGIN", "ROOT"), required=True, help=argparse.SUPPRESS)
     options = parser.parse_args()
@@ -162,8 +162,8 @@ def main():
     for finding in findings:
         print(finding)
     if findings:
-        sys.exit("FAILED: the module costs other than recorded. Where that is meant: scripts/counts --update")
-    print(f"OK: {len(counts)} operations cost what is recorded, within {100 * MARGIN:.0f} %.")
+        sys.exit("FAILED: the module's costs differ from the record. If that is intended: scripts/counts --update")
+    print(f"OK: {len(counts)} operations cost as recorded, within {100 * MARGIN:.0f} %.")
     return None
 
 

@@ -23,7 +23,7 @@ if(POWEROFF_PROTECT_QT STREQUAL "4")
         execute_process(COMMAND ${QT_QMAKE_EXECUTABLE} -query QT_VERSION
                         OUTPUT_VARIABLE qt_version OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
         if(NOT qt_version MATCHES "^4\\.")
-            message(FATAL_ERROR "QT_QMAKE_EXECUTABLE is ${QT_QMAKE_EXECUTABLE}, which is no qmake of Qt 4. ${advice}")
+            message(FATAL_ERROR "QT_QMAKE_EXECUTABLE is ${QT_QMAKE_EXECUTABLE}, which is not a qmake of Qt 4. ${advice}")
         endif()
         find_package(Qt4 4.8 REQUIRED COMPONENTS QtCore)
         set(POWEROFF_PROTECT_QTCORE Qt4::QtCore)

@@ -4,7 +4,7 @@
 foreach(file ${files})
     execute_process(COMMAND ${readelf} --notes --wide ${file} OUTPUT_VARIABLE notes COMMAND_ERROR_IS_FATAL ANY)
     if(NOT notes MATCHES "Build ID: ([0-9a-f][0-9a-f])([0-9a-f]+)")
-        message(FATAL_ERROR "${file} carries no build number: it was linked without --build-id.")
+        message(FATAL_ERROR "${file} has no build ID: it was linked without --build-id.")
     endif()
     set(folder $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/lib/debug/.build-id/${CMAKE_MATCH_1})
     file(MAKE_DIRECTORY ${folder})

@@ -92,7 +92,7 @@ def main():
     for symbol in late:
         print(f"not in the first Qt {arguments.qt}: {symbol} ({found[symbol]})")
     if missing or added or late:
-        print(f"{arguments.library} has changed its binary interface. If that is meant, change {arguments.list} too.")
+        print(f"{arguments.library} has changed its binary interface. If that is intended, change {arguments.list} too.")
         return 1
     print(f"{len(found)} {kind} symbols, as listed in {arguments.list}.")
     return 0

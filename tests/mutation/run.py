@@ -170,7 +170,7 @@ class Tests:
             status, output = self.run_one(program, library, folder)
             self.seconds[program] = time.monotonic() - begin
             if status != 0:
-                sys.exit(f"{program} fails on the module as it is:\n{output[-3000:]}")
+                sys.exit(f"{program} fails on the unchanged module:\n{output[-3000:]}")
         self.order = sorted(self.programs, key=self.seconds.get)
 
     def finder(self, path, library, folder):
@@ -240,7 +240,7 @@ def earlier_results(sources, programs, again):
 def main():
     parser = argparse.ArgumentParser(prog="scripts/mutation")
     parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="mutants at the same time")
-    parser.add_argument("--again", action="store_true", help="keep what earlier tests found, try what survived them")
+    parser.add_argument("--again", action="store_true", help="keep earlier results, try only the survivors")
     parser.add_argument("--list", action="store_true", help="only name the mutants")
     parser.add_argument("files", nargs="*", help="only mutants of these files, or of FILE:LINE")
     arguments = parser.parse_args()

@@ -124,7 +124,7 @@ def parse_options():
     parser.add_argument("--replays", type=int, default=100,
                         help="power cuts with an ext4 disk that loses its cache (default %(default)s)")
     parser.add_argument("--seed", type=int, default=int(time.time()),
-                        help="decides the projects, the changes and where the cuts fall (default: the time)")
+                        help="determines the projects, the changes and the moments of the cuts (default: the time)")
     parser.add_argument("--sabotage", action="store_true", help="plant faults as well: they must be found")
     parser.add_argument("--parts", type=Path, required=True, help=argparse.SUPPRESS)
     options = parser.parse_args()
@@ -142,7 +142,7 @@ def main():
     try:
         failed = run_all(run, options)
     except (EmulatorFailure, OSError) as error:
-        print(f"{error}; what there is of it is in {folder}", file=sys.stderr)
+        print(f"{error}; what remains of it is in {folder}", file=sys.stderr)
         return 2
     except KeyboardInterrupt:
         print(f"interrupted; the storage of this run is in {folder}", file=sys.stderr)
