@@ -1,4 +1,4 @@
-// A retention file opened and used without the module: through system calls, or through a stream.
+// Opens and uses a retention file without the module: through system calls, or through a stream.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -13,7 +13,7 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-/// Ends the program when a system call that must not fail did: its figure would be worthless.
+/// Ends the program if a call failed, because its figure would be worthless.
 inline void mustMove(ssize_t moved, std::size_t wanted)
 {
     if (moved != static_cast<ssize_t>(wanted)) {

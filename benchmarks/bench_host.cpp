@@ -1,4 +1,4 @@
-// A host that does nothing beyond what its interface asks.
+// Implements a host that does only what its interface requires.
 // SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 
@@ -23,7 +23,7 @@ void setShell(std::function<void()> run)
     shell = std::move(run);
 }
 
-/// Takes the place of the simulated host's, whose bookkeeping would be measured along with the module.
+/// Replaces the simulated host's function, whose bookkeeping would be measured along with the module.
 int sys_base_do_system(const char*)
 {
     if (shell)

@@ -1,4 +1,4 @@
-// The host of the benchmarks: as little work as a runtime can do, so that the module's own cost shows.
+// Declares the benchmarks' host, which does as little as a runtime can, so that the module's own cost shows.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -12,7 +12,7 @@
 #include <memory>
 #include <vector>
 
-/// Cells of one array, whatever the area is called; the areas' whole memories lie elsewhere.
+/// One array of cells for every area; the areas' whole memories are separate.
 class BenchComm : public InterfaceComm
 {
 public:
@@ -28,7 +28,7 @@ public:
     std::vector<std::vector<unsigned char>> images; ///< by whole-area code
 };
 
-/// What the module's shell commands do from now on; nothing at the start.
+/// Sets what the module's shell commands do from now on; initially nothing.
 void setShell(std::function<void()> run);
 
 /// One configured range.
@@ -41,10 +41,10 @@ struct Range
 
 std::unique_ptr<object> wholeAreaProject();
 std::unique_ptr<object> perAddressProject(const std::vector<Range>& ranges);
-/// `count` blocks of `length` words with a gap after each, in an order that is not that of their addresses.
+/// `count` blocks of `length` words with a gap after each, not in the order of their addresses.
 std::vector<Range> scatteredWordRanges(int count, int length);
 
-/// The module on a project.
+/// The module with a project.
 class BenchModule
 {
 public:

@@ -1,4 +1,4 @@
-// One reported change, written through to its file.
+// Measures one reported change, written through to its file.
 // SPDX-License-Identifier: MIT
 #include "benchmarks/bare_file.h"
 #include "benchmarks/operation.h"
@@ -89,7 +89,7 @@ Sides wordChange(int length)
     return sides;
 }
 
-/// Whether a search could stop early: blocks ascend, have cells, and neither overlap nor wrap around.
+/// Whether a binary search would work: blocks ascend, have cells, and neither overlap nor wrap around.
 bool isSearchable(const QList<MaintenanceFileInfo>& blocks)
 {
     qint64 end = std::numeric_limits<qint64>::min();
@@ -102,8 +102,8 @@ bool isSearchable(const QList<MaintenanceFileInfo>& blocks)
     return end <= std::numeric_limits<int>::max();
 }
 
-/// The last of the blocks, so that the whole list is looked through; beside what it would cost to learn that
-/// it may be searched otherwise.
+/// Changes the last block, so that the whole list is searched; next to the cost of checking that a faster
+/// search would work.
 Sides changeAmong(int blocks)
 {
     const auto host = std::make_shared<BenchModule>(perAddressProject(scatteredWordRanges(blocks, 1)));

@@ -27,7 +27,7 @@ extern size_t qemu_plugin_tb_n_insns(const struct qemu_plugin_tb *block);
 EXPORT int qemu_plugin_version = 1;
 
 static uint64_t instructions;
-static uint64_t calls[512]; /* by number; what has a higher one is private to a processor */
+static uint64_t calls[512]; /* by number; higher ones are private to a processor */
 static int marks;
 
 static void count_block(qemu_plugin_id_t id, struct qemu_plugin_tb *block)

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Compares what each operation of the module costs, in instructions and system calls, with the recorded counts.
+"""Compares the instructions and system calls of each operation of the module with the recorded counts.
 
-qemu-user counts, for each processor as one fixed model, so that neither the machine's processor nor its load matters. System
-calls with which the allocator gets memory are left out: they depend on where the heap begins.
+qemu-user counts them on one fixed model of each processor, so that neither the machine's processor nor its load matters.
+System calls with which the allocator gets memory are left out, because they depend on where the heap begins.
 """
 import argparse
 import concurrent.futures
@@ -19,7 +19,7 @@ HEADER = """# What one operation of the module costs: processor, operation, inst
 # scripts/counts --update writes it, with the compiler and the libraries of Debian 12; scripts/counts compares.
 """
 MARGIN = 0.03
-# From one size to the next, ten times larger one: a sort's n log n passes, a loop in a loop does not.
+# The limit from one size to the next, ten times larger one: the n log n of a sort passes, a nested loop does not.
 MOST_GROWTH = 13
 GROWING = ("start_up/", "change_among_blocks/", "address_list/")
 PROCESSORS = {
@@ -27,7 +27,8 @@ PROCESSORS = {
     "armhf": (["qemu-arm", "-cpu", "cortex-a9"], "usr/include/arm-linux-gnueabihf/asm/unistd-*.h"),
 }
 OF_THE_ALLOCATOR = {"brk", "mmap", "mmap2", "munmap", "mremap", "mprotect", "madvise"}
-# Without its caches for each thread the allocator takes the same path whatever was allocated before, as by other names of files.
+# Without per-thread caches, the allocator takes the same path whatever was allocated before, such as file names of another
+# length.
 ENVIRONMENT = {"QT_HASH_SEED": "0", "GLIBC_TUNABLES": "glibc.malloc.tcache_count=0"}
 SIDES = ("module", "by-hand", "bare")
 
@@ -139,8 +140,8 @@ def print_beside(counts):
 def main():
     parser = argparse.ArgumentParser(prog="scripts/counts", description=__doc__)
     how = parser.add_mutually_exclusive_group()
-    how.add_argument("--update", action="store_true", help="records what is counted now")
-    how.add_argument("--beside", action="store_true", help="prints what the same work costs without the module, too")
+    how.add_argument("--update", action="store_true", help="records the present counts")
+    how.add_argument("--beside", action="store_true", help="also prints what the same work costs without the module")
     for name in PROCESSORS:
         parser.add_argument(f"--{name}", nargs=3, metavar=("PROGRAM", "PLUGIN", "ROOT"), required=True, help=argparse.SUPPRESS)
     options = parser.parse_args()
@@ -161,8 +162,8 @@ def main():
     for finding in findings:
         print(finding)
     if findings:
-        sys.exit("FAILED: the module costs other than recorded. Where that is meant: scripts/counts --update")
-    print(f"OK: {len(counts)} operations cost what is recorded, within {100 * MARGIN:.0f} %.")
+        sys.exit("FAILED: the module's costs differ from the record. If that is intended: scripts/counts --update")
+    print(f"OK: {len(counts)} operations cost as recorded, within {100 * MARGIN:.0f} %.")
     return None
 
 

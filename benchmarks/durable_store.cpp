@@ -1,4 +1,4 @@
-// The kinds of stores, and what they share.
+// Lists the kinds of stores, and holds what they share.
 // SPDX-License-Identifier: MIT
 #include "benchmarks/durable_store.h"
 
@@ -11,8 +11,7 @@
 
 namespace {
 
-/// What a "sync" that knows the retention files would do once they exist: fdatasync() on those that there
-/// are.
+/// Does what a "sync" of the retention files alone would do: fdatasync() on those that exist.
 void synchroniseFiles()
 {
     for (const char* const name : {"maintenance-bit.dat", "maintenance-word.dat", "maintenance-RWI.dat"}) {

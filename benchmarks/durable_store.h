@@ -1,4 +1,4 @@
-// The module and the stores that a user might pick instead, behind one interface.
+// Puts the module, and the stores that a user might choose instead, behind one interface.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -9,14 +9,14 @@
 #include <string>
 #include <vector>
 
-/// Keeps word cells or three images of areas. Every call returns when what it was given survives a power cut.
+/// Keeps word cells or three images of areas. Every call returns once its values would survive a power cut.
 class DurableStore
 {
 public:
     virtual ~DurableStore() = default;
     /// `cell` is below the number of cells that the store was made for.
     virtual void keepCell(int cell, ushort value) = 0;
-    /// Keeps 65536, 131072 and 131072 bytes; `seed` makes them differ from the ones before.
+    /// Keeps 65536, 131072 and 131072 bytes; `seed` makes them differ from the previous ones.
     virtual void keepImages(int seed) = 0;
 };
 
@@ -28,17 +28,17 @@ struct StoreKind
     std::function<StorePtr(int cells)> make;
 };
 
-/// The module first, with "sync" as the one system call that it comes down to; the module with a "sync" of
-/// its own files alone; then the peers; then the module with "sync" run through the shell.
+/// First the module with "sync" as a single system call; the module with a "sync" of its own files alone;
+/// then the other stores; then the module with "sync" run through the shell.
 const std::vector<StoreKind>& storeKinds();
 /// Null for an unknown name.
 const StoreKind* storeKindNamed(const std::string& name);
 
-// All files are in the project directory; what a store left there is overwritten.
+// All files are in the project directory; files of earlier stores are overwritten.
 StorePtr makeModuleStore(int cells, void (*sync)());
 StorePtr makeSqliteStore(int cells);
 StorePtr makeLmdbStore(int cells);
-StorePtr makeQSettingsStore(int cells); ///< file and directory synchronised
+StorePtr makeQSettingsStore(int cells); ///< syncs file and directory
 /// Writes each value or image to its place in a file, followed by fdatasync().
 StorePtr makeFdatasyncStore(int cells);
 /// The same with O_DSYNC, which makes every write wait for the medium.
@@ -46,8 +46,8 @@ StorePtr makeDsyncStore(int cells);
 /// Writes all values with a checksum to a second file and renames it over the first.
 StorePtr makeTwoFileStore(int cells);
 
-/// What keepImages() keeps, by image.
+/// The images that keepImages() keeps.
 const std::vector<std::vector<char>>& imagesToKeep(int seed);
 
-/// Ends the program: a store that cannot do its job has no figure.
+/// Ends the program, because a store that fails has no figure.
 [[noreturn]] void storeFailed(const char* what, const char* why);

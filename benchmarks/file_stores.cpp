@@ -1,4 +1,4 @@
-// Stores that are plain files: written in place, or as a second file that takes the place of the first.
+// Implements stores in plain files: written in place, or as a second file that replaces the first.
 // SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/durable_store.h"

@@ -1,4 +1,4 @@
-// LMDB as a store, synced at every commit as it is by default.
+// Implements a store with LMDB, synced at every commit, its default.
 // SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/durable_store.h"

@@ -1,4 +1,4 @@
-// The benchmark program: everything side by side, in one run, on one file system.
+// Runs all benchmarks side by side, in one run, on one file system.
 // SPDX-License-Identifier: MIT
 #include "benchmarks/side_by_side.h"
 #include "simulated_host/private_directory.h"

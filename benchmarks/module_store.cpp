@@ -1,4 +1,4 @@
-// The module as a store.
+// Implements a store with the module.
 // SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/durable_store.h"

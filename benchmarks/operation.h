@@ -1,4 +1,4 @@
-// What is measured: operations of the module beside the same work without it.
+// Defines what is measured: operations of the module, and the same work without it.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-/// Something that can be done again and again. Empty functions are left out.
+/// A repeatable operation. Empty functions are skipped.
 struct Operation
 {
     std::function<void(int times)> run;
@@ -14,7 +14,7 @@ struct Operation
     std::function<void()> tidy;             ///< after it, not measured
 };
 
-/// One job done in up to three ways, all on the same files.
+/// One job, done in up to three ways on the same files.
 struct Sides
 {
     Operation module;
@@ -26,7 +26,7 @@ struct Sides
 struct Workload
 {
     std::string name;
-    double target; ///< highest ratio of module to by-hand CPU time; 0: reported only
+    double target; ///< highest allowed ratio of module to by-hand CPU time; 0: only reported
     std::function<Sides()> make;
     std::string byHandCalls; ///< what `byHand` does, in words
     std::string bareCalls;   ///< what `bare` does, in words

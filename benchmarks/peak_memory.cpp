@@ -1,5 +1,6 @@
-// The peak of this process's memory when one store did its job, or none, in KiB. A panel's cells and areas
-// are in it whatever the store. SPDX-License-Identifier: MIT
+// Prints this process's peak memory in KiB after one store, or none, did its job. It includes a panel's cells
+// and areas for every store.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/durable_store.h"
 #include "simulated_host/private_directory.h"
@@ -12,7 +13,7 @@
 
 namespace {
 
-/// From the process's own record: "VmHWM", the peak of what it holds in memory.
+/// "VmHWM", the process's peak resident memory.
 long peakKiB()
 {
     QFile status(QStringLiteral("/proc/self/status"));
@@ -24,14 +25,14 @@ long peakKiB()
     return 0;
 }
 
-/// What the module's store has around the module: the panel's cells and areas, and the project.
+/// What the module's store holds besides the module: the panel's cells and areas, and the project.
 struct Host
 {
     BenchComm comm;
     std::unique_ptr<object> project;
 };
 
-/// As many as the module's store makes; the others have it only so that it counts for every store alike.
+/// The same as the module's store makes; the other stores have it so that it counts equally for all.
 std::vector<Host> hostsBeside(bool images)
 {
     std::vector<Host> hosts(images ? 2 : 1);

@@ -1,5 +1,6 @@
-// QSettings as a store: an INI file that is written anew and moved into place by every sync(), made durable
-// with the directory that names it. SPDX-License-Identifier: MIT
+// Implements a store with QSettings: every sync() rewrites an INI file and renames it into place; the store
+// makes file and directory durable.
+// SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/durable_store.h"
 #include "simulated_host/private_directory.h"

@@ -26,7 +26,7 @@ int usage(const char* program)
     return 2;
 }
 
-/// One row a line, with its sides.
+/// Prints one row per line, with its sides.
 int printRows()
 {
     for (const Workload& row : workloads())
@@ -43,7 +43,7 @@ const Workload* rowNamed(const char* name)
     return nullptr;
 }
 
-/// A system call that fails and that nothing else makes.
+/// Makes a system call that fails and that nothing else makes.
 void mark()
 {
     syscall(SYS_close, 0x636f756e);

@@ -1,8 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Turns the results of a run into tables that a person can read, and into a plot.
-Reads side_by_side.json, waits.json, if that is there, and memory.json from FOLDER; writes report.txt, plot.dat and plot.svg
-there and prints the report. gnuplot draws."""
+"""Turns the results of a run into readable tables and a plot. Reads side_by_side.json, memory.json and, if present,
+waits.json from FOLDER; writes report.txt, plot.dat and plot.svg there and prints the report. gnuplot draws the plot."""
 import json
 import pathlib
 import subprocess

@@ -1,4 +1,4 @@
-// Restore of the per-address files.
+// Measures the restore of the per-address files.
 // SPDX-License-Identifier: MIT
 #include "benchmarks/bare_file.h"
 #include "benchmarks/operation.h"
@@ -8,7 +8,7 @@
 
 namespace {
 
-/// The module's own way to the values of a block, with its file open.
+/// Reads a block's values as the module does, with its file open.
 Operation restoreThroughModule(const std::shared_ptr<BenchModule>& host, const char* area, int count)
 {
     MaintenanceFileInfo block;

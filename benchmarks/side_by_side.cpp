@@ -1,4 +1,4 @@
-// Alternating rounds with Google Benchmark.
+// Runs alternating rounds with Google Benchmark.
 // SPDX-License-Identifier: MIT
 #include "benchmarks/side_by_side.h"
 
@@ -30,7 +30,7 @@ double measure(const Operation& operation, int times)
     return seconds;
 }
 
-/// How many operations make a batch; the first ones also warm the caches.
+/// The number of operations in a batch; the first ones also warm the caches.
 int batchSize(const Operation& operation)
 {
     int times = 1;

@@ -1,4 +1,4 @@
-// SQLite as a store: write-ahead log, synced at every commit.
+// Implements a store with SQLite: write-ahead log, synced at every commit.
 // SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/durable_store.h"

@@ -1,4 +1,4 @@
-// Keeps values in one store and prints how long each change lets the panel stand still.
+// Keeps values in one store and prints how long each change blocks the panel.
 // SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/durable_store.h"
@@ -82,7 +82,7 @@ int main(int argc, char** argv)
         while (count-- > 0)
             std::cout << microseconds(*store, ++number) << ' ';
         log.reset();
-        sync(); // so that no store pays for what this one and its log leave behind
+        sync(); // so that no other store pays for what this one and its log left unwritten
         std::cout << std::endl;
     }
     return 0;

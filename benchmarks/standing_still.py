@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Measures how long a change lets the panel stand still, store by store, each on an ext4 file system of its own in FOLDER, which
-takes mounts. The stores take turns, some changes each. Prints JSON: {"quiet" or "log": {store: [microseconds...]}}."""
+"""Measures how long a change blocks the panel, for each store on its own ext4 file system mounted in FOLDER. The stores take
+turns, with a few changes each. Prints JSON: {"quiet" or "log": {store: [microseconds...]}}."""
 import argparse
 import contextlib
 import json

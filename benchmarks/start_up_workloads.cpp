@@ -1,4 +1,4 @@
-// From the project to the address list and the watch list, and a whole start-up.
+// Measures the way from the project to the address list and the watch list, and a whole start-up.
 // SPDX-License-Identifier: MIT
 #include "benchmarks/bench_host.h"
 #include "benchmarks/operation.h"
@@ -63,7 +63,7 @@ Sides addressList(int entries)
 
 using WatchLists = std::vector<QList<RegisterValueChangeSize>>;
 
-/// Fills lists; their giving back is not measured.
+/// Fills lists; freeing them is not measured.
 Operation fillLists(std::function<void(QList<RegisterValueChangeSize>&)> fill)
 {
     const auto lists = std::make_shared<WatchLists>();

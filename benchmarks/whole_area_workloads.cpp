@@ -1,4 +1,4 @@
-// Whole-area mode: one save and one restore of the three images.
+// Measures one save and one restore of the three images in whole-area mode.
 // SPDX-License-Identifier: MIT
 #include "benchmarks/bare_file.h"
 #include "benchmarks/operation.h"
@@ -57,8 +57,8 @@ Sides restore()
     host->start();
     Sides sides;
 
-    // Opening is part of the job, closing is not; neither is the making of the streams, which the module
-    // object carries from its birth.
+    // Opening is part of the job. Closing is not, nor is constructing the streams, which are members of the
+    // module object.
     const auto streams = std::make_shared<std::deque<std::fstream>>();
     sides.module.prepare = [streams](int times) { streams->resize(3 * static_cast<std::size_t>(times)); };
     sides.module.run = [host, streams](int times) {

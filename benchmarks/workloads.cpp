@@ -1,4 +1,4 @@
-// All rows of the table.
+// Lists all rows of the table.
 // SPDX-License-Identifier: MIT
 #include "benchmarks/operation.h"
 

@@ -1,4 +1,4 @@
-# 64-bit ARM (Debian's arm64). scripts/armhf_sysroot arm64 makes the sysroot.
+# Builds for 64-bit ARM (Debian's arm64). scripts/armhf_sysroot arm64 makes the sysroot.
 # SPDX-License-Identifier: MIT
 set(CROSS_TRIPLET aarch64-linux-gnu)
 set(CROSS_PROCESSOR aarch64)

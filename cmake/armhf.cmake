@@ -1,4 +1,4 @@
-# The panel's processor: 32-bit ARM with hardware floating point (Debian's armhf: ARMv7, VFPv3-D16).
+# Builds for the panel's processor: 32-bit ARM with hardware floating point (Debian's armhf: ARMv7, VFPv3-D16).
 # scripts/armhf_sysroot makes the sysroot; ARMHF_SYSROOT names another, such as the device's own.
 # SPDX-License-Identifier: MIT
 set(ARMHF_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/armhf-sysroot CACHE PATH "Root folder of the device's libraries")

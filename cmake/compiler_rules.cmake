@@ -1,4 +1,4 @@
-# Compiler rules that every target keeps.
+# Sets the compiler rules for every target.
 # SPDX-License-Identifier: MIT
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -9,7 +9,7 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Release, Debug, RelWithDebInfo or MinSizeRel" FORCE)
 endif()
 
-# A compiler cache where there is one. Without this it would pass over all that uses precompiled headers.
+# Without this, a compiler cache would skip everything that uses precompiled headers.
 find_program(CCACHE_PROGRAM ccache)
 mark_as_advanced(CCACHE_PROGRAM)
 if(CCACHE_PROGRAM AND "${CMAKE_CXX_COMPILER_LAUNCHER}" MATCHES "^(|ccache)$")

@@ -1,5 +1,5 @@
-# Another processor, by Debian's cross compiler for it: CROSS_TRIPLET (as in arm-linux-gnueabihf), CROSS_PROCESSOR (what
-# uname -m says there), CROSS_EMULATOR (the program of qemu-user), CROSS_SYSROOT (made by scripts/sysroot).
+# Builds for another processor with Debian's cross compiler: CROSS_TRIPLET (such as arm-linux-gnueabihf), CROSS_PROCESSOR (as
+# in uname -m), CROSS_EMULATOR (the program of qemu-user), CROSS_SYSROOT (made by scripts/sysroot).
 # SPDX-License-Identifier: MIT
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR ${CROSS_PROCESSOR})
@@ -12,7 +12,7 @@ if(NOT IS_DIRECTORY ${CMAKE_SYSROOT}/usr)
 endif()
 
 set(CMAKE_CXX_COMPILER ${CROSS_TRIPLET}-g++)
-# Without GCC's notes on how C++17 passed arguments before GCC 7.
+# Silences GCC's notes about the argument passing of C++17 before GCC 7.
 set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
 string(REPLACE i686 i386 CMAKE_LIBRARY_ARCHITECTURE ${CROSS_TRIPLET})
 set(CMAKE_CROSSCOMPILING_EMULATOR ${CROSS_EMULATOR} -L ${CMAKE_SYSROOT})
@@ -21,6 +21,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-# The build machine's own libraries must not be taken for the device's.
+# The build machine's own libraries must not be used for the device.
 set(ENV{PKG_CONFIG_LIBDIR} ${CMAKE_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/pkgconfig:${CMAKE_SYSROOT}/usr/share/pkgconfig)
 set(ENV{PKG_CONFIG_SYSROOT_DIR} ${CMAKE_SYSROOT})

@@ -1,6 +1,6 @@
-# Finds QtCore: that of POWEROFF_PROTECT_QT. Who points at a Qt 4, with QT_QMAKE_EXECUTABLE or with a QtCore.pc in
-# PKG_CONFIG_PATH, need not say so twice; one that merely lies on the machine is not taken.
-# Sets POWEROFF_PROTECT_QTCORE, the target to link, and POWEROFF_PROTECT_MODULE_STANDARD, the C++ of the module's sources.
+# Finds the QtCore of POWEROFF_PROTECT_QT. Without that, a Qt 4 is used only if QT_QMAKE_EXECUTABLE or a QtCore.pc in
+# PKG_CONFIG_PATH points to it, not because it is installed. Sets POWEROFF_PROTECT_QTCORE, the target to link, and
+# POWEROFF_PROTECT_MODULE_STANDARD, the C++ of the module's sources.
 # SPDX-License-Identifier: MIT
 set(pointed_at 5)
 if(QT_QMAKE_EXECUTABLE)
@@ -17,13 +17,13 @@ set_property(CACHE POWEROFF_PROTECT_QT PROPERTY STRINGS 4 5 6)
 
 set(POWEROFF_PROTECT_MODULE_STANDARD 11)
 if(POWEROFF_PROTECT_QT STREQUAL "4")
-    add_compile_options(-fPIC) # also for programs, as the targets of the later Qts say by themselves
+    add_compile_options(-fPIC) # also for programs, as later Qts' targets require by themselves
     set(advice "Point at it with -DQT_QMAKE_EXECUTABLE=/path/to/qmake or PKG_CONFIG_PATH=/path/to/lib/pkgconfig.")
     if(QT_QMAKE_EXECUTABLE)
         execute_process(COMMAND ${QT_QMAKE_EXECUTABLE} -query QT_VERSION
                         OUTPUT_VARIABLE qt_version OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
         if(NOT qt_version MATCHES "^4\\.")
-            message(FATAL_ERROR "QT_QMAKE_EXECUTABLE is ${QT_QMAKE_EXECUTABLE}, which is no qmake of Qt 4. ${advice}")
+            message(FATAL_ERROR "QT_QMAKE_EXECUTABLE is ${QT_QMAKE_EXECUTABLE}, which is not a qmake of Qt 4. ${advice}")
         endif()
         find_package(Qt4 4.8 REQUIRED COMPONENTS QtCore)
         set(POWEROFF_PROTECT_QTCORE Qt4::QtCore)

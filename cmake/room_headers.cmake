@@ -1,4 +1,4 @@
-# Headers as part of their target. CMake 3.24 and later can then check that each compiles alone: the target
+# Makes headers part of their target. CMake 3.24 and later can then check that each compiles alone: the target
 # all_verify_interface_header_sets.
 # SPDX-License-Identifier: MIT
 

@@ -1,4 +1,4 @@
-// The order of retention entries.
+// Orders retention entries.
 // SPDX-License-Identifier: MIT
 #include "define_header/address_records.h"
 

@@ -1,4 +1,4 @@
-// The wire format of the address records.
+// Streams the address records.
 // SPDX-License-Identifier: MIT
 #include "define_header/address_stream.h"
 

@@ -1,4 +1,4 @@
-// Conversions between address-type texts and codes.
+// Converts address types between text and code.
 // SPDX-License-Identifier: MIT
 #include "define_header/address_type.h"
 

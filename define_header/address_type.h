@@ -1,4 +1,4 @@
-// Address types as texts and as codes. A code is the size of the type, so there is no 3 and no 0.
+// Converts address types between text and code.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -6,8 +6,8 @@
 
 #include <QtCore/QString>
 
-/// 1 "Bit", 2 "Word", 4 "Double Word"; an empty (not null) string for any other code.
+/// "Bit" for 1, "Word" for 2, "Double Word" for 4; an empty (not null) string for any other code.
 POWEROFF_PROTECT_EXPORT QString addressType2QString(int code);
 
-/// The code of exactly that text, case and blanks included; -1 for any other, the null string included.
+/// The code of exactly that text, including case and blanks; -1 for any other text and the null string.
 POWEROFF_PROTECT_EXPORT int addressType2Int(QString text);

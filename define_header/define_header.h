@@ -1,4 +1,4 @@
-// Address records, their order, their types and their wire format: include this one.
+// Includes everything about address records: records, order, types and streaming.
 // SPDX-License-Identifier: MIT
 #pragma once
 

@@ -1,4 +1,4 @@
-// Marks what the library offers to programs that load it; everything else stays inside.
+// Marks what the library exports; everything else is hidden.
 // SPDX-License-Identifier: MIT
 #pragma once
 

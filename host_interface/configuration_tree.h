@@ -1,4 +1,5 @@
-// The project's configuration tree, as the runtime lets models read it. All pointers stay the runtime's.
+// Declares the functions through which models read the project's configuration tree. The runtime owns
+// everything they return.
 // SPDX-License-Identifier: MIT
 #pragma once
 

@@ -1,10 +1,11 @@
-// The two records that runtime and models exchange about changed cells. Their layouts are binary interface.
+// Defines the two records that runtime and models exchange about changed cells. Their layouts are part of the
+// binary interface.
 // SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
 
-/// A watch record: asks the runtime to report changes of `changeSize` cells of an area from `address` on.
+/// A watch record asks the runtime to report changes of `changeSize` cells of an area from `address` on.
 struct RegisterValueChangeSize
 {
     int hostWord0;            ///< the runtime's; a model sets 0
@@ -16,8 +17,8 @@ struct RegisterValueChangeSize
     int changeSize;           ///< number of watched cells
 };
 
-/// A change message: the cell `address` of the area `areaName` has a new value. Only read by models, which
-/// look at the two named fields and nothing else.
+/// A change message says that the cell `address` of the area `areaName` has a new value. Models read these
+/// two fields and nothing else.
 struct _ExtendTriggerMsg_t // NOLINT(bugprone-reserved-identifier): the runtime's own name
 {
     unsigned char hostBytes0[12]; ///< the runtime's

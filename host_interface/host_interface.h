@@ -1,4 +1,4 @@
-// Everything that the panel's runtime declares for its models: include this one.
+// Includes everything that the panel's runtime declares for its models.
 // SPDX-License-Identifier: MIT
 #pragma once
 

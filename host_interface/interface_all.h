@@ -1,24 +1,24 @@
-// The root of the runtime's class tree: what every object that the runtime drives can be asked.
+// Defines the root of the runtime's class tree.
 // SPDX-License-Identifier: MIT
 #pragma once
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
-/// Everything is inline and does nothing but keep the operator-log type, so that a plug-in carries its own
-/// copy and needs none of it from the runtime. The order of the operations is the binary interface.
+/// Everything is inline and only keeps the operator-log type, so that a plug-in has its own copy and needs
+/// none of it from the runtime. The order of the operations is part of the binary interface.
 class InterfaceAll
 {
 public:
     virtual ~InterfaceAll() {}
-    virtual void keyboardReflash(const QString&) {}                ///< does nothing
-    virtual void execComplete(const int&, const QString&) {}       ///< does nothing
+    virtual void keyboardReflash(const QString&) {}
+    virtual void execComplete(const int&, const QString&) {}
     virtual ushort getOptLogType() { return optLogType; }          ///< what setOptLogType() stored
     virtual void setOptLogType(ushort type) { optLogType = type; } ///< any value
-    virtual void exportData() {}                                   ///< does nothing
-    virtual void insertOperatorLog(QString) {}                     ///< does nothing
-    virtual void insertOperatorLog(const QStringList&) {}          ///< does nothing
+    virtual void exportData() {}
+    virtual void insertOperatorLog(QString) {}
+    virtual void insertOperatorLog(const QStringList&) {}
 
-    /// Operator-log type; its meaning is the runtime's. 0 until somebody sets it.
+    /// Operator-log type; the runtime defines its meaning. 0 until set.
     ushort optLogType = 0;
 };

@@ -1,6 +1,6 @@
-// Marks what the runtime supplies to the modules that it loads.
+// Marks what the runtime provides to the modules that it loads.
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// Visible to modules also where the runtime is compiled with hidden symbols.
+/// Makes a symbol visible to modules even when the runtime is compiled with hidden visibility.
 #define HOST_INTERFACE_PUBLIC __attribute__((visibility("default")))

@@ -1,9 +1,10 @@
-# Installs, with cmake --install: the module, what is built against it, and the tools. The components are the packages of packages.cmake.
+# Installs, with cmake --install, the module, what is built against it, and the tools. The components are the packages of
+# packages.cmake.
 # SPDX-License-Identifier: MIT
 
 include(CMakePackageConfigHelpers)
 
-# One folder for all headers, because they include each other by the names of their rooms.
+# One folder for all headers, because they include each other by folder name.
 set(headers ${CMAKE_INSTALL_INCLUDEDIR}/poweroff_protect)
 set(documents ${CMAKE_INSTALL_DATAROOTDIR}/doc/poweroff-protect)
 set(package_files ${CMAKE_INSTALL_LIBDIR}/cmake/poweroff_protect)
@@ -33,7 +34,7 @@ install(FILES ${PROJECT_BINARY_DIR}/poweroff_protect-config.cmake
               ${PROJECT_BINARY_DIR}/poweroff_protect-config-version.cmake
         DESTINATION ${package_files} COMPONENT dev)
 
-# The file stands in LIBDIR/pkgconfig and finds the prefix from there, wherever the tree was installed or unpacked.
+# The file is in LIBDIR/pkgconfig and finds the prefix from there, wherever the tree was installed or unpacked.
 file(RELATIVE_PATH prefix_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 if(POWEROFF_PROTECT_QT EQUAL 4)
     set(qtcore_module "QtCore >= 4.8")
@@ -46,7 +47,7 @@ configure_file(packaging/poweroff_protect.pc.in ${PROJECT_BINARY_DIR}/poweroff_p
 install(FILES ${PROJECT_BINARY_DIR}/poweroff_protect.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
 
 if(POWEROFF_PROTECT_TOOLS)
-    # The libraries behind the simulated panel are nobody else's.
+    # The simulated panel's own libraries are for it alone.
     set(own_libraries ${CMAKE_INSTALL_LIBDIR}/poweroff-protect)
     file(RELATIVE_PATH libraries_from_bin /${CMAKE_INSTALL_BINDIR} /${own_libraries})
     set_target_properties(panel_simulator retention_inspector PROPERTIES INSTALL_RPATH "\$ORIGIN/${libraries_from_bin}")

@@ -22,7 +22,7 @@ if(DPKG_ARCHITECTURE AND FILE_EXECUTABLE AND CMAKE_LIBRARY_ARCHITECTURE)
     execute_process(COMMAND ${DPKG_ARCHITECTURE} -t${CMAKE_LIBRARY_ARCHITECTURE} -qDEB_HOST_ARCH
                     OUTPUT_VARIABLE CPACK_DEBIAN_PACKAGE_ARCHITECTURE OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
 endif()
-# A Qt 4 is in no Debian: such a module goes into archives alone.
+# No supported Debian has Qt 4: such a module is only put into archives.
 if(CPACK_DEBIAN_PACKAGE_ARCHITECTURE AND NOT POWEROFF_PROTECT_QT EQUAL 4)
     if(CMAKE_VERSION VERSION_LESS 3.19)
         message(STATUS "Debian packages need CMake 3.19, this is ${CMAKE_VERSION}: cpack makes an archive instead.")

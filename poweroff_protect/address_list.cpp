@@ -19,7 +19,7 @@ void poweroff_protect::initAddrInfo()
             entries[area - areaFacts].append(entry);
     }
 
-    // Built aside: when an allocation fails, the module keeps no half-placed blocks.
+    // Built in local lists, so that a failed allocation leaves no half-placed blocks in the module.
     QList<MaintenanceFileInfo> blocks[areaCount];
     for (int k = 0; k < areaCount; ++k) {
         std::sort(entries[k].begin(), entries[k].end(), compare);

@@ -1,10 +1,10 @@
-// Names the facts in which the areas "LB", "LW" and "RWI" differ, in one table.
+// Lists the facts in which the areas "LB", "LW" and "RWI" differ, in one table.
 // SPDX-License-Identifier: MIT
 #pragma once
 
 #include <QtCore/QString>
 
-/// One area. The two numberings are the runtime's and unrelated.
+/// One area. The two numberings are the runtime's, and unrelated.
 struct AreaFacts
 {
     const char* name;     ///< the runtime's name of the area
@@ -13,18 +13,18 @@ struct AreaFacts
     int perAddressCode;   ///< decides the length of a new per-address file
     int imageBytes;       ///< size of the area's memory
     bool bits;            ///< cells are bits; otherwise 16-bit words
-    bool movesBitNumber;  ///< its blocks count into the bit number by which a restore finds "LB" cells
+    bool movesBitNumber;  ///< its blocks count towards the bit number by which a restore finds "LB" cells
 };
 
-/// The areas in the order in which everything visits them.
+/// The areas in the order in which every operation visits them.
 const int areaCount = 3;
 extern const AreaFacts areaFacts[areaCount];
 
 /// The area of exactly that name; null for any other.
 const AreaFacts* areaNamed(const QString& name);
-const AreaFacts* areaNamed(QLatin1String name); ///< the same, without the price of a QString
+const AreaFacts* areaNamed(QLatin1String name); ///< the same without a QString's allocation
 
-/// Cells of an area: 65536 in each of the three. An image of bits has one byte a cell.
+/// The number of cells: 65536 in each of the three. An image of bits has one byte per cell.
 inline qint64 cellCount(const AreaFacts& area)
 {
     return area.bits ? area.imageBytes : area.imageBytes / 2;

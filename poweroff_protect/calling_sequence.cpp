@@ -1,4 +1,4 @@
-// Follows the runtime's calling sequence: opening with the choice of mode, start-up, periodic save.
+// Implements the runtime's calling sequence: opening and choice of mode, start-up, periodic save.
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/area_fields.h"
 #include "poweroff_protect/out_of_memory.h"
@@ -33,7 +33,7 @@ void poweroff_protect::extModelOpen(object* project, QString text, InterfaceComm
 
 void poweroff_protect::extModelInit()
 {
-    // Without per-address entries too: the files are then made for empty block lists.
+    // Even without per-address entries: the files are then created for empty block lists.
     if (!saveAllEnabled) {
         for (const AreaFields& area : AreaFields::of(*this))
             ranWithMemory([this, &area] {

@@ -81,7 +81,8 @@ void poweroff_protect::_getMonitorTriggerAddr(QList<MaintenanceFileInfo>& blocks
                 watched.append(record);
             }
         });
-        // A block that does not fit into memory is not watched. To erase a range would need memory, too.
+        // A block whose records do not fit into memory is not watched. One by one, because erasing a range
+        // may allocate.
         while (!complete && watched.size() > before)
             watched.removeLast();
     }
@@ -101,7 +102,7 @@ void poweroff_protect::poweroffMaintenance(std::basic_fstream<char>& file, QList
 {
     if (!areaName || !interfaceComm)
         return;
-    // Without memory for it a block keeps its last values in the file.
+    // When memory runs out, the file keeps the block's last values.
     ranWithMemory([&] {
         for (int k = 0; k < blocks.size(); ++k) {
             if (!contains(blocks.at(k), address))

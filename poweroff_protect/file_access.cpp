@@ -1,6 +1,6 @@
-// Looks at, makes, opens, reads and writes the retention files.
+// Checks, creates, opens, reads and writes the retention files.
 // SPDX-License-Identifier: MIT
-#define _FILE_OFFSET_BITS 64 // so that a 32-bit panel can look at any file
+#define _FILE_OFFSET_BITS 64 // so that stat() works for files of any size on a 32-bit panel
 #include "poweroff_protect/file_access.h"
 
 #include "poweroff_protect/out_of_memory.h"
@@ -21,7 +21,7 @@ QByteArray projectPath(const QString& fileName)
 
 FileLook lookAtFile(const QByteArray& path)
 {
-    // Not QFileInfo: to it, a look that failed is a file that does not exist.
+    // Not QFileInfo, which reports a file as missing when the check fails.
     struct stat found;
     if (stat(path.constData(), &found) == 0)
         return {false, S_ISREG(found.st_mode), found.st_size};
@@ -39,13 +39,13 @@ void makeZeroFile(const QByteArray& path, qint64 length)
 void openRetentionFile(std::fstream& file, const QByteArray& path)
 {
     const bool wasOpen = file.is_open();
-    // Without a buffer a read moves just the bytes that were asked for; with one, every single bit would
-    // fetch thousands of bytes around it. It must be taken away before the file is opened.
+    // Without a buffer, a read transfers only the requested bytes; with one, reading a single bit would fetch
+    // thousands. It must be removed before the file is opened.
     file.rdbuf()->pubsetbuf(nullptr, 0);
     if (ranWithMemory(
             [&file, &path] { file.open(path.constData(), std::ios::in | std::ios::out | std::ios::binary); }))
         return;
-    if (!wasOpen) // a stream without memory may hold the file and yet neither read nor write it
+    if (!wasOpen) // after a failed allocation the stream may hold the file but can neither read nor write
         file.close();
     file.setstate(std::ios::failbit);
 }

@@ -1,4 +1,4 @@
-// Finds, makes and opens the retention files.
+// Finds, creates and opens the retention files.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -10,11 +10,11 @@
 /// The fixed directory of the retention files, with its trailing slash.
 extern const char projectDirectory[];
 
-/// The path of a file in that directory, as the C library takes it.
+/// The path of a file in that directory, in the form that the C library takes.
 QByteArray projectPath(const QString& fileName);
 
-/// What one look at a path found. A look may fail for reasons that pass, such as an error of the medium: a
-/// file is neither missing nor too short unless that is known.
+/// What checking a path found. A check may fail for temporary reasons, such as a medium error: a file is
+/// neither missing nor too short unless that is known.
 struct FileLook
 {
     bool missing; ///< there is certainly nothing at the path
@@ -24,9 +24,9 @@ struct FileLook
 
 FileLook lookAtFile(const QByteArray& path);
 
-/// Makes the file, or empties it, and gives it `length` zero bytes; a negative length leaves it empty.
+/// Creates the file, or empties it, and gives it `length` zero bytes; a negative length leaves it empty.
 void makeZeroFile(const QByteArray& path, qint64 length);
 
-/// Opens `file` for reading and writing on an existing file: nothing is created, cut off or appended. On
-/// failure `file` is marked failed; if it was open before the call, it is marked failed and stays open.
+/// Opens `file` on an existing file for reading and writing: nothing is created, truncated or appended. On
+/// failure `file` is marked failed; if it was open before the call, it stays open.
 void openRetentionFile(std::fstream& file, const QByteArray& path);

@@ -1,10 +1,10 @@
-// Keeps a failed allocation to the step in which it happened.
+// Confines a failed allocation to the step in which it happened.
 // SPDX-License-Identifier: MIT
 #pragma once
 
 #include <new>
 
-/// Runs `step`. False when an allocation in it failed: what it had not done by then stays undone.
+/// Runs `step`. False when an allocation in it failed, which ended the step there.
 template <typename Step> bool ranWithMemory(Step step)
 {
     try {

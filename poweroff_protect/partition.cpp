@@ -9,7 +9,7 @@ QVector<KeptRange> partition(const QVector<structMaintenance>& entries)
     QVector<KeptRange> ranges;
     if (entries.isEmpty())
         return ranges;
-    KeptRange range = {0, entries.at(0).addressLength}; // in the making
+    KeptRange range = {0, entries.at(0).addressLength}; // not finished yet
     for (int k = 1; k < entries.size(); ++k) {
         const structMaintenance& next = entries.at(k);
         const int start = entries.at(range.entry).address.index;

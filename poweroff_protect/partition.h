@@ -6,14 +6,14 @@
 
 #include <QtCore/QVector>
 
-/// Cells that become one block: `count` of them, any value, from the address of the entry number `entry` on.
+/// Cells that become one block: `count` of them (any value) from the address of the entry number `entry` on.
 struct KeptRange
 {
-    int entry; ///< place in the entries, from 0
+    int entry; ///< index into the entries
     int count; ///< number of cells
 };
 
-/// The ranges of one area's entries, which must be sorted by compare(). Overlapping entries become one range,
-/// which is one cell short where the later entry reaches to or past the end of the earlier one; adjacent
-/// entries stay apart. Any values pass through, sums wrap.
+/// Turns one area's entries, sorted by compare(), into ranges. Overlapping entries become one range, which is
+/// one cell short when the later entry reaches to the end of the earlier one or past it; adjacent entries
+/// stay apart. Any values pass through; sums wrap.
 QVector<KeptRange> partition(const QVector<structMaintenance>& entries);

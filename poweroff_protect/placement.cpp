@@ -17,7 +17,7 @@ void placeBlocks(QList<MaintenanceFileInfo>& blocks)
         if (area && area->bits) {
             byte = wrapAdd(byte, block.count / 8);
             bit += block.count % 8;
-            if (bit > 7) { // only this is carried: a negative count may leave a negative bit offset
+            if (bit > 7) { // the only carry: a negative count may leave a negative bit offset
                 bit -= 8;
                 byte = wrapAdd(byte, 1);
             }

@@ -6,19 +6,19 @@
 
 #include <QtCore/QList>
 
-/// Sets fileOffset and bitOffset of one area's blocks, end to end. Any counts pass through, sums wrap.
+/// Lays one area's blocks end to end: sets fileOffset and bitOffset. Any counts pass through; sums wrap.
 void placeBlocks(QList<MaintenanceFileInfo>& blocks);
 
-/// Bytes of a new file for these blocks: always one more byte than full ones for bits, 0 for an unknown code.
-/// Sums wrap, so the result may be negative.
+/// The length in bytes of a new file for these blocks; for bits always one byte more than the full ones, and
+/// 0 for an unknown code. Sums wrap, so the result may be negative.
 int newFileLength(int perAddressCode, const QList<MaintenanceFileInfo>& blocks);
 
-/// A bit of a file: its byte, counted from the start of the file or negative before it, and its mask in that
-/// byte. The mask is 0 where negative counts leave a negative remainder, which is no bit of any byte.
+/// A bit of a file: the offset of its byte (negative before the start of the file) and its mask in that byte.
+/// Negative counts can leave a negative remainder, which is no bit of any byte: the mask is then 0.
 struct BitPlace
 {
     int byte, mask;
 };
 
-/// Where bit number `number` after the first bit of `block` lies. Sums wrap.
+/// The place of the bit that is `number` bits after the first one of `block`. Sums wrap.
 BitPlace bitPlace(const MaintenanceFileInfo& block, int number);

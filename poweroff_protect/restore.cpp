@@ -1,4 +1,4 @@
-// Makes missing per-address files and restores existing ones into the areas.
+// Creates missing per-address files and restores existing ones into the areas.
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/area_fields.h"
 #include "poweroff_protect/file_access.h"
@@ -43,7 +43,7 @@ void poweroff_protect::initMaintenance(QList<MaintenanceFileInfo>& blocks)
                 const BitPlace place = bitPlace(fileStart, wrapAdd(bitNumber, j));
                 unsigned char byte = 0;
                 readFile(areas[area - areaFacts].file, reinterpret_cast<char*>(&byte), 1, place.byte);
-                if (byte == 0) // restores nothing: its cells keep the values that the runtime started with
+                if (byte == 0) // its cells keep the values that the runtime started with
                     continue;
                 const ushort value = (byte & place.mask) != 0;
                 interfaceComm->writeRegisterValues(address.link, address.block, wrapAdd(address.index, j), -1,

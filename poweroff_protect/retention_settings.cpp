@@ -1,4 +1,4 @@
-// Gives every property its default and its width.
+// Reads the retention properties with their defaults and widths.
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/retention_settings.h"
 

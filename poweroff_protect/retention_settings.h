@@ -1,4 +1,4 @@
-// Reads what a project says about retention, through the runtime's configuration-tree functions alone.
+// Reads a project's retention settings, through the runtime's configuration-tree functions alone.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -16,13 +16,13 @@ enum class RetentionMode
 struct RetentionSettings
 {
     RetentionMode mode;
-    qint16 saveTimeMinutes; ///< 5 where the project has none; the low 16 bits of what it has
+    qint16 saveTimeMinutes; ///< the low 16 bits of the project's value; 5 when it has none
 };
 
 /// The object "DataRetention" of a project; null when there is none.
 object* retentionObject(object* project);
-/// What the properties and the first child of `retention`, which must not be null, come to.
+/// The settings that the properties and the first child of `retention` give; `retention` must not be null.
 RetentionSettings readRetentionSettings(object* retention);
 
-/// The entry that a child of "DataRetention" describes. What is missing is a null text or 0.
+/// The entry that a child of "DataRetention" describes. Missing properties are read as null strings or 0.
 structMaintenance readRetentionEntry(object* child);

@@ -1,4 +1,4 @@
-// Says which version of the module this is, to the compiler and to a program that has loaded the library.
+// Gives the version of the module, to the compiler and to a program that has loaded the library.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -6,9 +6,9 @@
 
 // The build and the packages take the version from here.
 #define POWEROFF_PROTECT_VERSION "1.1.0"
-/// 10000 times the first part, 100 times the second, and the third: for comparisons.
+/// For comparisons: 10000 * major + 100 * minor + patch.
 #define POWEROFF_PROTECT_VERSION_NUMBER 10100
 
-/// The version of the loaded library, as POWEROFF_PROTECT_VERSION was when it was built. Libraries
-/// before 1.1.0 do not have this function. The text is the library's and goes away with it.
+/// The loaded library's POWEROFF_PROTECT_VERSION. Libraries before 1.1.0 do not have this function. The text
+/// belongs to the library and is gone when that is unloaded.
 extern "C" POWEROFF_PROTECT_EXPORT const char* poweroffProtectVersion();

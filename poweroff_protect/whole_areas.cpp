@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Bytes of the area with that whole-area code; 0 for an unknown code.
+/// The size in bytes of the area with that whole-area code; 0 for an unknown code.
 int imageBytes(int areaCode)
 {
     for (const AreaFacts& area : areaFacts)
@@ -22,7 +22,7 @@ void poweroff_protect::initFile(std::fstream& file, QString name, int areaCode)
     const QByteArray path = projectPath(name);
     const int size = imageBytes(areaCode);
     const FileLook look = lookAtFile(path);
-    // Anything but a regular file stays as it is: opening a FIFO for writing would wait for its reader.
+    // Leaves anything but a regular file alone: opening a FIFO for writing would wait for its reader.
     if (look.missing || (look.regular && look.size < size))
         makeZeroFile(path, size);
     openRetentionFile(file, path);

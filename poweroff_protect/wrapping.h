@@ -1,4 +1,4 @@
-// Adds and subtracts 32-bit numbers that wrap: configured values of any size pass through.
+// Adds and subtracts 32-bit numbers that wrap, so that configured values of any size pass through.
 // SPDX-License-Identifier: MIT
 #pragma once
 

@@ -8,7 +8,7 @@ namespace {
 
 TreeObserver observer;
 
-/// Builds the line only for an observer: trees of 10,000 entries are read unobserved, too.
+/// Builds the line only if there is an observer: trees of 10,000 entries are read without one.
 template <typename Describe> void observe(Describe describe)
 {
     if (observer)

@@ -1,4 +1,4 @@
-// Reading of project files.
+// Reads project files.
 // SPDX-License-Identifier: MIT
 #include "project_tree/project_reader.h"
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-/// No project comes near it; it keeps a hostile file from exhausting the stack.
+/// Far above any real project; keeps a hostile file from exhausting the stack.
 const int deepestNesting = 100;
 
 QString requiredAttribute(QXmlStreamReader& xml, const char* name)
@@ -23,7 +23,7 @@ QString requiredAttribute(QXmlStreamReader& xml, const char* name)
     return attributes.value(QLatin1String(name)).toString();
 }
 
-/// Sets a number of the type from `lowest` to `highest`, or raises an error.
+/// Sets a number between `lowest` and `highest`, or raises an error.
 void setNumber(QXmlStreamReader& xml, object& node, const QString& name, const QString& text, qint64 lowest,
                qint64 highest)
 {
@@ -62,7 +62,7 @@ void readProperty(QXmlStreamReader& xml, object& node)
                            .arg(name, type));
 }
 
-/// Reads what is inside an "object" element up to its end.
+/// Reads the contents of an "object" element up to its end.
 void readObjectContents(QXmlStreamReader& xml, object& node, int nesting)
 {
     while (xml.readNextStartElement()) {

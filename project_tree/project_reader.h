@@ -1,4 +1,4 @@
-// Projects as XML files: nested "object" elements with "property" children.
+// Reads projects from XML files: nested "object" elements with "property" children.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -9,7 +9,7 @@
 
 #include <memory>
 
-/// Either a project or the reason why there is none, never both.
+/// Either a project or an error, never both.
 struct ProjectReading
 {
     std::unique_ptr<object> project; ///< the root object

@@ -1,4 +1,4 @@
-// Keeps the place where calls are recorded.
+// Keeps the list in which calls are recorded.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/call_log.h"
 

@@ -1,12 +1,12 @@
-// A record of the calls that a model makes to its host, for tests that check their order.
+// Records the calls that a model makes to its host, for tests that check their order.
 // SPDX-License-Identifier: MIT
 #pragma once
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
-/// Where calls are recorded, one line each; null (at the start) records nothing. The list stays the caller's
-/// and must outlive the recording.
+/// Sets where calls are recorded, one line each; null, the initial value, records nothing. The caller owns
+/// the list, which must outlive the recording.
 void setCallLog(QStringList* log);
 QStringList* callLog();
 

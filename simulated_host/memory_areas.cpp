@@ -1,4 +1,4 @@
-// Cells and look-ups of the areas.
+// Reads and writes cells, and finds areas.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/memory_areas.h"
 

@@ -1,4 +1,4 @@
-// The areas "LB", "LW" and "RWI": one memory that serves as raw image and as cells.
+// Holds the areas "LB", "LW" and "RWI": the same memory as raw image and as cells.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -8,8 +8,8 @@
 #include <optional>
 #include <vector>
 
-/// One area of 65536 cells. A bit cell takes one byte, 0 or 1 when written as a cell; a word cell takes two,
-/// low byte first.
+/// One area of 65536 cells. A bit cell takes one byte, which setCell() sets to 0 or 1; a word cell takes two
+/// bytes, low byte first.
 class MemoryArea
 {
 public:
@@ -22,11 +22,11 @@ public:
     int areaCode() const { return code; }            ///< as in InterfaceComm::getAreaMemory()
     bool isBits() const { return bits; }             ///< otherwise words
 
-    std::vector<unsigned char>& memory() { return bytes; }             ///< 65536 or 131072 bytes
-    const std::vector<unsigned char>& memory() const { return bytes; } ///< 65536 or 131072 bytes
+    std::vector<unsigned char>& memory() { return bytes; } ///< 65536 or 131072 bytes
+    const std::vector<unsigned char>& memory() const { return bytes; }
 
-    /// The cell's value: of a bit 0 or 1 (any non-zero byte), of a word its 16 bits. Nothing outside the
-    /// area.
+    /// The value of the cell: for a bit 0 or 1 (any non-zero byte), for a word its 16 bits. Nothing outside
+    /// the area.
     std::optional<ushort> cell(int address) const;
     /// Sets the cell (a bit: to 1 for any non-zero value). False, with no effect, outside the area.
     bool setCell(int address, ushort value);
@@ -38,18 +38,18 @@ private:
     std::vector<unsigned char> bytes;
 };
 
-/// The three areas, all zero at the start, in the order "LB", "LW", "RWI".
+/// The three areas, initially all zero, in the order "LB", "LW", "RWI".
 class MemoryAreas
 {
 public:
     MemoryAreas();
 
-    std::array<MemoryArea, 3>& all() { return areas; }             ///< in the order above
-    const std::array<MemoryArea, 3>& all() const { return areas; } ///< in the order above
+    std::array<MemoryArea, 3>& all() { return areas; } ///< in the order above
+    const std::array<MemoryArea, 3>& all() const { return areas; }
 
     /// Null when there is no such area.
     MemoryArea* named(const QString& name);
-    const MemoryArea* named(const QString& name) const; ///< null when there is no such area
+    const MemoryArea* named(const QString& name) const;
     MemoryArea* withCode(int areaCode); ///< by MemoryArea::areaCode(); null for any other code
 
 private:

@@ -1,4 +1,4 @@
-// The base class of extension models, as this host defines it.
+// Defines the base class of extension models for this host.
 // SPDX-License-Identifier: MIT
 #include "host_interface/host_interface.h"
 
@@ -36,7 +36,7 @@ void ExtendFuncModelBase::ArriveTimeCyclicRun(long long elapsedMs)
     cycleRemainingMs -= elapsedMs;
     if (cycleRemainingMs > 0)
         return;
-    // However late it is, one call makes up for all that were missed.
+    // However late, one call makes up for all missed ones.
     cycleRemainingMs = cyclePeriodMs;
     cyclicRun();
 }

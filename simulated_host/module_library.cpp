@@ -1,4 +1,4 @@
-// Loading of a model's shared library through its two entry points.
+// Loads a model's shared library through its two entry points.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/module_library.h"
 
@@ -18,7 +18,7 @@ template <typename Function> Function entryPoint(void* library, const char* name
 
 ModuleLibrary::ModuleLibrary(const QString& path)
 {
-    // Without a slash the loader would search its own directories instead of taking the path as it stands.
+    // For a name without a slash the loader would search its own directories.
     const QString file = QFileInfo(path).absoluteFilePath();
     if (!QFileInfo(file).isFile()) {
         errorText = QStringLiteral("%1: no such module library; build it or name another one").arg(path);

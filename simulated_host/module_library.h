@@ -1,4 +1,4 @@
-// Loading of a model's shared library.
+// Loads a model's shared library.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -9,7 +9,7 @@
 
 class ExtendFuncModelBase;
 
-/// A model object, given back to its library when it goes out of scope.
+/// A model object, returned to its library when it goes out of scope.
 using ModelPointer = std::unique_ptr<ExtendFuncModelBase, std::function<void(ExtendFuncModelBase*)>>;
 
 /// A loaded library; it stays loaded until the process ends.
@@ -19,11 +19,11 @@ public:
     /// Loads the library. On failure isLoaded() is false and error() says what is wrong with the file.
     explicit ModuleLibrary(const QString& path);
 
-    /// Whether createModel() makes models.
+    /// Whether createModel() works.
     bool isLoaded() const { return create != nullptr && destroy != nullptr; }
     const QString& error() const { return errorText; } ///< empty when the library is loaded
 
-    /// A new model object; null when nothing is loaded.
+    /// Creates a model object; null when nothing is loaded.
     ModelPointer createModel() const;
 
 private:

@@ -1,4 +1,4 @@
-// Enters a mount namespace whose /usr is put together anew.
+// Enters a mount namespace with a newly assembled /usr.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/mount_namespace.h"
 
@@ -28,8 +28,8 @@ bool writeProcFile(const char* path, const QByteArray& text)
     return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(text) == text.size();
 }
 
-/// Root gets a mount namespace alone; an ordinary user needs a user namespace around it, in which it keeps
-/// its ids.
+/// Root only needs a mount namespace; an ordinary user also needs a user namespace around it, with unchanged
+/// ids.
 QString unshareMounts()
 {
     if (unshare(CLONE_NEWNS) == 0)
@@ -47,7 +47,7 @@ QString unshareMounts()
     return {};
 }
 
-/// Shows one entry of /usr in the scratch file system.
+/// Makes one entry of /usr appear in the scratch file system.
 QString keepEntry(const QFileInfo& entry, const QString& scratch)
 {
     const QString target = scratch + QLatin1Char('/') + entry.fileName();
@@ -91,14 +91,14 @@ QString enterNamespaceWithOwnUsr()
     if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
         return failure(QStringLiteral("cannot make the mounts private"));
 
-    // The new /usr is put together beside the old one and then moved over it.
+    // The new /usr is assembled next to the old one and then moved over it.
     const QTemporaryDir scratch;
     if (!scratch.isValid())
         return QStringLiteral("no temporary directory: %1").arg(scratch.errorString());
     const QByteArray scratchPath = QFile::encodeName(scratch.path());
     if (mount("tmpfs", scratchPath.constData(), "tmpfs", 0, "mode=0755") != 0)
         return failure(QStringLiteral("cannot mount a scratch file system"));
-    // By way of /proc, because qemu-user shows its library folder's /usr to whoever asks for /usr.
+    // Through /proc, because qemu-user redirects /usr to its own library folder.
     const QFileInfoList entries =
         QDir(QStringLiteral("/proc/self/root/usr"))
             .entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);

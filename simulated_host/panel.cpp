@@ -1,4 +1,4 @@
-// The runtime's calling sequence.
+// Follows the runtime's calling sequence.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/panel.h"
 

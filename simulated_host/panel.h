@@ -1,4 +1,4 @@
-// The simulated panel: areas, a project and one model, driven in the order in which the real runtime does it.
+// Simulates a panel: areas, a project and one model, driven in the real runtime's order.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -14,11 +14,11 @@
 #include <vector>
 
 /// Members may be used directly between the steps. Destroying the panel destroys the model, which is an
-/// orderly stop; a power cut is the end of the whole process.
+/// orderly stop; for a power cut, end the process.
 class Panel
 {
 public:
-    /// `project` may be null; it and `library` stay the caller's and must outlive the panel.
+    /// `project` may be null. The caller owns it and `library`, which must outlive the panel.
     Panel(const ModuleLibrary& library, object* project);
 
     /// Runs the whole start-up: open(), init(), watch().
@@ -27,19 +27,19 @@ public:
     void init();  ///< extModelInit()
     void watch(); ///< asks the model which cells to watch
 
-    /// Writes values into consecutive cells, then reports each watched one of them to the model. False, with
-    /// no effect, when a cell lies outside the area or the area does not exist. `progress`, where there is
-    /// one, is told before each report.
+    /// Writes values into consecutive cells, then reports each watched one to the model. False, with no
+    /// effect, when a cell lies outside the area or the area does not exist. `progress`, if given, is called
+    /// before each report.
     bool setCells(const QString& area, int address, const std::vector<ushort>& values,
                   const std::function<void(int done, int all)>& progress = {});
     /// Reports a change of the cell to the model, watched or not.
     void reportChange(const QString& area, int address);
 
-    /// Tells the model's base that time has passed, which runs the cyclic call when it is due.
+    /// Tells the model that time has passed, which runs the cyclic call when it is due.
     void advance(long long elapsedMs) { model->ArriveTimeCyclicRun(elapsedMs); }
 
-    MemoryAreas areas;    ///< the cells, as operators and programs see them
-    SimulatedComm comm;   ///< the model's way to them
+    MemoryAreas areas;    ///< the cells of the panel
+    SimulatedComm comm;   ///< the model's access to them
     ModelPointer model;   ///< null when the library is not loaded
     WatchList watched;    ///< the cells whose changes setCells() reports
     bool started = false; ///< start() is complete

@@ -18,7 +18,7 @@ namespace {
 QString refusal; ///< why there is no mount namespace; empty when there is one
 QString scratch;
 
-/// Lets a child try, because a half-made namespace cannot be left again. Returns what was refused.
+/// Tries in a child process, because a half-made namespace cannot be left again. Returns what was refused.
 QString tryNamespace()
 {
     int ends[2];

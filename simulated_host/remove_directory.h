@@ -1,10 +1,10 @@
-// Removes a directory with all that is in it.
+// Removes a directory with everything in it.
 // SPDX-License-Identifier: MIT
 #pragma once
 
 #include <QtCore/QDir>
 
-/// Follows no link. False when the directory or something in it is still there afterwards.
+/// Follows no links. False when the directory or something in it is left.
 inline bool removeDirectory(const QString& path)
 {
     QDir directory(path);

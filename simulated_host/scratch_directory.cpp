@@ -1,4 +1,4 @@
-// Leaves the removal to a process that waits for the end of this one.
+// Makes a scratch directory, and a process that waits for the end of this one and removes it.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/scratch_directory.h"
 
@@ -13,10 +13,10 @@
 
 namespace {
 
-/// Waits until nobody holds the other end of the pipe any more, then removes the directory.
+/// Waits until no process holds the other end of the pipe, then removes the directory.
 [[noreturn]] void removeAfterTheEnd(int pipeEnd, const QString& directory)
 {
-    // Nobody waits for a terminal, a pipe or a group of processes because of this one.
+    // Detaches from terminal, pipes and process group, so that nothing waits for this process.
     setsid();
     for (int descriptor = 0; descriptor < 1024; ++descriptor)
         if (descriptor != pipeEnd)

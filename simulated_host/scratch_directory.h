@@ -1,10 +1,10 @@
-// A scratch directory that goes when the process goes, whichever way that is.
+// Makes a scratch directory that is removed when the process ends, however it ends.
 // SPDX-License-Identifier: MIT
 #pragma once
 
 #include <QtCore/QString>
 
-/// Makes an empty directory in the machine's directory for temporary files. It is removed with all that is in
-/// it as soon as this process and the children that it forks have ended, also when they were killed. Empty
-/// when none can be made.
+/// Creates an empty directory in the machine's directory for temporary files. It is removed with everything
+/// in it as soon as this process and the children that it forks have ended, even when they were killed.
+/// Returns an empty string when none can be created.
 QString makeScratchDirectory();

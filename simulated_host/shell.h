@@ -1,4 +1,4 @@
-// The shell that models run commands through.
+// Controls the shell through which models run commands.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -6,9 +6,9 @@
 
 #include <functional>
 
-/// Replaces the running of commands (std::system() at the start); an empty function runs nothing and answers
-/// 0. Commands are counted and logged in any case.
+/// Replaces the function that runs commands, initially std::system(). An empty function runs nothing and
+/// returns 0. Commands are counted and logged in any case.
 void setCommandRunner(std::function<int(const char*)> runner);
 
-/// How often a command was run since the process began.
+/// How often a command was run since the process started.
 int commandsRun(const QString& command);

@@ -1,4 +1,4 @@
-// Cell access for models, with its record in the call log.
+// Reads and writes cells for models, and records each call.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/simulated_comm.h"
 

@@ -1,4 +1,4 @@
-// The communication interface over the simulated areas.
+// Gives models access to the simulated areas.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -7,15 +7,15 @@
 
 #include <QtCore/QSet>
 
-/// Reads and writes cells of `areas`, whatever `link` and `selector` are; cells outside an area are left out.
-/// Every call goes to the call log. The areas stay the caller's.
+/// Reads and writes cells of `areas`, whatever `link` and `selector` are; cells outside an area are skipped.
+/// Every call is recorded in the call log.
 class SimulatedComm : public InterfaceComm
 {
 public:
-    /// `areas` stay the caller's and must outlive the object.
+    /// The caller owns `areas`, which must outlive the object.
     explicit SimulatedComm(MemoryAreas& areas) : areas(areas) {}
 
-    /// From now on getAreaMemory() answers null for this code, as on a panel without the area.
+    /// Makes getAreaMemory() return null for this code from now on, as on a panel without the area.
     void removeAreaMemory(int areaCode) { removedCodes.insert(areaCode); }
 
     void* getAreaMemory(int areaCode) override;

@@ -1,4 +1,4 @@
-// Watched cells, and the messages that report their changes.
+// Keeps watched cells, and builds the messages that report their changes.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/watch_list.h"
 
@@ -24,7 +24,7 @@ bool WatchList::contains(const QString& area, int address) const
 std::vector<WatchedRange> WatchList::ranges() const
 {
     QStringList areas = cells.keys();
-    std::sort(areas.begin(), areas.end()); // which puts the three known names in their usual order
+    std::sort(areas.begin(), areas.end()); // alphabetical order is the usual order of the three names
     std::vector<WatchedRange> result;
     for (const QString& area : areas) {
         bool open = false;

@@ -1,4 +1,4 @@
-// The cells whose changes a model wants reported.
+// Keeps the cells whose changes a model wants reported.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -19,22 +19,21 @@ struct WatchedRange
     int last;     ///< the highest address
 };
 
-/// The watched cells of any areas; a cell is in it once, however often it was asked for.
+/// The watched cells of any areas; each cell counts once, however often it was requested.
 class WatchList
 {
 public:
     /// Adds the cells of a model's records.
     void add(const QList<RegisterValueChangeSize>& records);
 
-    /// Whether that cell is watched.
     bool contains(const QString& area, int address) const;
 
-    /// The watched cells in ranges as wide as they go, by area in alphabetical order: "LB", "LW", "RWI".
+    /// The watched cells as maximal ranges, ordered by area name: "LB", "LW", "RWI".
     std::vector<WatchedRange> ranges() const;
 
 private:
     QHash<QString, std::set<int>> cells;
 };
 
-/// The message that reports a change of that cell. Area names longer than its field are cut off.
+/// The message that reports a change of that cell. Area names longer than its field are truncated.
 _ExtendTriggerMsg_t changeMessage(const QString& area, int address);

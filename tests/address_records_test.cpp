@@ -1,4 +1,4 @@
-// Address records: defaults, copies, order, type texts and the bytes of the wire format.
+// Tests address records: defaults, copies, order, type texts and the bytes of the stream format.
 // SPDX-License-Identifier: MIT
 #include "define_header/define_header.h"
 
@@ -47,13 +47,13 @@ QByteArray encoded(const READADDRESS& r)
            encoded(r.extra1) + encoded(r.extraText) + encoded(r.extra4);
 }
 
-/// Their encodings tell even null texts from empty ones.
+/// Compares encodings, which distinguish even null texts from empty ones.
 template <typename Record> void expectSame(const Record& got, const Record& expected)
 {
     EXPECT_EQ(encoded(got).toHex(), encoded(expected).toHex());
 }
 
-/// Every field has a value of its own.
+/// Every field has a different value.
 _ADDRESS_ fullAddress()
 {
     _ADDRESS_ address;
@@ -106,7 +106,7 @@ structMaintenance entryAt(int index, int addressLength = 0)
     return entry;
 }
 
-/// A record made in memory that is not 0. It is not destroyed: its texts are null and own nothing.
+/// A record constructed in memory that is not zero. Never destroyed: its texts are null and own nothing.
 template <typename Record> const Record& madeInFullMemory()
 {
     alignas(Record) static std::array<char, sizeof(Record)> memory;

@@ -1,4 +1,4 @@
-// What a running module does with change messages: host calls, bytes in the files, "sync".
+// Tests what a running module does with change messages: host calls, bytes in the files, "sync".
 // SPDX-License-Identifier: MIT
 #include "tests/support/change_messages.h"
 #include "tests/support/module_test.h"
@@ -17,7 +17,7 @@ protected:
         calls.clear();
     }
 
-    /// Sets the cell and reports the change; the calls that the module made for it.
+    /// Sets the cell and reports the change; returns the calls that the module made.
     QStringList change(const QString& area, int address, ushort value)
     {
         panel->areas.named(area)->setCell(address, value);

@@ -1,4 +1,4 @@
-// Configuration and choice of the mode.
+// Tests configuration and choice of the mode.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 
@@ -7,7 +7,7 @@ namespace {
 class Configuration : public ModuleTest
 {
 protected:
-    /// What extModelOpen() makes of a "Save Time" in whole-area mode.
+    /// The result of extModelOpen() for a "Save Time" in whole-area mode.
     long long periodFor(std::optional<qint64> saveTime)
     {
         const auto project = wholeAreaProject(1, saveTime);

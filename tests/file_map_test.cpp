@@ -1,5 +1,6 @@
-// Places of blocks in their file: the rules by example, and what lies past the small lists, all of which
-// small_worlds/entry_lists_test.cpp compares with the rules. SPDX-License-Identifier: MIT
+// Tests the places of blocks in their file: examples of the rules, and what goes beyond the small lists, all
+// of which small_worlds/entry_lists_test.cpp covers.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 
 #include <gmock/gmock.h>
@@ -33,7 +34,7 @@ Places placesOf(const std::vector<std::pair<const char*, int>>& cells)
     return places;
 }
 
-/// The same for blocks of one area, with an empty block behind them that shows where the position stands.
+/// The same for blocks of one area, with an empty block after them that shows the end position.
 Places placesAndEndOf(const char* area, const std::vector<int>& counts)
 {
     std::vector<std::pair<const char*, int>> cells;

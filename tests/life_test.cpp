@@ -1,5 +1,6 @@
-// Lives of panels with random projects, starts, changes and restarts, compared with the account of the rules
-// after every step, call by call. SPDX-License-Identifier: MIT
+// Runs lives of panels with random projects, starts, changes and restarts, and compares them with the model
+// of the rules after every step, call by call.
+// SPDX-License-Identifier: MIT
 #include "tests/support/checked_life.h"
 #include "tests/support/module_test.h"
 #include "tests/support/random_source.h"
@@ -9,7 +10,7 @@
 
 namespace {
 
-/// How many lives a run lives: the environment variable TEST_LIVES, or enough for every build.
+/// The number of lives: the environment variable TEST_LIVES, or enough for an ordinary build.
 int livesToLive()
 {
     const char* const asked = std::getenv("TEST_LIVES"); // NOLINT(concurrency-mt-unsafe): one thread
@@ -32,7 +33,7 @@ protected:
             entry.length = random.oneIn(12) ? random.between(-12, 0) : random.between(1, 25);
             for (const Entry& other : made)
                 if (other.area == entry.area && other.index == entry.index)
-                    entry.length = other.length; // so that the order of the two is settled
+                    entry.length = other.length; // so that the order of the two is specified
         }
         return made;
     }
@@ -62,7 +63,7 @@ protected:
         return bytes;
     }
 
-    /// Starts a new module, after an orderly end of the one before, on a host with values of its own.
+    /// Starts a new module, after an orderly end of the previous one, on a host with other values.
     void start()
     {
         if (life)
@@ -71,7 +72,7 @@ protected:
         for (std::optional<QByteArray>& file : files)
             disturb(file);
         project = perAddressProject(entries);
-        auto module = moduleLibrary().createModel(); // which makes the directory
+        auto module = moduleLibrary().createModel(); // which creates the directory
         layFiles(files);
         MemoryAreas cells;
         for (MemoryArea& area : cells.all())
@@ -96,7 +97,7 @@ protected:
         const int address = interestingAddress();
         for (int k = random.between(0, 3); k >= 0; --k)
             life->setCell(known, address + k, valueOf());
-        // A file that is not open yet can vanish or come back under the running module.
+        // A file that is not open yet can vanish or reappear while the module runs.
         if (!life->account.isOpen(area) && random.oneIn(4)) {
             std::optional<QByteArray> other;
             if (random.oneIn(2))

@@ -1,4 +1,4 @@
-// Construction, destruction and entry points of the module object.
+// Tests construction, destruction and entry points of the module object.
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/version.h"
 #include "tests/support/module_test.h"

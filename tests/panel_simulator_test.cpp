@@ -1,4 +1,4 @@
-// panel_simulator as its user sees it: commands, answers, exit status, and values over a power cut.
+// Tests panel_simulator as its user sees it: commands, answers, exit status, and values across a power cut.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/run_tool.h"
@@ -80,7 +80,7 @@ TEST(Command, SaysWhatItExpected)
 class PanelSimulator : public testing::Test
 {
 protected:
-    /// Leaves out the line on mapped paths, which is only there where they are.
+    /// Removes the line about mapped paths, which is only printed where they are mapped.
     ToolRun run(const char* example, const QByteArray& commands, const QStringList& more = QStringList())
     {
         const QString project = QStringLiteral(EXAMPLES_DIR "/%1.xml").arg(QLatin1String(example));
@@ -206,7 +206,7 @@ TEST_F(PanelSimulator, SaysSavedOnlyWhenItWasWritten)
     EXPECT_THAT(result.out.constData(), testing::Not(HasSubstr("were saved")));
 }
 
-/// Where only root may be somebody else, an ordinary user's panel is tried by one.
+/// Tries an ordinary user's panel as such a user, if root runs the tests.
 class PanelSimulatorOfAnOrdinaryUser : public PanelSimulator
 {
 protected:
@@ -363,7 +363,7 @@ protected:
 
 TEST_F(PanelSimulatorOnATerminal, EditsLinesAndRecallsThem)
 {
-    // A wrong digit taken back, then the line once more from the history with another last digit.
+    // A wrong digit deleted, then the line again from the history with another last digit.
     const ToolRun run = type("address_ranges", "set LW 203 8\b7\r\x1b[A\b9\rget LW 203\rstop\r");
     EXPECT_EQ(run.status, 0);
     EXPECT_THAT(run.out.constData(), HasSubstr("panel> "));
@@ -395,7 +395,7 @@ TEST_F(PanelSimulatorOnATerminal, GoesOnAfterABadCommand)
 
 TEST_F(PanelSimulatorOnATerminal, ShowsTheRunningPanelLive)
 {
-    // What was typed in the view stays to be read. Only then more is typed: the terminal would show it in
+    // What was typed in the view stays readable. Type more only then, or the terminal would show it in
     // between.
     const QByteArray left =
         "\x1b>panel> set RWI 7 1234\r\nset 1 cell, 0 reported to the module\r\npanel> cycle\r\n"
@@ -465,7 +465,7 @@ TEST_F(PanelSimulatorOnATerminal, SaysAlsoAfterCtrlCWhatIsLost)
                 HasSubstr("stopped, changed since the last save and lost: 1 cell: LW 5\r\n"));
 }
 
-/// What the live view says of a panel, without a terminal.
+/// The live view's text about a panel, without a terminal.
 class LiveContentTest : public ModuleTest
 {
 protected:

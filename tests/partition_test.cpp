@@ -1,5 +1,6 @@
-// From sorted entries to blocks: the rules by example, and what lies past the small lists, all of which
-// small_worlds/entry_lists_test.cpp compares with the rules. SPDX-License-Identifier: MIT
+// Tests the way from sorted entries to blocks: examples of the rules, and what goes beyond the small lists,
+// all of which small_worlds/entry_lists_test.cpp covers.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 
 #include <gmock/gmock.h>

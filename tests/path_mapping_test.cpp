@@ -1,4 +1,5 @@
-// Every library of the process sees the mapped directory under the fixed name, and nothing else moves.
+// Tests that every library of the process sees the mapped directory under the fixed name, and that nothing
+// else moves.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/file_calls/path_mapping.h"
 #include "simulated_host/remove_directory.h"
@@ -25,7 +26,7 @@ namespace {
 
 const QString mapped = QStringLiteral("/usr/mapped_by_test");
 
-/// A directory that is shown at /usr/mapped_by_test.
+/// A directory that appears at /usr/mapped_by_test.
 class PathMapping : public testing::Test
 {
 protected:
@@ -119,7 +120,7 @@ TEST_F(PathMapping, KnowsTheDirectoryInEverySpelling)
 
 TEST_F(PathMapping, LeavesOtherPathsAlone)
 {
-    // A mapping that went by the letters of the path alone would find this one.
+    // A mapping that compared only the text of the path would map this one.
     const QString beside = scratch.path() + QLatin1String("_too");
     ASSERT_TRUE(QDir().mkdir(beside));
     EXPECT_NE(access("/usr/mapped_by_test_too", F_OK), 0);

@@ -1,4 +1,4 @@
-// Reading of project files, and the configuration tree that models see.
+// Tests the reading of project files, and the configuration tree that models see.
 // SPDX-License-Identifier: MIT
 #include "project_tree/project_reader.h"
 

@@ -1,4 +1,4 @@
-// The file set-up and the restore called with blocks, codes and streams of the test's choosing.
+// Tests the file set-up and the restore with blocks, codes and streams of the test's choice.
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/module_test.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Blocks carry places of their own: those in a list need not fit together.
+/// Blocks have places of their own: those in a list need not fit together.
 MaintenanceFileInfo blockAt(const char* area, int index, int count, int fileOffset = 0, int bitOffset = 0)
 {
     MaintenanceFileInfo block;
@@ -169,11 +169,12 @@ TEST_F(RestoreOperations, OtherAreasAreNotRestoredAndMoveTheRunningNumber)
         const char* area;
         const char *restored5, *restored4;
         int bitAfter4;
-    } cases[] = {{"RWI", "RWI 0: 0 0 0 0 0\n", "RWI 0: 0 0 0 0\n", 1}, // it alone does not move it
-                 {"LW", "LW 0: 0 0 0 0 0\n", "LW 0: 0 0 0 0\n", 0},
-                 {"lb", "", "", 0},
-                 {"", "", "", 0},
-                 {"LWX", "", "", 0}};
+    } cases[] = {
+        {"RWI", "RWI 0: 0 0 0 0 0\n", "RWI 0: 0 0 0 0\n", 1}, // only this area does not move the bit number
+        {"LW", "LW 0: 0 0 0 0 0\n", "LW 0: 0 0 0 0\n", 0},
+        {"lb", "", "", 0},
+        {"", "", "", 0},
+        {"LWX", "", "", 0}};
     for (const auto& each : cases) {
         const std::string after = each.restored4 + std::string("LB 7: ") + (each.bitAfter4 ? "1\n" : "0\n");
         EXPECT_EQ(restored({blockAt(each.area, 0, 4), blockAt("LB", 7, 1)}), after);

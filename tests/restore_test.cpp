@@ -1,4 +1,4 @@
-// The per-address start-up: missing files are made, existing ones are restored into the areas.
+// Tests the per-address start-up: missing files are created, existing ones are restored into the areas.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/storage.h"
@@ -22,7 +22,7 @@ QString wrote(const char* area, int address, const std::vector<int>& values)
 class Restore : public ModuleTest
 {
 protected:
-    /// Starts a panel that keeps these entries; what was written to the areas meanwhile.
+    /// Starts a panel that keeps these entries; returns what was written to the areas meanwhile.
     std::string restored(const std::vector<Entry>& entries)
     {
         project = perAddressProject(entries);

@@ -1,4 +1,4 @@
-// The way from the project's entries to the module's blocks, seen through what is watched.
+// Tests the way from the project's entries to the module's blocks, as shown by the watched cells.
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/module_test.h"

@@ -1,4 +1,5 @@
-// Opening, positioned reading and positioned writing: what is in the file and what state the stream is in.
+// Tests opening, positioned reading and positioned writing: the contents of the file and the state of the
+// stream.
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/module_test.h"

@@ -1,4 +1,4 @@
-// The simulated runtime: areas, watch list, cyclic calls, shell, loading of the module.
+// Tests the simulated runtime: areas, watch list, cyclic calls, shell, loading of the module.
 // SPDX-License-Identifier: MIT
 #include "host_interface/shell.h"
 #include "tests/support/module_test.h"

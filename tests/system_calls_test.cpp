@@ -1,5 +1,4 @@
-// The system calls and the stream buffers that the module's work costs, counted between the module and the C
-// library.
+// Counts the system calls and stream buffers of the module's work, between the module and the C library.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/file_calls/file_calls.h"
 #include "tests/support/module_test.h"
@@ -22,7 +21,7 @@ struct Call
     const void* memory; ///< where the bytes of a write come from
 };
 
-/// Keeps what it is told of seeks, reads and writes.
+/// Records seeks, reads and writes.
 class Recording : public FileCallHook
 {
 public:
@@ -30,7 +29,7 @@ public:
     {
         if (call.kind != Kind::Seek && call.kind != Kind::Read && call.kind != Kind::Write)
             return 0;
-        // A stream writes what it holds and what it was given with one call; the former is nothing here.
+        // A stream writes its buffer and the new bytes with one call; the buffer is empty here.
         const void* const memory = call.partCount > 0 ? call.parts[call.partCount - 1].iov_base : nullptr;
         calls.push_back({call.kind, static_cast<size_t>(call.length), memory});
         return 0;
@@ -40,7 +39,7 @@ public:
 };
 Recording recording;
 bool counting = false;    ///< of stream buffers
-size_t streamBuffers = 0; ///< arrays of the size of an ordinary stream's buffer, or larger
+size_t streamBuffers = 0; ///< arrays at least as large as an ordinary stream's buffer
 
 void startRecording()
 {
@@ -85,7 +84,7 @@ std::string recordedCalls()
 } // namespace
 
 #if !defined(__SANITIZE_ADDRESS__)
-/// Stream buffers are made by it.
+/// Counts stream buffers, which are allocated with it.
 void* operator new[](std::size_t bytes)
 {
     streamBuffers += counting && bytes >= BUFSIZ;
@@ -112,7 +111,7 @@ class SystemCalls : public ModuleTest
 protected:
     SystemCalls()
     {
-        setCallLog(nullptr); // its strings are not the module's work
+        setCallLog(nullptr); // whose strings are not the module's work
         setCommandRunner([](const char*) { return 0; });
     }
     ~SystemCalls() override { stopRecording(); }
@@ -184,7 +183,7 @@ TEST_F(SystemCalls, ARestoredBitCostsOneReadOfOneByteHoweverLongTheFileIs)
         EXPECT_EQ(callsThat([](const Call& call) { return call.kind == Kind::Read && call.bytes == 1; }),
                   static_cast<size_t>(count));
         EXPECT_EQ(callsOf(Kind::Read), static_cast<size_t>(count))
-            << "a longer read fetches bytes that nobody asked for";
+            << "a longer read fetches bytes that were not requested";
         EXPECT_GE(seeks, static_cast<size_t>(count));
         EXPECT_LE(seeks, static_cast<size_t>(count) + 10) << "the cost of a bit grows with the file";
     }

@@ -1,4 +1,4 @@
-// Word blocks too large for memory: they are left alone, and everything else goes on.
+// Tests word blocks too large for memory: they are left alone, and everything else goes on.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/storage.h"
@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 #if defined(__SANITIZE_ADDRESS__)
-/// Under AddressSanitizer the address space cannot be limited, but the size of one allocation can.
+/// AddressSanitizer does not allow limiting the address space, but can limit the size of one allocation.
 extern "C" const char* __asan_default_options()
 {
     return "allocator_may_return_null=1:max_allocation_size_mb=256";
@@ -22,7 +22,7 @@ namespace {
 constexpr int hugeCount = 400 * 1000 * 1000; // 800 MB of values
 constexpr int behindHuge = 100 + hugeCount;
 
-/// Leaves this process a quarter of a gigabyte more than it has.
+/// Limits this process to a quarter of a gigabyte more than it has.
 void limitMemory()
 {
 #if !defined(__SANITIZE_ADDRESS__)
@@ -35,7 +35,7 @@ void limitMemory()
 #endif
 }
 
-/// False where the limit is only pretended, as by an emulator.
+/// False where the limit has no effect, as in an emulator.
 bool memoryCanBeLimited()
 {
     const pid_t child = fork();

@@ -1,4 +1,4 @@
-// The records by which a module asks for change messages.
+// Tests the records by which a module asks for change messages.
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/module_test.h"
@@ -11,7 +11,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// The record's 56 bytes; those of the alignment gap, which nobody sets, as zeros.
+/// The record's 56 bytes; those of the alignment gap, which are never set, as zeros.
 QByteArray bytesOf(const RegisterValueChangeSize& record)
 {
     QByteArray bytes(reinterpret_cast<const char*>(&record), sizeof record);
@@ -32,7 +32,7 @@ QByteArray expectedBytes(int address, const QByteArray& areaName)
 class WatchRecords : public ModuleTest
 {
 protected:
-    /// What an opened module, which is not initialised yet, watches of these entries.
+    /// The cells of these entries that a module watches once opened, before its initialisation.
     std::vector<std::string> cellsFor(const std::vector<Entry>& entries)
     {
         const auto project = perAddressProject(entries);

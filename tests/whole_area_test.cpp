@@ -1,4 +1,4 @@
-// Whole-area mode: creation, repair, restore and periodic save of the three images.
+// Tests whole-area mode: creation, repair, restore and periodic save of the three images.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/storage.h"
@@ -30,7 +30,7 @@ void fillMemory(MemoryAreas& areas, int seed)
     }
 }
 
-/// Images with these many bytes more than they need.
+/// Images with that many bytes more than necessary.
 void writeFiles(int seed, int more = 0)
 {
     for (const ImageFile& file : imageFiles)
@@ -43,7 +43,7 @@ void expectFiles(int seed)
         EXPECT_EQ(retentionFile(file.name), pattern(file.size, seed)) << file.name;
 }
 
-/// A panel that at times does not offer the memory of one area.
+/// A panel that can withhold the memory of one area.
 class ShyComm : public SimulatedComm
 {
 public:
@@ -54,7 +54,7 @@ public:
         return areaCode == hidden ? nullptr : SimulatedComm::getAreaMemory(areaCode);
     }
 
-    int hidden = -1; ///< whole-area code of the area that is not offered
+    int hidden = -1; ///< whole-area code of the area that is withheld
 };
 
 class WholeArea : public ModuleTest

@@ -1,4 +1,5 @@
-// The write-through of one change into given blocks and a given stream, with answers of the host's choosing.
+// Tests the write-through of one change into given blocks and a given stream, with scripted answers of the
+// host.
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/module_test.h"
@@ -177,7 +178,7 @@ TEST_F(WriteThrough, BitsThatNegativeCountsMoveLieInTheByteOfTheirQuotientOrInNo
         const char* after;
     } cases[] = {{2, -3, 0, "70 70 70 70"}, // a negative remainder is no bit: the byte is written as it was
                  {2, -3, 2, "70 70 70 70"},    {2, -3, 6, "70 70 78 70"},
-                 {4, -3, 0, "70 70 70 70 00"}, // also the one past the end, which reads as 0
+                 {4, -3, 0, "70 70 70 70 00"}, // even one past the end, which reads as 0
                  {2, -8, 0, "70 71 70 70"},    {2, -8, 1, "70 70 70 70"},
                  {2, -8, 8, "70 70 71 70"}};
     comm.value = [](const QString&, int) { return 1; };

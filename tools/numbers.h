@@ -1,4 +1,4 @@
-// Understands numbers as people type them, alike in every tool.
+// Parses numbers as people type them, in the same way for every tool.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -6,8 +6,8 @@
 
 #include <optional>
 
-/// A whole number from `lowest` to `highest`, decimal or hexadecimal with 0x, with or without a sign. Nothing
-/// for any other text.
+/// A whole number from `lowest` to `highest`: decimal, or hexadecimal with 0x, with or without a sign.
+/// Nothing for any other text.
 inline std::optional<qint64> wholeNumber(const QString& text, qint64 lowest, qint64 highest)
 {
     const bool negative = text.startsWith(QLatin1Char('-'));

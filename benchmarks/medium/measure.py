@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Counts what the module and its peers write onto the medium of an emulated 32-bit ARM panel: bytes, write requests and flushes,
-on a flash chip also erasures. QEMU counts, the disk as its block statistics and the flash chip in its trace."""
+"""Counts what the module and other stores write to the medium of an emulated 32-bit ARM panel: bytes, write requests and
+flushes, on a flash chip also erasures. QEMU counts: for the disk in its block statistics, for the flash chip in its
+trace."""
 import argparse
 import concurrent.futures
 import json
@@ -30,17 +31,17 @@ MARGIN = 0.1
 
 @dataclass(frozen=True)
 class Load:
-    """So many changes of one of `cells` cells, or with 0 cells saves of three images of areas, 327,680 bytes."""
+    """That many changes of one of `cells` cells or, with 0 cells, saves of three area images, 327,680 bytes."""
 
     cells: int
     changes: int
     log: bool = False  # another program's log gets a line of 128 bytes before each change
     pause: int = 0  # milliseconds after each change
-    times_each: int = 1  # more than 1: a planted fault, each change is made over again
+    times_each: int = 1  # more than 1: a planted fault that repeats each change
 
 
 SHORT = [Load(10, 30)]
-PACED = [Load(10, 10, pause=1200)]  # a change now and then, so that what the kernel does from time to time takes part
+PACED = [Load(10, 10, pause=1200)]  # occasional changes, so that the kernel's periodic work is included
 SOME = tuple(Load(cells, changes, log) for log in (False, True) for cells, changes in ((10, 40), (0, 5)))
 FULL = (*SOME, *(Load(cells, 20, log) for log in (False, True) for cells in (1, 1000)))
 
@@ -48,7 +49,7 @@ FULL = (*SOME, *(Load(cells, 20, log) for log in (False, True) for cells in (1, 
 @dataclass(frozen=True)
 class Storage:
     name: str
-    kind: str  # as mount names it
+    kind: str  # as mount calls it
     options: str = "noatime"
     loads: tuple = FULL
     make: tuple = ("mkfs.ext4", "-q", "-b", "4096")
@@ -84,7 +85,7 @@ def machine(storage):
 
 
 class FlashTrace:
-    """What the emulated flash chip was told, from QEMU's trace: a line for each byte that is programmed, and for each erasure."""
+    """The commands to the emulated flash chip, from QEMU's trace: a line for each byte programmed and for each erasure."""
 
     def __init__(self, path):
         self._path = path
@@ -127,7 +128,7 @@ class Guest(Emulator):
                     f"</modules/{'ubifs' if storage.on_flash else 'disk'}")
 
     def measure(self, store, load):
-        """The costs of one change or save."""
+        """The cost of one change or save."""
         number = STORES.index(store)
         device = "ubi0:project" if self._storage.on_flash else (
             f"/dev/$(cd /sys/block && grep -lx disk{number} vd*/serial | cut -d / -f 1)")
@@ -196,7 +197,7 @@ def check(rows, update):
         return []
     recorded = {line[:20].strip(): [float(word) for word in line[20:].split()]
                 for line in RECORD.read_text().splitlines() if not line.startswith("#")}
-    # The kernel flushes for itself now and then.
+    # The kernel sometimes flushes by itself.
     return [f"{storage}: a change writes {costs[0]:.0f} bytes with {costs[1]:.2f} flushes or erasures, recorded are {size:.0f} "
             f"and {waits:.2f}" for storage, costs in found.items() for size, waits in [recorded[storage]]
             if abs(costs[0] - size) > MARGIN * size or abs(costs[1] - waits) > 0.5]
@@ -206,9 +207,9 @@ def main():
     parser = argparse.ArgumentParser(prog="scripts/measure_medium", description=__doc__)
     parser.add_argument("--short", action="store_true", help="30 changes of one of 10 cells in each store")
     parser.add_argument("--storage", action="append", choices=[storage.name for storage in STORAGES],
-                        help="only this one; may be given again")
-    parser.add_argument("--store", action="append", choices=STORES, help="only this one; may be given again")
-    parser.add_argument("--check", action="store_true", help="compare the module's changes with the record, no peers")
+                        help="only this one; may be repeated")
+    parser.add_argument("--store", action="append", choices=STORES, help="only this one; may be repeated")
+    parser.add_argument("--check", action="store_true", help="compare the module's changes with the record, without other stores")
     parser.add_argument("--update", action="store_true", help="with --check: record them instead")
     parser.add_argument("--sabotage", action="store_true", help="with --check: plant a module that does each change twice")
     parser.add_argument("--parts", type=Path, required=True, help=argparse.SUPPRESS)
@@ -230,7 +231,7 @@ def main():
                 options.output.write_text(json.dumps(rows, indent=0))
     if options.check:
         findings = check(rows, options.update)
-        print("\n".join(findings or ["OK: what the module's changes write is what is recorded."]))
+        print("\n".join(findings or ["OK: the module's changes write what is recorded."]))
         sys.exit(1 if findings else 0)
 
 

@@ -1,7 +1,8 @@
-// Lets one store keep values in an emulated panel and says when, so that the emulator can count what reaches
-// the medium. SPDX-License-Identifier: MIT
+// Makes one store keep values in an emulated panel and reports when, so that the emulator can count what
+// reaches the medium.
+// SPDX-License-Identifier: MIT
 //
-// Lines, each answered by one from standard input before it goes on:
+// Prints these lines, and waits for a line on standard input after each:
 //   medium ready    the store is made and has kept its first values; everything is on the medium
 //   medium made     all changes are made, and everything that is left over of them is on the medium, too
 #include "benchmarks/bench_host.h"
@@ -25,10 +26,10 @@ struct Load
     int changes;
     std::chrono::milliseconds pause; ///< after each change
     bool log;                        ///< a log gets a line before each change
-    int timesEach;                   ///< more than 1: a store that does its work over again
+    int timesEach;                   ///< more than 1: a store that repeats its work
 };
 
-/// A log as many programs write it: into the page cache, for the kernel to write some time.
+/// A log as many programs write it: into the page cache, which the kernel writes later.
 class Log
 {
 public:
@@ -69,7 +70,7 @@ int run(const StoreKind& kind, const Load& load)
 {
     const StorePtr store = kind.make(load.cells == 0 ? 1 : load.cells);
     Log log;
-    const int first = 3; // as much has grown by then as ever will, and each file is there
+    const int first = 3; // by then every file exists, and nothing grows any more
     for (int number = 0; number < first; ++number) {
         log.append();
         keep(*store, load, number);

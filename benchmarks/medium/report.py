@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Turns what measure.py counted into a table and a plot, and says where the module costs more than a transactional peer.
+"""Turns the counts of measure.py into a table and a plot, and reports where the module costs more than a transactional store.
 Reads results.json from FOLDER; writes report.txt and plot.svg there and prints the report."""
 import json
 import subprocess

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#if __has_include(<QtCore/QString>) // what stands below Qt is built without its folders
+#if __has_include(<QtCore/QString>) // what does not use Qt is built without its folders
 #include <QtCore/QString>
 
 #define QStringLiteral(text) QString::fromUtf8("" text, sizeof(text) - 1)

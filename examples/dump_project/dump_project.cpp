@@ -1,15 +1,15 @@
-// Writes what a panel's project says about retention as a project file.
+// Writes the retention settings of a panel's project as a project file.
 // SPDX-License-Identifier: MIT
 //
-// A model that the runtime loads once, in the place of the retention module. It asks the runtime through the
-// same functions, so the file says what the module would be told. It is compiled with
+// The runtime loads this model once, instead of the retention module. It calls the same functions of the
+// runtime, so the file has what the module would read. Compile it with
 //
 //   arm-linux-gnueabihf-g++ -shared -fPIC -I INCLUDE $(pkg-config --cflags QtCore)
 //       -o libpoweroff_protect.so dump_project.cpp
 //
-// where INCLUDE holds the installed headers, and writes /usr/tavrin/project/dumped_project.xml. The functions
-// tell no names of objects, so entries are called "entry 1" and so on, and only properties that the module
-// knows are written.
+// where INCLUDE holds the installed headers. It writes /usr/tavrin/project/dumped_project.xml. The functions
+// do not return names of objects, so entries are called "entry 1" and so on, and only properties that the
+// module knows are written.
 #include "host_interface/host_interface.h"
 
 #include <QtCore/QFile>
@@ -28,7 +28,7 @@ void writeProperty(QXmlStreamWriter& xml, const char* name, const char* type, co
     xml.writeEndElement();
 }
 
-/// A number that is missing, or is none, gives whichever default it is asked with.
+/// A number that is missing, or is not a number, yields whatever default is passed.
 void writeUnsigned(QXmlStreamWriter& xml, object* node, const char* name)
 {
     property* const value = object_get_property(node, name);

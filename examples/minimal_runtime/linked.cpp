@@ -1,4 +1,4 @@
-// A runtime that is linked with the module.
+// Runs the minimal runtime, linked with the module.
 // SPDX-License-Identifier: MIT
 #include "runtime.h"
 

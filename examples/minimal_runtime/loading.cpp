@@ -1,4 +1,4 @@
-// A runtime that loads the module while it runs: loading_runtime [LIBRARY]
+// Runs the minimal runtime, which loads the module at run time: loading_runtime [LIBRARY]
 // SPDX-License-Identifier: MIT
 #include "runtime.h"
 
@@ -7,7 +7,7 @@
 
 int main(int argc, char** argv)
 {
-    // RTLD_NOW: what the runtime does not supply shows here, and not in the middle of a change.
+    // RTLD_NOW: a symbol that the runtime does not supply shows here and not in the middle of a change.
     void* const library = dlopen(argc > 1 ? argv[1] : "libpoweroff_protect.so", RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
         std::fprintf(stderr, "loading_runtime: %s\n", dlerror());

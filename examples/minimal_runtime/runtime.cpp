@@ -1,4 +1,4 @@
-// The least that a runtime has to supply, and the calls it makes.
+// Implements the least that a runtime must supply, and makes the calls.
 // SPDX-License-Identifier: MIT
 #include "runtime.h"
 
@@ -62,7 +62,7 @@ QString object_get_property_value_type_string(object* node, const char* name, co
 
 int sys_base_do_system(const char* command)
 {
-    // The module's one command. The call does the same without a shell, in a small part of the time.
+    // The module's only command. The system call does the same without a shell, in a fraction of the time.
     if (std::strcmp(command, "sync") == 0) {
         sync();
         return 0;
@@ -122,7 +122,7 @@ int countOnce(ExtendFuncModelBase* model)
 {
     static OneCell cells; // outlives the model
     model->extModelOpen(&project, QString(), &cells);
-    model->extModelInit(); // the kept value is back from here on
+    model->extModelInit(); // restores the kept value
     QList<RegisterValueChangeSize> watched;
     model->getMonitorTriggerAddr(watched);
     const ushort before = cells.counter++;

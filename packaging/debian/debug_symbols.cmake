@@ -1,10 +1,10 @@
-# Installs the debugging symbols of `files` where debuggers look for them, by the number of the build.
-# Sets out from `files`, `readelf`, `objcopy` and CMAKE_INSTALL_PREFIX.
+# Installs the debugging symbols of `files` where debuggers look for them, by build ID. Uses `files`, `readelf`, `objcopy`
+# and CMAKE_INSTALL_PREFIX.
 # SPDX-License-Identifier: MIT
 foreach(file ${files})
     execute_process(COMMAND ${readelf} --notes --wide ${file} OUTPUT_VARIABLE notes COMMAND_ERROR_IS_FATAL ANY)
     if(NOT notes MATCHES "Build ID: ([0-9a-f][0-9a-f])([0-9a-f]+)")
-        message(FATAL_ERROR "${file} carries no build number: it was linked without --build-id.")
+        message(FATAL_ERROR "${file} has no build ID: it was linked without --build-id.")
     endif()
     set(folder $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/lib/debug/.build-id/${CMAKE_MATCH_1})
     file(MAKE_DIRECTORY ${folder})

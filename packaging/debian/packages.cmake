@@ -1,4 +1,4 @@
-# Says what the Debian packages are called, what they need and what else is in them.
+# Sets the names, dependencies and additional contents of the Debian packages.
 # SPDX-License-Identifier: MIT
 set(qt_development_package qtbase5-dev)
 if(POWEROFF_PROTECT_QT EQUAL 6)
@@ -25,12 +25,12 @@ file(WRITE ${PROJECT_BINARY_DIR}/debian/cpack.cmake
      "set(SHLIBDEPS_EXECUTABLE ${PROJECT_BINARY_DIR}/debian/shlibdeps CACHE FILEPATH \"\" FORCE)\n")
 set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/debian/cpack.cmake)
 
-# multi_arch(COMPONENT): its packages for two processors may be installed together.
+# multi_arch(COMPONENT): its packages for different processors may be installed together.
 macro(multi_arch component)
     if(CMAKE_VERSION VERSION_GREATER_EQUAL 3.31)
         set(CPACK_DEBIAN_${component}_PACKAGE_MULTIARCH same)
     else()
-        set(CPACK_DEBIAN_${component}_PACKAGE_PRIORITY "optional\nMulti-Arch: same") # the field's only way in
+        set(CPACK_DEBIAN_${component}_PACKAGE_PRIORITY "optional\nMulti-Arch: same") # CPack has no variable for this field
     endif()
 endmacro()
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
@@ -59,7 +59,7 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME poweroff-protect-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS ${exact_module})
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-    "retention of an operator panel's values, tools for the desk
+    "retention of an operator panel's values, offline tools
 retention_inspector shows, checks and carries over the values that a panel
 keeps; panel_simulator runs the module against a project, as the panel's
 runtime would.")
@@ -77,8 +77,8 @@ set(CPACK_DEBIAN_DBGSYM_PACKAGE_SHLIBDEPS OFF)
 multi_arch(DBGSYM)
 set(CPACK_COMPONENT_DBGSYM_DESCRIPTION
     "retention of an operator panel's values, debugging symbols
-What a debugger needs to name functions, lines and variables of the module
-and of the tools.")
+The names of functions, lines and variables of the module and the tools, for
+debuggers.")
 set(programs poweroff_protect)
 if(POWEROFF_PROTECT_TOOLS)
     list(APPEND programs panel_simulator retention_inspector simulated_host project_tree file_calls)
@@ -88,7 +88,7 @@ install(CODE "set(files ${programs})\nset(readelf ${CMAKE_READELF})\nset(objcopy
         COMPONENT dbgsym EXCLUDE_FROM_ALL)
 install(SCRIPT packaging/debian/debug_symbols.cmake COMPONENT dbgsym EXCLUDE_FROM_ALL)
 
-# What every package of a Debian has, and nobody else wants.
+# What every Debian package has, and other packages do not need.
 set(extras ${PROJECT_BINARY_DIR}/debian)
 execute_process(COMMAND sh -c "\"$1\" \"$2\" \"$3\" \"$4\" \"$5\" | gzip -9n >\"$6\"" sh
                         ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/changelog ${CMAKE_CURRENT_SOURCE_DIR}/CHANGELOG.md

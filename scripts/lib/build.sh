@@ -48,7 +48,7 @@ run_tests_as() {
     local results=$PWD/build/$name/results.xml
     shift
     step "Testing ($name)"
-    rm -f "$results" # those of another run are not this one's
+    rm -f "$results" # left by another run
     ctest "$@" --output-junit "$results" --no-label-summary -j"$(nproc)" 2>&1 | show_progress ctest || status=$?
     local log=build/$name/Testing/Temporary/LastTest.log
     grep -h -m 1 '^mapping paths to ' "$log" 2>/dev/null || true

@@ -1,8 +1,8 @@
-# Names where this machine gets its Debian packages from, for other suites; source it.
+# Prints this machine's source of Debian packages, for other suites; source it.
 # SPDX-License-Identifier: MIT
 
-# debian_source SUITE: a line for sources.list, with the server and the key ring of this machine's own Debian. A server that
-# is days behind does as well: for sid that is past the date up to which its list claims to be valid.
+# debian_source SUITE: a line for sources.list, with the server and the key ring of this machine's own Debian. A mirror that
+# is days behind is accepted, although for sid its list is then past its validity date.
 debian_source() {
     local server
     server=$(apt-get indextargets --format '$(SITE) $(ORIGIN) $(LABEL) $(COMPONENT)' |

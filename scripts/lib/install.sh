@@ -3,8 +3,8 @@
 . scripts/lib/needs.sh
 . scripts/lib/progress.sh
 
-# install_missing WHY NAME...: says what it is about to install, and what for, and installs it as root or through sudo.
-# Ends the script when that cannot be done.
+# install_missing WHY NAME...: says what it is about to install, and why, and installs it as root or through sudo. Ends the
+# script when that cannot be done.
 install_missing() {
     local why=$1 missing as_root=() log
     shift
@@ -12,13 +12,13 @@ install_missing() {
     [ ${#missing[@]} -gt 0 ] || return 0
     if ! command -v apt-get >/dev/null; then
         echo "missing: ${missing[*]}" >&2
-        echo "This is no Debian: install what corresponds to these packages of Debian 12." >&2
+        echo "This is not Debian: install the equivalents of these Debian 12 packages." >&2
         exit 2
     fi
     if [ "$(id -u)" -ne 0 ]; then
         if ! command -v sudo >/dev/null; then
             echo "missing: ${missing[*]}" >&2
-            echo "Install them as root with apt-get install, or install sudo, and start again." >&2
+            echo "Install them as root with apt-get install, or install sudo and try again." >&2
             exit 2
         fi
         as_root=(sudo)

@@ -1,10 +1,10 @@
-# Looks for what a script needs, wherever it comes from; source it. Names are those of Debian's packages.
+# Checks for what a script needs, however it was installed; source it. Names are those of Debian packages.
 # SPDX-License-Identifier: MIT
 
 # Programs that only root's path has.
 PATH=$PATH:/usr/sbin:/sbin
 
-# What builds and tests need on this machine, in the order in which they come to need it.
+# What builds and tests need on this machine, in the order of use.
 demo_needs=(g++ cmake ninja-build pkg-config qtbase5-dev libedit-dev libncurses-dev libcsv-dev)
 build_needs=("${demo_needs[@]}" libgtest-dev libgmock-dev python3 e2fsprogs dpkg-dev file)
 test_needs=("${build_needs[@]}" libxml2-utils)
@@ -17,7 +17,7 @@ emulated_panel_needs=("${armhf_needs[@]}" binutils cpio e2fsprogs kmod mtd-utils
 bench_needs=("${build_needs[@]}" libbenchmark-dev libsqlite3-dev liblmdb-dev gnuplot-nox)
 measure_medium_needs=("${emulated_panel_needs[@]}" f2fs-tools gnuplot-nox)
 
-# is_present NAME: whether what that package would bring is there.
+# is_present NAME: whether the contents of that package are present.
 is_present() {
     case "$1" in
     g++) command -v c++ ;;
@@ -54,7 +54,7 @@ is_present() {
     esac >/dev/null 2>&1
 }
 
-# find_missing NAME...: sets `missing` to those that are not there.
+# find_missing NAME...: sets `missing` to those that are not present.
 find_missing() {
     local name
     missing=()

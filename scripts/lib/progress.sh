@@ -1,12 +1,12 @@
-# Shows what long work is at: one changing line on a terminal, now and then a line in a log. Source it.
+# Shows the progress of long work: one changing line on a terminal, an occasional line in a log. Source it.
 # SPDX-License-Identifier: MIT
 set -o pipefail
 
 # step TEXT...: begins a stretch of work.
 step() { printf '== %s\n' "$*"; }
 
-# show_progress apt|ninja|ctest: takes the output of one of these and lets through what is not progress. Nothing that it
-# makes of progress is wider than 80 columns.
+# show_progress apt|ninja|ctest: takes the output of one of these and passes on what is not progress. Progress lines have at
+# most 80 columns.
 show_progress() {
     local terminal= unbuffered=()
     [ ! -t 1 ] || terminal=yes

@@ -4,8 +4,8 @@
 
   record_platform.py PLATFORM --built TEXT --how TEXT [--results FILE...] [--outcome TEXT]
 
-FILE is what ctest --output-junit wrote; several are added up. TEXT replaces the numbers of tests where there is no test
-runner. The rows stand between "<!-- results -->" and "<!-- end of results -->"; a new platform's comes last.
+FILE is the output of ctest --output-junit; several are added up. TEXT replaces the numbers of tests where there is no test
+runner. The rows are between "<!-- results -->" and "<!-- end of results -->"; a new platform's comes last.
 """
 import argparse
 import datetime
@@ -23,7 +23,7 @@ def git(*arguments):
 
 
 def numbers(files):
-    """Of all the test runs: passed of run, and how many were skipped."""
+    """The totals of all test runs: passed of run, and skipped."""
     run = failed = skipped = 0
     for file in files:
         if not pathlib.Path(file).exists():
@@ -47,7 +47,7 @@ def main():
     arguments = parser.parse_args()
 
     outcome = arguments.outcome or numbers(arguments.results)
-    # Building changes nothing that is in the repository; what was changed by hand is said.
+    # Building changes nothing in the repository, so any change was made by hand and is mentioned.
     changed = git("status", "--porcelain", "--untracked-files=no", "--", ".", f":!{PAGE.relative_to(ROOT)}")
     when = f"{datetime.date.today()}, {git('rev-parse', '--short=8', 'HEAD')}" + (" with changes" if changed else "")
     cells = [arguments.platform, arguments.built, outcome, arguments.how, when]

@@ -1,4 +1,4 @@
-# Replaces --seed-of-commit in a command's options, so that each commit tries other random numbers; source it.
+# Replaces --seed-of-commit in a command's options, so that each commit uses other random numbers; source it.
 # SPDX-License-Identifier: MIT
 
 # take_seed_of_commit OPTION...: sets `options` to these, with the first eight digits of the commit that is checked out.

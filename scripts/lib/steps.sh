@@ -1,4 +1,4 @@
-# Runs the steps of a long run and says how long each one took; source it.
+# Runs the steps of a long run and reports the time of each; source it.
 # SPDX-License-Identifier: MIT
 step_times=()
 
@@ -16,9 +16,9 @@ run_step() {
     step_times+=("$(printf '%6d s  %s' $((SECONDS - begin)) "$title")")
 }
 
-# print_steps: what has been run so far, with the sum.
+# print_steps: the steps so far, with the total time.
 print_steps() {
     printf '\n'
     printf '%s\n' "${step_times[@]}"
-    printf '%6d s  in all\n\n' "$SECONDS"
+    printf '%6d s  in total\n\n' "$SECONDS"
 }

@@ -1,4 +1,4 @@
-// Interposes the calls that hooks are told of.
+// Interposes the calls that are passed to hooks.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/file_calls/file_calls.h"
 
@@ -33,11 +33,11 @@ template <typename Number> Number descriptorOf(Number result)
     return result;
 }
 
-/// Makes the call with `forward(call)`, and with what the hook has to say.
+/// Makes the call with `forward(call)`, as the hook decides.
 template <typename Forward> auto run(FileCall call, Forward forward)
 {
     using Result = decltype(forward(call));
-    FileCallHook* const told = std::exchange(hook, nullptr); // what it calls itself is its own business
+    FileCallHook* const told = std::exchange(hook, nullptr); // calls of the hook itself are not passed to it
     if (!told)
         return forward(call);
     const int error = told->before(call);
@@ -84,7 +84,7 @@ FileCall truncation(FileCall call, off64_t length)
     return call;
 }
 
-/// A transfer of `parts`, made with `forward(parts, count)`: of fewer bytes if the hook says so.
+/// A transfer of `parts`, made with `forward(parts, count)`: of fewer bytes if the hook decides so.
 template <typename Forward>
 ssize_t transfer(Kind kind, int descriptor, const iovec* parts, int count, off64_t position, Forward forward)
 {
@@ -248,7 +248,7 @@ void setFileCallHook(FileCallHook* newHook)
 
 extern "C" {
 
-// What the C library's headers turn open() and its kin into when they check arguments.
+// What the C library's headers turn open() and its variants into when they check arguments.
 int __open_2(const char* path, int flags);                    // NOLINT(bugprone-reserved-identifier)
 int __open64_2(const char* path, int flags);                  // NOLINT(bugprone-reserved-identifier)
 int __openat_2(int directory, const char* path, int flags);   // NOLINT(bugprone-reserved-identifier)
@@ -331,8 +331,8 @@ LOOK_AT(fstatat64, WITH(struct stat64* status, int flags), WITH(status, flags))
 LOOK_AT(statx, WITH(int flags, unsigned mask, struct statx* status), WITH(flags, mask, status))
 LOOK_AT(faccessat, WITH(int mode, int flags), WITH(mode, flags))
 
-// What the headers of a C library before 2.33 turn stat() and its kin into; a version stands in the
-// directory's place. NOLINTBEGIN(bugprone-reserved-identifier)
+// What the headers of a C library before 2.33 turn stat() and its variants into, with a version as the first
+// argument. NOLINTBEGIN(bugprone-reserved-identifier)
 int __xstat(int version, const char* path, struct stat* status) noexcept;
 int __xstat64(int version, const char* path, struct stat64* status) noexcept;
 int __lxstat(int version, const char* path, struct stat* status) noexcept;

@@ -1,18 +1,18 @@
-// Watches, shortens and fails the file calls of everything in this process.
+// Watches, shortens or fails the file calls of everything in this process.
 // SPDX-License-Identifier: MIT
 //
-// Part of the shared library `file_calls` (path_mapping.h says how it gets its place before the C library).
+// Part of the shared library `file_calls` (path_mapping.h says how it is placed before the C library).
 #pragma once
 
 #include <sys/types.h>
 #include <sys/uio.h>
 
-/// One call, under its plain name or one of its others (open64(), openat(), creat(), ...).
+/// One call, by its plain name or a variant (open64(), openat(), creat(), ...).
 struct FileCall
 {
     enum class Kind
     {
-        Open,       ///< open() and its kin
+        Open,       ///< open() and its variants
         StreamOpen, ///< fopen()
         Read,       ///< read(), readv(), pread()
         Write,      ///< write(), writev(), pwrite()
@@ -21,36 +21,36 @@ struct FileCall
         Sync,     ///< fsync(), fdatasync()
         Close,    ///< close(), fclose()
         MakeDirectory,
-        Look, ///< stat(), statx(), access() and their kin
+        Look, ///< stat(), statx(), access() and their variants
         Rename,
         Remove ///< unlink(), rmdir(), remove()
     };
     Kind kind;
-    const char* path = nullptr;    ///< as the caller gave it; null when the call is about a descriptor
-    const char* newPath = nullptr; ///< of a renaming
-    int descriptor = -1;           ///< -1 when the call is about a path; after an opening, the new one
-    int flags = 0;                 ///< of an opening, as for open()
+    const char* path = nullptr;    ///< as the caller passed it; null when the call is about a descriptor
+    const char* newPath = nullptr; ///< of a rename
+    int descriptor = -1;           ///< -1 when the call is about a path; after an open, the new one
+    int flags = 0;                 ///< of an open, as for open()
     off64_t length = 0;            ///< bytes to move; the new length of a truncated file
-    off64_t position = -1;         ///< where bytes are moved to or from; -1: at the descriptor's position
+    off64_t position = -1;         ///< of a transfer in the file; -1: at the descriptor's position
     const iovec* parts = nullptr;  ///< the memory of a transfer
     int partCount = 0;
 };
 
-/// What a test wants to know or change about file calls.
+/// Observes and changes file calls for a test.
 class FileCallHook
 {
 public:
     virtual ~FileCallHook() = default;
 
-    /// Before the call. Returns 0 to let it through, or the errno with which it fails instead; a failing
-    /// close() closes all the same, as on Linux. `call.length` of a transfer may be made smaller: then it
-    /// comes short.
+    /// Runs before the call. Returns 0 to let it through, or the errno with which it fails instead; a failing
+    /// close() still closes, as on Linux. It may reduce `call.length` to cut a transfer short.
     virtual int before(FileCall& call)
     {
         (void)call;
         return 0;
     }
-    /// After a call that was let through. `result` is what it answered; of an opening the descriptor, or -1.
+    /// Runs after a call that was let through. `result` is the call's return value; of an open, the
+    /// descriptor or -1.
     virtual void after(const FileCall& call, long long result)
     {
         (void)call;
@@ -58,6 +58,6 @@ public:
     }
 };
 
-/// From now on this hook is told of every call, null: none. It stays the caller's. Calls that a hook makes
-/// itself are not told. For programs with one thread.
+/// Passes every call to this hook from now on; null ends that. The caller owns the hook. Calls that a hook
+/// makes itself are not passed. For single-threaded programs.
 void setFileCallHook(FileCallHook* hook);

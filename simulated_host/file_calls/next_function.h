@@ -1,4 +1,4 @@
-// Finds the C library's function that an interposed one stands before.
+// Finds the C library's function behind an interposed one.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -9,8 +9,8 @@ template <typename Function> Function nextFunction(const char* name)
     return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
 }
 
-/// `next` is the function of that name behind this one. Looked up once.
+/// Defines `next`, the next function of that name in the search order. Looked up once.
 #define NEXT(NAME) static const auto next = nextFunction<decltype(&::NAME)>(#NAME)
 
-/// Further parameters or arguments, with the comma before them, as one argument of a macro.
+/// Passes further parameters or arguments, with the comma before them, as one argument of a macro.
 #define WITH(...) , __VA_ARGS__

@@ -36,7 +36,7 @@
 
 namespace {
 
-/// What the C library answered, under the names that the process knows.
+/// A path that the C library returned, as the process knows it.
 ssize_t unmapped(char* answer, ssize_t length, size_t room)
 {
     return length < 0 ? length
@@ -83,7 +83,7 @@ int linkat(int fromDirectory, const char* from, int toDirectory, const char* to,
     return next(fromDirectory, MappedPath(from), toDirectory, MappedPath(to), flags);
 }
 
-// The kernel follows a link without asking anybody here, so the target is mapped, too.
+// The kernel follows links by itself, so the target is mapped, too.
 int symlink(const char* target, const char* path) noexcept
 {
     NEXT(symlink);
@@ -115,7 +115,7 @@ char* realpath(const char* path, char* resolved) noexcept
     char answer[PATH_MAX];
     if (!next(asked, answer))
         return nullptr;
-    if (asked.isMapped()) // who asks for the other directory by its own name gets that
+    if (asked.isMapped()) // a caller that names the other directory itself gets that
         answer[unmapped(answer, static_cast<ssize_t>(std::strlen(answer)), sizeof answer - 1)] = '\0';
     if (!resolved)
         return strdup(answer);

@@ -1,5 +1,5 @@
-// The table of mappings. Plain memory and no allocation, because calls come before and after the life of any
-// object, and while allocations are made to fail.
+// Keeps the table of mappings. In static memory and without allocation, because calls come before any object
+// is constructed and after it is destroyed, and while allocations are made to fail.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/file_calls/path_mapping.h"
 
@@ -34,8 +34,8 @@ const Mapping* mappingOf(const char* path)
     return found;
 }
 
-/// Copies an absolute path without empty parts, "." and "..", but with a slash at its end, which means
-/// something.
+/// Copies an absolute path without empty parts, "." and "..", but keeps a trailing slash, which is
+/// significant.
 void copyClean(const char* path, char* clean)
 {
     char* end = clean;
@@ -80,7 +80,7 @@ bool mapPath(const char* from, const char* to)
 
 MappedPath::MappedPath(const char* path) : text(path)
 {
-    // A longer path is the kernel's to refuse.
+    // The kernel refuses a longer path.
     if (count == 0 || !path || path[0] != '/' || std::strlen(path) >= PATH_MAX)
         return;
     char clean[PATH_MAX + 1];

@@ -1,4 +1,4 @@
-// The places of fields in the records that runtime and module share, checked by the compiler. It makes no
+// Makes the compiler check the offsets of fields in the records that runtime and module share. Generates no
 // code.
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
@@ -6,11 +6,12 @@
 #include <cstddef>
 #include <type_traits>
 
-// The module object has virtual operations; GCC and Clang lay out such classes as the target's C++ ABI says.
+// The module object has virtual operations; GCC and Clang lay out such classes according to the target's C++
+// ABI.
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 
-// The numbers hold on the panel, 32-bit ARM. Elsewhere pointers are wider or 64-bit values aligned otherwise:
-// there only the order is checked.
+// The numbers are for the panel, 32-bit ARM. Elsewhere pointers are wider or 64-bit values aligned
+// differently, so only the order is checked.
 #ifdef __arm__
 #define ON_THE_PANEL(condition) (condition)
 #else
@@ -24,13 +25,13 @@
                   #type "::" #field " must lie at byte " #offset)
 #define ORDER(type, previous, field)                                                                         \
     static_assert(offsetof(type, previous) < offsetof(type, field),                                          \
-                  #type "::" #field " must lie behind " #previous)
+                  #type "::" #field " must come after " #previous)
 /// A field, the one before it and its offset in bytes.
 #define NEXT(type, previous, field, offset)                                                                  \
     ORDER(type, previous, field);                                                                            \
     FIRST(type, field, offset)
 
-// Only a friend sees the module's own fields.
+// A friend, because the module's own fields are private.
 struct PoweroffProtectLayout
 {
     FIRST(poweroff_protect, optLogType, 4);

@@ -2,12 +2,11 @@
 # SPDX-License-Identifier: MIT
 """Compares the symbols that a library exports or leaves undefined with a committed list.
 
-The list holds one demangled symbol a line, written as on the panel (32-bit ARM) with the names of Qt 4 and 5. A line may
-begin with "Qt 4: ", "Qt 5: " or "Qt 6: " when the symbol belongs to that Qt alone. A line that ends in "*" stands for
-any number of symbols that begin so. "#" begins a comment; "## " begins a section, which can be compared alone.
+The list has one demangled symbol per line, written as on the panel (32-bit ARM) with the names of Qt 4 and 5. A line may
+begin with "Qt 4: ", "Qt 5: " or "Qt 6: " when the symbol belongs to that Qt only. A line that ends in "*" matches any
+number of symbols with that beginning. "#" begins a comment; "## " begins a section, which can be compared alone.
 
-A library that was built with one minor version of a Qt also has to load with the first one: a symbol that came later is
-a difference.
+A library built with one minor version of a Qt must also load with the first one, so a newer symbol is a difference.
 
 Exit status: 0 the same, 1 a difference, 2 unreadable input.
 """
@@ -23,7 +22,7 @@ def fail(message):
 
 
 def as_on_the_panel(symbol):
-    """The symbol with the sizes and offsets of a 64-bit target in the types of the 32-bit one."""
+    """The symbol, with a 64-bit target's types for sizes and offsets replaced by those of the 32-bit one."""
     return re.sub(r"\b(unsigned )?long\b(?! long)(?<!long long)", lambda match: (match[1] or "") + "int", symbol)
 
 
@@ -36,14 +35,14 @@ def library_symbols(nm, library, undefined):
     symbols = {}
     for line in result.stdout.splitlines():
         match = re.match(r"[0-9a-f]* *([A-Za-z]) (.+?)(?:@@?([\w.]+)(?: \(\d+\))?)?$", line)
-        # Weak references are the start-up code's, which works without them.
+        # Weak references belong to the start-up code, which works without them.
         if match and match[1] != "w":
             symbols[as_on_the_panel(match[2])] = match[3] or ""
     return symbols
 
 
 def with_names_of(qt, symbol):
-    """A listed symbol as that Qt spells it."""
+    """A listed symbol in that Qt's spelling."""
     if qt < 6:
         return symbol
     return symbol.replace("QStringList", "QList<QString>").replace("QVector<", "QList<")
@@ -93,7 +92,7 @@ def main():
     for symbol in late:
         print(f"not in the first Qt {arguments.qt}: {symbol} ({found[symbol]})")
     if missing or added or late:
-        print(f"{arguments.library} has changed its binary interface. If that is meant, change {arguments.list} too.")
+        print(f"{arguments.library} has changed its binary interface. If that is intended, change {arguments.list} too.")
         return 1
     print(f"{len(found)} {kind} symbols, as listed in {arguments.list}.")
     return 0

@@ -1,4 +1,4 @@
-// The virtual table of the shipped binary against the slots in virtual_table.txt.
+// Compares the virtual table of the shipped binary with the slots in virtual_table.txt.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 
@@ -34,7 +34,7 @@ std::vector<Slot> recordedSlots()
     return rows;
 }
 
-/// The slot that calls of a virtual operation go through, out of the representation of its member pointer.
+/// The slot of a virtual operation, from the representation of its member pointer.
 template <typename MemberPointer> int slotOf(MemberPointer operation)
 {
     struct
@@ -44,7 +44,7 @@ template <typename MemberPointer> int slotOf(MemberPointer operation)
     } parts;
     static_assert(sizeof parts == sizeof operation, "a member pointer of the Itanium C++ ABI");
     std::memcpy(&parts, &operation, sizeof parts);
-    // The mark of a virtual operation is the lowest bit: on ARM, whose functions may be odd, of the
+    // The lowest bit marks a virtual operation: on ARM, where function addresses may be odd, that of the
     // adjustment.
 #if defined(__arm__) || defined(__aarch64__)
     EXPECT_EQ(parts.adjustment & 1, 1);
@@ -64,7 +64,7 @@ std::string symbolAt(const void* address)
     int status = 0;
     const std::unique_ptr<char, void (*)(void*)> text(
         abi::__cxa_demangle(info.dli_sname, nullptr, nullptr, &status), std::free);
-    // The demangled names of the destructors are one. D0 marks the one that also frees the memory.
+    // Both destructors have the same demangled name. D0 marks the one that also frees the memory.
     const bool deleting = std::strstr(info.dli_sname, "D0Ev") != nullptr;
     return (status == 0 ? text.get() : info.dli_sname) + std::string(deleting ? ", deleting" : "");
 }
@@ -85,7 +85,7 @@ void* const* tableOf(const ExtendFuncModelBase* model)
     return table;
 }
 
-/// The virtual table of the module object, beside that of the runtime's base class.
+/// The virtual tables of the module object and of the runtime's base class.
 class VirtualTable : public ModuleTest
 {
 protected:

@@ -1,4 +1,4 @@
-// The last words of a crashing test program.
+// Prints the current life when a test program crashes.
 // SPDX-License-Identifier: MIT
 #include "tests/faults/current_life.h"
 

@@ -5,6 +5,5 @@
 /// Room for the description of the life in progress.
 extern char currentLife[200];
 
-/// From now on a crash prints currentLife on standard error before it ends the program, and so does an
-/// alarm().
+/// From now on a crash or an alarm() prints currentLife on standard error before it ends the program.
 void tellLifeOnCrash();

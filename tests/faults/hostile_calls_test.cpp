@@ -1,5 +1,5 @@
-// Calls that no project leads to but a runtime could make: no way to the areas, unknown codes, a block
-// without end.
+// Tests calls that no project leads to but a runtime could make: no communication interface, unknown codes,
+// an endless block.
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/module_test.h"
@@ -36,7 +36,7 @@ TEST_F(HostileCalls, AnUnknownAreaCodeMakesAnEmptyFileAndMovesNothing)
     GenerousComm comm;
     poweroff_protect module;
     module.extModelOpen(nullptr, QString(), &comm);
-    for (const int code : {7, 0}) { // and a known one, for which there is something to see
+    for (const int code : {7, 0}) { // and a known one, which has a visible effect
         comm.memory.fill('\x11');
         std::fstream file;
         module.initFile(file, QStringLiteral("%1.dat").arg(code), code);

@@ -1,5 +1,5 @@
-// Things that are no retention files in the place of one: the module must neither wait for them nor stop, and
-// the other areas are retained as ever.
+// Tests other things in place of a retention file: the module must neither wait for them nor stop, and must
+// retain the other areas.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/storage.h"
@@ -66,8 +66,7 @@ QByteArray linkTarget(const QByteArray& path)
     return {target, static_cast<int>(qMax<ssize_t>(0, readlink(path.constData(), target, sizeof target)))};
 }
 
-/// All that tells the thing from another one in its place: which inode of which kind with which rights, where
-/// it leads to, what it holds.
+/// Everything that identifies the thing: inode, kind, mode, link target, contents.
 std::string identityOf(const char* fileName)
 {
     const QByteArray path = retentionPath(QLatin1String(fileName)).toLatin1();
@@ -83,7 +82,7 @@ std::string identityOf(const char* fileName)
            linkTarget(path).toStdString() + ", holding " + lines(held);
 }
 
-/// What the links of these tests lead to.
+/// The targets of the links in these tests.
 std::string identityOfTargets()
 {
     struct stat full = {};
@@ -95,7 +94,7 @@ std::string identityOfTargets()
 class HostileFiles : public ModuleTest, public testing::WithParamInterface<Place>
 {
 protected:
-    HostileFiles() { alarm(30); } // instead of waiting for ever
+    HostileFiles() { alarm(30); } // instead of hanging
     ~HostileFiles() override { alarm(0); }
 
     void SetUp() override
@@ -113,7 +112,7 @@ protected:
 
     static bool isHostile(std::size_t area) { return qstrcmp(files[area], GetParam().fileName) == 0; }
 
-    /// The cell is `value` in every area whose file is none of the things.
+    /// Checks that the cell is `value` in every area with a regular file.
     static void expectCells(Panel& panel, int address, ushort value)
     {
         for (std::size_t a = 0; a < files.size(); ++a)

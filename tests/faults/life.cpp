@@ -1,4 +1,4 @@
-// The scripted life.
+// Runs the scripted life.
 // SPDX-License-Identifier: MIT
 #include "tests/faults/life.h"
 
@@ -71,7 +71,7 @@ void runEvent(Mode mode, MemoryAreas& areas, ExtendFuncModelBase& model, int eve
     run(FirstEvent + event, [&] { model.addrOptChangeMsg(&message); });
 }
 
-/// Counts what the module restores. Like everything that it calls here, without allocating.
+/// Counts what the module restores. Allocates nothing, like everything that the module calls here.
 class CountingComm : public SimulatedComm
 {
 public:
@@ -93,7 +93,7 @@ int syncsRun = 0;
 std::array<int, 3> areaWrites = {};
 std::function<int()> syncCommand;
 
-// Stands before the simulated host's, which keeps its own books in allocated memory.
+// Replaces the simulated host's function, which allocates memory for its records.
 int sys_base_do_system(const char* command)
 {
     if (qstrcmp(command, "sync") != 0)

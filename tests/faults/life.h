@@ -1,4 +1,4 @@
-// A scripted life of a panel: start-up with given files, changes or saves, an orderly stop.
+// Runs a scripted life of a panel: start-up with given files, changes or saves, an orderly stop.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -18,7 +18,7 @@ enum class Mode
     PerAddress
 };
 
-/// One of the three areas as lives use it.
+/// One of the three areas.
 struct LifeArea
 {
     const char* name;
@@ -28,8 +28,8 @@ struct LifeArea
 };
 extern const std::array<LifeArea, 3> lifeAreas; ///< "LB", "LW", "RWI"
 
-/// The retained cells `first` to `first + count - 1` of an area and their place in its file: in bits for
-/// "LB", in bytes for the others. The project's entries are these blocks.
+/// The retained cells `first` to `first + count - 1` of an area, and their place in its file: in bits for
+/// "LB", in bytes for the others. Each is one entry of the project.
 struct LifeBlock
 {
     int area; ///< index into lifeAreas
@@ -53,11 +53,11 @@ const int lifeCycles = 3;
 
 using Images = std::array<QByteArray, 3>; ///< the areas' memories
 
-/// What an area's memory holds when the panel starts, and before the n-th cyclic call (from 1).
+/// The contents of an area's memory when the panel starts, and before the n-th cyclic call (from 1).
 QByteArray imageAtStart(const LifeArea& area);
 QByteArray imageForCycle(const LifeArea& area, int cycle);
 
-/// The file states that lives start from. The length is that of the mode's own files.
+/// The file states that lives start from. Lengths are those of the mode's own files.
 enum class StartFiles
 {
     NoDirectory,
@@ -67,10 +67,10 @@ enum class StartFiles
 };
 Files filesAtStart(Mode mode, StartFiles kind);
 
-/// Puts the fixed directory into that state. Without a directory there are no files.
+/// Puts the fixed directory into that state. Without a directory, `files` is ignored.
 void lay(const Files& files, bool withDirectory);
 
-/// Steps of a life. From FirstEvent on each change or cyclic call is a step, and the stop is the last one.
+/// Steps of a life. From FirstEvent on, each change or cyclic call is a step; the stop is the last one.
 enum Step
 {
     Create,
@@ -81,15 +81,15 @@ enum Step
 };
 int eventsOf(Mode mode);
 
-/// Makes one call of the module; nothing but the module runs inside `call`, and what it calls of the host.
+/// Makes one call of the module. Inside `call` only the module runs, and the host functions that it calls.
 using StepRunner = std::function<void(int step, const std::function<void()>& call)>;
 
-/// How often the life in progress has written to each area.
+/// The number of writes to each area in the current life.
 extern std::array<int, 3> areaWrites;
-/// What "sync" does, and its exit status; an empty one does nothing and answers 0.
+/// Carries out "sync" and returns its exit status; an empty function does nothing and returns 0.
 extern std::function<int()> syncCommand;
 
-/// What became of a life.
+/// The result of a life.
 struct LifeRecord
 {
     Images restored; ///< the memories after start-up
@@ -97,9 +97,9 @@ struct LifeRecord
     std::vector<RegisterValueChangeSize> watched;
 };
 
-/// Whether a sweep reached as many faults as it is known to reach, so that none goes missing unseen. The
-/// number is exact for Qt 5; another QtCore makes other calls and allocations of its own.
+/// Checks that a sweep (a life repeated with each fault in turn) reached the known number of faults, so that
+/// none goes missing unnoticed. The number is exact for Qt 5; other QtCores make other calls and allocations.
 testing::AssertionResult isReached(int faults, int known);
 
-/// Lives through it. When the module is not even created, nothing else happens.
+/// Runs the life. If the module is not created, nothing else happens.
 LifeRecord live(Mode mode, const StepRunner& run);

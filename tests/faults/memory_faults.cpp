@@ -1,4 +1,4 @@
-// The interposed allocation functions.
+// Interposes the allocation functions.
 // SPDX-License-Identifier: MIT
 #include "tests/faults/memory_faults.h"
 
@@ -7,7 +7,7 @@
 #include <new>
 #include <unordered_set>
 
-// The C library's own names for what is interposed here; asking the loader for them would allocate.
+// The C library's own names for the interposed functions; looking them up with dlsym() would allocate.
 extern "C" {
 void* __libc_malloc(std::size_t);                // NOLINT(bugprone-reserved-identifier)
 void* __libc_calloc(std::size_t, std::size_t);   // NOLINT(bugprone-reserved-identifier)
@@ -24,7 +24,7 @@ MemoryFault plan;
 int seen = 0;
 bool happened = false;
 
-/// Takes its memory past the functions below.
+/// Allocates without the functions below.
 template <typename T> struct PlainAllocator
 {
     using value_type = T;
@@ -36,7 +36,7 @@ template <typename T> struct PlainAllocator
     template <typename U> bool operator!=(const PlainAllocator<U>&) const { return false; }
 };
 
-/// The module's blocks in use. Made by the first one, and never destroyed.
+/// The module's blocks in use. Created for the first one and never destroyed.
 auto& blocks()
 {
     using Set = std::unordered_set<void*, std::hash<void*>, std::equal_to<void*>, PlainAllocator<void*>>;

@@ -1,9 +1,9 @@
-// Memory that runs out on demand: malloc, calloc, realloc and the aligned ones, interposed for the whole
+// Makes memory run out on demand: interposes malloc, calloc, realloc and the aligned variants for the whole
 // process.
 // SPDX-License-Identifier: MIT
 //
-// The shared library `memory_faults` is linked before the C library, so that everything in the process, the
-// unmodified module binary included, allocates through it. The operators new of the C++ library end in malloc
+// The shared library `memory_faults` is linked before the C library, so that everything in the process,
+// including the unmodified module binary, allocates through it. The C++ library's operators new call malloc
 // and so fail with it.
 #pragma once
 
@@ -13,16 +13,16 @@ struct MemoryFault
     bool lasting; ///< and all later ones
 };
 
-/// Counting starts anew. Allocations count and fail only between enterModule() and leaveModule().
+/// Restarts the count. Allocations count and fail only between enterModule() and leaveModule().
 void planMemoryFault(const MemoryFault& fault);
-/// Back to memory without end.
+/// Ends the faults.
 void endMemoryFaults();
 
 void enterModule();
 void leaveModule();
 
-/// Whether the planned allocation has come.
+/// Whether the planned allocation has been reached.
 bool memoryFaultHappened();
 
-/// Number of blocks that were allocated between enterModule() and leaveModule() and are not freed yet.
+/// The number of blocks that were allocated between enterModule() and leaveModule() and not yet freed.
 int moduleBlocksInUse();

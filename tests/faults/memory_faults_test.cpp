@@ -1,5 +1,5 @@
-// Every allocation of the module fails in turn: at most that file, block or change is left out, and all else
-// is exactly as it should be.
+// Fails every allocation of the module in turn: at most that file, block or change is left out, and
+// everything else is as it should be.
 // SPDX-License-Identifier: MIT
 #include "tests/faults/current_life.h"
 #include "tests/faults/life.h"
@@ -24,7 +24,7 @@ void plainly(int, const std::function<void()>& call)
     call();
 }
 
-/// The cells of an area that memory is needed for together: their bytes in its image. A whole area is one.
+/// The cells of an area that share one allocation, as bytes in its image. A whole area is one unit.
 struct Unit
 {
     int first, bytes;
@@ -43,7 +43,7 @@ std::vector<Unit> unitsOf(Mode mode, int area)
     return units;
 }
 
-/// Whether the memory is `complete` but for units that are as in `before`.
+/// Whether the memory is `complete`, except for units that are as in `before`.
 bool isCompleteButForUnits(const QByteArray& memory, QByteArray before, const QByteArray& complete,
                            const std::vector<Unit>& units)
 {
@@ -53,7 +53,8 @@ bool isCompleteButForUnits(const QByteArray& memory, QByteArray before, const QB
     return memory == before;
 }
 
-/// The watched addresses of an area, `complete` or without blocks that there was no memory for.
+/// Whether the watched addresses of an area are all of its blocks' or, unless `complete`, lack only whole
+/// blocks.
 bool isWatchedButForBlocks(const QList<int>& addresses, int area, bool complete)
 {
     int at = 0;
@@ -80,7 +81,7 @@ QList<int> watchedAddresses(const LifeRecord& record, const char* area)
     return addresses;
 }
 
-/// All choices among the steps.
+/// All subsets of the steps.
 std::vector<std::set<int>> subsets(const std::vector<int>& steps)
 {
     std::vector<std::set<int>> result(1);
@@ -92,7 +93,7 @@ std::vector<std::set<int>> subsets(const std::vector<int>& steps)
     return result;
 }
 
-/// Where lives start, and the number of faults that the sweep over them reaches.
+/// Where lives start, and the number of faults that a sweep reaches.
 struct Sweep
 {
     const char* name;
@@ -110,8 +111,8 @@ struct MemoryLife
 {
     LifeRecord record;
     Files files;
-    std::optional<int> failedIn; ///< the step in which the fault came
-    std::optional<int> thrownIn; ///< the step out of which std::bad_alloc came
+    std::optional<int> failedIn; ///< the step in which the fault occurred
+    std::optional<int> thrownIn; ///< the step that threw std::bad_alloc
 };
 
 class MemoryFaults : public ModuleTest
@@ -122,8 +123,8 @@ protected:
         setCallLog(nullptr);
         tellLifeOnCrash();
 #if QT_VERSION < 0x060000
-        // The same codec in every locale. Qt 4's for the C locale loses an iconv handle when memory ends
-        // right after opening one.
+        // The same codec in every locale. Qt 4's codec for the C locale leaks an iconv handle when memory
+        // runs out right after opening one.
         QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 #endif
     }
@@ -149,7 +150,7 @@ protected:
         planMemoryFault(fault);
         life.record = live(mode, [&](int step, const std::function<void()>& call) {
             if (life.thrownIn && step != FirstEvent + eventsOf(mode))
-                return; // a runtime gives up a model that it could not open
+                return; // a runtime destroys a model that it could not open
             enterModule();
             try {
                 call();
@@ -165,7 +166,7 @@ protected:
         return life;
     }
 
-    /// False when the fault's turn never came.
+    /// False when the fault was never reached.
     bool liveThrough(const MemoryFault& fault)
     {
         std::snprintf(currentLife, sizeof currentLife, "%s, allocation %d fails%s", GetParam().name,
@@ -186,7 +187,7 @@ protected:
     }
 
 private:
-    /// Holds one area against the account; whether it is as after a life without a fault.
+    /// Compares one area with the model; returns whether it is as after a life without a fault.
     bool checkArea(int area, const MemoryLife& life, bool lasting) const
     {
         const LifeArea& facts = lifeAreas[static_cast<std::size_t>(area)];
@@ -221,15 +222,15 @@ private:
         return isRestored && isWatched && file == clean.files.back().file;
     }
 
-    /// What the rules make of a file that cannot be opened at start: its words are restored as 0.
+    /// The rules' result for a file that cannot be opened at start: its words are restored as 0.
     AreaOutcome notOpened(const AreaStart& areaStart) const
     {
         const StorageFault fault = {FileCall::Kind::StreamOpen, 1, ENOMEM, StorageFault::Extent::Once};
         return outcome(areaStart, {{fault, startStep, areaStart.area, false, 0, 0}});
     }
 
-    /// What the start-up can have left in the place of the file: what it was to make, or, where the fault
-    /// came by then, a step on the way.
+    /// What the start-up can have left as the file: the complete file or, if the fault occurred by then, an
+    /// intermediate step.
     std::vector<AreaStart> afterStartUp(AreaStart areaStart, const AreaOutcome& clean,
                                         const MemoryLife& life) const
     {
@@ -246,8 +247,8 @@ private:
         return result;
     }
 
-    /// Whether the file holds the last value of every cell but for changes that may be left out. An area
-    /// whose file was not opened as a whole is not saved either.
+    /// Whether the file holds the last value of every cell, except for changes that may be left out. An area
+    /// whose file could not be opened is not saved either.
     template <typename MayLeaveOut>
     bool isAtEnd(const std::optional<QByteArray>& file, const AreaStart& made, const QByteArray& restored,
                  bool isRestored, MayLeaveOut mayLeaveOut) const
@@ -265,7 +266,7 @@ private:
         return false;
     }
 
-    /// With memory again, all is retained again.
+    /// Once there is memory again, everything is retained again.
     void checkNextLife() const
     {
         const Files between = filesNow();
@@ -283,14 +284,14 @@ TEST_P(MemoryFaultSweep, LeavesFilesAsTheyBeganOrAsTheyShouldBe)
 {
     int points = 0;
     for (const bool lasting : {false, true}) {
-        liveOnce({1 << 30, false}); // what QtCore makes once is made now
+        liveOnce({1 << 30, false}); // so that QtCore's one-time allocations are done
         liveOnce({1 << 30, false});
         MemoryFault fault = {1, lasting};
         for (; liveThrough(fault); ++fault.nth)
             ASSERT_FALSE(HasFailure());
         points += fault.nth - 1;
     }
-    // With pointers of four bytes the list of watched cells grows once less, in both sweeps.
+    // With four-byte pointers, the list of watched cells grows once less, in both sweeps.
     const bool smallPointers = sizeof(void*) == 4 && GetParam().mode == Mode::PerAddress;
     EXPECT_TRUE(isReached(points, GetParam().faults - (smallPointers ? 2 : 0)));
 }
@@ -306,7 +307,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Sweep{"APerAddressLifeWithEmptyFiles", Mode::PerAddress, StartFiles::Empty, 362}),
     [](const auto& info) { return info.param.name; });
 
-/// Saves areas full of that byte; how many files have it then.
+/// Saves areas full of that byte; returns how many files then have it.
 int savedFiles(Panel& panel, int byte)
 {
     for (MemoryArea& area : panel.areas.all())

@@ -1,4 +1,4 @@
-// The hook that makes file calls fail.
+// Makes file calls fail.
 // SPDX-License-Identifier: MIT
 #include "tests/faults/storage_faults.h"
 
@@ -21,8 +21,8 @@ struct Path
     bool ofStream = false;
 };
 
-/// Bytes between the position and the end of the file, so that half of them is less than what is there.
-/// Everything that is no regular file has plenty.
+/// The bytes between the position and the end of the file, so that half of them is less than what is there. A
+/// large number for anything but a regular file.
 off64_t readable(int descriptor, off64_t position)
 {
     struct stat status;
@@ -31,7 +31,7 @@ off64_t readable(int descriptor, off64_t position)
     return std::max<off64_t>(status.st_size - position, 0);
 }
 
-/// A fault and how far its turn is.
+/// A fault and the count of calls towards it.
 struct Plan
 {
     StorageFault fault;
@@ -39,8 +39,7 @@ struct Plan
     bool failsNext = false; ///< the second half of ShortAndFail
     bool came = false;
 
-    /// Whether the fault hits the call. A transfer that is to come short has its turn only if it is of two
-    /// bytes or more.
+    /// Whether the fault hits the call. Only transfers of two bytes or more can be cut short.
     bool hits(const FileCall& call)
     {
         if ((fault.kind && *fault.kind != call.kind) || (halves() && call.length < 2 && !failsNext))
@@ -49,7 +48,7 @@ struct Plan
         return failsNext || seen == fault.nth || (seen > fault.nth && fault.extent == Extent::Lasting);
     }
 
-    /// Lets the hit call come short, or says the errno with which it fails.
+    /// Cuts the hit call short, or returns the errno with which it fails.
     int strike(FileCall& call)
     {
         came = true;

@@ -1,5 +1,5 @@
-// Storage that fails on demand: a hook on the file calls of everything in the process, QtCore, the C++
-// library and the unmodified module binary among them.
+// Makes storage fail on demand: a hook on the file calls of everything in the process, including QtCore, the
+// C++ library and the unmodified module binary.
 // SPDX-License-Identifier: MIT
 //
 // Only calls on paths below "/usr/tavrin" and on descriptors opened there count, and only while storage
@@ -19,11 +19,11 @@ struct StorageFault
     {
         Once,        ///< just that call
         Lasting,     ///< that call and all later ones that count
-        Short,       ///< that read or write moves half of the bytes and says so; nothing fails
+        Short,       ///< that read or write transfers half of the bytes and reports it; nothing fails
         ShortAndFail ///< the same, and the next call that counts fails
     };
 
-    std::optional<FileCall::Kind> kind; ///< calls of this kind count; nothing: all calls do
+    std::optional<FileCall::Kind> kind; ///< calls of this kind count; nothing: all calls count
     int nth;                            ///< which of them fails, from 1
     int error;                          ///< the errno of the failure; unused for Short
     Extent extent;
@@ -33,15 +33,15 @@ struct StorageFault
 struct StorageTurn
 {
     FileCall::Kind kind;
-    std::string path;          ///< of the file that it is about
+    std::string path;          ///< of the file concerned
     bool onStream;             ///< on a retention stream that fopen() opened
     off64_t position;          ///< where a read begins in the file
-    const StorageFault* fault; ///< that comes with this call; null when none does, or it came before
+    const StorageFault* fault; ///< that hits this call; null for none
 };
 using StorageWatch = std::function<void(const StorageTurn&)>;
 
-/// Counting starts anew and each fault happens when its turn comes, the first one of `faults` where two meet.
-/// `watch` is told of all calls that count.
+/// Restarts the count. Each fault hits its call; where two meet, the first one of `faults` does. `watch` is
+/// called for every call that counts.
 void planStorageFaults(const std::vector<StorageFault>& faults, StorageWatch watch);
-/// Back to storage that works.
+/// Ends the faults.
 void endStorageFaults();

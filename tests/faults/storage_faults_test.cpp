@@ -1,5 +1,5 @@
-// Every call to storage fails in turn, alone, with a second one, or before the power goes: what a life leaves
-// must be exactly what the account of it says.
+// Fails every call to storage in turn, alone, with a second one, or before a stop: what a life leaves must be
+// exactly what the model says.
 // SPDX-License-Identifier: MIT
 #include "tests/faults/current_life.h"
 #include "tests/faults/life.h"
@@ -32,7 +32,7 @@ const NamedCall callKinds[] = {
 const std::vector<int> errors = {ENOSPC, EIO, EROFS, EACCES, EMFILE, EDQUOT, EINTR};
 const std::vector<int> errorsOfLooks = {EIO, EACCES, ENOMEM, EINTR, EOVERFLOW, ELOOP, ENAMETOOLONG};
 
-/// Where lives start, and the number of faults that the sweeps over them reach.
+/// Where lives start, and the number of faults that the sweeps reach.
 struct Sweep
 {
     const char* name;
@@ -40,7 +40,7 @@ struct Sweep
     StartFiles start;
     int faults; ///< one in a life
     int pairs;  ///< two in a life
-    int stops;  ///< files that a stop of the process after a fault leaves
+    int stops;  ///< states of the files left by a stop after a fault
 };
 
 void PrintTo(const Sweep& sweep, std::ostream* out)
@@ -83,8 +83,7 @@ protected:
 
     const Mode mode = GetParam().mode;
 
-    /// Sweeps the last of the faults over all its turns after that of the first one; returns how often it
-    /// came.
+    /// Moves the last fault over all calls after the first fault; returns the number of times it occurred.
     int sweep(std::vector<StorageFault> faults)
     {
         const int before = faults.size() > 1 ? faults.front().nth : 0;
@@ -94,8 +93,8 @@ protected:
         return nth - 1 - before;
     }
 
-    /// A life with the faults, and one without on what it left; returns those that came. `stops` gets the
-    /// files as they were at each call after the first fault.
+    /// Runs a life with the faults, then one without on what it left; returns the faults that occurred.
+    /// `stops` gets the files at each call after the first fault.
     Hits liveThrough(const std::vector<StorageFault>& faults, std::vector<Stop>* stops = nullptr)
     {
         std::string text = GetParam().name;
@@ -133,7 +132,7 @@ protected:
         return hits;
     }
 
-    /// A life without faults on these files, once for each state of them.
+    /// Runs a life without faults on these files, once for each state.
     void restart(const Files& files)
     {
         if (!restarted.insert({files[0], files[1], files[2]}).second)
@@ -146,7 +145,7 @@ protected:
 
     static void plainly(int, const std::function<void()>& call) { call(); }
 
-    /// Holds what a life left and restored against the account.
+    /// Compares what a life left and restored with the model.
     void check(const Files& start, bool hasDirectory, const Hits& hits, const LifeRecord& record) const
     {
         EXPECT_EQ(record.syncs, eventsOf(mode));
@@ -158,8 +157,8 @@ protected:
         }
     }
 
-    /// At each instant every file is in a state of that step, or in the last one before it, and no file goes
-    /// back to an earlier state.
+    /// Checks that at each instant every file is in a state of that step, or in the last one before it, and
+    /// that no file returns to an earlier state.
     void checkStops(const Files& start, bool hasDirectory, const Hits& hits,
                     const std::vector<Stop>& stops) const
     {
@@ -176,7 +175,7 @@ protected:
         }
     }
 
-    /// Whether a later state had come before the step began.
+    /// Whether a later state had been reached before the step began.
     static bool isOver(const std::vector<FileState>& states, std::size_t at, int step)
     {
         return at + 1 < states.size() && states[at + 1].step < step;
@@ -201,7 +200,7 @@ TEST_P(StorageFaults, LeaveExactlyTheFilesAndCellsOfTheAccount)
         const bool transfers = named.kind == Kind::Read || named.kind == Kind::Write;
         for (const int error : named.kind == Kind::Look ? errorsOfLooks : errors) {
             points += sweep({{named.kind, 1, error, Extent::Once}});
-            if (error != EINTR) // interrupted for ever is nothing that happens
+            if (error != EINTR) // endless interruption does not happen
                 points += sweep({{named.kind, 1, error, Extent::Lasting}});
             if (transfers)
                 points += sweep({{named.kind, 1, error, Extent::ShortAndFail}});

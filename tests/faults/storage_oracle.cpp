@@ -1,4 +1,4 @@
-// A literal account of what each mode keeps of its files under a fault.
+// States literally what each mode keeps in its files under a fault.
 // SPDX-License-Identifier: MIT
 #include "tests/faults/storage_oracle.h"
 
@@ -16,9 +16,8 @@ const LifeArea& areaOf(const AreaStart& start)
     return lifeAreas[static_cast<std::size_t>(start.area)];
 }
 
-/// Whether nobody notices the fault: short transfers are continued, failures to close have no effect, the
-/// making of a file asks for its position without need, and interrupted reads, writes and openings of
-/// descriptors are repeated.
+/// Whether the fault has no effect: short transfers are continued, failures to close do not matter, creating
+/// a file seeks without need, and interrupted reads, writes and opens of descriptors are repeated.
 bool heals(const Hit& hit)
 {
     const StorageFault& fault = hit.fault;
@@ -30,7 +29,7 @@ bool heals(const Hit& hit)
            (fault.kind == Kind::Open || fault.kind == Kind::Read || fault.kind == Kind::Write);
 }
 
-/// A life of one area: the hits, and the state that it moves through.
+/// A life of one area: the hits, and the area's state.
 struct Course
 {
     Hits hits;
@@ -68,7 +67,7 @@ struct Course
     }
 };
 
-/// Makes the file at that length, as far as the faults let it.
+/// Creates the file at that length, as far as the faults allow.
 void make(Course& course, int step, int length)
 {
     if (!course.start.hasDirectory && course.hitBy({Kind::MakeDirectory}, Create))
@@ -77,7 +76,8 @@ void make(Course& course, int step, int length)
     const bool resizes = !course.hitBy({Kind::Truncate}, step);
     if (!course.hitBy({Kind::Open}, step))
         course.become(step, QByteArray(""));
-    else if (course.file && resizes) // what could not be emptied still gets its length, by its path
+    else if (course.file &&
+             resizes) // a file that could not be emptied still gets its length, through its path
         course.become(step, before + QByteArray(length - before.size(), '\0'));
     if (course.file == QByteArray("") && resizes)
         course.become(step, QByteArray(length, '\0'));
@@ -88,7 +88,7 @@ void openStream(Course& course, int step)
     course.open = course.file && !course.hitBy({Kind::StreamOpen}, step);
 }
 
-/// Writes to an open stream, unless it is or gets broken.
+/// Writes to an open stream, unless it is broken or breaks now.
 void writeThrough(Course& course, int step, int offset, const QByteArray& bytes)
 {
     if (!course.open || course.broken)
@@ -101,7 +101,7 @@ void writeThrough(Course& course, int step, int offset, const QByteArray& bytes)
     course.broken = hit != nullptr;
 }
 
-/// How many of the bytes that are there, `there` from `place` on, are read before the hit.
+/// How many of the `there` bytes from `place` on are read before the hit.
 int readBefore(const Hit& hit, int place, int there)
 {
     if (hit.fault.kind != Kind::Read)
@@ -131,13 +131,13 @@ int bitInFile(const QByteArray& file, int bit)
     return bit / 8 < file.size() ? file.at(bit / 8) >> (bit % 8) & 1 : 0;
 }
 
-/// How many writes to the area a restore gets through.
+/// The number of writes to the area that a restore completes.
 int writesUntil(const Hit* hit, int area)
 {
     return !hit ? INT_MAX : hit->area == area ? hit->areaWrites : 0;
 }
 
-/// Words that cannot be read come out as zero.
+/// Words that cannot be read are restored as 0.
 void restoreWordBlocks(Course& course, const Hit* hit)
 {
     int left = writesUntil(hit, course.start.area);
@@ -145,7 +145,7 @@ void restoreWordBlocks(Course& course, const Hit* hit)
         if (block.area != course.start.area)
             continue;
         int readable = course.open ? qBound(0, course.file->size() - block.place, 2 * block.count) : 0;
-        if (left <= 0) // the block in which the fault came, or a later one
+        if (left <= 0) // the block in which the fault occurred, or a later one
             readable = left == 0 && hit->area == block.area ? readBefore(*hit, block.place, readable) : 0;
         const QByteArray words = course.file.value_or(QByteArray()).mid(block.place, readable);
         course.memory.replace(2 * block.first, 2 * block.count, words.leftJustified(2 * block.count, '\0'));
@@ -177,7 +177,7 @@ void writeBit(Course& course, int step, const LifeBlock& block, const Change& ch
                  QByteArray(1, static_cast<char>(change.value ? byte | mask : byte & ~mask)));
 }
 
-/// The panel changes the cell; unless the change is left out, the block that has it is written.
+/// The panel changes the cell; unless the change is left out, the cell's block is written.
 void runChange(Course& course, int step, const Change& change, bool leftOut)
 {
     const bool bits = areaOf(course.start).bits;
@@ -221,7 +221,7 @@ int newFileLength(const AreaStart& start)
 
 void startPerAddress(Course& course)
 {
-    const bool unknown = course.hitBy({Kind::Look}, Init); // then it is taken for a file with values
+    const bool unknown = course.hitBy({Kind::Look}, Init); // it is then treated as a file with values
     if (!course.file && !unknown) {
         make(course, Init, newFileLength(course.start));
     } else if (unknown || !course.file->isEmpty()) {

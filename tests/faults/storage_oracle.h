@@ -1,4 +1,4 @@
-// What a life leaves behind in one area when one call to storage fails, told without the module.
+// Models what a life leaves in one area when calls to storage fail, without the module's code.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -7,15 +7,15 @@
 
 #include <set>
 
-/// A fault that came, and in which step of the life.
+/// A fault that occurred, and the step of the life.
 struct Hit
 {
     StorageFault fault; ///< with its kind
     int step;
-    int area;       ///< index into lifeAreas of the file that it came for; below 0 for the directory
-    bool onStream;  ///< on an open retention stream, not while a file is made
-    int areaWrites; ///< how often the module had written to that area by then
-    int position;   ///< where the read that was hit began in the file
+    int area;       ///< index into lifeAreas of the file concerned; below 0 for the directory
+    bool onStream;  ///< on an open retention stream, not while a file is created
+    int areaWrites; ///< the module's writes to that area by then
+    int position;   ///< the file offset of the read that was hit
 };
 using Hits = std::vector<Hit>;
 
@@ -28,7 +28,7 @@ struct AreaStart
     bool hasDirectory;
 };
 
-/// A state of a file, and the step in which it came.
+/// A state of a file, and the step in which it was reached.
 struct FileState
 {
     int step;
@@ -38,7 +38,7 @@ struct FileState
 struct AreaOutcome
 {
     QByteArray restored;          ///< the area's memory after start-up
-    std::vector<FileState> files; ///< one after the other; the first as it was at the start
+    std::vector<FileState> files; ///< in order; the first is that at the start
 };
 
 AreaOutcome outcome(const AreaStart& start, const Hits& hits);

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Prints what the library costs the panel, and fails when it is more than the panel is promised.
+"""Prints what the library costs the panel, and fails when it is over a limit.
 
   check_footprint.py --strip STRIP --readelf READELF LIBRARY OPEN_PROJECT
 
@@ -53,7 +53,7 @@ def main():
             ("size of the file, stripped", stripped_size(arguments.strip, arguments.library), SIZE_LIMIT),
             ("of it in memory", int(held["resident"]), RESIDENT_LIMIT),
             (f"heap held, {held['entries']} entries open", int(held["heap"]), HEAP_LIMIT)]:
-        # Nothing at all would be a failed measurement.
+        # Zero means that the measurement failed.
         good = 0 < value <= limit
         over += not good
         print(f"{what:32} {value:8} bytes  limit {limit:8}{'' if good else '  NOT KEPT'}")

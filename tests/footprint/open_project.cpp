@@ -1,4 +1,4 @@
-// Opens a project with 1,000 entries and says what memory the module then holds.
+// Opens a project with 1,000 entries and reports how much memory the module then holds.
 // SPDX-License-Identifier: MIT
 #include "project_tree/project_tree.h"
 #include "simulated_host/module_library.h"
@@ -14,8 +14,7 @@
 
 namespace {
 
-/// `entries` ranges of 8 cells in turn in the three areas, with gaps between them, so that each stays a
-/// block.
+/// `entries` ranges of 8 cells, alternating between the three areas, with gaps so that each stays a block.
 void addEntries(object& project, int entries)
 {
     object& retention = project.addChild(QStringLiteral("DataRetention"));
@@ -38,8 +37,8 @@ std::size_t heapInUse()
     return heap.uordblks + heap.hblkhd;
 }
 
-/// Bytes of the library's file that are in memory. Read from the kernel, which also knows an emulated
-/// program's pages.
+/// The bytes of the library's file in memory. Read from the kernel, which also knows an emulated program's
+/// pages.
 std::size_t residentBytes(const std::string& library)
 {
     std::ifstream maps("/proc/self/smaps");
@@ -72,13 +71,13 @@ int main()
     const int entries = 1000;
     object project;
     addEntries(project, entries);
-    // The first start makes the files; the second one opens and restores them, as in a panel's daily life.
+    // The first start creates the files; the second opens and restores them, as every later one does.
     Panel(library, &project).start();
     Panel panel(library, &project);
     panel.open();
     panel.init();
     const std::size_t resident = residentBytes("libpoweroff_protect.so");
-    // What its destruction gives back is what the module held.
+    // What the destructor frees is what the module held.
     const std::size_t opened = heapInUse();
     panel.model.reset();
     std::cout << "entries " << entries << "\nheap " << opened - heapInUse() << "\nresident " << resident

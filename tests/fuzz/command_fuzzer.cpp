@@ -1,4 +1,4 @@
-// Hostile commands: every line is understood within the areas' bounds or answered with what was expected.
+// Fuzzes commands: every line is parsed within the areas' bounds or answered with what was expected.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/memory_areas.h"
 #include "tests/fuzz/fuzz_check.h"

@@ -1,6 +1,7 @@
-// Hostile files and messages: files of any length and content under any project, change messages with any
-// name and address, in both modes, over several starts with the same project or another one. Files, cells and
-// syncs must come out as the account of them says. SPDX-License-Identifier: MIT
+// Fuzzes files and messages: files of any length and content under any project, change messages with any name
+// and address, in both modes, over several starts with the same project or another one. Files, cells and
+// syncs must be as the model says.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/fuzz/fuzz_check.h"
 #include "tests/fuzz/fuzz_start.h"
@@ -15,7 +16,7 @@
 
 namespace {
 
-/// They hold something everywhere, so that nothing is mistaken for untouched.
+/// Areas with a value in every cell, so that no change goes unnoticed.
 const MemoryAreas& filledAreas()
 {
     static const MemoryAreas filled = [] {
@@ -51,7 +52,7 @@ void check(CheckedLife& life)
     FUZZ_CHECK(difference.empty());
 }
 
-/// Switches a panel on, with these files, which are laid already.
+/// Starts a panel on these files, which are already in place.
 std::unique_ptr<CheckedLife> start(object& project, const Files& files)
 {
     return std::make_unique<CheckedLife>(ModelPointer(createModel(), deletModel), project, filledAreas(),

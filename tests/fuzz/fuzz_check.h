@@ -1,11 +1,11 @@
-// The end of a fuzzer's run when the module and the account of it differ.
+// Ends a fuzzer's run when the module and its model differ.
 // SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstdio>
 #include <cstdlib>
 
-/// Aborts unless the condition holds, which a fuzzer takes for a crash and keeps the input of.
+/// Aborts unless the condition holds; a fuzzer treats that as a crash and keeps the input.
 #define FUZZ_CHECK(condition)                                                                                \
     do {                                                                                                     \
         if (!(condition)) {                                                                                  \

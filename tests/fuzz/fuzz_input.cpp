@@ -1,4 +1,4 @@
-// Taking apart of a fuzzer's bytes.
+// Takes a fuzzer's bytes apart.
 // SPDX-License-Identifier: MIT
 #include "tests/fuzz/fuzz_input.h"
 

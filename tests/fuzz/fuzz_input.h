@@ -1,4 +1,4 @@
-// Numbers and texts taken from a fuzzer's bytes.
+// Takes numbers and texts from a fuzzer's bytes.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -16,10 +16,10 @@ public:
 
     bool atEnd() const { return size == 0; }
     std::uint8_t byte();
-    /// Any 32-bit value. Its first byte chooses how many more it takes, so that everyday numbers are short
-    /// and numbers at the borders frequent.
+    /// Any 32-bit value. Its first byte decides how many more it takes, so that common numbers are short and
+    /// limits are frequent.
     std::int32_t number();
-    /// The next bytes, as many as the first one says.
+    /// The next bytes; the first one gives their number.
     QByteArray bytes();
     QString text() { return QString::fromUtf8(bytes()); }
     QByteArray rest();

@@ -1,4 +1,4 @@
-// The private directory of the fuzzers.
+// Sets up the private directory of the fuzzers.
 // SPDX-License-Identifier: MIT
 #include "tests/fuzz/fuzz_start.h"
 

@@ -1,7 +1,7 @@
-// What fuzzers of the module do first.
+// Prepares the process of a fuzzer of the module.
 // SPDX-License-Identifier: MIT
 #pragma once
 
 /// Gives the process its own /usr/tavrin in memory, with an empty project directory, and a shell that runs
-/// nothing. Returns 0; ends the process when that is not to be had.
+/// nothing. Returns 0; ends the process when that fails.
 int startFuzzing();

@@ -1,4 +1,4 @@
-// Files from bytes.
+// Makes files from bytes.
 // SPDX-License-Identifier: MIT
 #include "tests/fuzz/hostile_files.h"
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Made once: the instrumented loop takes far longer than the rest of a run.
+/// Filled once, because the instrumented loop takes far longer than the rest of a run.
 QByteArray patterned(int length, int seed)
 {
     static const QByteArray pattern = [] {

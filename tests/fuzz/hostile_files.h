@@ -1,4 +1,4 @@
-// Retention files of any length and content from a fuzzer's bytes.
+// Makes retention files of any length and content from a fuzzer's bytes.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -6,8 +6,8 @@
 #include "tests/support/expected_project.h"
 #include "tests/support/retention_files.h"
 
-/// For each area no file, one of a few bytes, one of any length, or one as the whole-area mode leaves it.
+/// For each area: no file, one of a few bytes, one of any length, or one as whole-area mode leaves it.
 Files filesFrom(FuzzInput& input);
 
-/// Whether memory and files stay small (no block lies or reaches far away), and what must happen is settled.
+/// Whether memory and files stay small (no block lies or reaches far out) and the result is specified.
 bool isCheckable(const ExpectedProject& project);

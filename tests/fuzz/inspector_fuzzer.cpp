@@ -1,5 +1,5 @@
-// Hostile projects, files and options for every command of the inspector: a report that says the same in
-// every format, or a refusal; and what it says about kept cells must be what a start restores.
+// Fuzzes projects, files and options for every command of the inspector. Each must give a refusal or a report
+// that says the same in every format, and kept cells must be those that a start restores.
 // SPDX-License-Identifier: MIT
 #include "tests/fuzz/fuzz_check.h"
 #include "tests/fuzz/fuzz_start.h"
@@ -34,8 +34,8 @@ RetentionFiles filesInMemory(const Files& bytes)
     return files;
 }
 
-/// A second set of files for a first one. Of long files a few bytes differ: a report of all cells would take
-/// too long.
+/// A second set of files to go with a first one. Long files differ in a few bytes: a report of all cells
+/// would take too long.
 Files otherFiles(const Files& first, Files second)
 {
     for (std::size_t a = 0; a < 3; ++a) {
@@ -49,7 +49,7 @@ Files otherFiles(const Files& first, Files second)
     return second;
 }
 
-/// What a command may be given: the second project and the second files are those of the change.
+/// The inputs of a command: the second project and the second files are those after the change.
 struct World
 {
     std::array<Layout, 2> layouts;
@@ -69,7 +69,7 @@ void writeTable(FuzzInput& input)
     file.write(heads.at(head));
     if (head < 3)
         file.write(input.bytes());
-    for (int rows = head < 3 ? 0 : input.byte() % 8; rows > 0; --rows) { // sound ones, most of them
+    for (int rows = head < 3 ? 0 : input.byte() % 8; rows > 0; --rows) { // most of them valid
         const int form = input.byte();
         const int address = form % 16 == 15 ? input.number() : input.byte();
         const int value = form % 16 == 14 ? input.number() : input.byte() % 2;
@@ -81,7 +81,7 @@ void writeTable(FuzzInput& input)
 /// Commands of which no input has led to a report.
 std::set<QString> unreported;
 
-/// A value for an option, of the kind that its name in the help promises or not.
+/// A value for an option, of the kind that its name in the help promises, or of another.
 QString optionValue(const Option& option, FuzzInput& input)
 {
     static const QString output = QStringLiteral("/usr/tavrin/output");
@@ -121,7 +121,7 @@ Inputs inputsOf(const Command& command, const World& world, FuzzInput& input)
                                     ? QStringLiteral("/usr/tavrin/project")
                                     : tableFile);
             break;
-        default: // give the new kind something above
+        default: // handle the new kind above
             FUZZ_CHECK(!"a kind of argument that this fuzzer knows");
         }
     }
@@ -138,7 +138,7 @@ Inputs inputsOf(const Command& command, const World& world, FuzzInput& input)
     return inputs;
 }
 
-/// Leaves of a long table about a thousand rows at equal distances: its formats would take minutes.
+/// Reduces a long table to about a thousand rows at equal distances: formatting it would take minutes.
 void thinOut(Table& table, std::size_t first)
 {
     const std::size_t distance = table.rows.size() / 1000 + 1;
@@ -149,7 +149,7 @@ void thinOut(Table& table, std::size_t first)
 }
 
 /// The report of a command in JSON; nothing when the command refused its inputs, with a message. `rows`
-/// chooses among those of long tables.
+/// selects the rows of long tables.
 std::optional<QJsonObject> reported(const Command& command, const Inputs& inputs, std::size_t rows)
 {
     try {
@@ -165,12 +165,12 @@ std::optional<QJsonObject> reported(const Command& command, const Inputs& inputs
     }
 }
 
-/// Of each cell of an area what it holds after every start, or `untouched` when it keeps what the panel
-/// started with.
+/// For each cell of an area, its value after every start, or `untouched` if it keeps what the panel started
+/// with.
 using RestoredCells = std::array<std::vector<int>, 3>;
 const int untouched = -1;
 
-/// The same start-up with areas full of zeros and full of ones tells what is restored at all.
+/// Starts with areas full of zeros and full of ones, which shows what is restored at all.
 RestoredCells restoredCells(const ExpectedProject& project, const Files& files)
 {
     static MemoryAreas zeros;
@@ -213,7 +213,7 @@ bool agrees(const AreaValues& values, const AreaLayout& layout, std::size_t cell
         return restored == untouched && value == 0;
     case CellState::NoValue: // words past the end of the file come back as 0
         return value == 0 && restored <= 0;
-    default: // in an area that cannot be relied on, and of the ignored bit, something old may come back
+    default: // in an unreliable area, and for the ignored bit, an old value may come back
         return value == 0 && (restored == untouched || !layout.problem.isEmpty() ||
                               isIgnoredBit(*values.area, static_cast<int>(cell)));
     }
@@ -228,7 +228,7 @@ void checkKeptCells(const RestoredCells& restored, const World& world)
     }
 }
 
-/// What "show" says must be what comes back.
+/// Checks that "show" shows what comes back.
 void checkShown(const QJsonObject& report, const RestoredCells& restored)
 {
     for (const QJsonValue& row : report.value(QStringLiteral("cells")).toArray()) {
@@ -246,7 +246,8 @@ void checkShown(const QJsonObject& report, const RestoredCells& restored)
     }
 }
 
-/// What "migrate" made has the lengths that the new project needs, and the values that it says were carried.
+/// Checks that the files of "migrate" have the lengths that the new project needs and the values reported as
+/// carried.
 void checkMigrated(const World& world)
 {
     const RetentionFiles made = openRetentionFiles(QStringLiteral("/usr/tavrin/output"));

@@ -1,4 +1,4 @@
-// Building of project trees step by step.
+// Builds project trees step by step.
 // SPDX-License-Identifier: MIT
 #include "tests/fuzz/project_from_bytes.h"
 
@@ -10,7 +10,7 @@ namespace {
 
 const int mostObjects = 4000;
 
-/// A name of the list, or one of the input's own.
+/// A name from the list, or one from the input.
 QString choice(FuzzInput& input, const QStringList& known)
 {
     const int at = input.byte() % (known.size() + 1);
@@ -69,7 +69,7 @@ std::unique_ptr<object> projectFromBytes(FuzzInput& input)
 {
     auto root = std::make_unique<object>();
     std::vector<object*> open = {root.get()};
-    if (input.byte() % 8 != 0) // most inputs are to say something about retention
+    if (input.byte() % 8 != 0) // most inputs should be about retention
         open.push_back(&root->addChild(QStringLiteral("DataRetention")));
     for (int objects = 0; !input.atEnd() && objects < mostObjects;) {
         object& here = *open.back();

@@ -1,4 +1,4 @@
-// Project trees from a fuzzer's bytes.
+// Builds project trees from a fuzzer's bytes.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -7,7 +7,7 @@
 
 #include <memory>
 
-/// Follows the input to its end as a list of building steps: open an object, close it, set a number or a
-/// text, or append a whole retention entry. Names and texts are often those that the module looks for. Trees
-/// have at most some thousand objects.
+/// Treats the input as a list of building steps: open an object, close it, set a number or a text, or append
+/// a whole retention entry. Names and texts are often those that the module looks for. Trees have at most
+/// some thousand objects.
 std::unique_ptr<object> projectFromBytes(FuzzInput& input);

@@ -1,5 +1,5 @@
-// Hostile projects: any tree in both modes must lead to exactly the mode, the period and the blocks that the
-// rules say.
+// Fuzzes projects: any tree in both modes must lead to exactly the mode, period and blocks that the rules
+// give.
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "simulated_host/memory_areas.h"
@@ -16,7 +16,7 @@
 
 namespace {
 
-/// Above it the watch list is not asked for: comparing it would take all the time.
+/// Above it the watch list is skipped: comparing it would take most of the time.
 const std::int64_t mostWatched = 500;
 
 std::int64_t cellsIn(const ExpectedProject& model)
@@ -106,7 +106,7 @@ void checkOpened(poweroff_protect& module, const ExpectedProject& model)
         checkWatchList(module, model);
 }
 
-/// A panel without area memory: the whole-area mode makes and opens its files and moves no image.
+/// A panel without area memory: whole-area mode creates and opens its files but transfers no image.
 SimulatedComm& commWithoutMemory()
 {
     static MemoryAreas areas;
@@ -134,7 +134,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         module.extModelOpen(project.get(), QStringLiteral("text"), &commWithoutMemory());
         checkOpened(module, model);
         module.extModelOpen(project.get(), QStringLiteral("text"), &commWithoutMemory());
-        checkOpened(module, model); // nothing is there twice
+        checkOpened(module, model); // nothing must be doubled
     }
     for (std::size_t a = 0; a < 3; ++a) {
         checkBlocks(model.entries[a], model.blocks[a]);

@@ -1,4 +1,4 @@
-// Hostile project files: the reader must give either a project or one message, for any bytes.
+// Fuzzes project files: for any bytes, the reader must return either a project or one message.
 // SPDX-License-Identifier: MIT
 #include "project_tree/project_reader.h"
 #include "tests/fuzz/fuzz_check.h"

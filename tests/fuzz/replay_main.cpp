@@ -1,5 +1,5 @@
-// Runs a fuzzer without a fuzzing engine: over the files of its corpus, then over changed copies of them,
-// always the same ones.
+// Runs a fuzzer without a fuzzing engine: over its corpus, then over mutated copies of it, the same in every
+// run.
 // SPDX-License-Identifier: MIT
 #include "tests/support/random_source.h"
 
@@ -15,7 +15,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 extern "C" __attribute__((weak)) int LLVMFuzzerInitialize(int* argc, char*** argv);
-/// Whether the inputs have reached what the fuzzer is about; says what they have not.
+/// Whether the inputs have reached what the fuzzer tests; reports what they have not.
 extern "C" __attribute__((weak)) bool reachedAll();
 
 namespace {

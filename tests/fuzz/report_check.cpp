@@ -40,7 +40,7 @@ CsvRows parsedCsv(const QByteArray& bytes)
     return rows;
 }
 
-/// A list of numbers, or of ranges of cells, as the CSV has it.
+/// A list of numbers, or of ranges of cells, as written in CSV.
 QString listText(const QJsonArray& list)
 {
     const auto number = [](const QJsonValue& value) {
@@ -79,7 +79,7 @@ bool agree(const QJsonValue& value, const QString& text)
     }
 }
 
-/// Takes the lines of a table from the front of the CSV and compares them with the rows of the JSON.
+/// Takes the lines of a table from the beginning of the CSV and compares them with the rows of the JSON.
 void checkTable(const std::vector<Column>& columns, const QString& record, const QJsonArray& rows,
                 CsvRows::const_iterator& line, CsvRows::const_iterator end)
 {
@@ -125,7 +125,7 @@ void checkCsv(Report report, const QJsonObject& json)
     FUZZ_CHECK(line == rows.end());
 }
 
-/// For people: whole lines, with nothing in them that moves the cursor, and every finding.
+/// The text: whole lines without anything that moves the cursor, and every finding.
 void checkText(const Report& report)
 {
     const QString text = reportText(report);

@@ -1,4 +1,4 @@
-// Ranges of cells: union, difference, limits and text.
+// Tests ranges of cells: union, difference, limits and text.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/cell_ranges.h"
 

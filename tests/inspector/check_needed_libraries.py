@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Fails when a program needs a library that it must do without.
+"""Fails when a program needs a library that it must not need.
 
   check_needed_libraries.py READELF PROGRAM --own LIBRARY... --without NAME...
 
-Looks at the program and at those of its own libraries that it needs, directly or by way of another. NAME is a part of a
-library's name. Exit status: 0 it needs none of them, 1 it needs one, 2 unreadable input.
+Checks the program and those of its own libraries that it needs, directly or through another. NAME is a part of a library's
+name. Exit status: 0 it needs none of them, 1 it needs one, 2 unreadable input.
 """
 import argparse
 import pathlib

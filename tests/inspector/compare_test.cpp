@@ -1,4 +1,4 @@
-// Many panels side by side, held against a count that keeps all values.
+// Tests "compare" on many panels against a count that keeps all values.
 // SPDX-License-Identifier: MIT
 #include "tests/inspector/report_of.h"
 #include "tests/support/module_test.h"

@@ -1,4 +1,4 @@
-// What becomes of each entry: verdicts, cells that are lost, and findings with their remedies.
+// Tests what becomes of each entry: verdicts, lost cells, and findings with their remedies.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tools/retention_core/findings.h"

@@ -1,4 +1,4 @@
-// The check of files against a project, and its forecast held against the module's next start.
+// Tests the check of files against a project, and compares its prediction with the module's next start.
 // SPDX-License-Identifier: MIT
 #include "tests/inspector/report_of.h"
 #include "tests/support/module_test.h"

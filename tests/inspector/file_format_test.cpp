@@ -1,4 +1,4 @@
-// The worked examples of docs/file_format.md, run through the module and compared byte by byte.
+// Runs the worked examples of docs/file_format.md through the module and compares the files byte by byte.
 // SPDX-License-Identifier: MIT
 #include "tests/inspector/memory_file.h"
 #include "tests/support/module_test.h"
@@ -28,7 +28,7 @@ struct Example
     std::map<QString, QByteArray> files;
 };
 
-/// The fenced blocks of the page, as their first line and the lines inside.
+/// The fenced blocks of the page: first line and contents of each.
 std::vector<std::pair<QString, QStringList>> fencedBlocks()
 {
     QFile page(QStringLiteral(SOURCE_DIR "/docs/file_format.md"));

@@ -1,4 +1,4 @@
-// The guide, the man page and the completion hold what the tool does today.
+// Checks that guide, man page and completion match the tool.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/run_tool.h"
@@ -35,7 +35,7 @@ protected:
     }
 };
 
-/// A folder in which the guide's commands are typed one after the other, with the tools on the PATH.
+/// A folder in which the guide's commands run one after the other, with the tools on the PATH.
 class Desk
 {
 public:
@@ -51,10 +51,10 @@ public:
                           "' \"$@\"\n");
             wrapper.setPermissions(wrapper.permissions() | QFile::ExeOwner);
         }
-        qunsetenv("TEST_EMULATOR"); // the shell is this machine's own
+        qunsetenv("TEST_EMULATOR"); // the shell runs natively
     }
 
-    /// What a terminal would show after the command, but for the simulator's notice on paths that it maps.
+    /// What a terminal would show after the command, without the simulator's notice about mapped paths.
     QString type(const QString& command) const
     {
         const QString line =
@@ -102,7 +102,7 @@ TEST_F(InspectorGuide, ShowsThePictureThatTheToolDraws)
     QFile drawn(picture);
     ASSERT_TRUE(drawn.open(QIODevice::ReadOnly));
     EXPECT_EQ(drawn.readAll(), contents("docs/images/retention_map.svg").toUtf8())
-        << "draw both anew: retention_inspector map examples/overlapping_ranges.xml --force "
+        << "redraw both: retention_inspector map examples/overlapping_ranges.xml --force "
            "-o docs/images/retention_map.svg; rsvg-convert docs/images/retention_map.svg -o "
            "docs/images/retention_map.png";
 }
@@ -194,7 +194,7 @@ TEST_F(InspectorGuide, ManPageNamesEveryCommandAndOption)
 
 TEST_F(InspectorGuide, CompletionOffersEveryCommandAndOption)
 {
-    qunsetenv("TEST_EMULATOR"); // the shell is this machine's own
+    qunsetenv("TEST_EMULATOR"); // the shell runs natively
     const auto offered = [](const QStringList& words) {
         const ToolRun run = runTool(
             QStringLiteral("/bin/bash"),

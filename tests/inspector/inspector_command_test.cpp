@@ -1,4 +1,4 @@
-// retention_inspector as its user sees it: output, exit status and error texts.
+// Tests retention_inspector as its user sees it: output, exit status and error texts.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/run_tool.h"

@@ -1,4 +1,4 @@
-// The cells that the tool calls kept are those that come back through the module, for any project.
+// Tests, for any project, that the cells which the tool calls kept are those that the module restores.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tools/retention_core/layout.h"
@@ -27,10 +27,10 @@ std::vector<Entry> randomEntries(std::mt19937& random, int lowestLength)
 class KeptCells : public ModuleTest
 {
 protected:
-    /// Gives every cell that an entry names a value, cuts the power and returns the cells that are back.
+    /// Gives a value to every cell that an entry names, cuts the power, and returns the cells that come back.
     std::array<CellRanges, 3> cellsThatComeBack(object& project, const std::vector<Entry>& entries)
     {
-        setCallLog(nullptr); // nobody reads it, and it would grow
+        setCallLog(nullptr); // unused here, and it would grow
         for (const char* name : {bitFileName, wordFileName, rwiFileName})
             QFile::remove(retentionPath(QString::fromLatin1(name)));
         const auto before = startPanel(&project);
@@ -45,7 +45,7 @@ protected:
         for (const AreaFacts& area : areaFacts) {
             std::vector<CellRange> cells;
             const MemoryArea& memory = *after->areas.named(QString::fromLatin1(area.name));
-            const std::size_t step = memory.isBits() ? 1 : 2; // bytes a cell; every value is 0 or 1
+            const std::size_t step = memory.isBits() ? 1 : 2; // bytes per cell; every value is 0 or 1
             for (std::size_t cell = 0; cell < MemoryArea::cellCount; ++cell)
                 if (memory.memory()[cell * step] == 1)
                     cells.push_back({qint64(cell), qint64(cell)});

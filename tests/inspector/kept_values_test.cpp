@@ -1,4 +1,4 @@
-// Values by address: what the module wrote is what the tool reads.
+// Tests that the tool reads by address what the module wrote.
 // SPDX-License-Identifier: MIT
 #include "tests/inspector/memory_file.h"
 #include "tests/support/module_test.h"

@@ -1,4 +1,4 @@
-// The map: a well-formed picture in which every block and every lost cell is to be found.
+// Tests that the map is well-formed and shows every block and every lost cell.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tools/retention_inspector/report/map_picture.h"
@@ -21,7 +21,7 @@ struct Box
     QString tip;
 };
 
-/// The boxes with a tip; fails when the picture is not well-formed.
+/// The boxes that have a tooltip; fails when the picture is not well-formed.
 std::vector<Box> boxesOf(const QByteArray& svg)
 {
     std::vector<Box> boxes;

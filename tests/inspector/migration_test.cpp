@@ -1,4 +1,4 @@
-// Migration: the module restores from the new files what the old project kept.
+// Tests migration: from the new files, the module restores what the old project kept.
 // SPDX-License-Identifier: MIT
 #include "tests/inspector/report_of.h"
 #include "tests/support/module_test.h"
@@ -17,7 +17,7 @@ using ProjectPointer = std::unique_ptr<object>;
 class MigrationTest : public ModuleTest
 {
 protected:
-    /// Fills the areas of a panel at random, with what is kept on its disk.
+    /// Fills the areas of a panel at random, and saves what is kept.
     std::unique_ptr<Panel> usedPanel(object& project)
     {
         auto panel = startPanel(&project);
@@ -31,7 +31,7 @@ protected:
         return panel;
     }
 
-    /// Carries the files of the fixed directory over and puts the new ones in their place.
+    /// Carries over the files of the fixed directory and replaces them with the new ones.
     Report migrate(const Layout& from, const Layout& to,
                    std::initializer_list<std::pair<const char*, QString>> more = {})
     {
@@ -49,7 +49,7 @@ protected:
         return report;
     }
 
-    /// Such as "9, 12 to 14": the cells of an area that share a fate, in the words of the report for scripts.
+    /// The cells of an area that share a fate, as in the JSON report; such as "9, 12 to 14".
     static QString cellsOf(const Report& report, std::size_t area, const char* fate)
     {
         for (const auto& row : report.tables.at(2).rows)
@@ -118,7 +118,7 @@ TEST_F(MigrationTest, CarriesWholeAreasUnchanged)
 {
     const ProjectPointer project = wholeAreaProject(1, 5);
     const auto before = usedPanel(*project);
-    // Another layout of bits than one a byte stays as it is.
+    // A layout other than one bit per byte stays as it is.
     writeRetentionFile(QString::fromLatin1(bitFileName), QByteArray(65536, '\x5a'));
     const Layout layout = makeLayout(readSettings(project.get()));
     const auto words = retentionFile(QString::fromLatin1(wordFileName));
@@ -290,7 +290,7 @@ TEST_F(MigrationTest, MovesNoBitsOutOfAnImageThatIsNotOneBitAByte)
 class OutputPlace : public MigrationTest
 {
 protected:
-    /// Why nothing was written; empty when all was.
+    /// Why nothing was written; empty when everything was.
     QString write(const QString& target)
     {
         const ProjectPointer project = wholeAreaProject(1, 5);

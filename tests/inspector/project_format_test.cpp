@@ -1,4 +1,4 @@
-// Project files: their schema, and what a running panel writes of its own project.
+// Tests project files: their schema, and the project file that a running panel writes.
 // SPDX-License-Identifier: MIT
 #include "project_tree/project_reader.h"
 #include "tests/support/module_test.h"
@@ -35,7 +35,7 @@ protected:
 
     void SetUp() override
     {
-        qunsetenv("TEST_EMULATOR"); // xmllint is this machine's own
+        qunsetenv("TEST_EMULATOR"); // xmllint runs natively
         if (!QFileInfo::exists(xmllint))
             GTEST_SKIP() << "no xmllint here";
     }
@@ -122,7 +122,7 @@ TEST_F(ProjectFormat, IsWrittenFromATableByTheCommandsOfThePage)
     EXPECT_EQ(settings.entries[1].length(), 12);
 }
 
-/// What the module would be told, in one text.
+/// What the module would read, as one text.
 std::string toldOf(const ProjectSettings& settings)
 {
     std::string text = std::string(wordsOf(settings.mode).key) + ' ' +
@@ -145,7 +145,7 @@ std::string toldOf(const ProjectSettings& settings)
 class DumpedProject : public ProjectFormat
 {
 protected:
-    /// Lets a panel with this project load the model that writes it down, and reads what it wrote.
+    /// Makes a panel with this project load the dumping model, and reads what that wrote.
     std::string toldByDump(object& project)
     {
         writeRetentionFile(QStringLiteral("dumped_project.xml"), {});

@@ -1,4 +1,4 @@
-// Findings about properties that the module does not read, or reads as their defaults.
+// Tests findings about properties that the module does not read, or reads as their defaults.
 // SPDX-License-Identifier: MIT
 #include "project_tree/project_reader.h"
 #include "tests/support/module_test.h"

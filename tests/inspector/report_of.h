@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-/// What the command reports of these projects and files. Options that are not given have their usual values.
+/// The report of the command on these projects and files. Options not given have their defaults.
 inline Report reportOf(const char* command, const std::vector<Layout>& projects,
                        std::vector<RetentionFiles> files = {},
                        const std::vector<std::pair<const char*, QString>>& options = {},

@@ -1,4 +1,4 @@
-// The page for the commissioning folder: what it must say, and that no name can become a part of it.
+// Tests the page for the commissioning folder: what it must contain, and that no name can inject HTML.
 // SPDX-License-Identifier: MIT
 #include "tests/inspector/memory_file.h"
 #include "tests/inspector/report_of.h"
@@ -107,7 +107,7 @@ TEST_F(ReportPageOfFiles, SaysThatFilesDoNotFit)
 TEST_F(ReportPageOfFiles, SampleInTheDocsIsCurrent)
 {
     QFile sample(QStringLiteral(SOURCE_DIR "/docs/commissioning_report.html"));
-    QDir::setCurrent(scratch.path()); // a page names its files as they were given
+    QDir::setCurrent(scratch.path()); // because the page names its files as given
     QFile::link(QStringLiteral(SOURCE_DIR "/examples"), QStringLiteral("examples"));
     ASSERT_TRUE(sample.open(QIODevice::ReadOnly));
     const ToolRun run =

@@ -1,4 +1,4 @@
-// Tags: what their file may say, and what is found about the values that they name.
+// Tests tags: what their file may contain, and the findings about the values that they name.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tools/retention_core/refusal.h"

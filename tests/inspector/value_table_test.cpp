@@ -1,4 +1,4 @@
-// Values as a table: out of the files, into new ones, and back on the panel.
+// Tests values as a table: from the files, into new files, and back to the panel.
 // SPDX-License-Identifier: MIT
 #include "tests/inspector/report_of.h"
 #include "tests/support/module_test.h"
@@ -61,7 +61,7 @@ protected:
         return panel;
     }
 
-    /// A tags file over all of the areas that are used here.
+    /// A tags file that covers everything used here.
     QString randomTags()
     {
         QByteArray tags = "area,address,type,name,unit\n";
@@ -292,7 +292,7 @@ TEST_F(ValueTableCommands, NamesWhatIsNoTable)
 TEST_F(ValueTableCommands, NeverShowsADoubtfulValueAsAGoodOne)
 {
     write("dir/maintenance-bit.dat", QByteArray("\x20\xff", 2)); // bits after the last cell
-    write("dir/maintenance-word.dat", QByteArray(28, '\5'));     // a word too short
+    write("dir/maintenance-word.dat", QByteArray(28, '\5'));     // one word too short
     const ToolRun run = exported({});
     EXPECT_EQ(run.status, 1);
     const std::string table = run.out.toStdString();

@@ -1,4 +1,4 @@
-// The wear model: what a write touches, and what a day of writes comes to.
+// Tests the wear model: what a write touches, and what a day of writes adds up to.
 // SPDX-License-Identifier: MIT
 #include "tests/inspector/report_of.h"
 #include "tests/support/module_test.h"
@@ -65,7 +65,7 @@ std::string factText(const Report& report, const char* key)
 
 TEST(Wear, CountsPagesThatAWriteTouches)
 {
-    // The second block, two words, lies across a border at byte 4096 of its file; the first one before it.
+    // The second block, two words, crosses byte 4096 of its file; the first one lies before it.
     const auto project =
         perAddressProject({{QStringLiteral("LW"), 0, 2047}, {QStringLiteral("LW"), 2047, 2}});
     const Report report = wear(*project, {changesPerHour(1), {"file-system-pages", QStringLiteral("0")}});
@@ -147,7 +147,7 @@ TEST(Wear, AnswersHowOftenCellsMayChange)
     EXPECT_THAT(valueIn(emmc, "limits", "worst", "levelled_limit"),
                 DoubleNear(writes / (10 * 365.25 * 24), 1e-6));
     EXPECT_EQ(factText(emmc, "answer"), "for 10 years: at most 2,242 changes an hour");
-    // As many as that wear it out in just those years.
+    // That number of changes wears it out in exactly those years.
     const Report at = wear(*project, {{"medium", QStringLiteral("emmc")}, changesPerHour(2242)});
     EXPECT_THAT(at.findings, IsEmpty());
     EXPECT_THAT(dayValue(at, "worst", "levelled_years"), DoubleNear(10, 0.01));
@@ -197,7 +197,7 @@ TEST(Wear, OnUbifsWritesTheWholeBlockOfTheFile)
         }
 }
 
-/// What a change of one of 10 cells was measured to send to the medium; benchmarks/medium/measure.py counts.
+/// What a change of one of 10 cells sent to the medium, as counted by benchmarks/medium/measure.py.
 double measuredBytes(const char* storage)
 {
     std::ifstream record(SOURCE_DIR "/benchmarks/medium/expected_costs.txt");

@@ -1,4 +1,4 @@
-// The commands that write or compare, as their user sees them.
+// Tests the commands that write or compare, as their user sees them.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/run_tool.h"

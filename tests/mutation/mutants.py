@@ -33,7 +33,7 @@ EXPRESSION = re.compile(r"(\+\+|--|\*|delete )?[\w.:>\[\]()*-]+?(\+\+|--|\(| [-+
 
 
 def without_comments(text):
-    """The text with blanks for comments, the contents of literals and preprocessor lines, and the literals' places."""
+    """The text with comments, contents of literals and preprocessor lines blanked out, and the places of the literals."""
     literals = []
 
     def blank(match):
@@ -59,7 +59,7 @@ def closing(code, opening):
 
 
 def statement_before(code, semicolon):
-    """Where the statement that ends with this semicolon begins, after `else`, `if (...)` and their like."""
+    """The beginning of the statement that ends with this semicolon, after `else`, `if (...)` and the like."""
     depth = 0
     at = semicolon - 1
     while at >= 0:
@@ -114,7 +114,7 @@ def edits(text):
 
 
 def mutants(path, text):
-    """Every mutant of the file, in the order of its lines. Equal ones are told apart by their numbers."""
+    """Every mutant of the file, in the order of its lines. Equal ones are distinguished by number."""
     seen = collections.Counter()
     result = []
     for operator, start, end, replacement in sorted(set(edits(text)), key=lambda edit: (edit[1], edit[2], edit[3])):

@@ -22,18 +22,18 @@ BUILD = "build/release"
 WORK = "build/mutation"
 LIBRARY = "poweroff_protect/libpoweroff_protect.so"
 TABLE = "tests/mutation/survivors.txt"
-# What the other programs find is found by these as well, or has nothing to do with the module.
+# What the other programs find is also found by these, or does not concern the module.
 PROGRAMS = ["tests/*_test", "tests/small_worlds/*_test", "tests/faults/*_test"]
 NOT_THE_MODULE = {"panel_simulator_test", "path_mapping_test", "project_reader_test", "simulated_panel_test"}
 # The largest sizes of small worlds: the smaller ones find the same mutants.
 LEFT_OUT = "-EveryList.OfFour*:EveryList.OfThree*:*EverySequence.OfMore*"
-# These take long, and find in pure rules only what the others find.
+# These take long, and in pure rules find only what the others find.
 SWEEPS = {"memory_faults_test", "storage_faults_test"}
 PURE_RULES = re.compile(r"define_header/|/(area_facts|maintenance_file_info|partition|placement|retention_settings|wrapping)\.")
 
 
 def run(command, seconds=600, **options):
-    """Exit status and output; None after so many seconds. Runaway mutants get 4 GB of memory, 1 GB for a file."""
+    """Exit status and output; None after that many seconds. Limits runaway mutants to 4 GB of memory and 1 GB per file."""
 
     def limit():
         resource.setrlimit(resource.RLIMIT_AS, (4 << 30, 4 << 30))
@@ -52,7 +52,7 @@ def run(command, seconds=600, **options):
 
 
 class Builder:
-    """The compiler's and the linker's own commands, taken from the build of the module as it ships."""
+    """The compiler's and linker's commands, taken from the release build of the module."""
 
     def __init__(self):
         top = os.getcwd()
@@ -78,7 +78,7 @@ class Builder:
         return subprocess.run(["ninja", "-C", BUILD, "--quiet", "-t", *words], check=True, capture_output=True, text=True).stdout
 
     def headers_of(self, name):
-        """What the object's source includes, through precompiled headers too."""
+        """What the object's source includes, also through precompiled headers."""
         command = self.alone(self.compile[name])
         command = command[: command.index("-o")] + ["-MM", "-MF", "-", command[command.index("-c") + 1]]
         text = subprocess.run(command, check=True, capture_output=True, text=True, cwd=BUILD).stdout
@@ -97,10 +97,10 @@ class Builder:
         return result
 
     def object_of(self, name, folder, output):
-        """Compiles an object with the folder's sources in the place of the tree's; None when it does not compile."""
+        """Compiles an object with the folder's sources instead of the tree's; None when it does not compile."""
         mutated = os.path.join(folder, self.source[name])
         command = self.compile[name]
-        if not os.path.exists(mutated):  # then it is a header that is mutated
+        if not os.path.exists(mutated):  # then the mutant is in a header
             command = self.alone(command)
             mutated = self.source[name]
         command = list(command)
@@ -116,7 +116,7 @@ class Builder:
             return file.read()
 
     def library(self, folder, path, text, originals):
-        """Builds the library with that text for that file. A word instead of its path when there is nothing to test."""
+        """Builds the library with that text for that file. Returns its path, or a word when there is nothing to test."""
         os.makedirs(os.path.join(folder, os.path.dirname(path)), exist_ok=True)
         with open(os.path.join(folder, path), "w", encoding="utf-8") as file:
             file.write(text)
@@ -145,7 +145,7 @@ class Builder:
 
 
 class Tests:
-    """The test programs, the quickest first, but before them the one that found the last mutant of the file."""
+    """The test programs: first the one that found the file's last mutant, then the others, quickest first."""
 
     def __init__(self):
         self.programs = sorted(
@@ -164,17 +164,17 @@ class Tests:
                    cwd=folder, env=environment)
 
     def measure(self, library, folder):
-        """All of them must pass on the module as it is."""
+        """Checks that all of them pass on the unchanged module."""
         for program in self.programs:
             begin = time.monotonic()
             status, output = self.run_one(program, library, folder)
             self.seconds[program] = time.monotonic() - begin
             if status != 0:
-                sys.exit(f"{program} fails on the module as it is:\n{output[-3000:]}")
+                sys.exit(f"{program} fails on the unchanged module:\n{output[-3000:]}")
         self.order = sorted(self.programs, key=self.seconds.get)
 
     def finder(self, path, library, folder):
-        """The first test that fails, with its program; None when all pass."""
+        """The first failing test, with its program; None when all pass."""
         first = [self.last[path]] if path in self.last else []
         for program in dict.fromkeys(first + self.order):
             if PURE_RULES.search(path) and os.path.basename(program) in SWEEPS:
@@ -222,8 +222,8 @@ def fingerprint(paths):
 
 
 def earlier_results(sources, programs, again):
-    """Results of a run that was stopped, if neither the module nor the tests have changed since. `again`: only the module
-    must be the same, and what survived is tried once more."""
+    """The results of a stopped run, if neither the module nor the tests have changed since. With `again`, only the module
+    must be the same, and survivors are tried once more."""
     path = os.path.join(WORK, "results")
     marks = [fingerprint(sources), fingerprint(programs)]
     results = {}
@@ -240,7 +240,7 @@ def earlier_results(sources, programs, again):
 def main():
     parser = argparse.ArgumentParser(prog="scripts/mutation")
     parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="mutants at the same time")
-    parser.add_argument("--again", action="store_true", help="keep what earlier tests found, try what survived them")
+    parser.add_argument("--again", action="store_true", help="keep earlier results, try only the survivors")
     parser.add_argument("--list", action="store_true", help="only name the mutants")
     parser.add_argument("files", nargs="*", help="only mutants of these files, or of FILE:LINE")
     arguments = parser.parse_args()

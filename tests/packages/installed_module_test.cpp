@@ -1,4 +1,4 @@
-// Programs that were built against the installed module.
+// Tests programs that were built against the installed module.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/file_calls/path_mapping.h"
 #include "tests/support/module_test.h"
@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Where paths are mapped, the program shares them only if the mapping is loaded into it, too.
+/// Where paths are mapped, the mapping must be loaded into the program, too.
 class InstalledModule : public ModuleTest
 {
 protected:

@@ -3,8 +3,7 @@
 //
 //     plain_container COMMAND [ARGUMENT...]
 //
-// The exit status is the command's, 2 when the rights cannot be taken away, 127 when there is no such
-// command.
+// The exit status is the command's, 2 when the rights cannot be dropped, 127 when there is no such command.
 #include <cerrno>
 #include <cstdio>
 #include <initializer_list>
@@ -39,7 +38,7 @@ bool takeRightsAway()
                            SCMP_SYS(setns), SCMP_SYS(fsopen), SCMP_SYS(open_tree), SCMP_SYS(move_mount)})
         if (!refuse(filter, call, EPERM))
             return false;
-    // Its flags lie in memory, which a filter does not see; without it the C library takes clone().
+    // Its flags are in memory, which a filter cannot see; without it the C library uses clone().
     return refuse(filter, SCMP_SYS(clone3), ENOSYS) && refuseClone(filter, CLONE_NEWUSER) &&
            refuseClone(filter, CLONE_NEWNS) && seccomp_load(filter) == 0;
 }

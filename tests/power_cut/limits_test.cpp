@@ -1,4 +1,5 @@
-// What the bare files cannot promise, case by case, so that the list in docs/reliability.md stays true.
+// Demonstrates what the bare files cannot promise, case by case, so that the list in docs/reliability.md
+// stays true.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 
@@ -9,7 +10,7 @@ using Values = std::vector<ushort>;
 class Limits : public ModuleTest
 {
 protected:
-    /// Starts a panel whose own start gives these values to the cells.
+    /// Starts a panel whose cells have these start values.
     std::unique_ptr<Panel> startWith(object* project, const QString& area, int address, const Values& values)
     {
         auto panel = makePanel(project);

@@ -1,5 +1,6 @@
 // Takes every short list of entries through partition and map, and random long lists of extreme numbers, and
-// compares the blocks with the rules taken literally. SPDX-License-Identifier: MIT
+// compares the blocks with the rules taken literally.
+// SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/support/literal_rules.h"
 #include "tests/support/random_source.h"

@@ -1,5 +1,6 @@
-// Lives every short sequence of events on two small areas, in both modes, and compares files and areas with
-// the account of the rules after each event. SPDX-License-Identifier: MIT
+// Runs every short sequence of events on two small areas, in both modes, and compares files and areas with
+// the model of the rules after each event.
+// SPDX-License-Identifier: MIT
 #include "tests/support/checked_life.h"
 #include "tests/support/module_test.h"
 
@@ -26,7 +27,7 @@ struct Event
     int address = 0;
 };
 
-/// The other cell of a pair, which changes too but is not reported, is the next one.
+/// The next cell also changes, but is not reported.
 const Event events[] = {{Kind::Change, "change LB 4", "LB", 4},
                         {Kind::Change, "change LB 12", "LB", 12},
                         {Kind::Change, "change LW 11", "LW", 11},
@@ -61,12 +62,12 @@ void PrintTo(const Beginning& beginning, std::ostream* out)
 class EverySequence : public ModuleTest, public testing::WithParamInterface<Beginning>
 {
 protected:
-    /// Lives every sequence of `length` events; as each begins with all shorter ones, these are lived with
-    /// it.
+    /// Runs every sequence of `length` events, which also covers all shorter ones.
     void liveAll(int length)
     {
         setCallLog(nullptr);
-        mallopt(M_TRIM_THRESHOLD, 64 << 20); // the areas of each start come from the memory of the last one
+        mallopt(M_TRIM_THRESHOLD,
+                64 << 20); // so that the areas of each start reuse the memory of the last one
         mallopt(M_MMAP_THRESHOLD, 1 << 20);
         setCommandRunner([this](const char* command) {
             if (command == QByteArray("sync"))
@@ -125,8 +126,8 @@ private:
         expectSyncsAndFiles();
     }
 
-    /// A new module, in a panel whose cells hold other values than zero at every start, on files that must be
-    /// `files`. After a cut they are laid as they were `synced`.
+    /// Starts a new module, in a panel whose cells are not zero at every start, on files that must be
+    /// `files`. After a cut, the files are first restored to `synced`.
     void start(const Files& files, const Files* left = nullptr)
     {
         ++starts;

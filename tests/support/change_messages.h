@@ -1,4 +1,4 @@
-// Change messages byte by byte, for names and surroundings that a well-behaved host does not send.
+// Builds change messages byte by byte, for names and surroundings that a well-behaved host does not send.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -9,7 +9,7 @@
 #include <array>
 #include <cstring>
 
-/// A message as raw bytes: everything but the address at 12 and the terminated name at 20 is `filler`.
+/// A message as raw bytes: everything except the address at 12 and the terminated name at 20 is `filler`.
 class RawMessage
 {
 public:

@@ -1,4 +1,4 @@
-// A life of a module beside the account of it.
+// Runs a life of a module next to its model.
 // SPDX-License-Identifier: MIT
 #include "tests/support/checked_life.h"
 

@@ -1,4 +1,4 @@
-// Takes a module and the account of the rules through the same life and says where they differ.
+// Takes a module and the model of the rules through the same life and reports where they differ.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -15,8 +15,8 @@
 class CheckedLife
 {
 public:
-    /// Opens `project` in a panel with `cells`, on `files`, which must be on the disk. Where `log` is not
-    /// null, it is the host's call log, in which the module's reads, writes and syncs are then looked up.
+    /// Opens `project` in a panel with `cells`, on `files`, which must be on the disk. `log`, if not null, is
+    /// the host's call log; the module's reads, writes and syncs in it are then compared, too.
     CheckedLife(ModelPointer module, object& project, const MemoryAreas& cells, const Files& files,
                 QStringList* log = nullptr);
 
@@ -24,12 +24,12 @@ public:
     void save();
     void setCell(const QString& area, int address, ushort value);
     void report(const _ExtendTriggerMsg_t& message);
-    /// Ends the module, in order.
+    /// Ends the module in an orderly way.
     void end() { module.reset(); }
 
     /// The files that there must be.
     Files files() const { return {account.file(0), account.file(1), account.file(2)}; }
-    /// What is wrong with files, syncs and, since it was asked last, calls; empty when nothing is.
+    /// What is wrong with files, syncs and, since the last call, the call log; empty when nothing is.
     std::string difference();
     /// What is wrong with the areas.
     std::string cellDifference() const;

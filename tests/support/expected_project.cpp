@@ -1,4 +1,4 @@
-// From the project to the rules and back.
+// Applies the rules to a project.
 // SPDX-License-Identifier: MIT
 #include "tests/support/expected_project.h"
 

@@ -1,4 +1,4 @@
-// What the module must make of a project, worked out rule by rule and without any of its code: mode, period,
+// Models what the module must make of a project, rule by rule and without any of its code: mode, period,
 // blocks and their places in the files.
 // SPDX-License-Identifier: MIT
 #pragma once
@@ -14,7 +14,7 @@
 
 inline const char* const areaNames[3] = {"LB", "LW", "RWI"};
 
-/// A retention entry as the project has it.
+/// A retention entry as configured in the project.
 struct ExpectedEntry
 {
     QString link, block, number, type;
@@ -25,7 +25,7 @@ struct ExpectedEntry
     std::int32_t addressLength = 0;
 };
 
-/// A block: the entry that it keeps the address of, its size and its place in the file.
+/// A block: the entry whose address it keeps, its size and its place in the file.
 struct ExpectedBlock
 {
     ExpectedEntry entry;
@@ -38,8 +38,7 @@ struct ExpectedProject
 {
     int mode = 0; ///< 0 none, 1 whole areas, 2 per-address
     bool saveAll = false;
-    /// Entries of one area begin at the same cell and yet differ: their order is not settled, and with it the
-    /// blocks.
+    /// Different entries of one area begin at the same cell: their order, and so the blocks, are unspecified.
     bool isAmbiguous = false;
     std::int64_t periodMs = 0;                         ///< in mode 1
     std::array<std::vector<ExpectedEntry>, 3> entries; ///< in mode 2, sorted
@@ -48,5 +47,5 @@ struct ExpectedProject
 
 ExpectedProject expectedOf(const object& project);
 
-/// The blocks of one area's entries in the order in which they stand, each in its place in the file.
+/// The blocks of one area's entries, taken in the given order, each with its place in the file.
 std::vector<ExpectedBlock> expectedBlocks(const std::vector<ExpectedEntry>& entries, const QString& area);

@@ -1,4 +1,4 @@
-// The rules for files and cells, one by one.
+// Applies the rules for files and cells, one by one.
 // SPDX-License-Identifier: MIT
 #include "tests/support/kept_files_model.h"
 
@@ -14,7 +14,7 @@ int imageBytes(std::size_t area)
     return area == 0 ? 65536 : 131072;
 }
 
-/// What the file has at that place, zeros behind its end. A negative place breaks the stream.
+/// The bytes of the file at that place, zeros past its end. A negative place breaks the stream.
 QByteArray readAt(ModelFile& file, std::int32_t offset, std::int32_t length)
 {
     QByteArray result;
@@ -202,7 +202,7 @@ void KeptFilesModel::writeBit(const ExpectedBlock& block, std::int32_t address)
     const std::int32_t bit = sum32(difference32(address, block.entry.index), block.bitOffset);
     const std::int32_t offset = sum32(block.fileOffset, bit / 8);
     const int byte = readAt(files[0], offset, 1).at(0);
-    const int mask = bit % 8 < 0 ? 0 : 1 << (bit % 8); // after a negative count: no bit of the byte
+    const int mask = bit % 8 < 0 ? 0 : 1 << (bit % 8); // negative after negative counts: no bit of the byte
     const bool set = memory(0).cell(address).value_or(0) != 0;
     writeAt(files[0], offset, QByteArray(1, static_cast<char>(set ? byte | mask : byte & ~mask)));
 }

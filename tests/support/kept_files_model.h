@@ -1,4 +1,4 @@
-// What the module must do to its files and to the panel's cells, worked out on byte arrays without its code.
+// Models what the module must do to its files and to the panel's cells, on byte arrays and without its code.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -17,11 +17,11 @@ struct ModelFile
 {
     std::optional<QByteArray> bytes; ///< nothing: no such file
     bool open = false;
-    bool failed = false; ///< the open stream does nothing any more
+    bool failed = false; ///< the open stream no longer does anything
 };
 
-/// A panel's life as it must go. The areas are those of the account, not of the panel. Where `calls` is not
-/// null, it gets the lines that the call log of the simulated host has for reads, writes and syncs.
+/// A panel's life as it must happen. The areas are the model's, not the panel's. `calls`, if not null, gets
+/// the lines that the simulated host's call log must have for reads, writes and syncs.
 class KeptFilesModel
 {
 public:
@@ -36,9 +36,9 @@ public:
 
     const std::optional<QByteArray>& file(std::size_t area) const { return files[area].bytes; }
     int syncs() const { return syncCount; }
-    /// Whether the module's stream on the file is open, which it stays, even when it has failed.
+    /// Whether the module's stream on the file is open; it stays open even when it has failed.
     bool isOpen(std::size_t area) const { return files[area].open; }
-    /// What somebody else does to a file that is not open.
+    /// Replaces a file that is not open, as another program might.
     void replaceFile(std::size_t area, std::optional<QByteArray> bytes)
     {
         files[area].bytes = std::move(bytes);

@@ -1,4 +1,4 @@
-// One statement for each rule; no attempt at elegance.
+// Applies each rule in one statement, without any attempt at elegance.
 // SPDX-License-Identifier: MIT
 #include "tests/support/literal_rules.h"
 

@@ -1,5 +1,5 @@
-// The rules by which entries become blocks and blocks get their places in a file, one rule a statement, in
-// records of their own: what the module's results are compared with.
+// States the rules by which entries become blocks and blocks get their places in a file, with records of its
+// own. The module's results are compared with them.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -8,13 +8,13 @@
 #include <cstdint>
 #include <vector>
 
-/// An entry as far as the rules look at it.
+/// The parts of an entry that the rules use.
 struct RuleEntry
 {
     std::int32_t index;
     std::int32_t addressLength;
     std::int32_t length; ///< the address's own length value, not the range's
-    int origin;          ///< tells entries apart; travels with the address
+    int origin;          ///< identifies the entry; copied with the address
 };
 
 struct RuleBlock
@@ -27,11 +27,11 @@ struct RuleBlock
     std::int32_t bitOffset = 0;
 };
 
-/// 32-bit sums that wrap around.
+/// 32-bit sums and differences that wrap.
 std::int32_t sum32(std::int32_t a, std::int32_t b);
 std::int32_t difference32(std::int32_t a, std::int32_t b);
 
-/// The blocks of one area's entries; `entries` is overwritten entry by entry on the way.
+/// The blocks of one area's entries.
 std::vector<RuleBlock> partitionByRules(std::vector<RuleEntry> entries);
 
 /// Sets fileOffset and bitOffset of one area's blocks.

@@ -1,4 +1,4 @@
-// The fixture of module tests.
+// Implements the fixture of module tests.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 

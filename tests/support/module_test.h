@@ -1,5 +1,5 @@
-// What tests of the module binary share: a fresh fixed directory, the loaded library, files, projects, the
-// call log.
+// Provides what tests of the module binary share: a fresh fixed directory, the loaded library, files,
+// projects, the call log.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -28,18 +28,18 @@ inline const char* const bitFileName = "maintenance-bit.dat";
 inline const char* const wordFileName = "maintenance-word.dat";
 inline const char* const rwiFileName = "maintenance-RWI.dat";
 
-/// The module binary under test, loaded once: that of the build, or the one that the environment variable
-/// MODULE_UNDER_TEST names.
+/// The module binary under test, loaded once: the one that the environment variable MODULE_UNDER_TEST names,
+/// or that of the build.
 const ModuleLibrary& moduleLibrary();
 
 /// Path of a file in the fixed directory.
 QString retentionPath(const QString& fileName);
 /// The file's bytes; nothing when there is no such file.
 std::optional<QByteArray> retentionFile(const QString& fileName);
-/// Makes the file, with the directory if need be.
+/// Creates the file, and the directory if necessary.
 void writeRetentionFile(const QString& fileName, const QByteArray& bytes);
 
-/// A project whose "DataRetention" has these numbers; a missing one is left out.
+/// A project whose "DataRetention" has these numbers, each of which may be absent.
 std::unique_ptr<object> wholeAreaProject(std::optional<qint64> saveAll, std::optional<qint64> saveTime);
 
 /// One per-address entry.
@@ -55,10 +55,10 @@ void addEntry(object& retention, const Entry& entry);
 
 /// "AREA ADDRESS" of every watch record.
 std::vector<std::string> cellsOf(const QList<RegisterValueChangeSize>& records);
-/// The same for what the module asks to watch.
+/// The same for the cells that the module asks to watch.
 std::vector<std::string> watchedCells(ExtendFuncModelBase& model);
 
-/// Every test begins without /usr/tavrin, with an empty call log that records, and with a shell that only
+/// Starts every test without /usr/tavrin, with an empty call log that records, and with a shell that only
 /// counts.
 class ModuleTest : public testing::Test
 {
@@ -68,7 +68,7 @@ protected:
 
     /// A panel that is not started yet.
     std::unique_ptr<Panel> makePanel(object* project);
-    /// A panel that went through the whole start-up.
+    /// A panel after the whole start-up.
     std::unique_ptr<Panel> startPanel(object* project);
 
     /// The recorded calls that begin with one of these words, in order.

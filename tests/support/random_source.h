@@ -1,4 +1,4 @@
-// Random numbers that depend on nothing but their seed.
+// Generates random numbers that depend only on their seed.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -10,7 +10,7 @@
 #include <vector>
 
 /// The seed of this run: the environment variable TEST_SEED, or a fixed one. Printed, so that a failure can
-/// be had again.
+/// be reproduced.
 inline unsigned printedSeed()
 {
     const char* const asked = std::getenv("TEST_SEED"); // NOLINT(concurrency-mt-unsafe): one thread
@@ -39,7 +39,7 @@ public:
     {
         return values[static_cast<std::size_t>(below(static_cast<int>(values.size())))];
     }
-    /// Any 32-bit value, those at the ends and around zero far more often than the others.
+    /// Any 32-bit value; those at the limits and around zero far more often than others.
     int extreme()
     {
         switch (below(6)) {

@@ -1,4 +1,4 @@
-// Running of compiled tools.
+// Runs compiled tools.
 // SPDX-License-Identifier: MIT
 #include "tests/support/run_tool.h"
 
@@ -14,7 +14,7 @@
 
 namespace {
 
-/// What waitpid() says of an ended process, as ToolRun::status.
+/// Converts the status from waitpid() to ToolRun::status.
 int statusOf(int waited)
 {
     return WIFSIGNALED(waited) ? -WTERMSIG(waited) : WEXITSTATUS(waited);
@@ -40,7 +40,7 @@ std::vector<char*> pointersTo(QList<QByteArray>& words)
     return pointers;
 }
 
-/// Becomes the program, for a minute at most.
+/// Executes the program, for at most a minute.
 [[noreturn]] void becomeProgram(const std::vector<char*>& argv)
 {
     alarm(60);
@@ -55,7 +55,7 @@ int statusAfter(pid_t child)
     return statusOf(waited);
 }
 
-/// What others wrote to the file.
+/// What other processes wrote to the file.
 QByteArray contents(const QTemporaryFile& file)
 {
     QFile again(file.fileName());
@@ -77,7 +77,7 @@ ToolRun runTool(const QString& program, const QStringList& arguments, const QByt
     QList<QByteArray> words = commandWords(program, arguments);
     const std::vector<char*> argv = pointersTo(words);
 
-    // Files instead of pipes: nothing to pump, and whatever was printed before a SIGKILL is there.
+    // Files instead of pipes: nothing to pump, and output before a SIGKILL is not lost.
     const pid_t child = fork();
     if (child == 0) {
         dup2(in.handle(), STDIN_FILENO);

@@ -1,4 +1,4 @@
-// Runs a compiled tool as a user would and keeps what it said.
+// Runs a compiled tool as a user would and keeps its output.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -15,18 +15,18 @@ struct ToolRun
     QByteArray err; ///< standard error
 };
 
-/// Runs `program` with `input` on its standard input and waits for its end, a minute at most. The words of
+/// Runs `program` with `input` on its standard input, and waits at most a minute for its end. The words of
 /// the environment variable TEST_EMULATOR, if any, come before the program.
 ToolRun runTool(const QString& program, const QStringList& arguments, const QByteArray& input = QByteArray());
 
-/// Keys that are typed as soon as new output holds the text.
+/// Keys to type as soon as new output contains the text.
 struct Typing
 {
     QByteArray after;
     QByteArray keys;
 };
 
-/// The same with a terminal of 30 lines as standard input, output and error, on which `keys` are typed at
-/// once, then the others in turn.
+/// The same with a terminal of 30 lines as standard input, output and error. Types `keys` at once, then the
+/// others in turn.
 ToolRun runToolOnTerminal(const QString& program, const QStringList& arguments, const QByteArray& keys,
                           const std::vector<Typing>& later = {});

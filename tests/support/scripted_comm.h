@@ -1,4 +1,4 @@
-// A communication interface whose answers a test decides and whose calls it sees as they were made.
+// Implements a communication interface whose answers a test determines and whose calls it records.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -20,12 +20,12 @@ public:
         int address;
         int selector;
         int count;
-        std::vector<ushort> data; ///< written values; of a read what the buffer held before
+        std::vector<ushort> data; ///< the values written; for a read, the previous contents of the buffer
     };
 
-    /// The answer to a read for one cell; reads leave their buffer as it is while this is empty.
+    /// The answer to a read for one cell; while empty, reads leave their buffer unchanged.
     std::function<ushort(const QString& area, int address)> value;
-    /// What both calls return.
+    /// The return value of both calls.
     int result = 0;
     std::vector<Call> calls;
 

@@ -1,4 +1,4 @@
-// Storage in odd states: file systems of their own on the fixed directory, files as text.
+// Puts storage into odd states: mounts file systems on the fixed directory, and shows files as text.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -23,21 +23,21 @@
     if (!pathMappingNotice().isEmpty())                                                                      \
     GTEST_SKIP() << "needs a mount"
 
-/// Puts a file system with these options ("size=8k") on the fixed directory. The fixture takes it away again.
+/// Mounts a file system with these options ("size=8k") on the fixed directory. The fixture unmounts it.
 inline void mountOnProjectDirectory(const char* options)
 {
     QDir().mkpath(QLatin1String(fixedProjectDirectory));
     ASSERT_EQ(mount("tmpfs", fixedProjectDirectory, "tmpfs", 0, options), 0) << strerror(errno);
 }
 
-/// Changes that file system: its size, or with MS_RDONLY whether it can be written.
+/// Changes that file system: its size or, with MS_RDONLY, whether it is writable.
 inline void remountProjectDirectory(const char* options, unsigned long flags = 0)
 {
     ASSERT_EQ(mount(nullptr, fixedProjectDirectory, nullptr, MS_REMOUNT | flags, options), 0)
         << strerror(errno);
 }
 
-/// A file in the place of the fixed directory, so that there is none and none can be made.
+/// Puts a file in place of the fixed directory, so that there is none and none can be created.
 inline void blockProjectDirectory()
 {
     removeDirectory(QLatin1String(fixedProjectDirectory));

@@ -1,4 +1,4 @@
-// The start of every test program: its own /usr/tavrin first, then the tests.
+// Starts every test program: gives it its own /usr/tavrin, then runs the tests.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/private_directory.h"
 

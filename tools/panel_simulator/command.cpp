@@ -1,4 +1,4 @@
-// Parses command lines by the table of their forms.
+// Parses command lines with a table of their forms.
 // SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/command.h"
 

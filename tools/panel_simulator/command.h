@@ -33,12 +33,12 @@ struct Command
     QString error;              ///< what was expected instead; empty for a good command
 };
 
-/// Parses one line. What follows a '#' is a comment; a line without anything else is Nothing. Numbers are
-/// decimal, or hexadecimal with 0x; a word takes -32768 to 65535, a bit 0 or 1.
+/// Parses one line. Text after a '#' is a comment; an otherwise empty line is Nothing. Numbers are decimal,
+/// or hexadecimal with 0x; a word takes -32768 to 65535, a bit 0 or 1.
 Command parseCommand(const QString& line);
 
-/// The commands, one a line, for people.
+/// A list of the commands for the user, one per line.
 QString commandHelp();
 
-/// The words that may stand where the last word of `beginning` begins, and begin like it.
+/// The words that can complete the last word of `beginning`.
 QStringList completionsOf(const QString& beginning);

@@ -38,7 +38,8 @@ void noteInterrupt(int)
     errno = error;
 }
 
-/// The first Ctrl-C ends the input, so that the panel's end can still say what it loses; a second one kills.
+/// The first Ctrl-C ends the input, so that the tool can still say what the panel loses; a second one kills
+/// it.
 void endInputOnInterrupt()
 {
     interruption = eventfd(0, EFD_CLOEXEC);
@@ -48,7 +49,7 @@ void endInputOnInterrupt()
     sigaction(SIGINT, &action, nullptr);
 }
 
-/// Where programs keep such things; empty when there is no such place.
+/// The directory for state files; empty when there is none.
 QByteArray findHistoryFile()
 {
     QString state = qEnvironmentVariable("XDG_STATE_HOME");
@@ -76,12 +77,12 @@ LineSource::LineSource(int descriptor, Session& session) : descriptor(descriptor
     endInputOnInterrupt();
     editor.reset(el_init("panel_simulator", stdin, stdout, stderr));
     el_set(editor.get(), EL_EDITOR, "emacs");
-    el_set(editor.get(), EL_SIGNAL, 1); // gives the terminal back before a signal ends or stops the program
+    el_set(editor.get(), EL_SIGNAL, 1); // restores the terminal before a signal ends or stops the program
     el_set(editor.get(), EL_PROMPT, prompt);
     el_set(editor.get(), EL_HIST, ::history, history.get());
     el_set(editor.get(), EL_CLIENTDATA, this);
     el_set(editor.get(), EL_GETCFN, readKey);
-    // The wide form keeps these texts; the other one would leak copies of them.
+    // The wide form keeps these texts; the other form would leak copies of them.
     el_wset(editor.get(), EL_ADDFN, L"complete-command", L"Completes a command or an area", complete);
     el_set(editor.get(), EL_BIND, "^I", "complete-command", nullptr);
 }
@@ -104,7 +105,7 @@ bool LineSource::nextEdited(QString& line)
     return true;
 }
 
-/// At once, because a power cut leaves no time for it.
+/// Writes at once, because a power cut leaves no time for it later.
 void LineSource::keep(const QString& line)
 {
     if (line.isEmpty())
@@ -177,7 +178,7 @@ unsigned char LineSource::complete(EditLine* editor, int)
     const int typed = beginning.section(QLatin1Char(' '), -1).size();
     if (words.isEmpty())
         return CC_ERROR;
-    // As far as all of them agree.
+    // Completes as far as all of them agree.
     QString common = words.first();
     for (const QString& word : words)
         while (!word.startsWith(common))

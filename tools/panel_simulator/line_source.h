@@ -12,20 +12,19 @@
 
 #include <memory>
 
-/// While it waits for a line, cyclic calls that come due are made; what they fail to save is told on standard
-/// error.
+/// While it waits for a line, it makes the cyclic calls that come due; what they fail to save is reported on
+/// standard error.
 class LineSource
 {
 public:
-    /// `descriptor` and `session` stay the caller's. A terminal gets a prompt, line editing, completion with
-    /// Tab, and a history that is kept over starts.
+    /// The caller owns `descriptor` and `session`. A terminal gets a prompt, line editing, completion with
+    /// Tab, and a history that is kept between starts.
     LineSource(int descriptor, Session& session);
 
-    /// False at the end of the input and, on a terminal, after Ctrl-C; a last line without a line feed
-    /// counts.
+    /// False at the end of the input and, on a terminal, after Ctrl-C. A last line may lack its line feed.
     bool next(QString& line);
     bool isTerminal() const { return editor != nullptr; }
-    /// Takes a line of a terminal into the history, unless it is empty.
+    /// Adds a line typed on a terminal to the history, unless it is empty.
     void keep(const QString& line);
 
 private:

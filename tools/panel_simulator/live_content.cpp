@@ -1,4 +1,4 @@
-// Puts together the lines of the live view.
+// Composes the lines of the live view.
 // SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/live_content.h"
 
@@ -46,7 +46,7 @@ QString tableLine(bool wide, const QString& area, const QString& watched, const 
     return line + written;
 }
 
-/// As many of the texts as fit, with a word for the rest.
+/// As many of the texts as fit, with a word about the rest.
 QString fitting(const QString& head, const QStringList& texts, qint64 count, int width)
 {
     QString line = head;
@@ -93,7 +93,7 @@ QString LiveContent::changedText(int width) const
                          .arg(change.value)
                          .arg(agoText(change.since.elapsed() / 1000)));
     QString line = QStringLiteral("changed:");
-    for (const QString& text : texts) { // the latest stand first, so the rest is of no interest
+    for (const QString& text : texts) { // the latest come first, so the rest does not matter
         if (line.size() + 2 + text.size() > width)
             break;
         line += QStringLiteral("  ") + text;

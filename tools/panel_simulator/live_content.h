@@ -1,4 +1,4 @@
-// Words what the live view shows of a running panel, for a terminal of any width.
+// Composes the text that the live view shows of a running panel, for a terminal of any width.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -9,11 +9,11 @@
 
 #include <deque>
 
-/// Remembers which cells changed since it was made, or since the panel was started again.
+/// Remembers which cells changed since its construction or the panel's last restart.
 class LiveContent
 {
 public:
-    /// `session` stays the caller's.
+    /// The caller owns `session`.
     explicit LiveContent(const Session& session) : session(session), seen(session.panel().areas) {}
 
     /// The mode, the countdown to the next cyclic call and the syncs; each area with its file; the cells that

@@ -16,7 +16,7 @@
 
 #include <curses.h>
 
-// It defines macros of common names.
+// curses.h defines macros with common names.
 #undef lines
 #undef timeout
 
@@ -33,8 +33,7 @@ void noteInterrupt(int)
     interrupted = 1;
 }
 
-/// The terminal in ncurses' hands; ncurses itself gives it back and takes it again around Ctrl-Z, and follows
-/// its size.
+/// Hands the terminal to ncurses, which restores it around Ctrl-Z and follows its size.
 class Screen
 {
 public:
@@ -62,7 +61,7 @@ public:
     Screen(const Screen&) = delete;
     Screen& operator=(const Screen&) = delete;
 
-    /// False on a terminal that is not known, or whose cursor cannot be moved.
+    /// False on an unknown terminal, or one whose cursor cannot be moved.
     bool isOpen() const { return terminal && tigetstr("cup"); }
 
 private:
@@ -70,11 +69,11 @@ private:
     struct sigaction before = {};
 };
 
-/// A line being typed, with the earlier ones.
+/// A line being typed, and the earlier lines.
 class TypedLine
 {
 public:
-    /// True when the line is complete.
+    /// Handles a key; true when the line is complete.
     bool type(int key)
     {
         switch (key) {
@@ -124,7 +123,7 @@ public:
         return false;
     }
 
-    /// The complete line; the next one begins empty.
+    /// Takes the complete line and begins an empty one.
     QString take()
     {
         QString line = text.trimmed();
@@ -176,8 +175,8 @@ void putLine(int row, const QString& line)
     mvaddnstr(row, 0, line.toLatin1().constData(), COLS);
 }
 
-/// The view at the top, the answers below it, the line at the bottom; what there is no room for is left out
-/// from the middle. `back` is how many answers at the end are left out, too, and is kept in range.
+/// Draws the view at the top, the answers below it, and the input line at the bottom. What does not fit is
+/// left out of the middle. `back`, the number of answers left out at the end, is kept in range.
 void draw(const QStringList& view, const QStringList& log, const TypedLine& line, int& back)
 {
     erase();
@@ -226,7 +225,7 @@ bool showLive(Session& session,
     };
     bool goOn = true;
     bool opened = false;
-    QString lastLine; // cuts the power, when the terminal is given back
+    QString lastLine; // cuts the power, once the terminal is restored
     {
         std::cout.flush();
         const Screen screen;
@@ -252,7 +251,7 @@ bool showLive(Session& session,
             wtimeout(stdscr, waitMs(*session.panel().model));
             int key = getch();
             advance();
-            // Everything that is there already, before the next frame.
+            // Handles all keys that are already there before the next frame.
             for (; key != ERR && !leave && goOn; wtimeout(stdscr, 0), key = getch()) {
                 if (key == KEY_PPAGE || key == KEY_NPAGE) {
                     back += key == KEY_PPAGE ? LINES / 2 : -(LINES / 2);

@@ -11,9 +11,9 @@
 /// Whether both standard input and output are terminals that the view can be drawn on.
 bool canShowLive();
 
-/// Shows the panel until the user leaves the view with "live", Ctrl-C or the end of input. `carryOut` is
-/// given each typed line but "live" itself; it writes what there is to tell, and returns false when the panel
-/// is to stop. What it wrote is printed again when the terminal is given back, which is before a power cut.
-/// Returns whether the panel is to go on.
+/// Shows the panel until the user leaves the view with "live", Ctrl-C or the end of input. `carryOut` gets
+/// each typed line except "live" itself; it writes its answer, and returns false when the panel is to stop.
+/// The answers are printed again when the terminal is restored, which happens before a power cut. Returns
+/// whether the panel is to go on.
 bool showLive(Session& session,
               const std::function<bool(const QString& line, std::ostream& answer)>& carryOut);

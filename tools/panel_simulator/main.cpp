@@ -37,7 +37,7 @@ struct Options
     QString script; ///< empty: commands come from standard input
 };
 
-/// That of the build tree or, where there is none, the installed one.
+/// The module of the build tree or, if there is none, the installed one.
 QString moduleBesideTool()
 {
     const QDir tool(QCoreApplication::applicationDirPath());
@@ -63,7 +63,7 @@ Options readOptions(QCoreApplication& application)
         QStringLiteral(
             "\nExit status: 0; 1 when an expectation failed; 2 for usage and, from a pipe or a script,\n"
             "at the first bad command."));
-    // Not addHelpOption(): that also offers --help-all, for Qt's own options, and there are none.
+    // Not addHelpOption(), which also offers --help-all for Qt's own options, of which there are none.
     parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help.")});
     parser.addPositionalArgument(QStringLiteral("PROJECT.xml"), QStringLiteral("The panel's project."));
     const QCommandLineOption module(QStringLiteral("module"), QStringLiteral("The module binary."),
@@ -97,7 +97,7 @@ Options readOptions(QCoreApplication& application)
             parser.value(script)};
 }
 
-/// On a terminal, in one line that goes away again, once a command takes long.
+/// On a terminal, when a command takes long, shows its progress in one line that disappears again.
 class ProgressLine
 {
 public:
@@ -126,7 +126,7 @@ private:
     int width = 0;
 };
 
-/// Carries out lines, and keeps the exit status that they come to.
+/// Carries out lines, and keeps the resulting exit status.
 class Lines
 {
 public:
@@ -191,8 +191,8 @@ int runCommands(int descriptor, const Options& options, Session& session)
     return lines.exitStatus();
 }
 
-/// std::system() keeps a Ctrl-C from this program while the command runs, and most of the time of a long
-/// "set" one does.
+/// While a command runs, std::system() keeps Ctrl-C from this program, and during a long "set" that is most
+/// of the time.
 int runInShell(const char* command)
 {
     const int status = std::system(command);

@@ -1,4 +1,4 @@
-// Looks at the retention files and at the calls that write them.
+// Checks the retention files, and watches the calls that write them.
 // SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/retention_files_on_disk.h"
 
@@ -23,7 +23,7 @@ QString pathOf(std::size_t area)
                                        QLatin1String(retentionFileNames[area]));
 }
 
-/// What keeps this process from writing there; empty when nothing does.
+/// What prevents this process from writing there; empty when nothing does.
 QString refusal(const QString& path)
 {
     return access(QFile::encodeName(path).constData(), W_OK) == 0

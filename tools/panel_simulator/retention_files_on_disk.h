@@ -1,5 +1,6 @@
-// Tells what is true of the three retention files: whether they can be written, what reaches them, and which
-// values they lack. SPDX-License-Identifier: MIT
+// Reports the state of the three retention files: whether they can be written, what reaches them, and which
+// values they lack.
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "simulated_host/file_calls/file_calls.h"
@@ -16,7 +17,7 @@
 inline constexpr std::array<const char*, 3> retentionFileNames = {
     "maintenance-bit.dat", "maintenance-word.dat", "maintenance-RWI.dat"};
 
-/// One of the files as it lies in the fixed directory now.
+/// One of the files in the fixed directory, at this moment.
 struct FileOnDisk
 {
     bool exists = false;
@@ -24,19 +25,19 @@ struct FileOnDisk
     QDateTime written;
     QString problem; ///< why nothing can be written to it, such as "cannot be written: Permission denied"; or
                      ///< empty
-    bool rootOnly = false; ///< its mode lets nobody write, which does not keep root from it
+    bool rootOnly = false; ///< its mode lets only root write
 };
 
 FileOnDisk fileOnDisk(std::size_t area);
 
 /// The cells whose values the next start would not find in an image file. A file that is missing, unreadable
-/// or too short counts as zeros, which the next start makes of it.
+/// or too short counts as zeros, as at the next start.
 std::vector<int> cellsNotInImage(const MemoryArea& area, std::size_t number);
 
 /// Of each retention file.
 using WrittenBytes = std::array<qint64, 3>;
 
-/// Counts what is written into the retention files, by whomever in this process, as long as it lives.
+/// During its lifetime, counts what anything in this process writes to the retention files.
 class WriteCounter : public FileCallHook
 {
 public:

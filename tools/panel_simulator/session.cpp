@@ -1,4 +1,4 @@
-// Runs the commands on the panel and words their answers.
+// Runs the commands on the panel and composes their answers.
 // SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/session.h"
 
@@ -81,7 +81,7 @@ Session::Session(const ModuleLibrary& library, object* project, QString director
 
 void Session::start(std::ostream& out, std::ostream& errors)
 {
-    current.reset(); // the old model closes its files first
+    current.reset(); // so that the old model closes its files first
     reported = 0;
     lost = 0;
     notSaved.clear();

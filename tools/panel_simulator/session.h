@@ -10,30 +10,30 @@
 #include <memory>
 #include <ostream>
 
-/// What a command came to.
+/// The outcome of a command.
 struct CommandResult
 {
     bool goOn = true; ///< false when the panel is to stop
     QString failure;  ///< what an expectation found instead; empty for none
 };
 
-/// A panel that can be started again.
+/// A panel that can be restarted.
 class Session
 {
 public:
-    /// The library and the project stay the caller's. `directory` is the folder that the retention files
-    /// really lie in. Call start() next.
+    /// The caller owns the library and the project. `directory` is the folder that really contains the
+    /// retention files. Call start() next.
     Session(const ModuleLibrary& library, object* project, QString directory);
 
-    /// Starts a panel, and says on `out` how and on `errors` which files cannot be kept.
+    /// Starts a panel, and reports the mode on `out` and files that cannot be kept on `errors`.
     void start(std::ostream& out, std::ostream& errors);
-    /// Says on `out` what the panel's end loses.
+    /// Reports on `out` what stopping the panel loses.
     void stop(std::ostream& out) const;
-    /// What `command` does, with its answer on `out`. PowerCut does not return; Live is the terminal's
-    /// business and does nothing here.
+    /// Carries out `command`, with its answer on `out`. PowerCut does not return; Live, which is handled
+    /// elsewhere, does nothing.
     CommandResult run(const Command& command, std::ostream& out, std::ostream& errors);
 
-    /// Lets the panel's time pass. Returns what a timed save could not save, and later that it saved again;
+    /// Lets time pass for the panel. Returns what a timed save could not save, and later that it saved again;
     /// empty when there is nothing new.
     QString advance(long long elapsedMs);
 
@@ -42,7 +42,7 @@ public:
     std::vector<int> unsaved(std::size_t area) const;
     bool savesWholeAreas() const { return current->model->retentionMode == 1; }
 
-    /// Told while a command takes long: how many changes of how many are reported.
+    /// Called during long commands: `done` of `all` changes are reported.
     std::function<void(int done, int all)> progress;
 
 private:
@@ -58,10 +58,10 @@ private:
     const ModuleLibrary& library;
     object* project;
     QString directory;
-    WriteCounter written; // sees the panel's files open, so it comes before the panel
+    WriteCounter written; // declared before the panel, so that it sees the panel's files being opened
     int reported = 0;     ///< changes since the start
     int lost = 0;         ///< of these, not written
-    QString notSaved;     ///< at the last timed save
+    QString notSaved;     ///< by the last timed save
     std::unique_ptr<Panel> current;
 };
 

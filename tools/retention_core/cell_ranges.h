@@ -1,4 +1,4 @@
-// Keeps sets of cell addresses as ranges: a range costs the same whether it names one cell or two billion.
+// Keeps sets of cell addresses as ranges: a range costs the same for one cell as for two billion.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -18,12 +18,12 @@ inline bool operator==(const CellRange& a, const CellRange& b)
     return a.first == b.first && a.last == b.last;
 }
 
-/// Ascending ranges that neither overlap nor touch. A value.
+/// Ascending ranges that neither overlap nor touch. A value type.
 class CellRanges
 {
 public:
     CellRanges() = default;
-    /// The union of the ranges, in any order; those with first > last are empty and left out.
+    /// The union of the ranges, in any order; ranges with first > last are empty.
     explicit CellRanges(std::vector<CellRange> ranges);
 
     const std::vector<CellRange>& ranges() const& { return parts; }
@@ -47,7 +47,7 @@ private:
     std::vector<CellRange> parts;
 };
 
-/// The cells that lie in both.
+/// The cells that are in both.
 inline CellRanges both(const CellRanges& a, const CellRanges& b)
 {
     return a.minus(a.minus(b));

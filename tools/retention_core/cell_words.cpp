@@ -1,4 +1,4 @@
-// Reads addresses and moves from texts.
+// Parses addresses and moves.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/cell_words.h"
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-/// "AREA:ADDRESSES"; without an area the one given.
+/// Parses "AREA:ADDRESSES"; without an area, uses the one given.
 struct AreaCells
 {
     const AreaFacts* area;

@@ -1,4 +1,4 @@
-// Understands cells as people write them: addresses, ranges, areas and ranges that move.
+// Parses cells as people write them: addresses, ranges, areas and ranges that move.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-/// Such as "100", "0x64" or "100-109", inside 0 to 65535. Nothing for any other text.
+/// Parses text such as "100", "0x64" or "100-109", within 0 to 65535. Nothing for any other text.
 std::optional<CellRange> addressRange(const QString& text);
 
 /// Cells of one area that go to other places, one for one.
@@ -22,8 +22,8 @@ struct CellMove
     CellRange targets() const { return {target, target + source.last - source.first}; }
 };
 
-/// Such as "LW:100-109=LW:300" or, of the same area, "LW:100-109=300". Throws a Refusal for any other text,
-/// for bits that are to become words, and when the target leaves its area.
+/// Parses text such as "LW:100-109=LW:300" or, within one area, "LW:100-109=300". Throws a Refusal for any
+/// other text, for moves between bits and words, and when the target leaves its area.
 CellMove cellMove(const QString& text);
 
 /// Such as "LW 100 to 109 -> LW 300 to 309".

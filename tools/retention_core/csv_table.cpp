@@ -43,7 +43,7 @@ void endRow(int /*character*/, void* data)
     reading.inRow = false;
 }
 
-/// Blanks belong to the field: a text may begin with them.
+/// Blanks belong to the field, because a text may begin with them.
 int noBlank(unsigned char /*character*/)
 {
     return 0;

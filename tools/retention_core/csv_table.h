@@ -8,7 +8,7 @@
 
 #include <vector>
 
-/// A CSV file with a line of column names at its head.
+/// A CSV file with a heading line of column names.
 struct CsvTable
 {
     struct Row
@@ -17,27 +17,27 @@ struct CsvTable
         QStringList fields;
     };
 
-    QString fileName;           ///< as in messages
-    QHash<QString, int> places; ///< of the columns, by their names in lower case
-    std::vector<Row> rows;      ///< without those that are empty
+    QString fileName;           ///< for messages
+    QHash<QString, int> places; ///< of the columns, by name in lower case
+    std::vector<Row> rows;      ///< without empty ones
 
     bool has(const char* column) const { return places.contains(QLatin1String(column)); }
-    /// The field of a column, as it stands; empty where the row or the table lacks it.
+    /// The field of a column, unchanged; empty where the row or the table lacks it.
     QString field(const Row& row, const char* column) const;
-    /// Such as "tags.csv:7: " before a message.
+    /// A prefix for messages, such as "tags.csv:7: ".
     QString at(const Row& row) const { return QStringLiteral("%1:%2: ").arg(fileName).arg(row.line); }
 };
 
-/// UTF-8, with or without a byte-order mark, with commas, semicolons or tabs between the fields, as the first
-/// line has them. "-" is standard input. Throws a Refusal, with file and line, when the file cannot be read,
-/// is no CSV, lacks one of the `required` columns, names a column twice or has a row with too many fields.
-/// Other columns are kept.
+/// Reads UTF-8, with or without a byte-order mark. Fields are separated by commas, semicolons or tabs,
+/// whichever the first line uses. "-" is standard input. Throws a Refusal, with file and line, when the file
+/// cannot be read, is not CSV, lacks one of the `required` columns, names a column twice or has a row with
+/// too many fields. Other columns are kept.
 CsvTable readCsvTable(const QString& path, const QStringList& required);
 
 /// The text as one field, in quotation marks where it needs them.
 QString csvField(const QString& text);
 
-/// A spreadsheet takes a text that begins with =, +, -, @ or a control character for a formula. An apostrophe
-/// in front makes it a plain text; plainText() takes it off again.
+/// A spreadsheet takes text that begins with =, +, -, @ or a control character for a formula. An apostrophe
+/// in front makes it plain text; plainText() removes it again.
 QString withoutFormula(const QString& text);
 QString plainText(const QString& text);

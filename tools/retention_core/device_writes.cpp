@@ -28,7 +28,8 @@ DeviceWrites deviceWrites(const QString& directory, const QString& systemFolder)
                 "%1: no block device whose writes the kernel counts holds it (%2: %3). UBIFS, tmpfs, "
                 "overlays and network file systems have none.")
                 .arg(directory, counts.fileName(), counts.errorString()));
-    // Reads, merged, sectors, ms, then the same of writes; sectors are of 512 bytes whatever the device has.
+    // Reads, merged reads, sectors, milliseconds, then the same for writes. These sectors have 512 bytes on
+    // every device.
     const QList<QByteArray> fields = counts.readAll().simplified().split(' ');
     bool isRequests = false;
     bool isSectors = false;

@@ -4,7 +4,7 @@
 
 #include <QtCore/QString>
 
-/// Since the machine was started, by all programs.
+/// Written since the machine started, by all programs.
 struct DeviceWrites
 {
     QString device; ///< such as "mmcblk0p3"
@@ -12,6 +12,6 @@ struct DeviceWrites
     qint64 bytes;
 };
 
-/// Throws a Refusal when there is no such directory, or when no block device holds it, as with UBIFS, tmpfs
-/// or a file system of the network. `systemFolder` is the kernel's "/sys", or what stands in for it.
+/// Throws a Refusal when there is no such directory, or when it is not on a block device, as with UBIFS,
+/// tmpfs or a network file system. `systemFolder` is the kernel's "/sys" or, in tests, a substitute.
 DeviceWrites deviceWrites(const QString& directory, const QString& systemFolder = QStringLiteral("/sys"));

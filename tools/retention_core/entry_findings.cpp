@@ -12,7 +12,7 @@
 
 namespace {
 
-/// The entries that were folded into one block and the cells that this cost.
+/// The entries that were folded into one block, and the cells lost by that.
 struct Fold
 {
     const LayoutBlock* block = nullptr;
@@ -102,7 +102,7 @@ Finding outsideArea(const ProjectEntry& entry, const CellRanges& outside)
                         remedy);
 }
 
-/// Finds the reasons for the lost cells of one entry; those lost to a fold are gathered in `folds`.
+/// Finds why cells of one entry are lost; those lost in a folded block are collected in `folds`.
 void explainLoss(const Layout& layout, const EntryVerdict& verdict, std::vector<Finding>& findings,
                  std::map<const LayoutBlock*, Fold>& folds)
 {
@@ -162,7 +162,7 @@ Finding foldFinding(const Fold& fold, const CellRanges& lost)
     return finding;
 }
 
-/// Entries that could be removed without a loss.
+/// Finds entries that could be removed without a loss.
 void findSuperfluous(const Layout& layout, const std::vector<EntryVerdict>& verdicts,
                      std::vector<Finding>& findings)
 {
@@ -197,7 +197,7 @@ void findSuperfluous(const Layout& layout, const std::vector<EntryVerdict>& verd
     }
 }
 
-/// A double word is two words, but lengths count words.
+/// Finds double-word entries with an odd length: lengths count words, and a double word has two.
 void checkDoubleWords(const ProjectEntry& entry, std::vector<Finding>& findings)
 {
     if (entry.area->bits || entry.length() <= 0 || entry.length() % 2 == 0 ||

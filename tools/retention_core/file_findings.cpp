@@ -1,4 +1,4 @@
-// Checks a file against the layout and foretells what the next start makes of it.
+// Checks a file against the layout and predicts what the next start does with it.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/findings.h"
 #include "tools/retention_core/kept_values.h"
@@ -15,7 +15,7 @@ const char* const anotherProject =
 const char* const keepsItsLength =
     "Nothing to do when the panel itself went on with this longer file: it never shortens one.";
 
-/// The check of one file in the making.
+/// Collects the check of one file.
 struct Checking
 {
     const AreaLayout& area;

@@ -1,4 +1,4 @@
-// Finds what the user of a project and its files should change, and says how.
+// Finds what the user should change in a project or its files, and says how.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -12,7 +12,7 @@ struct Finding
 {
     enum class Severity
     {
-        Warning, ///< nothing is lost, but it is hardly meant
+        Warning, ///< nothing is lost, but it is probably not intended
         Error    ///< values are or will be lost
     };
 
@@ -31,7 +31,7 @@ struct EntryVerdict
 {
     enum class Kind
     {
-        Whole,   ///< every cell comes back; the block is its own
+        Whole,   ///< every cell comes back, in a block of its own
         Folded,  ///< shares its block with entries that overlap it
         Partial, ///< some cells come back
         None     ///< nothing comes back
@@ -39,14 +39,14 @@ struct EntryVerdict
 
     const ProjectEntry* entry = nullptr;
     Kind kind = Kind::None;
-    const LayoutBlock* block = nullptr; ///< the block that it went into; null for none
+    const LayoutBlock* block = nullptr; ///< the block that it became part of; null for none
     CellRanges lost;                    ///< its cells that do not come back
 
     Words words() const; ///< such as "folded" and "folded into block 2"
 };
 
-/// One verdict an entry, in the project's order: the entry's cells compared with the cells that are kept. In
-/// whole-area mode, where entries have no effect, there are none. Points into `layout`.
+/// One verdict per entry, in the project's order: the entry's cells compared with the cells that are kept.
+/// None in whole-area mode, where entries have no effect. The verdicts point into `layout`.
 std::vector<EntryVerdict> entryVerdicts(const Layout& layout);
 
 /// About the mode, the save period and the "DataRetention" object as a whole.
@@ -55,27 +55,27 @@ std::vector<Finding> settingsFindings(const ProjectSettings& settings);
 std::vector<Finding> entryFindings(const Layout& layout);
 /// About properties and objects that the module does not read, or reads as their defaults.
 std::vector<Finding> propertyFindings(const ProjectSettings& settings);
-/// A note that names the properties of entries that are read as their defaults and on which no file depends;
+/// A note that names properties of entries which are read as their defaults, and on which no file depends;
 /// empty for none.
 QString defaultsNote(const ProjectSettings& settings);
-/// Those about the settings, then those about the entries, then those about properties.
+/// The findings about settings, entries and properties, in that order.
 std::vector<Finding> projectFindings(const Layout& layout);
 
-/// A note that the project itself has findings, with its name at the head; empty when it has none.
+/// A note, beginning with `name`, that the project itself has findings; empty when it has none.
 QString projectNote(const Layout& layout, const char* name = "The project");
 
-/// What was found about one file.
+/// The result of checking one file.
 struct FileCheck
 {
-    QString nextStart; ///< what the module will do with it
+    QString nextStart; ///< what the module will do with the file
     std::vector<Finding> findings;
-    bool foreign = false; ///< evidently not written under this project, so that its values are doubtful
+    bool foreign = false; ///< evidently not written under this project: its values are doubtful
 };
 
 FileCheck checkFile(const Layout& layout, const RetentionFile& file);
 using FileChecks = std::array<FileCheck, areaCount>;
 FileChecks checkFiles(const Layout& layout, const RetentionFiles& files);
-/// The findings of all three areas, in order: of FileChecks or AreaReadings.
+/// The findings of all three areas, in order, from FileChecks or AreaReadings.
 template <typename OfArea> std::vector<Finding> findingsOf(const std::array<OfArea, areaCount>& areas)
 {
     std::vector<Finding> findings;

@@ -1,4 +1,4 @@
-// Decodes and encodes cells, range by range, never more of a block than lies in its area.
+// Decodes and encodes cells range by range, and of each block only what lies in its area.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/kept_values.h"
 
@@ -35,7 +35,7 @@ struct PackedCells
     qint64 length;
 };
 
-/// All that the area keeps, in the order of the file.
+/// Everything that the area keeps, in the order of the file.
 std::vector<PackedCells> packedCells(const AreaLayout& area)
 {
     std::vector<PackedCells> parts;
@@ -70,8 +70,7 @@ void decodeBits(const AreaLayout& area, const PackedCells& part, const QByteArra
     }
 }
 
-/// Cells of one or two whole bytes each, which lie next to each other: thousands of images are read in one
-/// go.
+/// Adjacent cells of one or two whole bytes each, all read in one call: there may be thousands of images.
 void decodeBytes(const AreaFacts& area, const PackedCells& part, const QByteArray& bytes, AreaValues& result)
 {
     const int cellBytes = area.bits ? 1 : 2;

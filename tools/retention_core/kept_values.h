@@ -11,9 +11,9 @@ enum class CellState : unsigned char
 {
     NotRetained, ///< the project does not keep the cell
     Kept,        ///< the value comes back at the next start
-    StartValue,  ///< 0 in the file, but in a byte of zeros, which leaves the panel's own start value alone
-    HalfWord,    ///< the file ends in the middle of the word: its low byte comes back, and 0 above it
-    NoValue      ///< the file is missing, empty or ends before the cell
+    StartValue,  ///< a 0 in a file byte of zeros, which leaves the panel's own start value alone
+    HalfWord, ///< the file ends in the middle of the word: its low byte comes back, with 0 as the high byte
+    NoValue   ///< the file is missing, empty or ends before the cell
 };
 
 /// Where a cell lies in its file.
@@ -24,10 +24,10 @@ struct FilePlace
     int mask;  ///< of its bits in these bytes
 };
 
-/// Of a cell that the area keeps, in the block that holds it.
+/// The place of a cell that the area keeps, in the block that holds it.
 FilePlace filePlace(const AreaLayout& area, const LayoutBlock& block, qint64 cell);
 
-/// Of every cell of one area. A cell without a value has the value 0.
+/// The values and states of every cell of one area. A cell without a value has the value 0.
 struct AreaValues
 {
     const AreaFacts* area = nullptr;
@@ -42,13 +42,13 @@ struct AreaValues
     CellRanges cellsIn(CellState state) const;
 };
 
-/// Reads a file of any length and contents by the layout. A file that is not readable has no values.
+/// Reads a file of any length and contents according to the layout. An unreadable file has no values.
 AreaValues areaValues(const Layout& layout, const RetentionFile& file);
 
-/// Writes the values of the cells that the area keeps into a file of at least fileLength bytes. The rest of
-/// the file stays as it is. False when the device fails.
+/// Writes the values of the cells that the area keeps to a file of at least fileLength bytes. The rest of the
+/// file is unchanged. False when the device fails.
 bool writeValues(const AreaLayout& area, const std::vector<ushort>& values, QIODevice& device);
 
-/// Number of set bits after the last cell of a per-address "LB" file, looking a few kilobytes past it; 0 for
-/// other files, and where the place of the last cell is not certain.
+/// The number of set bits in the few kilobytes after the last cell of a per-address "LB" file; 0 for other
+/// files, and when the place of the last cell is uncertain.
 qint64 strayBits(const Layout& layout, const RetentionFile& file);

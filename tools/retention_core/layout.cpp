@@ -1,4 +1,4 @@
-// Lays out the files of a project by the module's rules, and tells which cells can be relied on.
+// Lays out the files of a project by the module's rules, and tells which cells are reliable.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/layout.h"
 
@@ -24,8 +24,8 @@ std::vector<const ProjectEntry*> sortedEntries(const ProjectSettings& settings, 
     return sorted;
 }
 
-/// Negative lengths place blocks on top of each other and before the beginning of the file, where one access
-/// ends all access; and so do sums that wrap. That may reach any block of the area, so it counts for all.
+/// Negative lengths and sums that wrap place blocks on top of each other, or before the start of the file,
+/// where one access ends all further access. Any block of the area may be affected, so none is reliable.
 QString problemOf(const AreaLayout& layout, const ProjectSettings& settings)
 {
     const qint64 largest = std::numeric_limits<int>::max();
@@ -43,7 +43,7 @@ QString problemOf(const AreaLayout& layout, const ProjectSettings& settings)
     return {};
 }
 
-/// Lists in every block the entries that went into it; in one without cells, the entry that made it.
+/// Lists in every block the entries folded into it; in a block without cells, the entry that made it.
 void nameEntries(const ProjectSettings& settings, AreaLayout& layout)
 {
     for (LayoutBlock& block : layout.blocks)

@@ -1,4 +1,4 @@
-// Describes where a project's retained cells lie in its files, as the module's own rules place them.
+// Describes where a project's retained cells lie in its files, according to the module's own rules.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -14,8 +14,8 @@ struct LayoutBlock
 {
     int number = 0;           ///< in its area, from 1
     MaintenanceFileInfo info; ///< as the module places it; a count of zero or less holds nothing
-    int maker = 0;            ///< number of the entry that it was made from; 0 in whole-area mode
-    std::vector<int> entries; ///< numbers of the entries that went into it, ascending
+    int maker = 0;            ///< number of the entry whose address it keeps; 0 in whole-area mode
+    std::vector<int> entries; ///< numbers of the entries folded into it, ascending
 
     qint64 first() const { return info.address.index; }
     qint64 last() const { return first() + info.count - 1; }
@@ -27,12 +27,12 @@ struct AreaLayout
     const AreaFacts* area = nullptr;
     bool image = false;              ///< the file is an image of the area; otherwise packed blocks
     std::vector<LayoutBlock> blocks; ///< ascending by first cell
-    qint64 cells = 0;                ///< sum of the blocks' counts; what comes back of them is `kept`
+    qint64 cells = 0;                ///< sum of the blocks' counts; `kept` are those that come back
     qint64 fileLength = 0;           ///< bytes of a new file
     CellRanges kept;                 ///< cells of the area whose values come back after a power cut
-    QString problem;                 ///< why no value of the area can be relied on; empty for a sound area
+    QString problem;                 ///< why no value of the area is reliable; empty for a sound area
 
-    /// The block that an entry of this area with at least one cell went into; null for none.
+    /// The block that contains an entry of this area with at least one cell; null for none.
     const LayoutBlock* blockOf(const ProjectEntry& entry) const;
 };
 
@@ -42,12 +42,12 @@ struct Layout
     std::array<AreaLayout, areaCount> areas; ///< in the order of areaFacts
 
     const AreaLayout& of(const AreaFacts& area) const { return areas[&area - areaFacts]; }
-    /// In whole-area mode the files are images of the areas; otherwise packed blocks.
+    /// True in whole-area mode: the files are images of the areas. Otherwise they are packed blocks.
     bool images() const { return settings.mode == RetentionMode::WholeAreas; }
 };
 
 /// Cells of an area whose changes are not written in per-address mode.
 CellRanges ignoredCells(const AreaFacts& area);
 
-/// The layout that the module makes of these settings, whatever their values.
+/// The layout that the module derives from these settings, whatever their values.
 Layout makeLayout(ProjectSettings settings);

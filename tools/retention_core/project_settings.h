@@ -1,4 +1,4 @@
-// Describes what a project says about retention: the mode, the save period and the entries as configured.
+// Describes a project's retention settings: the mode, the save period and the entries as configured.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -34,20 +34,20 @@ struct ProjectSettings
     RetentionMode mode = RetentionMode::None;
     int retentionObjects = 0;          ///< number of "DataRetention" objects; the first one counts
     std::optional<quint32> saveTime;   ///< "Save Time" as configured; nothing when it is not set as a number
-    qint16 saveTimeMinutes = 0;        ///< what it means to the module
-    std::vector<ProjectEntry> entries; ///< in the project's order; of no effect in whole-area mode
-    std::vector<PropertyRemark> remarks; ///< where it is not read as it is written
+    qint16 saveTimeMinutes = 0;        ///< the minutes that the module derives from it
+    std::vector<ProjectEntry> entries; ///< in the project's order; without effect in whole-area mode
+    std::vector<PropertyRemark> remarks; ///< where the module does not read it as it is written
 
     qint64 periodMs() const { return qint64(60000) * saveTimeMinutes; }
 };
 
-/// `project` may be null. Never fails: what is missing or odd is shown by the result.
+/// `project` may be null. Never fails: the result shows what is missing or odd.
 ProjectSettings readSettings(object* project);
 
-/// From an XML file. Throws a Refusal when it cannot be read.
+/// Reads an XML file. Throws a Refusal when it cannot be read.
 ProjectSettings readSettings(const QString& projectFile);
 
-/// One thing in a fixed word for scripts and in words for people.
+/// A fixed key for scripts, and the same in words for people.
 struct Words
 {
     const char* key;

@@ -1,4 +1,4 @@
-// Words what the module does not read of a project, once for all entries that share it.
+// Reports what the module does not read in a project, once for all entries that share it.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/findings.h"
 
@@ -29,7 +29,7 @@ Wording wordingOf(const PropertyRemark& remark)
     const auto loss = remark.decisive ? Finding::Severity::Error : Finding::Severity::Warning;
     switch (remark.kind) {
     case Kind::Missing:
-        // Without an index other cells are kept than meant; the two others have usual values.
+        // Without an index, the wrong cells are kept; the two others have usual values.
         return {remark.entry > 0 ? loss : Finding::Severity::Warning, "property-missing",
                 QStringLiteral("%1 has no %2, which is read as %3.")
                     .arg(QLatin1String(inSource ? "its \"sourceAddress\"" : "it"), name, remark.readAs),

@@ -17,9 +17,9 @@ struct KnownProperty
 {
     const char* name;
     bool isText;
-    const char* readAs; ///< where it is missing or of the wrong type
+    const char* readAs; ///< when it is missing or of the wrong type
     bool decisive;      ///< the files depend on it
-    bool remarkMissing; ///< nothing else tells that it is missing
+    bool remarkMissing; ///< no other finding tells that it is missing
 };
 
 const char* const retentionName = "DataRetention";
@@ -37,7 +37,7 @@ const std::vector<KnownProperty> ofSource = {
     {"station", false, "0", false, false},    {"length", false, "0", false, false},
     {"Bit_or_Word", false, "0", false, false}};
 
-/// In lower case and without what people type differently.
+/// The name in lower case and without characters that people vary.
 QString normal(const QString& name)
 {
     QString letters;
@@ -47,7 +47,7 @@ QString normal(const QString& name)
     return letters;
 }
 
-/// How many letters must be added, removed or changed.
+/// The number of letters that must be added, removed or changed.
 int editDistance(const QString& a, const QString& b)
 {
     std::vector<int> row(static_cast<std::size_t>(b.size()) + 1);

@@ -1,4 +1,4 @@
-// Reads retention files at positions, and puts new ones in their place in one step.
+// Reads retention files at given offsets, and puts new ones in place in one step.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/retention_files.h"
 
@@ -28,7 +28,7 @@ bool syncToDisk(const QString& path)
     return ok;
 }
 
-/// A temporary folder is private; this gives it the rights of one made by mkdir.
+/// A temporary folder is private; this gives it the mode that mkdir would.
 bool setUsualRights(const QString& path)
 {
     const mode_t mask = umask(0);
@@ -36,7 +36,7 @@ bool setUsualRights(const QString& path)
     return chmod(QFile::encodeName(path).constData(), 0777 & ~mask) == 0;
 }
 
-/// One that the files in it can be told from: without the right to search it, they would seem to be missing.
+/// Whether the directory can be searched: without that permission, its files would seem to be missing.
 void requireDirectory(const QString& directory)
 {
     const QFileInfo info(directory);
@@ -130,7 +130,7 @@ void makeRetentionFiles(const QString& directory,
         if (!syncToDisk(file.fileName()))
             refuse(QStringLiteral("%1 cannot be written: %2").arg(name, lastError()));
     }
-    // rename() takes the place of an empty directory and of nothing else.
+    // rename() replaces an empty directory and nothing else.
     if (!setUsualRights(folder.path()) || !syncToDisk(folder.path()) ||
         rename(QFile::encodeName(folder.path()).constData(), QFile::encodeName(target).constData()) != 0)
         refuse(QStringLiteral("cannot be made: %1").arg(lastError()));

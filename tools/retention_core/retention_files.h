@@ -1,4 +1,4 @@
-// Opens the three retention files of a directory, and makes a directory with three new ones.
+// Opens the three retention files of a directory, and creates a directory with three new ones.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -36,16 +36,16 @@ struct RetentionFile
 /// In the order of areaFacts.
 using RetentionFiles = std::array<RetentionFile, areaCount>;
 
-/// Looks into a directory, which need not have any of the files; whatever lies in their place does no harm.
-/// Throws a Refusal when there is no such directory or it cannot be searched.
+/// Opens the files of a directory, which need not have any of them; anything else in their place does no
+/// harm. Throws a Refusal when there is no such directory or it cannot be searched.
 RetentionFiles openRetentionFiles(const QString& directory);
 
 /// Throws a Refusal when one of the files is Unreadable.
 void requireReadable(const RetentionFiles& files);
 
-/// Makes `directory`, which must be absent or empty, with the three files. It appears complete and on the
-/// disk, or not at all: they are made in a hidden folder next to it that takes its place in one step. `fill`
-/// gets each file open and empty, and answers false when it cannot be written. Throws a Refusal, also for the
-/// name "-", which elsewhere is standard output.
+/// Creates `directory`, which must be absent or empty, with the three files. It appears complete and on the
+/// disk, or not at all: the files are made in a hidden folder next to it, which then replaces it in one step.
+/// `fill` gets each file open and empty, and returns false when it cannot be written. Throws a Refusal, also
+/// for the name "-", which elsewhere is standard output.
 void makeRetentionFiles(const QString& directory,
                         const std::function<bool(const AreaFacts& area, QFile& file)>& fill);

@@ -13,7 +13,7 @@
 
 namespace {
 
-const qint64 sectorBytes = 512; // the least that any disk or flash writes at once
+const qint64 sectorBytes = 512; // the smallest unit that any disk or flash writes at once
 const int mostMessages = 20;
 
 bool isBefore(const Tag& a, const Tag& b)
@@ -129,7 +129,7 @@ Tags readTags(const QString& path)
         }
     }
     std::stable_sort(tags.tags.begin(), tags.tags.end(), isBefore);
-    const Tag* before = nullptr; // the one that reaches farthest
+    const Tag* before = nullptr; // the one that ends last
     for (const Tag& tag : tags.tags) {
         const bool shared = before && before->area == tag.area && before->cells().last >= tag.first;
         if (shared)

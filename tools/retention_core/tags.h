@@ -30,26 +30,26 @@ struct Tags
     const Tag* of(const AreaFacts& area, qint64 cell) const;
 };
 
-/// From a CSV file with the columns area, address, type, name and, if any, unit. Throws a Refusal that names
-/// every line in error, up to a few.
+/// Reads a CSV file with the columns area, address, type, name and optionally unit. Throws a Refusal that
+/// names the first few lines in error.
 Tags readTags(const QString& path);
 
-/// An area by its name, to the letter. Throws a Refusal for any other text.
+/// The area of exactly that name. Throws a Refusal for any other text.
 const AreaFacts& areaOf(const QString& text);
-/// A number from 0 to 65535. Throws a Refusal for any other text.
+/// Parses a number from 0 to 65535. Throws a Refusal for any other text.
 int addressOf(const QString& text);
 
-/// About tags of which only some cells are retained, and about those that a power cut may leave half old and
-/// half new: across the 512-byte sectors of the file, or in two blocks, which are written one after the
+/// Findings about tags of which only some cells are retained, and about those that a power cut may leave half
+/// old and half new: across 512-byte sectors of the file, or in two blocks, which are written one after the
 /// other.
 std::vector<Finding> tagFindings(const Layout& layout, const Tags& tags);
 
-/// Gathers the messages about single lines of a table, to be thrown as one Refusal.
+/// Collects messages about single lines of a table, to be thrown as one Refusal.
 class LineErrors
 {
 public:
     void add(const QString& message) { messages.append(message); }
-    /// Throws if there is any; the first few are named.
+    /// Throws if there are any, and names the first few.
     void refuseIfAny() const;
 
 private:

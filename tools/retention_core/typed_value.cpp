@@ -38,7 +38,7 @@ const std::array<KindFacts, 9> kinds = {{{Kind::Bit, "bit", 1, 0, 1},
 
 const int longestString = 131072; // an area's bytes
 const char* const highFirstText = "high-first";
-const char* const lowFirstText = "low-first"; // the usual one
+const char* const lowFirstText = "low-first"; // the default
 
 const KindFacts& factsOf(Kind kind)
 {
@@ -84,8 +84,8 @@ quint32 bcdBits(quint32 number)
     return bits;
 }
 
-/// Not finite unless the text is a number that a float holds. By Qt, because GCC 10 has no std::from_chars()
-/// for it.
+/// Not finite unless the text is a number that a float can hold. Uses Qt, because GCC 10 lacks
+/// std::from_chars() for floats.
 float floatOf(const QByteArray& text)
 {
     bool isNumber = false;
@@ -104,7 +104,7 @@ QString floatText(quint32 bits)
         return {};
     if (value == 0)
         return QLatin1String(std::signbit(value) ? "-0" : "0");
-    int digits = 0; // after the point; 8 tell each float from the next
+    int digits = 0; // after the point; 8 distinguish every two floats
     QByteArray scientific;
     do
         scientific = QByteArray::number(value, 'e', digits);
@@ -126,7 +126,7 @@ quint32 floatBits(const QString& text)
     return bits;
 }
 
-/// A lone surrogate, a control character or a byte after the end is no text that a table could carry.
+/// A table cannot hold a lone surrogate, a control character or a byte after the end of the text.
 QString stringText(const ValueType& type, const ushort* cells)
 {
     QByteArray bytes;

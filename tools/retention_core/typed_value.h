@@ -1,4 +1,4 @@
-// Says what cells mean together: numbers of one or two words, decimal digits, texts; in words and back.
+// Converts between cells and values: numbers of one or two words, decimal digits, texts.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -19,7 +19,7 @@ struct ValueType
         Float, ///< IEEE 754, two words
         Bcd,   ///< four decimal digits in one word
         Bcd32, ///< eight decimal digits in two words
-        String ///< UTF-8, two bytes a word, zero bytes after its end
+        String ///< UTF-8, two bytes per word, padded with zero bytes
     };
 
     Kind kind = Kind::UInt16;
@@ -31,16 +31,17 @@ struct ValueType
     QString text() const; ///< such as "int32", "float:high-first" or "string:20"
 };
 
-/// Of a single cell: "bit" or "uint16".
+/// The type of a single cell: "bit" or "uint16".
 ValueType cellType(bool bits);
 
-/// Such as "int32", "float:high-first" or "string:20". Throws a Refusal that says what was expected.
+/// Parses text such as "int32", "float:high-first" or "string:20". Throws a Refusal that says what was
+/// expected.
 ValueType valueTypeOf(const QString& text);
 
 /// The value of cells() cells. Null when they hold no value of this type, such as decimal digits above 9 or a
-/// text that is not UTF-8: exactly when cellsOfValue() would not give these cells back.
+/// text that is not UTF-8: exactly when cellsOfValue() would not return these cells.
 QString valueText(const ValueType& type, const ushort* cells);
 
-/// The cells of a value: a decimal number (whole ones also as 0x...), or the text itself. Throws a Refusal
+/// The cells of a value: a decimal number (a whole one also as 0x...), or the text itself. Throws a Refusal
 /// that says what was expected.
 std::vector<ushort> cellsOfValue(const ValueType& type, const QString& text);

@@ -1,4 +1,4 @@
-// Joins cells to values by tags, and takes lines of a table apart into cells.
+// Joins cells to values by tags, and splits lines of a table into cells.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_core/value_table.h"
 
@@ -15,7 +15,7 @@ std::size_t index(qint64 cell)
     return static_cast<std::size_t>(cell);
 }
 
-/// Such as "recipe[3]", after the first entry that names the cell; empty for none.
+/// A name such as "recipe[3]", from the first entry that names the cell; empty for none.
 class EntryNames
 {
 public:
@@ -84,7 +84,7 @@ bool hasAll(const AreaValues& values, const CellRange& cells)
     return true;
 }
 
-/// Takes lines one by one; what cannot be kept is thrown as a Refusal about the line.
+/// Takes lines one by one; throws a Refusal about a line that cannot be kept.
 class LineTaker
 {
 public:
@@ -163,7 +163,7 @@ private:
 AreaReading readArea(const Layout& layout, const RetentionFile& file)
 {
     AreaReading reading{areaValues(layout, file), checkFile(layout, file).findings};
-    // What follows a whole image concerns nobody; everything else may come from another project.
+    // Bytes after a whole image do not matter; any other misfit may mean another project.
     const bool wholeImage = layout.images() && file.state == RetentionFile::State::Readable &&
                             file.size >= layout.of(*file.area).fileLength;
     reading.misfit = !reading.findings.empty() && !wholeImage;

@@ -10,12 +10,12 @@
 #include <optional>
 #include <vector>
 
-/// What can be relied on in one area's files.
+/// The values of one area's file, and how reliable they are.
 struct AreaReading
 {
     AreaValues values;
     std::vector<Finding>
-        findings;        ///< those of checkFile(), and one about a bit image that holds other than bits
+        findings;        ///< those of checkFile(), and one about a bit image with bytes other than 0 and 1
     bool misfit = false; ///< the file's values may belong to other cells or to another project
 
     bool doubtful() const { return misfit || values.oddBytes > 0; }
@@ -27,32 +27,32 @@ AreaReading readArea(const Layout& layout, const RetentionFile& file);
 using AreaReadings = std::array<AreaReading, areaCount>;
 AreaReadings readAreas(const Layout& layout, const RetentionFiles& files);
 
-/// One value: that of a tag of which every cell is kept, or of a single cell.
+/// One value: of a tag of which every cell is kept, or of a single cell.
 struct ValueRow
 {
     const AreaFacts* area = nullptr;
     qint64 first = 0;
     ValueType type;
     const Tag* tag = nullptr; ///< null for a cell without a tag
-    QString name; ///< of the tag, or made from the entry's; may be empty. Of a cell of several: "name[2]"
+    QString
+        name; ///< of the tag, or derived from the entry's; may be empty. For one of several cells: "name[2]"
 
     CellRange cells() const { return {first, first + type.cells() - 1}; }
 };
 
-/// All that the project keeps in one area, by address: cell by cell and, with tags, each tag that is kept
-/// whole in one row. A tag whose cells hold no value of its type comes cell by cell, too, and is added to the
-/// findings.
+/// Passes everything that the project keeps in one area to `take`, by address: cell by cell and, with tags,
+/// one row for each tag of which every cell is kept. A tag whose cells hold no value of its type is also
+/// passed cell by cell, and added to the findings.
 void forEachValue(const Layout& layout, const AreaReading& reading, const Tags* tags,
                   std::vector<Finding>& findings, const std::function<void(const ValueRow& row)>& take);
 
-/// The value in these values; null when they hold none or none of the type.
+/// The value of the row; null when its cells hold none, or none of its type.
 QString textOf(const AreaValues& values, const ValueRow& row);
 
-/// "kept", "start-value", "no-value" or, in an area that is doubtful, "doubtful": the worst of a value's
-/// cells.
+/// "kept", "start-value", "no-value" or, in a doubtful area, "doubtful": the worst among a value's cells.
 const char* stateOf(const AreaReading& reading, const CellRange& cells);
 
-/// One line of a table of values that names a value.
+/// One line with a value from a table of values.
 struct ValueLine
 {
     int line = 0;
@@ -63,7 +63,7 @@ struct ValueLine
     std::vector<ushort> cells;
 };
 
-/// Reads a table with the columns area, address and value and, if any, type (a cell's own unless given), name
-/// and state. Lines without a value whose state is "no-value" are passed over. Throws a Refusal that names
-/// every line that cannot be kept: not retained, not of its type, a second value of a cell, a doubtful one.
+/// Reads a table with the columns area, address and value and optionally type (by default that of a cell),
+/// name and state. Lines with the state "no-value" and no value are skipped. Throws a Refusal that names the
+/// lines that cannot be kept: not retained, not of the type, a second value for a cell, doubtful.
 std::vector<ValueLine> readValueLines(const QString& path, const Layout& layout);

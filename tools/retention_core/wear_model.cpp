@@ -10,9 +10,10 @@ const qint64 kilo = 1024;
 const qint64 mega = 1024 * kilo;
 const qint64 giga = 1024 * mega;
 
-const qint64 fileBlock = 4 * kilo; // a file system writes no less of a file, except at its end
+const qint64 fileBlock = 4 * kilo; // a file system writes a file in pieces of this size, except at its end
 
-/// Pages that the blocks of a file with some changed bytes fill. Files begin with a page.
+/// The number of pages filled by those blocks of a file that contain the changed bytes. Files start on a page
+/// boundary.
 qint64 filledPages(qint64 page, qint64 offset, qint64 length, qint64 fileLength)
 {
     if (length <= 0)
@@ -30,7 +31,7 @@ qint64 sentOfFile(const Flash& flash, qint64 offset, qint64 length, qint64 fileL
     return piece * filledPages(piece, offset, length, fileLength);
 }
 
-/// The piece that a change of a cell writes: of a bit its byte, of a word its block.
+/// The piece that a change of a cell writes: for a bit its byte, for a word its block.
 WrittenPiece pieceOf(const AreaLayout& area, const LayoutBlock& block, const Flash& flash)
 {
     WrittenPiece piece;

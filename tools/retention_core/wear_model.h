@@ -1,4 +1,4 @@
-// Models how hard a project writes on its flash, and how long the flash lasts.
+// Models how much a project writes to its flash, and how long the flash lasts.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -6,43 +6,43 @@
 
 #include <vector>
 
-/// What the model assumes of the flash and of the file system on it. Sizes in bytes.
+/// What the model assumes about the flash and the file system on it. Sizes in bytes.
 struct Flash
 {
     qint64 page;               ///< smallest piece that is written
     qint64 eraseBlock;         ///< smallest piece that is erased
-    qint64 fileSystemPages;    ///< pages that the file system fills for itself with each write and its "sync"
+    qint64 fileSystemPages;    ///< pages that the file system itself fills with each write and its "sync"
     qint64 capacity;           ///< over which wear is levelled; 0 when unknown
     double enduranceCycles;    ///< erasures that an erase block survives; 0 when unknown
-    qint64 fileSystemBytes;    ///< what the file system sends to the medium for itself
+    qint64 fileSystemBytes;    ///< what the file system itself sends to the medium
     double erasuresOfSync = 0; ///< erasures that each "sync" causes, however little it writes
 };
 
-/// A kind of flash with what is usual for it.
+/// A kind of flash with its usual values.
 struct Medium
 {
     const char* key;        ///< "sd", "emmc", "nor" or "nand"
     const char* name;       ///< for people
-    const char* levelledBy; ///< what spreads its erasures over the whole
+    const char* levelledBy; ///< what spreads its erasures over the whole capacity
     Flash flash;
 };
 extern const std::vector<Medium> media;
 
-/// Cells that retention writes in one piece, with the piece.
+/// The cells that retention writes in one piece, and that piece.
 struct WrittenPiece
 {
     const AreaLayout* area = nullptr;
     const LayoutBlock* block = nullptr;
-    CellRanges cells;     ///< whose changes write it; "LB" 60100, whose changes are never written, is not one
+    CellRanges cells;     ///< whose changes write it; never "LB" 60100, whose changes are not written
     qint64 fileBytes = 0; ///< one byte for a bit, the whole block for a word
     qint64 filePages = 0; ///< pages of the flash that these bytes fill
     qint64 sentBytes = 0; ///< of the file that are sent to the medium
 };
 
-/// Of a project with entries, in the order of the files; none for a block that keeps no cell.
+/// The pieces of a project with entries, in the order of the files; none for a block that keeps no cell.
 std::vector<WrittenPiece> writtenPieces(const Layout& layout, const Flash& flash);
 
-/// One way in which writes may fall: what one of them costs, or the mean of many.
+/// One pattern of writes: the cost of one of them, or the mean of many.
 struct WriteCase
 {
     enum class Kind
@@ -64,18 +64,18 @@ struct WriteCase
     {
         return (filePages + systemPages) * static_cast<double>(flash.page);
     }
-    /// Erase blocks' worth, and what "sync" erases besides.
+    /// The erase blocks that these bytes fill, and the additional erasures of "sync".
     double erasures(const Flash& flash) const
     {
         return flashBytes(flash) / static_cast<double>(flash.eraseBlock) + flash.erasuresOfSync;
     }
 };
 
-/// Even and Worst of a project with entries, the Save of one with whole areas; none when nothing is written.
+/// Even and Worst for a project with entries, Save for one with whole areas; none when nothing is written.
 std::vector<WriteCase> writeCases(const Layout& layout, const Flash& flash);
 
-/// Writes that the flash survives with its erasures spread over the whole capacity; 0 when it is not known
-/// enough.
+/// The number of writes that the flash survives if its erasures are spread over the whole capacity; 0 when
+/// too little is known.
 double writesLevelled(const Flash& flash, const WriteCase& each);
-/// Writes that it survives when each erases the same block; 0 when its endurance is unknown.
+/// The number of writes that it survives if each erases the same block; 0 when its endurance is unknown.
 double writesInPlace(const Flash& flash);

@@ -1,5 +1,5 @@
-// Describes a command: arguments, options and help, and the function that runs it. The commands stand in
-// commands/, each in the file of its name.
+// Describes a command: arguments, options and help, and the function that runs it. Each command is in the
+// file of its name in commands/.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -20,9 +20,9 @@ struct Argument
     enum class Kind
     {
         Project,      ///< an XML file
-        Files,        ///< a directory of retention files; one that cannot be read is refused
-        FilesAsFound, ///< the same, but the command itself deals with files that cannot be read
-        Path          ///< anything that the command opens itself
+        Files,        ///< a directory of retention files; refused when a file cannot be read
+        FilesAsFound, ///< the same, but the command itself handles files that cannot be read
+        Path          ///< whatever the command opens itself
     };
     enum class Count
     {
@@ -41,14 +41,14 @@ struct Option
     enum class Kind
     {
         Optional,
-        Required,  ///< stands in the usage line
+        Required,  ///< shown in the usage line
         Repeatable ///< may be given several times; a command gets the values joined by commas
     };
 
     const char* name;            ///< "output" may also be given as -o
     const char* value;           ///< name of its value; null for a switch
-    const char* description;     ///< in the help; followed by what is usual
-    const char* usual = nullptr; ///< its value when it is not given; null for none
+    const char* description;     ///< in the help, which adds the default
+    const char* usual = nullptr; ///< the default value; null for none
     Kind kind = Kind::Optional;
 };
 
@@ -64,7 +64,7 @@ struct Inputs
     std::vector<Project> projects;     ///< in the order of the arguments
     std::vector<RetentionFiles> files; ///< in the order of the arguments
     QStringList paths;                 ///< in the order of the arguments
-    QHash<QString, QString> options;   ///< those given and those with a usual value, without the dashes
+    QHash<QString, QString> options;   ///< those given and those with a default, without the dashes
 
     const Layout& layout() const { return projects.front().layout; }
     bool has(const char* option) const { return options.contains(QLatin1String(option)); }
@@ -77,7 +77,7 @@ struct Command
     std::vector<Argument> arguments;
     const char* summary;
     const char* description;
-    const char* examples; ///< one a line, without the names of tool and command
+    const char* examples; ///< one per line, without the names of tool and command
     std::vector<Option> options;
     Report (*run)(const Inputs& inputs); ///< throws a Refusal
 };
@@ -85,11 +85,11 @@ struct Command
 /// All commands, in the order in which the help names them.
 const std::vector<const Command*>& commands();
 
-/// Null when there is none of that name.
+/// The command of that name; null for none.
 const Command* commandNamed(const QString& name);
 
-/// The usual values of the command's options.
+/// The default values of the command's options.
 QHash<QString, QString> usualOptions(const Command& command);
 
-/// The tags of the option "tags"; none without it. Throws a Refusal.
+/// The tags that the option "tags" names; none without it. Throws a Refusal.
 std::optional<Tags> tagsOf(const Inputs& inputs);

@@ -1,4 +1,4 @@
-# Completion of retention_inspector for bash: source it, or install it as
+# Completes retention_inspector's command line in bash: source it, or install it as
 # /usr/share/bash-completion/completions/retention_inspector.
 _retention_inspector() {
     local commands="layout show check migrate diff wear map export import compare report"

@@ -19,7 +19,7 @@ namespace {
 
 const int findingStatus = 1;
 const int refusalStatus = 2;
-const unsigned long watchMs = 500; // between two looks at watched files
+const unsigned long watchMs = 500; // between two checks of watched files
 
 const char* const programName = "retention_inspector";
 const char* const statusHelp = "Exit status: 0 clean, 1 findings, 2 usage or unreadable input.";
@@ -100,7 +100,7 @@ QString callText(const Command& command)
 
 QString commandHelp(const QCommandLineParser& parser, const Command& command)
 {
-    // The parser's own text begins with a usage line that knows nothing of commands.
+    // The parser's own text begins with a usage line without commands.
     const QString text = parser.helpText();
     QString help =
         QStringLiteral("Usage: %1 %2 [options]\n").arg(QLatin1String(programName), callText(command)) +
@@ -180,7 +180,7 @@ Inputs readInputs(const Command& command, const QCommandLineParser& parser)
     return inputs;
 }
 
-/// On a terminal, unless its user does not want any (https://no-color.org).
+/// True on a terminal, unless the user turned colour off (https://no-color.org).
 bool wantsColour(int descriptor)
 {
     return isatty(descriptor) != 0 && qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb";
@@ -197,7 +197,7 @@ void requireArguments(const Command& command, const QCommandLineParser& parser, 
         throw Refusal(QStringLiteral("expected: ") + callText(command) + seeHelp);
 }
 
-/// What is in the files and how they are, in one piece, to tell whether anything changed.
+/// The contents and states of the files in one byte array, to tell whether anything changed.
 QByteArray contentsOf(const Inputs& inputs)
 {
     QByteArray contents;
@@ -208,7 +208,7 @@ QByteArray contentsOf(const Inputs& inputs)
     return contents;
 }
 
-/// Prints what changes in the command's files as long as it is let. `out` comes first.
+/// Prints `out`, then what changes in the command's files, until interrupted.
 [[noreturn]] void watchFiles(const Command& command, const QCommandLineParser& parser, Report shown,
                              const QString& out)
 {
@@ -230,7 +230,7 @@ QByteArray contentsOf(const Inputs& inputs)
     }
 }
 
-/// Runs a command with its words, the first of which is its name; returns the exit status.
+/// Runs a command line, of which the first word is the command's name; returns the exit status.
 int runCommand(const Command& command, const QStringList& words, QString& out)
 {
     QCommandLineParser parser;
@@ -268,7 +268,7 @@ int runCommand(const Command& command, const QStringList& words, QString& out)
     }
     if (inputs.has("watch"))
         watchFiles(command, parser, std::move(report), out);
-    if (besideProduct) { // has standard output for itself
+    if (besideProduct) { // the product has standard output for itself
         print(out, stderr);
         out = QString::fromUtf8(report.product);
     } else if (csv && report.csvTable != QLatin1String("findings") &&

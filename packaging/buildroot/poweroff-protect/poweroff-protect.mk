@@ -1,8 +1,8 @@
-# Builds the module for a panel's image with Buildroot (Qt 5). Untried: nobody has run make on it yet. The CMake call that it
-# makes is the one that scripts/package makes for a foreign processor.
+# Builds the module for a panel's image with Buildroot (Qt 5). Untried: nobody has run make on it yet. It calls CMake as
+# scripts/package does for a foreign processor.
 #
-# Lay the folder into package/ of a Buildroot or of an external tree, name it in the Config.in there, and lay the source
-# archive of scripts/package beside this file.
+# Copy the folder into package/ of a Buildroot or of an external tree, name it in the Config.in there, and put the source
+# archive of scripts/package next to this file.
 # SPDX-License-Identifier: MIT
 POWEROFF_PROTECT_VERSION = 1.1.0
 POWEROFF_PROTECT_SOURCE = poweroff-protect-$(POWEROFF_PROTECT_VERSION).tar.xz

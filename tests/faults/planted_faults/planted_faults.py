@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Plants faults in copies of the module's sources: the sweeps must find each one, and say what it is.
+"""Plants faults in copies of the module's sources: the sweeps must find each one with its own message.
 
     planted_faults.py write SOURCE COPY    copies one source with its faults, which PLANTED_FAULT then names
     planted_faults.py try MODULE STORAGE_TEST MEMORY_TEST HOSTILE_TEST
@@ -16,8 +16,8 @@ import unittest
 STORAGE, MEMORY, HOSTILE = "storage", "memory", "hostile"
 ONE, PAIRS, STOPS = ".LeaveExactly*", ".InPairs*", ".BeforeTheProcessStops*"
 
-# (name, sweep, its test and life, what it must say, [(source, text, the text with the fault)]).
-# The faulty text asks FAULT, which is true when this fault is planted.
+# (name, sweep, its test and life, the expected message, [(source, text, the text with the fault)]). The faulty text uses
+# FAULT, which is true when this fault is planted.
 FAULTS = [
     ("a look that failed means that there is no file", STORAGE, ONE + "PerAddressLifeWithKeptFiles",
      r"files\[a\](.|\n)*stat call",
@@ -140,7 +140,7 @@ class PlantedFaults(unittest.TestCase):
     tests = {}
 
     def sweep(self, fault, sweep, filter_):
-        """Runs one sweep over the module with the fault; its status and what it said."""
+        """Runs one sweep over the module with the fault; returns its status and output."""
         environment = dict(os.environ, MODULE_UNDER_TEST=self.module, PLANTED_FAULT=fault)
         run = subprocess.run([self.tests[sweep], f"--gtest_filter=*{filter_}"], env=environment, text=True,
                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=300)

@@ -4,10 +4,10 @@
 
   check_page.py INSPECTOR SOURCE_DIR SCRATCH [--pictures]
 
-A sample with tags and one with hostile names are made. Checked for each: no message on the console; the filter shows the
-rows that it should and no others; nothing is wider than a window of 390 or 1,400 pixels, light and dark; without script
-all rows are there; on paper every page is A4, every word lies inside of its page and every value is printed. With
---pictures it leaves pictures of all of that in SCRATCH. Exit status: 0 fine, 1 findings, 77 no Chromium here.
+Makes a sample with tags and one with hostile names, and checks each: no message on the console; the filter shows the right
+rows and no others; nothing is wider than a window of 390 or 1,400 pixels, light and dark; without script all rows are
+there; on paper every page is A4, every word lies inside its page and every value is printed. With --pictures it leaves
+pictures of all this in SCRATCH. Exit status: 0 fine, 1 findings, 77 no Chromium here.
 """
 import argparse
 import json
@@ -19,7 +19,7 @@ import sys
 
 HOSTILE = '"><img src=x onerror=document.title=1><script>document.title=2</script>&amp;\'</title></table>'
 LONG_NAME = "a_name_without_a_blank_" * 5 + ".xml"
-# Answers what only a running page knows; stands in a copy of the page, from which the ban on other scripts is taken.
+# Measures what only a running page knows; added to a copy of the page without the ban on other scripts.
 PROBE = """<script>
 function shown() { return [...document.querySelectorAll('#values tbody tr')].filter(r => r.offsetHeight > 0).length }
 var answer = {all: shown(), images: document.images.length, scripts: document.scripts.length,

@@ -1,4 +1,4 @@
-// Subsets and orders of what was pending.
+// Enumerates subsets and orders of the pending operations.
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/cut_states.h"
 
@@ -10,7 +10,7 @@ namespace {
 
 using Ops = std::vector<DiskOp>;
 
-/// The contents that one file may come out with, and whether they end in old bytes of the medium.
+/// The contents that one file may have after the cut, and whether they end in old bytes of the medium.
 struct Outcomes
 {
     std::vector<std::pair<QByteArray, bool>> contents;
@@ -32,8 +32,8 @@ bool changesNothing(const DiskFile& file, const DiskOp& op)
     return isData(op) && file.data.mid(static_cast<int>(op.offset), op.bytes.size()) == op.bytes;
 }
 
-/// Leaves out data that has no effect in any order. A write of the same bytes has one when another write of
-/// the sector or a change of the length may come before it.
+/// Drops data without effect in any order. Writing the same bytes has an effect when another write of the
+/// sector or a change of the length may come before it.
 Ops effectiveOps(const DiskFile& file, const Ops& ops)
 {
     if (!std::all_of(ops.begin(), ops.end(), isData))
@@ -78,7 +78,7 @@ void addOrderedSubsets(const DiskFile& file, const Ops& left, std::set<QByteArra
     }
 }
 
-/// Marks what arrives: a part of everything, a beginning, an end, all but one, or one alone.
+/// Marks what arrives: a random part, a beginning, an end, all but one, or one alone.
 std::vector<bool> randomArrivals(std::size_t count, RandomSource& random)
 {
     const int size = static_cast<int>(count);

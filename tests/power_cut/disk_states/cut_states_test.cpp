@@ -1,4 +1,4 @@
-// The enumeration of disk states: nothing that a cut can leave is missing, nothing else is in it.
+// Tests the enumeration of disk states: it has every state that a cut can leave, and no other.
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/cut_states.h"
 
@@ -106,7 +106,7 @@ TEST(CutStates, WithoutItsNewDirectoryThereIsNoFile)
                 UnorderedElementsAre("no directory", "missing", ""));
 }
 
-/// What the write of these bytes past the end of a file is recorded as.
+/// The record of writing these bytes past the end of a file.
 std::vector<DiskOp> growingWrite(FileId file, qint64 offset, const QByteArray& bytes)
 {
     return {{Kind::GrowTo, file, {}, {}, offset + bytes.size(), offset},

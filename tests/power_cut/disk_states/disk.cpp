@@ -1,4 +1,4 @@
-// Changes of the disk, one by one.
+// Applies changes to the disk, one by one.
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/disk.h"
 
@@ -99,7 +99,7 @@ void DiskFile::apply(const DiskOp& op)
         length = op.length;
         break;
     case DiskOp::Kind::GrowTo:
-        if (!op.bytes.isEmpty()) { // for what lies past the end alone
+        if (!op.bytes.isEmpty()) { // only for what lies past the end
             const int end = asSize(std::max(length, op.offset));
             if (data.size() < end)
                 data.append(QByteArray(end - data.size(), '\0'));

@@ -1,4 +1,4 @@
-// What a program does to the disk, and what the disk then holds.
+// Models what a program does to the disk, and what the disk then holds.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -9,7 +9,7 @@
 #include <set>
 #include <vector>
 
-/// Identity of a file, whatever its name.
+/// The identity of a file, whatever its name.
 using FileId = int;
 
 /// One change of the disk, in the project directory. A write is one GrowTo, if it reaches past the end of the
@@ -22,14 +22,14 @@ struct DiskOp
         Make,          ///< an empty file
         Rename,        ///< `name` to `newName`, over any file of that name
         Remove,
-        SyncNames, ///< changes of names before it are durable
-        SyncFile,  ///< changes in the file before it are durable; its name need not be
-        SetLength, ///< what lies past it is gone; new bytes are zero
+        SyncNames, ///< earlier changes of names are durable
+        SyncFile,  ///< earlier changes in the file are durable; its name need not be
+        SetLength, ///< truncates the file, or extends it with zeros
         GrowTo,    ///< `length` at least, by a write that begins at `offset`
         Data
     };
     Kind kind;
-    FileId file = 0; ///< of Make and of what happens in files
+    FileId file = 0; ///< of Make and of operations in files
     QString name = {};
     QString newName = {};
     qint64 length = 0;
@@ -40,9 +40,10 @@ struct DiskOp
     QString text() const;
 };
 
-/// The pieces of it that a cut may keep or lose, each for itself: Data and GrowTo by sectors of 512 bytes.
+/// The pieces of the operation that a cut may keep or lose separately: Data and GrowTo by sectors of 512
+/// bytes.
 std::vector<DiskOp> atomsOf(const DiskOp& op, qint64 lengthBefore);
-/// GrowTo with old bytes of the medium for everything that the write covers.
+/// The GrowTo with old bytes of the medium for everything that its write covers.
 DiskOp withStaleBytes(DiskOp growTo);
 
 /// What a start finds: the directory and its files.
@@ -72,6 +73,6 @@ struct Disk
 
     void apply(const DiskOp& op);
     DiskImage image() const;
-    /// Drops the bytes of files that have no name and that no such operation is about.
+    /// Drops the bytes of files without a name that no pending operation concerns.
     void forgetNameless(const std::vector<DiskOp>& pending);
 };

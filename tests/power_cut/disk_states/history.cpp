@@ -1,4 +1,4 @@
-// Going through the cut points of a panel's lives.
+// Goes through the cut points of a panel's lives.
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/history.h"
 
@@ -8,11 +8,11 @@
 namespace {
 
 const int samplesOfCutPoint = 24;
-/// About so many at most, for the sake of many lives.
+/// About the largest number per life, so that there are many lives.
 const int cutPointsOfLife = 25;
 
-/// Files of an earlier time: missing, empty, shorter, longer, as long as those of this mode or of the other
-/// one. Half a word at the end of a file, which the module never writes, could come back with half a change.
+/// Earlier files: missing, empty, shorter, longer, as long as those of this mode or of the other one. Never
+/// half a word at the end of a file, which the module never writes: it could come back with half a change.
 DiskImage randomFiles(const RetainedCells& cells, RandomSource& random)
 {
     DiskImage image;
@@ -143,7 +143,7 @@ void History::live()
     for (std::size_t i = 0; i < life->events.size() && !isFull(); ++i) {
         const Event& event = life->events[i];
         state.apply(event);
-        // All that was written is promised now, and every state is to be checked again.
+        // Everything written is promised now, so every state must be checked again.
         if (event.kind == Event::Kind::End)
             checked.clear();
         if (random.oneIn(eventsOfCut))

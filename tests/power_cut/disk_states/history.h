@@ -1,4 +1,4 @@
-// Lets panels live, each life ended by a cut of which every possible disk state is started.
+// Runs lives of panels, and starts the module on the disk states that a cut at each instant could leave.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -13,15 +13,14 @@ struct Totals
     struct OfKind
     {
         qint64 states = 0;
-        qint64 atStake =
-            0; ///< values that were changed and kept in the life that led to the state, summed up
+        qint64 atStake = 0; ///< values that were changed and kept in the life that led to the state, summed
     };
     std::array<OfKind, projectKinds> kinds;
     quint64 panels = 0;
     qint64 retainedCells = 0;
     qint64 cutPoints = 0;
-    qint64 exhausted = 0; ///< cut points of which all states were started
-    qint64 kept = 0;      ///< changes and saves that the module returned from
+    qint64 exhausted = 0; ///< cut points at which all states were started
+    qint64 kept = 0;      ///< changes and saves from which the module returned
     int mostChanges = 0;  ///< in one life
     int mostSaves = 0;    ///< in one life
     qint64 compared = 0;  ///< values
@@ -34,17 +33,17 @@ struct Totals
 struct RunPlan
 {
     qint64 states = 0;
-    quint64 seed = 1;          ///< fixes everything
-    bool stopWhenLost = false; ///< nothing more is started after something was lost
+    quint64 seed = 1;          ///< determines everything
+    bool stopWhenLost = false; ///< starts nothing more after something was lost
     int changesOfLongLife = 70001;
     int savesOfLongLife = 301;
 };
 
-/// Lets panels of all kinds live, the first two of them long, until enough states were started.
+/// Runs panels of all kinds, the first two with long lives, until enough states were started.
 Totals runHistories(const ModuleLibrary& library, const RunPlan& plan, Findings& findings,
                     const std::function<void(qint64)>& progress);
 
-/// One panel. `library`, `findings` and `totals` stay the caller's.
+/// One panel. The caller owns `library`, `findings` and `totals`.
 class History
 {
 public:
@@ -55,12 +54,12 @@ public:
         qint64 mostStates; ///< of this kind, in all histories
     };
 
-    /// `number` chooses the random numbers; with the seed and `kind` it fixes everything.
+    /// `number` selects the random numbers; with the seed and `kind` it determines everything.
     History(const ModuleLibrary& library, const RunPlan& plan, quint64 number, Kind kind, Findings& findings,
             Totals& totals);
 
-    /// Lives a few lives. The first begins without a project directory or on random files, each further one
-    /// on a random state of the life before.
+    /// Runs a few lives. The first begins without a project directory or on random files, each further one on
+    /// a random state of the life before.
     void run();
 
 private:

@@ -1,4 +1,4 @@
-// Events of a life as they come.
+// Records the events of a life as they happen.
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/life.h"
 
@@ -10,7 +10,7 @@ namespace {
 
 const int mostLines = 3;
 
-/// Every so many changes the whole disk is judged.
+/// The number of changes after which the whole disk is judged.
 const int changesBetweenFullChecks = 1000;
 
 class LifeRecorder : public LoadLog
@@ -256,7 +256,7 @@ RecordedLife recordLife(const ModuleLibrary& library, object* project, const Ret
         Load load(panel, cells, random, *life);
         life->lose(QStringLiteral("first start: "), startPanel(panel, cells, found.files, random));
         int windowSteps = plan.windowSteps;
-        // A load that keeps nothing ends all the same.
+        // A load that keeps nothing must end as well.
         const int mostSteps = std::max(plan.steps, 2 * plan.changes);
         for (int i = 0; i < mostSteps && (i < plan.steps || life->soFar().kept < plan.changes); ++i) {
             if (plan.windowBegin > 0 && life->soFar().kept >= plan.windowBegin) {

@@ -14,7 +14,7 @@ struct Event
     enum class Kind
     {
         Op,
-        Sync, ///< all before it is on the disk
+        Sync, ///< everything before it is on the disk
         Begin,
         End
     };
@@ -25,18 +25,17 @@ struct Event
     QString text() const;
 };
 
-/// What is on the disk, and what is promised, after some events.
+/// The disk and the promise after some events.
 struct LifeState
 {
     LifeState(const RetainedCells& cells, const DiskImage& found, Disk disk);
 
     void apply(const Event& event);
-    /// The disk with all that was written.
+    /// The disk with everything written.
     Disk written() const;
     /// Files that are shorter than they must be.
     QStringList shortened(const Files& files) const;
-    /// How far the files of a state are judged: what a growing file shows past its synced end may be
-    /// anything.
+    /// How far the files of a state are judged: past its synced end, a growing file may show anything.
     JudgedBytes judged(const DiskImage& image) const;
 
     Disk synced;
@@ -50,11 +49,11 @@ private:
     std::map<QString, qint64> lengths; ///< the least
 };
 
-/// How long a panel lives, and which part of it the disk states are made from.
+/// The length of a life, and the part of it from which disk states are made.
 struct LifePlan
 {
     int steps = 0;
-    int changes = 0;     ///< goes on, past `steps`, until so many changes or saves are kept
+    int changes = 0;     ///< continues past `steps` until so many changes or saves are kept
     int windowBegin = 0; ///< in changes kept; 0: the whole life is the window
     int windowSteps = 0;
 };
@@ -65,13 +64,13 @@ struct RecordedLife
     std::vector<Event> events; ///< of the window
     int eventsBefore = 0;
     int kept = 0;     ///< changes or saves
-    QStringList lost; ///< what the life itself showed
+    QStringList lost; ///< found during the life itself
 };
 
-/// Starts a panel on `found` and lets it work, until something is lost.
+/// Starts a panel on `found` and makes it work until something is lost.
 RecordedLife recordLife(const ModuleLibrary& library, object* project, const RetainedCells& cells,
                         const DiskImage& found, const LifePlan& plan, RandomSource& random);
 
-/// Starts a panel whose memory is random; a line for everything in all of the memory and in the files that is
-/// not what the start must make of it.
+/// Starts a panel with random memory. Returns a line for everything in its whole memory and in the files that
+/// is not as the start must leave it.
 QStringList startPanel(Panel& panel, const RetainedCells& cells, const Files& found, RandomSource& random);

@@ -1,4 +1,4 @@
-// power_cut_disk_states: starts the module on the disk states that a cut could leave and checks what it
+// Runs power_cut_disk_states: starts the module on the disk states that a cut could leave, and checks what it
 // restores.
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/history.h"
@@ -61,7 +61,7 @@ Options readOptions(int argc, char** argv)
             parser.value(QStringLiteral("evidence"))};
 }
 
-/// Tells on a terminal how far the run is.
+/// Shows the progress of the run on a terminal.
 void showProgress(qint64 done, qint64 states)
 {
     static QElapsedTimer sinceLast;

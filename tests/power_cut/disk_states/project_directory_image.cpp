@@ -1,4 +1,4 @@
-// The project directory as an image and back.
+// Reads the project directory into an image, and writes one back.
 // SPDX-License-Identifier: MIT
 #include "simulated_host/private_directory.h"
 #include "simulated_host/remove_directory.h"

@@ -1,4 +1,4 @@
-// The hook that turns file calls into operations on the disk.
+// Turns file calls into operations on the disk.
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/recorder.h"
 
@@ -26,7 +26,7 @@ struct Recording
 };
 Recording recording;
 
-/// The name in the project directory; null outside of it, and when nothing is recorded.
+/// The name in the project directory; null outside it, and when nothing is recorded.
 const char* recordedName(const char* path)
 {
     const std::size_t length = std::strlen(fixedProjectDirectory);
@@ -68,7 +68,7 @@ void recordData(FileId file, qint64 lengthBefore, qint64 offset, const QByteArra
     recording.sink({DiskOp::Kind::Data, file, {}, {}, 0, offset, bytes});
 }
 
-/// Looks at files before a call, and records what the call did to them.
+/// Checks files before a call, and records what the call did to them.
 class RecordingHook : public FileCallHook
 {
 public:

@@ -1,4 +1,4 @@
-// Records what this process does to the project directory, through whichever library.
+// Records what this process does to the project directory, through any library.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -6,9 +6,9 @@
 
 #include <functional>
 
-/// While it exists, every change of the project directory by any library in this process goes to `sink`,
-/// after it was made. One at a time, in one thread. Writes by other means than the usual calls (mmap, stdio
-/// buffers) are not seen: compare the record with the directory.
+/// While it exists, passes every change of the project directory by any library in this process to `sink`,
+/// after the change. Only one Recorder at a time, in one thread. Writes by other means than the usual calls
+/// (mmap, stdio buffers) are not seen: compare the record with the directory.
 class Recorder
 {
 public:
@@ -26,5 +26,5 @@ private:
 
 /// The project directory as it is.
 DiskImage readProjectDirectory();
-/// Makes the project directory that, and nothing else. Nothing of it is recorded.
+/// Gives the project directory exactly these contents, without recording it.
 void writeProjectDirectory(const DiskImage& image);

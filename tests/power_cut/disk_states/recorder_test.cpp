@@ -1,4 +1,4 @@
-// The recorder sees whatever is done to the project directory, through whichever library.
+// Tests that the recorder sees everything done to the project directory, through any library.
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/disk_states/recorder.h"
 
@@ -21,7 +21,7 @@ using Kind = DiskOp::Kind;
 
 const char* const path = "/usr/tavrin/project/file";
 
-/// Runs `work` on a project directory that is `before`; the record must lead to what is there afterwards.
+/// Runs `work` on the project directory `before`; the record must lead to what is there afterwards.
 template <typename Work> std::vector<DiskOp> recordOf(const DiskImage& before, Work work)
 {
     writeProjectDirectory(before);

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The emulated machine: its power goes on, its serial line is read, its power goes away."""
+"""Runs the emulated machine: switches it on, reads its serial line, cuts its power."""
 import json
 import queue
 import shutil
@@ -11,25 +11,25 @@ from dataclasses import dataclass
 
 from serial_log import StartLog
 
-STUCK_SECONDS = 3600  # far more than a busy machine needs for anything
+STUCK_SECONDS = 3600  # far more than anything takes on a busy machine
 
 
 class EmulatorFailure(Exception):
-    """The emulated machine does not come as far as starting the panel."""
+    """The emulated machine did not get as far as starting the panel."""
 
 
 @dataclass(frozen=True)
 class Machine:
-    """A machine with the panel's storage in it. Its files lie in the folder of assembled parts."""
+    """A machine with the panel's storage. Its files are in the folder of assembled parts."""
 
-    storage: str  # the file system, and as the guest's PANEL_STORAGE
-    medium: str  # as told to people
+    storage: str  # the file system, as in the guest's PANEL_STORAGE
+    medium: str  # for people
     blank_image: str  # a storage image with an empty file system
     console: str
-    # What makes up the machine; {parts}, {image} and {write_log} are filled in.
+    # The machine's options; {parts}, {image} and {write_log} are filled in.
     arguments: tuple
-    # The flash chip of this emulator answers before its write is in the image file, and the logged disk before its write
-    # is in the log; halting the machine first completes those writes. The other disk answers when they are complete.
+    # This emulator's flash chip answers before its write is in the image file, and the logged disk before its write is in
+    # the log; halting the machine first completes those writes. The other disk answers when they are complete.
     halt_before_cut: bool
     mark_device: str = ""  # where the guest makes its marks
 
@@ -64,11 +64,11 @@ def write_log_of(image):
 
 
 class Emulator:
-    """A machine that was switched on. Leaving the `with` block kills what is still running."""
+    """A running machine. Leaving the `with` block kills it."""
 
     def __init__(self, machine, parts, image, log_path, state=None):
-        """With `state`, a file that save() made, it goes on from there. A machine with marks logs all writes to its disk
-        next to the image."""
+        """With `state`, a file from save(), it continues from there. A machine with marks logs all writes to its disk next to
+        the image."""
         self.log = StartLog()
         self._machine = machine
         self._control, theirs = socket.socketpair()
@@ -80,7 +80,7 @@ class Emulator:
             write_log.write_bytes(b"")
         with theirs:
             self._process = subprocess.Popen(
-                # No emulator outlives a run that is killed.
+                # Ends the emulator when the run is killed.
                 ["setpriv", "--pdeathsig", "KILL", "qemu-system-arm",
                  *(a.format(parts=parts, image=image, write_log=write_log) for a in machine.arguments),
                  "-nic", "none", "-display", "none", "-no-reboot", "-serial", "stdio",
@@ -93,7 +93,7 @@ class Emulator:
         self._waiting = False  # the guest waits for its parameters
         self._cut = False
         self._ended = False
-        # The machine stands still while its serial line is not read, so a thread does nothing else.
+        # The machine stalls while its serial line is not read, so a thread only reads it.
         self._reader = threading.Thread(target=self._read_serial_line)
         self._reader.start()
         self._command("qmp_capabilities")
@@ -122,14 +122,14 @@ class Emulator:
         self._poll("query-migrate", lambda migration: migration["status"] == "completed")
 
     def start_panel(self, parameters):
-        """Lets the guest mount its storage and start the panel. `parameters` are for guest_init."""
+        """Makes the guest mount its storage and start the panel. `parameters` are for guest_init."""
         words = {"PANEL_STORAGE": self._machine.storage, "PANEL_MARKS": self._machine.mark_device, **parameters}
         line = " ".join(f"{name}='{value}'" for name, value in words.items())
         self._process.stdin.write(line.encode("ascii") + b"\n")
         self._process.stdin.flush()
 
     def run_until(self, reached, seconds=STUCK_SECONDS):
-        """Goes on until `reached()`, for that many seconds or until the machine ends; true when it was reached."""
+        """Waits until `reached()`, for that many seconds or until the machine ends; true when it was reached."""
         deadline = time.monotonic() + seconds
         while not reached() and not self._ended:
             try:
@@ -139,7 +139,7 @@ class Emulator:
         return reached()
 
     def cut_power(self):
-        """Kills the machine; afterwards `log` holds all that it said."""
+        """Kills the machine; afterwards `log` has all its output."""
         if self._machine.halt_before_cut and self._process.poll() is None:
             self._command("stop")  # returns when every write that the processor has made is in the image file
         self._cut = self._process.poll() is None
@@ -165,7 +165,7 @@ class Emulator:
             self.log.feed(line)
 
     def _command(self, name, **arguments):
-        """What the emulator's monitor answers."""
+        """Runs a command of the emulator's monitor and returns the answer."""
         self._control.sendall(json.dumps({"execute": name, "arguments": arguments}).encode("ascii") + b"\n")
         for line in self._replies:
             reply = json.loads(line)

@@ -1,5 +1,5 @@
-// The panel inside the emulator: starts the module, says on the serial line what was restored, then changes
-// values for ever and says which changes are through.
+// Runs the panel inside the emulator: starts the module, reports on the serial line what was restored, then
+// changes values endlessly and reports which changes the module has handled.
 // SPDX-License-Identifier: MIT
 //
 // Lines, each beginning with "panel", in this order:
@@ -13,10 +13,10 @@
 //                                                   START + i * STEP: one, or 16 of a word
 //   synced NUMBER BYTES BYTES BYTES                 the module has returned from all changes up to NUMBER;
 //                                                   the lengths of the retention files
-// A change is made only after its line has left through the serial line, so whoever reads it knows everything
-// that the files can hold. When a device for marks is named, the number of lines said so far is written to
-// its last sector, past every cache of this machine, before each change and after each return. So a record of
-// all that was written to the device tells between which lines each write fell.
+// A change is made only after its line has been sent, so the reader knows everything that the files can hold.
+// If a device for marks is named, the number of lines sent so far is written to its last sector, past every
+// cache of this machine, before each change and after each return. So a log of all writes to the device tells
+// between which lines each write happened.
 #include "project_tree/project_reader.h"
 #include "simulated_host/panel.h"
 #include "tests/power_cut/support/retained_cells.h"
@@ -45,14 +45,14 @@ constexpr int sectorBytes = 512;
 class Story
 {
 public:
-    /// `device` may be null: no marks are made.
+    /// `device` may be null: then there are no marks.
     explicit Story(const char* device) : device(device ? open(device, O_WRONLY | O_DIRECT) : -1)
     {
         if (device && this->device < 0)
             fail(device);
     }
 
-    /// A line of words; end() ends it.
+    /// Prints a part of a line; end() ends the line.
     [[gnu::format(printf, 2, 3)]] void say(const char* format, ...)
     {
         std::va_list words;
@@ -66,7 +66,7 @@ public:
         ++lines;
     }
 
-    /// Returns when everything that was said has left through the serial line and is marked.
+    /// Returns when everything has been sent over the serial line and marked.
     void publish()
     {
         std::fflush(stdout);
@@ -99,7 +99,7 @@ struct Cells
     int count;
 };
 
-/// Cells that get a rising or falling series of values.
+/// Cells that get an ascending or descending series of values.
 struct Change
 {
     int number;
@@ -186,7 +186,7 @@ public:
 
     int below(int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); }
 
-    /// A series of 1 to `mostCells` cells inside the given ones.
+    /// A series of 1 to `mostCells` cells within the given ones.
     Change changeWithin(const Cells& cells, int mostCells)
     {
         const int skipped = below(cells.count);
@@ -220,8 +220,8 @@ void makeChanges(Story& story, Panel& panel, const std::vector<Change>& changes)
     }
 }
 
-/// One to four changes of single retained cells. When all of them are made, the panel sets each cell to the
-/// value that it has and so reports it, if the module has asked for it.
+/// One to four changes of single retained cells. After making all of them, the panel sets each cell to its
+/// present value and so reports it, if the module watches it.
 void changeCells(Story& story, Panel& panel, Load& load, const std::vector<Cells>& retained)
 {
     std::vector<Change> changes;

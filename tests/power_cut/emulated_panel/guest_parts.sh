@@ -1,5 +1,5 @@
-# Puts together the root folder of an emulated guest, for the scripts that assemble one; source it. They set `here`, their own
-# folder, and from their arguments `debian`, which fetch_guest made, `build`, a cross build, and `parts`, the folder to fill.
+# Assembles the root folder of an emulated guest, for the scripts that make one; source it. They set `here`, their own
+# folder, and from their arguments `debian`, from fetch_guest, `build`, a cross build, and `parts`, the folder to fill.
 # SPDX-License-Identifier: MIT
 PATH=$PATH:/usr/sbin:/sbin
 root=$parts/root
@@ -46,9 +46,9 @@ add_program() {
     add_needed "$program"
 }
 
-# add_modules LIST MODULE...: copies kernel modules with those that they need; /modules/LIST tells the guest in which
-# order they load and with which parameters. What a file system looks up by name (checksums and compression) does not show as
-# a dependency.
+# add_modules LIST MODULE...: copies kernel modules with those that they need; /modules/LIST tells the guest in which order
+# they load and with which parameters. Modules that a file system requests by name (checksums and compression) are not among
+# the dependencies.
 add_modules() {
     local list=$root/modules/$1 path parameters
     shift
@@ -69,7 +69,7 @@ pack_guest() {
     cp "$debian"/kernel/usr/lib/linux-image-*/aspeed-ast2600-evb.dtb "$parts/"
 }
 
-# make_flash: blank.ubifs, a flash chip of 64 erase blocks of 256 KiB with one volume over all of it; what is not written is
+# make_flash: blank.ubifs, a flash chip of 64 erase blocks of 256 KiB with one volume over all of it; everything else is
 # erased.
 make_flash() {
     mkdir "$parts/empty"

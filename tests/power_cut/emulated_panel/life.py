@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""One panel with one storage image, through its starts and power cuts."""
+"""Takes one panel with one storage image through its starts and power cuts."""
 import copy
 import random
 import shutil
@@ -12,17 +12,17 @@ from serial_log import UnreadableLog
 from storage import DamagedStorage, retention_files
 from write_log import SECTOR_BYTES, apply_sectors, cut_state, read_write_log, sectors_of
 
-EARLY_CUTS = 0.25  # this share of the cuts falls while the storage is mounted and the panel starts
-MOST_CHANGES = 60  # the other cuts fall after so many changes at most, and a moment
+EARLY_CUTS = 0.25  # share of the cuts while the storage is mounted and the panel starts
+MOST_CHANGES = 60  # the other cuts come a moment after at most so many changes
 SHIPPED_MODULE = "libpoweroff_protect.so"
 
 
 @dataclass
 class Counts:
     cuts: int = 0
-    early: int = 0  # of the cuts: before the panel had said everything that it restored
+    early: int = 0  # of the cuts: before the panel had reported everything that it restored
     synced: int = 0  # changes
-    at_stake: int = 0  # values that were changed and kept in the life before a cut, summed up
+    at_stake: int = 0  # values that were changed and kept in the life before a cut, summed
     checked: int = 0  # values
     lost: int = 0
 
@@ -39,7 +39,7 @@ class Counts:
 
 
 class Life:
-    """From an empty file system on. `parameters` go to guest_init."""
+    """Begins with an empty file system. `parameters` go to guest_init."""
 
     def __init__(self, machine, project_file, project, seed, parts, folder, parameters):
         self.folder = folder
@@ -56,8 +56,8 @@ class Life:
         shutil.copyfile(parts / machine.blank_image, self._image)
 
     def start(self, counts, cut=True):
-        """Starts the panel and cuts its power, without `cut` as soon as all values are restored. Checks what was restored;
-        returns what must not be, a line each."""
+        """Starts the panel and cuts its power; without `cut`, as soon as all values are restored. Checks what was restored;
+        returns a line for each wrong value."""
         log, findings = self._boot(counts, range(MOST_CHANGES) if cut else range(1), early=cut and self._starts > 0)
         self._account.take(log)
         counts.cuts += cut
@@ -75,10 +75,10 @@ class Life:
         before = self._image_before().read_bytes()
         requests = read_write_log(write_log_of(self._image))
         while requests and requests[-1].flush:
-            requests.pop()  # perhaps not the guest's: halting the machine flushes, too
+            requests.pop()  # perhaps not the guest's, because halting the machine also flushes
         mark = len(before) // SECTOR_BYTES - 1
         marks = [i + 1 for i, request in enumerate(requests) if request.sector == mark and not request.flush]
-        lines = [0] * (len(requests) + 1)  # that the panel had said after so many requests
+        lines = [0] * (len(requests) + 1)  # that the panel had printed after so many requests
         for i, request in enumerate(requests):
             lines[i + 1] = int(request.content.rstrip(b"\0")) if i + 1 in marks else lines[i]
         account = None
@@ -136,7 +136,7 @@ class Life:
 
     @staticmethod
     def _run_through_changes(emulator, chance, changes):
-        """Until so many were made, and then for a part of the time that one of them takes."""
+        """Waits until that many were made, then for a part of the time that one of them takes."""
         if not changes:
             return
         begin = time.monotonic()

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Faults that are planted in the emulated panel, to see that they are found."""
+"""Lists the faults that are planted in the emulated panel and must be found."""
 from dataclasses import dataclass
 
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Cuts the power of the emulated panel again and again and checks what every next start restores."""
+"""Cuts the power of the emulated panel repeatedly and checks what each next start restores."""
 import argparse
 import random
 import re
@@ -18,10 +18,10 @@ from project import Project
 
 ROOM = Path(__file__).resolve().parent
 PROJECTS = {"retained_cells.xml": "retained cells", "whole_areas.xml": "whole areas"}
-LONGEST_LIFE = 20  # cuts that one storage image lives through
+LONGEST_LIFE = 20  # cuts that one storage image goes through
 REPLAYS_OF_START = 10  # cuts made of one start with a disk that has a volatile cache
 REPLAYS_OF_FAULT = 40
-FINDINGS_SHOWN = 10  # of one start; all of them are kept in a file
+FINDINGS_SHOWN = 10  # of one start; a file has all of them
 
 
 class Run:
@@ -33,7 +33,7 @@ class Run:
         self.counts = defaultdict(Counts)
 
     def live(self, machine, project, cuts, number):
-        """A panel of its own; returns its folder and its findings, or None."""
+        """Runs a separate panel; returns its folder and its findings, or None."""
         counts = self.counts[machine.medium, PROJECTS[project]]
         life = self._life(machine, project, f"{machine.medium}_{number}", {})
         if machine is CACHED_DISK:
@@ -50,7 +50,7 @@ class Run:
         return None
 
     def find_planted(self, number, fault):
-        """Returns what is wrong when a planted fault is not found for what it is."""
+        """Returns what is wrong when a planted fault is not found with its own message."""
         progress(f"planted: {fault.text}")
         life = self._life(CACHED_DISK, fault.project, f"planted_{number}", fault.parameters)
         findings = life.start_and_replay(Counts(), REPLAYS_OF_FAULT, at_returns=True)
@@ -73,7 +73,7 @@ def lives(machine, cuts, first_project):
 
 
 def run_all(run, options):
-    """Lives through all cuts, and plants faults. Returns the folder of the first life with findings and these, or None."""
+    """Makes all cuts, and plants faults. Returns the folder and findings of the first life that has any, or None."""
     first = random.Random(f"{options.seed} projects").randrange(len(PROJECTS))
     plan = [*lives(DISK, options.cuts, first), *lives(FLASH, options.flash_cuts, first + 1),
             *lives(CACHED_DISK, options.replays, first)]
@@ -124,7 +124,7 @@ def parse_options():
     parser.add_argument("--replays", type=int, default=100,
                         help="power cuts with an ext4 disk that loses its cache (default %(default)s)")
     parser.add_argument("--seed", type=int, default=int(time.time()),
-                        help="decides the projects, the changes and where the cuts fall (default: the time)")
+                        help="determines the projects, the changes and the moments of the cuts (default: the time)")
     parser.add_argument("--sabotage", action="store_true", help="plant faults as well: they must be found")
     parser.add_argument("--parts", type=Path, required=True, help=argparse.SUPPRESS)
     options = parser.parse_args()
@@ -138,11 +138,11 @@ def main():
     options = parse_options()
     folder = Path(tempfile.mkdtemp(prefix=f"seed_{options.seed}_", dir=options.parts.parent))
     run = Run(options, folder)
-    signal.signal(signal.SIGTERM, signal.default_int_handler)  # the counts of a run that is stopped count, too
+    signal.signal(signal.SIGTERM, signal.default_int_handler)  # so that a stopped run still prints its counts
     try:
         failed = run_all(run, options)
     except (EmulatorFailure, OSError) as error:
-        print(f"{error}; what there is of it is in {folder}", file=sys.stderr)
+        print(f"{error}; what remains of it is in {folder}", file=sys.stderr)
         return 2
     except KeyboardInterrupt:
         print(f"interrupted; the storage of this run is in {folder}", file=sys.stderr)

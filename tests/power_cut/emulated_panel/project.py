@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Which cells a project retains and what retention files say of them, without the module and without the guest."""
+"""Works out which cells a project retains and what retention files say about them, without the module and the guest."""
 import xml.etree.ElementTree as ElementTree
 from hashlib import md5
 

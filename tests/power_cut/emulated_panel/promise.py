@@ -1,37 +1,37 @@
 # SPDX-License-Identifier: MIT
-"""What the next start may restore, given all that the panel said before the power was cut."""
+"""Judges what a start restores, given everything that the panel reported before the power cut."""
 from collections import namedtuple
 
 from project import AREAS, BYTES_PER_CELL, CELLS, SECTOR_BYTES, digests
 
 # `checked` values (cells, or sectors of whole areas) were compared; `at_stake` of them had been changed and kept since the
-# start before; every one that must not be is a line of `lost`.
+# previous start; `lost` has a line for every wrong one.
 Verdict = namedtuple("Verdict", "checked at_stake lost")
 
 
 class Account:
-    """All that is promised to one panel."""
+    """Everything that is promised to one panel."""
 
     def __init__(self, project):
         self._lengths = {}  # of each file, after the last return of the module
         self._values = WholeAreas() if project.places is None else RetainedCells(project.cells())
 
     def check(self, log):
-        """Judges what a start restored, as far as it came."""
+        """Judges what a start restored, as far as it got."""
         verdict = self._values.check(log)
         short = [f"{name} is {length} bytes long, after the last sync it had {self._lengths[name]}"
                  for name, length in log.lengths.items() if length < self._lengths.get(name, -1)]
         return verdict._replace(lost=short + verdict.lost)
 
     def take(self, log):
-        """From here on, what this start restored and changed is what the next one must restore."""
+        """From now on, the next start must restore what this one restored and changed."""
         self._lengths.update(log.synced_lengths)
-        if log.restored:  # otherwise nothing was changed in this start
+        if log.restored:  # otherwise nothing was changed after this start
             self._values.take(log)
 
 
 class RetainedCells:
-    """Per-address mode: a cell comes back with its last synced value or one that was given to it later."""
+    """Per-address mode: a cell comes back with its last synced value or a later one."""
 
     def __init__(self, cells):
         self._given = {cell: [(0, 0)] for cell in cells}  # [(change number, value)], the last synced one first
@@ -64,7 +64,7 @@ class RetainedCells:
 
 
 class WholeAreas:
-    """Whole-area mode: every sector is that of the last completed save or that of a save that was under way."""
+    """Whole-area mode: every sector comes from the last completed save or from one in progress."""
 
     def __init__(self):
         self._saved = {area: bytearray(CELLS * width) for area, width in BYTES_PER_CELL.items()}

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The judge of restored values accepts what the promise allows and finds everything else."""
+"""Tests that the judge of restored values accepts what the promise allows and finds everything else."""
 import unittest
 from pathlib import Path
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What the panel program in the emulator says on the serial line, from one start to the next cut."""
+"""Parses what the panel program in the emulator prints on the serial line, from one start to the next cut."""
 from dataclasses import dataclass, field
 
 FILES = ("maintenance-bit.dat", "maintenance-word.dat", "maintenance-RWI.dat")
@@ -27,7 +27,7 @@ class Change:
 
 @dataclass
 class StartLog:
-    """One start of the panel, as far as it came. See guest_panel.cpp for the lines."""
+    """One start of the panel, as far as it got. guest_panel.cpp describes the lines."""
 
     lines: list = field(default_factory=list)  # of the panel, as they came
     lengths: dict = field(default_factory=dict)  # file name: bytes before the start, -1 when missing
@@ -41,7 +41,7 @@ class StartLog:
     failure: str = ""  # why the panel could not go on
 
     def feed(self, line):
-        """Takes the next whole line; lines of the kernel and of the machine's firmware are passed over."""
+        """Takes the next whole line; skips lines of the kernel and the machine's firmware."""
         words = line.split()
         if not words or words[0] != "panel":
             return

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The retention files in an image of an ext4 file system, as they are once its journal has been replayed."""
+"""Reads the retention files in an image of an ext4 file system, as they are after its journal has been replayed."""
 import os
 import subprocess
 import tempfile
@@ -11,11 +11,11 @@ os.environ["PATH"] += ":/usr/sbin:/sbin"  # programs that only root's path has
 
 
 class DamagedStorage(Exception):
-    """The file system did not survive."""
+    """The file system is damaged."""
 
 
 def retention_files(image):
-    """Name and bytes of the retention files. The image stays as it is; nothing is mounted."""
+    """Names and bytes of the retention files. The image is unchanged; nothing is mounted."""
     with tempfile.TemporaryDirectory() as name:
         folder = Path(name)
         copy = folder / "image"

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What the emulated disk was given, in order, and what a disk with a volatile cache may hold when its power goes.
+"""Reads what was written to the emulated disk, in order, and what a disk with a volatile cache may hold after a power cut.
 
 The log is that of QEMU's block driver "blklogwrites", in the format of the kernel's dm-log-writes: a sector with the log's
 sector size, then for each request a sector with its place, its length and its flags, and the sectors that it wrote. A
@@ -14,12 +14,12 @@ _FLUSH = 1
 
 
 class UnreadableWriteLog(Exception):
-    """Not a log as QEMU writes it."""
+    """Not a log written by QEMU."""
 
 
 @dataclass(frozen=True)
 class Request:
-    """A flush, which puts everything before it on the medium for good, or a write."""
+    """A flush, after which everything before it is on the medium, or a write."""
 
     flush: bool
     sector: int = 0
@@ -28,7 +28,7 @@ class Request:
 
 @dataclass(frozen=True)
 class CutState:
-    """`requests` of the log have happened; of the sectors (number, content) written since the last flush these arrived."""
+    """`requests` have happened; `arrived`: the sectors (number, content) written since the last flush that survive."""
 
     requests: int
     durable: int  # requests up to and including the last flush
@@ -36,7 +36,7 @@ class CutState:
 
 
 def read_write_log(path):
-    """The requests of a log. Whatever lies behind a request that was not logged completely never happened."""
+    """The requests of a log. Everything after an incompletely logged request never happened."""
     log = path.read_bytes()
     if len(log) < 2 * SECTOR_BYTES:
         return []

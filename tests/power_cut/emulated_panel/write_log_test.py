@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""A record of writes leads to the states in which a disk with a volatile cache may be, and to no other."""
+"""Tests that a record of writes leads to the states in which a disk with a volatile cache may be, and to no other."""
 import random
 import struct
 import subprocess
@@ -51,7 +51,7 @@ class CutStateTest(unittest.TestCase):
                 Request(False, 2, sector(b"z"))]
 
     def contents(self, done):
-        """All that 500 states have in the sectors 1 and 2."""
+        """Everything that 500 states have in sectors 1 and 2."""
         found = set()
         for seed in range(500):
             state = cut_state(self.REQUESTS, done, random.Random(seed))

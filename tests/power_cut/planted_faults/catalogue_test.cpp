@@ -1,5 +1,6 @@
-// Plants one fault after the other in the plain module: the disk states find it for what it is, or cannot see
-// it. SPDX-License-Identifier: MIT
+// Plants one fault after another in the plain module: the disk states must report exactly that fault, or
+// cannot see it.
+// SPDX-License-Identifier: MIT
 #include "simulated_host/shell.h"
 #include "tests/power_cut/disk_states/history.h"
 
@@ -88,7 +89,7 @@ const PlantedFault faults[] = {
     {"an image with the same sum as the one before is not saved", "was to be saved"},
 };
 
-/// Sound ways to keep values, and faults that show only where the disk states do not look.
+/// Correct ways to keep values, and faults that the disk states cannot see.
 const PlantedFault unseen[] = {
     {"", "nothing is wrong"},
     {"a new file is synchronised and renamed", "nothing is wrong"},

@@ -1,6 +1,6 @@
-// Keeps values as the module that ships does, in the plainest way, with one fault planted in it when the
-// environment variable PLANTED_FAULT names one. It shares nothing with that module but the runtime's
-// interface. SPDX-License-Identifier: MIT
+// Keeps values as the shipped module does, in the plainest way, with the fault that the environment variable
+// PLANTED_FAULT names, if any. It shares only the runtime's interface with that module.
+// SPDX-License-Identifier: MIT
 #include "host_interface/host_interface.h"
 #include "tests/support/literal_rules.h"
 
@@ -250,7 +250,8 @@ private:
                 const int place = block.place + j;
                 const QByteArray byte = fileBytes(0, place / 8, 1).leftJustified(1, '\0');
                 const auto value = static_cast<ushort>(byte.at(0) >> place % 8 & 1);
-                const int low = std::max(block.place - place / 8 * 8, 0); // the block's bits in the byte
+                const int low =
+                    std::max(block.place - place / 8 * 8, 0); // the first of the block's bits in the byte
                 const int high = std::min(block.place + block.count - place / 8 * 8, 8);
                 if (planted("a block's zero bits in a byte of two blocks are not restored") &&
                     (byte.at(0) & ((1 << high) - (1 << low))) == 0)

@@ -1,4 +1,4 @@
-// Folders of evidence.
+// Writes folders of evidence.
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/support/findings.h"
 

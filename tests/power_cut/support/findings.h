@@ -8,10 +8,10 @@
 #include <map>
 #include <utility>
 
-/// Says on standard error what is wrong and ends the program with status 2.
+/// Prints the message on standard error and ends the program with status 2.
 [[noreturn]] void giveUp(const QString& message);
 
-/// Something that was lost, and what is needed to look into it.
+/// Something that was lost, and what is needed to investigate it.
 struct Finding
 {
     QString name; ///< of its folder
@@ -22,11 +22,11 @@ struct Finding
     std::map<QString, QByteArray> files; ///< that the start found
 };
 
-/// Counts findings, and keeps the first ten in a folder each; an older folder of the same name stays.
+/// Counts findings, and saves the first ten, each in its own folder; an older folder of the same name stays.
 class Findings
 {
 public:
-    /// Without a directory nothing is kept.
+    /// Without a directory nothing is saved.
     explicit Findings(QString directory) : directory(std::move(directory)) {}
 
     void add(const Finding& finding);

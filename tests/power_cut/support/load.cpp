@@ -1,4 +1,4 @@
-// Random changes and saves.
+// Makes random changes and saves.
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/support/load.h"
 
@@ -12,7 +12,7 @@ namespace {
 /// The bit whose changes are not written.
 const int ignoredBit = 60100;
 
-/// Leads a word through all its values, with changes in both bytes.
+/// A step that takes a word through all its values, with changes in both bytes.
 const int step16 = 0x9e37;
 
 QByteArray randomBytes(int size, std::uint64_t seed)
@@ -32,13 +32,13 @@ QByteArray randomBytes(int size, std::uint64_t seed)
 
 void fillAtRandom(MemoryAreas& areas, RandomSource& random)
 {
-    // Drawn from one supply, because every start of every disk state needs 320 KiB.
+    // Taken from one pool, because every start of every disk state needs 320 KiB.
     static const QByteArray words = randomBytes(1 << 19, 1);
     for (MemoryArea& area : areas.all()) {
         auto& memory = area.memory();
         const auto from =
             words.begin() + 2 * random.below((words.size() - static_cast<int>(memory.size())) / 2);
-        if (area.isBits()) // of 131072 bytes each second one, as one that is 0 in about half the cells
+        if (area.isBits()) // every second byte of 131072, as a bit that is 0 in about half the cells
             for (std::size_t i = 0; i < memory.size(); ++i)
                 memory[i] = static_cast<unsigned char>(from[static_cast<int>(i)] & 0x81);
         else
@@ -73,8 +73,8 @@ int Load::runCommand(const char* command)
     return 0;
 }
 
-/// The next values of consecutive cells. Now and then they change places; otherwise each word goes on by its
-/// step, bits go on as one number by an odd step.
+/// The next values of consecutive cells. Sometimes they swap; otherwise each word advances by its step, and
+/// bits advance as one number by an odd step.
 void Load::changeGroup(std::size_t area, int first, int count)
 {
     MemoryArea& memory = panel.areas.all()[area];
@@ -100,7 +100,7 @@ void Load::takeGroup(std::size_t area, int first, int count)
         last.before.push_back(*panel.areas.all()[area].cell(first + j));
 }
 
-/// Gives the last group its values before.
+/// Restores the last group's previous values.
 void Load::undo()
 {
     MemoryArea& memory = panel.areas.all()[last.area];
@@ -112,7 +112,7 @@ void Load::undo()
     }
 }
 
-/// Moves the last group and its neighbours by one cell, so that no more than the order of values is another.
+/// Moves the last group and its neighbours by one cell, so that only the order of the values changes.
 void Load::shift()
 {
     const int first = std::max(0, last.first - 1);
@@ -137,7 +137,7 @@ void Load::clearEnd()
         memory.setCell(address, 0);
 }
 
-/// Gives one value to all retained cells with an address, one after the other.
+/// Gives the same value to all retained cells with one address, one after the other.
 void Load::changeNamesakes(int address)
 {
     const ushort value = static_cast<ushort>(random.below(random.oneIn(2) ? 2 : 0x10000));
@@ -156,7 +156,7 @@ void Load::changeRange()
     const std::size_t area = random.oneOf(areas);
     const Block& block = random.oneOf(cells.blocks[area]);
     const int end = block.count - 1;
-    // The ends of blocks more often than the rest, and now and then cells around a block.
+    // Ends of blocks more often than the rest, and sometimes cells around a block.
     const int offset = random.oneIn(4) ? random.oneOf<int>({-1, 0, end, end}) : random.below(block.count);
     const int first = std::max(0, block.first + offset);
     if (random.oneIn(8))
@@ -179,8 +179,8 @@ void Load::changeRange()
     }
 }
 
-/// Lets the panel set the cell to the value that it has already, so that cells which changed together are in
-/// the memory together before the first of them is reported.
+/// Makes the panel set the cell to its present value, so that cells which change together are all in memory
+/// before the first one is reported.
 void Load::reportChange(std::size_t area, int address)
 {
     MemoryArea& memory = panel.areas.all()[area];
@@ -217,14 +217,14 @@ void Load::changeAreas()
         kind == 1 ? undo() : shift();
     } else {
         for (int left = random.between(1, 6); left > 0; --left) {
-            // Now and then a long run of cells, so that many sectors differ, and now and then the ends.
+            // Sometimes a long run of cells, so that many sectors differ, and sometimes the ends.
             const int count = random.oneIn(8) ? random.between(1000, 20000) : random.between(1, 9);
             const int end = MemoryArea::cellCount - count;
             changeGroup(static_cast<std::size_t>(random.below(3)),
                         random.oneIn(8) ? end * random.below(2) : random.below(end), count);
         }
     }
-    // In this mode a module has no reason to ask for changes; one that does is told.
+    // In this mode a module has no reason to watch cells; one that does gets the reports.
     for (const WatchedRange& range : watched)
         for (int address = range.first; address <= range.last; ++address)
             if (const MemoryArea* const area = panel.areas.named(range.area);

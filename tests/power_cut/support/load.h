@@ -6,25 +6,25 @@
 #include "tests/power_cut/support/promise.h"
 #include "tests/support/random_source.h"
 
-/// Told what happens, when it happens.
+/// Is told of events as they happen.
 class LoadLog
 {
 public:
     virtual ~LoadLog() = default;
-    virtual void begin(const Write& write) = 0; ///< the panel's memory is this; the module is told next
-    virtual void end() = 0;                     ///< the panel goes on
+    virtual void begin(const Write& write) = 0; ///< the panel's memory has it; the module is told next
+    virtual void end() = 0;                     ///< the module has returned
     virtual void sync() = 0;                    ///< the module ran "sync"
 };
 
-/// Fills areas as a panel might have them before the module restores anything: no word is 0, and some words
-/// are few changes away from it.
+/// Fills areas as they might be before the module restores anything: no word is 0, and some are only a few
+/// changes away from it.
 void fillAtRandom(MemoryAreas& areas, RandomSource& random);
 
-/// Changes cells or has areas saved. Now and then the last change is undone, values change places, cells of
-/// several areas get the same value, or the end of an area is cleared. Otherwise every value of a word
-/// differs from its last one in one byte or both, and from older ones nearly always; every pattern of a group
-/// of bits differs from as many as the group can have. While it exists, the commands of the module run no
-/// shell; all that it is given stays the caller's.
+/// Changes cells or saves areas. Sometimes it undoes the last change, swaps values, gives cells of several
+/// areas the same value, or clears the end of an area. Otherwise every value of a word differs from its last
+/// one in one byte or both, and from older ones nearly always; every pattern of a group of bits differs from
+/// as many earlier ones as the group allows. While it exists, the module's commands run no shell. The caller
+/// owns all arguments.
 class Load
 {
 public:
@@ -33,7 +33,7 @@ public:
     Load(const Load&) = delete;
     Load& operator=(const Load&) = delete;
 
-    /// One to a few changes next to each other, or changes anywhere that are saved or not.
+    /// Makes one or a few adjacent changes, or changes anywhere that may be saved.
     void step();
 
 private:

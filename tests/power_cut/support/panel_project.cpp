@@ -1,4 +1,4 @@
-// Random entries as XML.
+// Writes random entries as XML.
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/support/panel_project.h"
 
@@ -100,7 +100,7 @@ Ranges rangesOf(ProjectKind kind, RandomSource& random)
     case ProjectKind::WholeAreas:
         break;
     }
-    // They are left when a project changes over to whole areas, and have no effect.
+    // Entries remain when a project switches to whole areas, and have no effect.
     return random.oneIn(2) ? separateRanges(random, false) : Ranges();
 }
 

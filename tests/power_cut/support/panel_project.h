@@ -14,7 +14,7 @@ struct PanelProject
 {
     QByteArray xml;               ///< the project file
     std::unique_ptr<object> root; ///< the same for a panel
-    RetainedCells cells;          ///< that it retains
+    RetainedCells cells;          ///< that the project retains
 };
 
 enum class ProjectKind

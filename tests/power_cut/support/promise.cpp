@@ -1,4 +1,4 @@
-// Comparing of what files say with what was promised.
+// Compares what files say with what was promised.
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/support/promise.h"
 
@@ -109,7 +109,7 @@ void Promise::checkCells(std::size_t area, const Files& files, int judgedBytes, 
         const Value& value = values[area][static_cast<std::size_t>(place)];
         const int found = stored[static_cast<std::size_t>(place)];
         ++verdict.checked;
-        // A new file has a 0 for what nobody has written yet.
+        // A new file has a 0 for what was not written yet.
         if (found == value.kept || (value.kept == nothing && found == 0))
             continue;
         if (underWay && underWay->area == area && place >= underWay->place &&

@@ -1,4 +1,4 @@
-// What the retention files may say, given all that happened before the power was cut.
+// Judges what the retention files may say, given everything that happened before the power cut.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -9,13 +9,13 @@
 #include <memory>
 #include <optional>
 
-/// What the module is asked to keep: by the report of one cell's change, or by a save.
+/// What the module is to keep: by the report of one cell's change, or by a save.
 struct Write
 {
     QString text;            ///< "LW 105" or "save"
     std::size_t area = 0;    ///< of `values`
     int place = 0;           ///< of `values`: a whole block of words, or one bit
-    std::vector<int> values; ///< what the panel has
+    std::vector<int> values; ///< the panel's values
     std::shared_ptr<const std::array<QByteArray, 3>> images; ///< of a save; null otherwise
 };
 
@@ -23,30 +23,29 @@ struct Write
 struct Verdict
 {
     qint64 checked = 0;
-    QStringList lost; ///< one line for each value that must not be there
+    QStringList lost; ///< one line for each wrong value
 };
 
-/// Values from this byte of a file on are not judged.
+/// From this byte of a file on, values are not judged.
 using JudgedBytes = std::map<QString, qint64>;
 
-/// The promise to one panel. Writes begin and end one after the other.
+/// The promise to one panel. One write ends before the next begins.
 class Promise
 {
 public:
-    /// `cells` stay the caller's.
+    /// The caller owns `cells`.
     explicit Promise(const RetainedCells& cells) : cells(&cells) {}
 
-    /// The panel starts with these files: they are on the disk.
+    /// The panel starts with these files, which are on the disk.
     void restart(const Files& files);
-    /// The panel's memory is this, and the module is about to be told.
+    /// The panel's memory has these values, and the module is about to be told.
     void begin(const Write& write) { underWay = write; }
     /// The module has returned.
     void end();
 
-    /// Whether a file says what the write that has just ended asked for; a line for each value that it does
-    /// not.
+    /// One line for each value of the write that has just ended and that the files lack.
     QStringList missingOf(const Write& write, const Files& files) const;
-    /// Judges all that the files say, up to those bytes.
+    /// Judges everything in the files, up to those bytes.
     Verdict check(const Files& files, const JudgedBytes& judged = {}) const;
 
     /// Values that were changed and kept since the restart.

@@ -1,4 +1,4 @@
-// From the account of a project to cells and files.
+// Derives cells and files from the model of a project.
 // SPDX-License-Identifier: MIT
 #include "tests/power_cut/support/retained_cells.h"
 

@@ -1,5 +1,6 @@
-// Which cells a project retains, where they are in the retention files, and what a start makes of these,
-// without the module's code. SPDX-License-Identifier: MIT
+// Models which cells a project retains, where they are in the retention files, and what a start makes of
+// these, without the module's code.
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "simulated_host/memory_areas.h"
@@ -17,7 +18,7 @@ inline const char* const retentionFileNames[3] = {"maintenance-bit.dat", "mainte
 /// Files of a directory and their bytes.
 using Files = std::map<QString, QByteArray>;
 
-/// Consecutive retained cells of one area. `place` is the number of the first one among all that are in the
+/// Consecutive retained cells of one area. `place` is the index of the first one among all cells in the
 /// area's file.
 struct Block
 {
@@ -42,14 +43,14 @@ struct RetainedCells
 
 RetainedCells retainedCellsOf(const object& project);
 
-/// What an area's file says of a cell for which it says nothing: the panel's own value stays.
+/// The stored value of a cell for which a file says nothing: the panel's own value stays.
 constexpr int nothing = -1;
-/// The values in a file from that place on: words, or `nothing` when there is no file or an empty one; bits.
-/// What lies past its end is 0.
+/// The values in a file from that place on: bits, or words (`nothing` when the file is missing or empty).
+/// Past its end they are 0.
 std::vector<int> storedCells(std::size_t area, const Files& files, int place, int count);
 /// The image of a whole area in its file; all zero when the file is missing or shorter.
 QByteArray storedImage(std::size_t area, const Files& files);
 
-/// Makes of the areas, as the panel had them, what a start on these files must make of them. Returns the
-/// files after it.
+/// Changes the areas, given as the panel had them, as a start on these files must. Returns the files after
+/// the start.
 Files filesAfterStart(const Files& files, const RetainedCells& cells, MemoryAreas& areas);

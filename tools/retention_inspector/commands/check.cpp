@@ -1,4 +1,4 @@
-// Tells whether files fit a project, and what the next start makes of them.
+// Tells whether files fit a project, and what the next start does with them.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/command.h"
 

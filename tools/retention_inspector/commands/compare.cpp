@@ -10,7 +10,7 @@
 
 namespace {
 
-/// A cell of one panel that has another value than most.
+/// A cell of one panel with a value different from most panels'.
 struct Deviation
 {
     std::size_t panel;
@@ -18,15 +18,15 @@ struct Deviation
     ushort value;
 };
 
-/// The values of one area over all panels. Which value most of them have is found without keeping them all:
-/// the only candidate by a majority vote in a first pass, its votes in a second.
+/// The values of one area in all panels. Finds the value of the majority without keeping them all: the first
+/// pass finds the only candidate, the second counts its votes.
 struct AreaVote
 {
     const AreaLayout* layout;
     std::vector<ushort> candidate; ///< by place among the kept cells, as are the next two
     std::vector<int> lead;
     std::vector<int> votes;
-    int panels = 0; ///< that have their say: those whose files fit
+    int panels = 0; ///< that vote: those whose files fit
     std::vector<Deviation> deviations = {};
 
     bool hasMajority(std::size_t place) const { return 2 * votes[place] > panels; }
@@ -81,7 +81,7 @@ void deviate(const AreaValues& values, std::size_t number, Panel& panel, AreaVot
     });
 }
 
-/// The areas' values of a panel one by one, of those files that fit.
+/// The values of a panel's areas, one by one, from those files that fit.
 template <typename Take>
 void forEachFitting(const Layout& layout, const Panel& panel, std::array<AreaVote, areaCount>& areas,
                     Take take)
@@ -149,7 +149,7 @@ Table panelTable(const std::vector<Panel>& panels)
     return table;
 }
 
-/// For people: each cell that some panel has otherwise, in one row.
+/// For people: one row for each cell in which some panel differs.
 Table cellTable(const std::array<AreaVote, areaCount>& areas, const Tags* tags)
 {
     Table table{"cells",

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// The cell's value or, where it has one in both, that of its tag.
+/// The value of the cell or, where both directories have one, that of its tag.
 ValueRow rowOf(const Tags* tags, const std::array<AreaValues, 2>& sides, qint64 cell)
 {
     const AreaFacts& area = *sides[0].area;
@@ -18,7 +18,7 @@ ValueRow rowOf(const Tags* tags, const std::array<AreaValues, 2>& sides, qint64 
     return {&area, cell, cellType(area.bits), tag, tag ? tag->name : QString()};
 }
 
-/// For people: cells next to each other that differ in the same way in one row.
+/// For people: adjacent cells that differ in the same way, in one row.
 Table joined(const Table& differences)
 {
     Table table{nullptr, nullptr, "Different cells (\"-\" for no value)", differences.columns};

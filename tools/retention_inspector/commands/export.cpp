@@ -6,7 +6,7 @@
 
 namespace {
 
-/// The table in the making, and what is told about it.
+/// Collects the table and its findings.
 struct Exporting
 {
     bool nonzero;

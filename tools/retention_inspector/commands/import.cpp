@@ -68,7 +68,7 @@ bool apply(const ValueLine& line, Changes& changes)
     return true;
 }
 
-/// The text of a value that may be none of its type.
+/// The text of a value that may not be valid for its type.
 Value valueOf(const ValueType& type, const ushort* cells)
 {
     const QString text = valueText(type, cells);

@@ -15,12 +15,12 @@ namespace {
 /// What becomes of the cells of one area.
 struct AreaMigration
 {
-    CellRanges carried;         ///< of the new project: with their values
+    CellRanges carried;         ///< of the new project, with their values
     CellRanges without;         ///< kept by both projects, but without a value in the old file; 0
     CellRanges added;           ///< of the new project: neither kept by the old one nor moved to; 0
     CellRanges dropped;         ///< of the old project: neither kept by the new one nor moved
     qint64 oddBytes = 0;        ///< of the old image of "LB": those that are neither 0 nor 1
-    bool foreignBits = false;   ///< because of these bytes no bit was carried
+    bool foreignBits = false;   ///< no bit was carried because of these bytes
     std::vector<ushort> values; ///< for the new file
     AreaValues old;
 };
@@ -39,8 +39,8 @@ std::size_t indexOf(const AreaFacts& area)
 
 using Plan = std::array<AreaMigration, areaCount>;
 
-/// Where the values of an area come from: its own cells but those that move away, and the cells that move to
-/// it.
+/// Where the values of an area come from: its own cells except those that move away, and the cells that move
+/// to it.
 std::vector<CellMove> sourcesOf(const AreaFacts& area, const Layout& from, const Layout& to,
                                 const std::vector<CellMove>& moves)
 {
@@ -100,8 +100,7 @@ Plan planAreas(const Layout& from, const Layout& to, const RetentionFiles& old,
             if (move.from == &facts)
                 area.dropped = area.dropped.minus(CellRanges({move.source}));
     }
-    // Cells of the new project that their own values moved away from, or that others moved to, lost what they
-    // had.
+    // Cells of the new project whose own values moved away, or that others moved to, lost what they had.
     for (const CellMove& move : moves) {
         CellRanges overwritten = both(CellRanges({move.targets()}), from.of(*move.to).kept);
         for (const CellMove& other : moves)
@@ -141,7 +140,7 @@ void requireMovable(const std::vector<CellMove>& moves, const Layout& from, cons
     }
 }
 
-/// Null when the project has no entry of that name with cells of an area, or several.
+/// Null unless exactly one entry of that name has cells of an area.
 const ProjectEntry* onlyEntry(const Layout& layout, const QString& name)
 {
     const ProjectEntry* found = nullptr;
@@ -155,7 +154,7 @@ const ProjectEntry* onlyEntry(const Layout& layout, const QString& name)
     return found;
 }
 
-/// The ranges of entries that are called the same in both projects but begin elsewhere.
+/// The ranges of entries that have the same name in both projects but begin elsewhere.
 std::vector<CellMove> movesByName(const Layout& from, const Layout& to, QStringList& notes)
 {
     std::vector<CellMove> moves;
@@ -174,7 +173,7 @@ std::vector<CellMove> movesByName(const Layout& from, const Layout& to, QStringL
         if (source->area == target->area && source->first() == target->first())
             continue;
         const qint64 length = std::min(source->length(), target->length());
-        // What a project does not keep of its own entry cannot move.
+        // Cells of an entry that its project does not keep cannot move.
         const CellRanges there =
             from.of(*source->area).kept.within({source->first(), source->first() + length - 1});
         const qint64 step = target->first() - source->first();
@@ -199,7 +198,7 @@ std::vector<CellMove> wantedMoves(const Inputs& inputs, const Layout& from, cons
     return moves;
 }
 
-/// Throws when the files tell that another project wrote them, or when there are none.
+/// Throws when the files show that they were written under another project, or when there are none.
 void requireWrittenUnder(const Layout& from, const Layout& to, const RetentionFiles& old)
 {
     const FileChecks checks = checkFiles(from, old);
@@ -230,7 +229,7 @@ void requireWrittenUnder(const Layout& from, const Layout& to, const RetentionFi
                                       "under OLD.xml")));
 }
 
-/// As findings of files that were carried by force.
+/// The findings about files that were carried over by force.
 std::vector<Finding> forcedFindings(const Layout& from, const RetentionFiles& old)
 {
     std::vector<Finding> findings;
@@ -246,7 +245,7 @@ std::vector<Finding> forcedFindings(const Layout& from, const RetentionFiles& ol
     return findings;
 }
 
-/// The dropped values that are not 0: cells next to each other with the same value in one row.
+/// The dropped values other than 0: adjacent cells with the same value, in one row.
 Table droppedValues(const Plan& plan)
 {
     Table table{"dropped",

@@ -42,7 +42,7 @@ Report reportOf(const char* command, const Inputs& inputs)
     return known.run(of);
 }
 
-/// Without a word about the flash, what can be said without it.
+/// When nothing is known about the flash, only what does not depend on it.
 Report wearReport(const Inputs& inputs)
 {
     if (inputs.has("medium") || inputs.has("changes-per-hour") || inputs.layout().images())
@@ -60,7 +60,7 @@ QString tablesOf(const Report& report)
     return html;
 }
 
-/// That of "check" with hashes, after the files that are `named`: the project and, if any, the tags.
+/// The table of "check" with hashes, after the `named` files: the project and, if any, the tags.
 Table fileTable(const Inputs& inputs, const QStringList& named)
 {
     Table table = reportOf("check", inputs).tables.front();
@@ -78,7 +78,7 @@ Table fileTable(const Inputs& inputs, const QStringList& named)
     return table;
 }
 
-/// The named values, and the others as far as they are not 0.
+/// The named values, and those of the others that are not 0.
 Table valueTable(const Layout& layout, const AreaReadings& readings, const Tags& tags, Report& report)
 {
     Table table = namedValues();

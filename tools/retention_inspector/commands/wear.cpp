@@ -1,4 +1,4 @@
-// Tells how hard a project writes on its flash, how long the flash lasts, and how much it may be written.
+// Tells how much a project writes to its flash, how long the flash lasts, and how many changes it allows.
 // SPDX-License-Identifier: MIT
 #include "tools/numbers.h"
 #include "tools/retention_core/device_writes.h"
@@ -39,8 +39,8 @@ struct Question
     throw Refusal(QStringLiteral("--%1 \"%2\": expected %3").arg(QLatin1String(option), text, expected));
 }
 
-/// A number that may have a unit behind it, such as "0x10", "0.5", "4 GiB" or "10/min"; `unit` gets what
-/// follows the number. Nothing for any other text.
+/// Parses a number that a unit may follow, such as "0x10", "0.5", "4 GiB" or "10/min"; `unit` gets the text
+/// after the number. Nothing for any other text.
 std::optional<double> numberWithUnit(const QString& text, QString& unit)
 {
     static const QRegularExpression form(
@@ -57,7 +57,7 @@ std::optional<double> numberWithUnit(const QString& text, QString& unit)
     return ok ? std::optional<double>(number) : std::nullopt;
 }
 
-/// Bytes, such as "4096", "4K", "4 KiB" (of 1024) or "4 kB", "4GB" (of 1000).
+/// Parses bytes, such as "4096", "4K", "4 KiB" (powers of 1024) or "4 kB", "4GB" (powers of 1000).
 qint64 sizeOf(const Inputs& inputs, const char* option, qint64 usual, qint64 highest)
 {
     if (!inputs.has(option))
@@ -92,7 +92,7 @@ double plainNumber(const Inputs& inputs, const char* option, double usual, doubl
     return *number;
 }
 
-/// Such as "60", "0.5", "10/min" or "5/day"; an hour is usual.
+/// Parses a rate such as "60", "0.5", "10/min" or "5/day"; without a unit, per hour.
 double changesPerHour(const Inputs& inputs)
 {
     if (!inputs.has("changes-per-hour"))
@@ -143,7 +143,7 @@ Question questionOf(const Inputs& inputs)
             plainNumber(inputs, "years", 0, 0, 1000)};
 }
 
-/// Four digits of it, or all before the point; with commas.
+/// Four digits, or all those before the point; with commas.
 QString figureText(double number)
 {
     const QLocale english(QLocale::English, QLocale::UnitedStates);
@@ -158,7 +158,7 @@ Value figure(double number)
     return {QJsonValue(number), figureText(number)};
 }
 
-/// Bytes in the unit that people would take.
+/// Bytes, in the unit that people would use.
 Value size(double bytes)
 {
     const char* const units[] = {"bytes", "KiB", "MiB", "GiB", "TiB"};
@@ -171,7 +171,7 @@ Value size(double bytes)
     return {QJsonValue(bytes), text};
 }
 
-/// In years for scripts, and in a unit that suits it for people; null for 0 or less.
+/// In years for scripts, in a suitable unit for people; null for 0 or less.
 Value life(double years)
 {
     const struct Unit
@@ -185,7 +185,7 @@ Value life(double years)
     const Unit* const unit = std::find_if(
         std::begin(units), smallest, [years](const Unit& candidate) { return years >= candidate.inYears; });
     const double number = years / unit->inYears;
-    // Rounded down: nothing lasts longer than it is said to.
+    // Rounded down, so that the flash lasts at least that long.
     const double shown = number < 10 ? std::floor(number * 10) / 10 : std::floor(number);
     const QString text = shown > 0 ? figureText(shown) : QStringLiteral("under 0.1");
     return {years, QStringLiteral("%1 %2").arg(text, QLatin1String(unit->name))};
@@ -224,7 +224,7 @@ double inPlaceYears(const Question& question, double perDay)
     return perDay > 0 ? writesInPlace(question.flash) / perDay / daysPerYear : 0;
 }
 
-/// How long the flash lasts, read in the column that counts.
+/// How long the flash lasts, from the column that applies.
 double expectedYears(const Question& question, const WriteCase& each, double perDay)
 {
     return question.levelled() ? levelledYears(question, each, perDay) : inPlaceYears(question, perDay);
@@ -281,7 +281,7 @@ double writesPerHour(double writes, const Question& question)
     return writes / (question.years * daysPerYear * hoursPerDay);
 }
 
-/// As people set it: so many changes an hour, or the minutes between two saves, which do not go above 32767.
+/// In the user's terms: changes an hour, or minutes between two saves, which cannot exceed 32767.
 Value limit(const Layout& layout, double perHour)
 {
     if (perHour <= 0)
@@ -374,7 +374,7 @@ std::vector<Fact> factsOf(const Layout& layout, const Question& question, const 
     const std::vector<std::vector<Value>> limits = limitTable(layout, cases, question).rows;
     if (limits.empty())
         return facts;
-    const Value& most = limits.back()[question.levelled() ? 1 : 2]; // the worst case stands last
+    const Value& most = limits.back()[question.levelled() ? 1 : 2]; // the worst case comes last
     const QString answer = layout.images() ? QStringLiteral("Save Time %1").arg(most.text)
                            : most.data.toDouble() < 1
                                ? QStringLiteral("at most %1").arg(most.text)
@@ -385,7 +385,7 @@ std::vector<Fact> factsOf(const Layout& layout, const Question& question, const 
     return facts;
 }
 
-/// What all programs write to the device that holds a directory, and how long that lets the flash last.
+/// What all programs write to the device that holds a directory, and how long the flash lasts at that rate.
 void addMeasurement(const Inputs& inputs, const Question& question, Report& report)
 {
     const QString directory = inputs.option("directory");

@@ -24,12 +24,12 @@ std::map<Cell, QString> cellsOf(const Report& report)
     return cells;
 }
 
-/// Cells next to each other that changed in the same way.
+/// Adjacent cells that changed in the same way.
 struct Change
 {
     QString area;
     CellRange cells;
-    QString old; ///< empty where it is of no interest, because there is no value any more
+    QString old; ///< empty when the cell no longer has a value
     QString now;
 };
 
@@ -61,7 +61,7 @@ QString changesText(const Report& before, const Report& after, const QTime& time
     const std::map<Cell, QString> now = cellsOf(after);
     const auto valueIn = [](const std::map<Cell, QString>& cells, const Cell& cell) {
         const auto found = cells.find(cell);
-        // Only zeros are left out of a list.
+        // A cell that a list omits is 0.
         return found == cells.end() ? QStringLiteral("0") : found->second;
     };
     std::map<Cell, QString> either = old;

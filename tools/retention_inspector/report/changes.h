@@ -1,4 +1,4 @@
-// Words what changed between two reports of the same command, for a user who watches it.
+// Describes what changed between two reports of the same command, for a user who watches it.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -6,6 +6,6 @@
 
 #include <QtCore/QTime>
 
-/// One line for each cell that changed from one report of "show" to the next, with the time; empty for none.
-/// Then a line for each finding that came or went.
+/// One line, with the time, for each cell that changed between two reports of "show", then one for each
+/// finding that appeared or disappeared. Empty when nothing changed.
 QString changesText(const Report& before, const Report& after, const QTime& time);

@@ -13,7 +13,7 @@
 
 namespace {
 
-const int formVersion = 2; // goes up when a key or its meaning changes; new keys leave it alone
+const int formVersion = 2; // increases when a key or its meaning changes, not when keys are added
 
 /// The findings as one more table.
 Table findingTable(const Report& report)
@@ -61,7 +61,7 @@ QString csvField(const QString& text)
     return QLatin1Char('"') + quoted + QLatin1Char('"');
 }
 
-/// The value as scripts get it; only lists are worded as for people.
+/// The value as for scripts, except that lists are written as for people.
 QString csvText(const Value& value)
 {
     if (value.data.isDouble())
@@ -71,7 +71,7 @@ QString csvText(const Value& value)
     return csvField(value.data.isString() ? value.data.toString() : value.text);
 }
 
-/// A line of names and one for each row, after these texts.
+/// A heading line and one line for each row, each after these texts.
 void appendCsv(QString& out, const Table& table, const QString& beforeNames = QString(),
                const QString& beforeRow = QString())
 {

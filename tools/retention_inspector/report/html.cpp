@@ -51,7 +51,7 @@ tr[hidden]{display:table-row!important}
 h2{margin-top:1.2rem}table{font-size:8.5pt}.w{font-size:7pt}tr,li,dl,.map,.short{break-inside:avoid}h2,caption{break-after:avoid}.map{overflow:visible;border:0}.map svg{min-width:0}}
 )";
 
-// Words in the field hide the rows that lack one of them; a printed page has all rows.
+// Hides the rows that lack one of the words in the field; a printed page has all rows.
 const char* const script = R"(
 document.querySelectorAll('.filter').forEach(function (box) {
   var rows = document.querySelectorAll('#' + box.dataset.table + ' tbody tr');
@@ -71,9 +71,9 @@ document.querySelectorAll('.filter').forEach(function (box) {
 });
 )";
 
-const std::size_t rowsInOnePiece = 15; // such a table goes to the next page rather than break
+const std::size_t rowsInOnePiece = 15; // a table up to this size moves to the next page rather than break
 
-/// A control character has no place in HTML.
+/// Control characters are not allowed in HTML.
 QString escaped(const QString& text)
 {
     QString clean = text;
@@ -88,8 +88,8 @@ QString escaped(const char* text)
     return escaped(QString::fromUtf8(text));
 }
 
-/// Numbers stand on the right; a word longer than a line may break anywhere, a short one such as a file's
-/// name nowhere.
+/// Numbers are right-aligned. A word longer than a line may break anywhere; a short one, such as a file name,
+/// may not break.
 QString cellTag(const Value& value)
 {
     const QStringList words = value.text.split(QLatin1Char(' '));

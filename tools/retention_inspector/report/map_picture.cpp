@@ -17,7 +17,7 @@ const double pageWidth = 1200;
 const double margin = 24;
 const double innerWidth = pageWidth - 2 * margin;
 const double boxHeight = 62;
-const double lostHeight = 8; // of the strip that marks lost cells of a block
+const double lostHeight = 8; // of the strip that marks a block's lost cells
 const double boxGap = 6;
 const double lettersPerPixel = 1 / 6.7; // of the 12 pixel sans-serif
 
@@ -26,7 +26,7 @@ QString entryNames(const Layout& layout, const LayoutBlock& block)
     QStringList names;
     for (const int number : block.entries) {
         names.append(layout.settings.entries[static_cast<std::size_t>(number - 1)].name);
-        if (names.size() == 8) // more have no room in a box
+        if (names.size() == 8) // no more fit in a box
             break;
     }
     return names.join(QLatin1String(", "));
@@ -132,7 +132,7 @@ QString placeText(const AreaMap& map, const MapItem& item)
     return text;
 }
 
-/// The third line: what is lost, or who asked for the cells.
+/// The third line: what is lost, or which entries configured the cells.
 QString remark(const MapItem& item)
 {
     if (item.kind == MapItem::Kind::Lost || item.kind == MapItem::Kind::Unsound)
@@ -189,7 +189,7 @@ void drawBox(Drawing& drawing, const AreaMap& map, const MapItem& item, double x
     drawing.text(x + 5, y + 50, shortened(remark(item), width - 10), lost ? "lost" : "name");
 }
 
-/// Boxes in rows; returns the y below them.
+/// Draws boxes in rows; returns the y below them.
 double drawBoxes(Drawing& drawing, const AreaMap& map, double y)
 {
     double x = margin;
@@ -205,7 +205,7 @@ double drawBoxes(Drawing& drawing, const AreaMap& map, double y)
     return y + boxHeight;
 }
 
-/// The whole area to scale, with ticks; returns the y below it.
+/// Draws the whole area to scale, with ticks; returns the y below it.
 double drawScale(Drawing& drawing, const AreaMap& map, double y)
 {
     const auto cells = static_cast<double>(cellCount(*map.layout->area));
@@ -234,7 +234,7 @@ double drawScale(Drawing& drawing, const AreaMap& map, double y)
     return y + 38;
 }
 
-/// One area with its heading; returns the y below it.
+/// Draws one area with its heading; returns the y below it.
 double drawArea(Drawing& drawing, const AreaMap& map, double y)
 {
     const AreaLayout& layout = *map.layout;
@@ -328,7 +328,7 @@ QByteArray mapPicture(const Layout& layout, const QString& title)
     QByteArray body;
     Drawing drawing(&body);
     drawDefinitions(drawing);
-    drawing.xml.writeEmptyElement(QStringLiteral("rect")); // the paper
+    drawing.xml.writeEmptyElement(QStringLiteral("rect")); // the background
     for (const char* side : {"width", "height"})
         drawing.attribute(side, QStringLiteral("100%"));
     drawing.attribute("fill", QStringLiteral("#ffffff"));
@@ -339,7 +339,7 @@ QByteArray mapPicture(const Layout& layout, const QString& title)
     for (const AreaFacts& area : areaFacts)
         y = drawArea(drawing, areaMap(layout, area), y) + 26;
 
-    // The height is known only now, and the root element comes first.
+    // The root element needs the height, which is known only now.
     const QByteArray width = number(pageWidth).toLatin1();
     const QByteArray height = number(y).toLatin1();
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" +

@@ -32,10 +32,10 @@ struct AreaMap
     CellRanges lost; ///< all configured cells that do not come back
 };
 
-/// What the picture shows of one area, in ascending order of addresses. Blocks without cells are left out.
-/// Points into `layout`.
+/// What the picture shows of one area, by ascending address, without blocks that have no cells. Points into
+/// `layout`.
 AreaMap areaMap(const Layout& layout, const AreaFacts& area);
 
-/// An SVG document: for each area its range to scale, then its blocks in the order of the file with addresses
-/// at their edges, and the configured cells that are not retained, hatched. `title` is put at the top.
+/// An SVG document, with `title` at the top. For each area it has the range to scale, the blocks in the order
+/// of the file with addresses at their edges, and, hatched, the configured cells that are not retained.
 QByteArray mapPicture(const Layout& layout, const QString& title);

@@ -1,4 +1,4 @@
-// Writes a new file in one step, or hands the product to standard output.
+// Writes a new file in one step, or passes the product to standard output.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/report/output_file.h"
 

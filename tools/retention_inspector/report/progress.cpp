@@ -1,4 +1,4 @@
-// Writes one line over and over, not too often.
+// Rewrites one line, at limited intervals.
 // SPDX-License-Identifier: MIT
 #include "tools/retention_inspector/report/progress.h"
 

@@ -1,4 +1,4 @@
-// Shows on a terminal how far a long work has come.
+// Shows the progress of long work on a terminal.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -6,11 +6,12 @@
 
 #include <cstddef>
 
-/// A line on standard error, if that is a terminal and the work takes longer than a moment; gone at the end.
+/// A line on standard error, if that is a terminal and the work takes longer than a moment; removed at the
+/// end.
 class Progress
 {
 public:
-    /// Of `steps` steps. `what` is such as "panels compared" and must outlive this.
+    /// `what`, such as "panels compared", must outlive this object.
     Progress(std::size_t steps, const char* what);
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-/// One value in the form for scripts and in the form for people.
+/// One value, in a form for scripts and in a form for people.
 struct Value
 {
     Value() = default; ///< null; nothing in the text
@@ -34,21 +34,21 @@ struct Value
 struct Fact
 {
     const char* key;
-    const char* title; ///< in the text; null leaves the fact out of it
+    const char* title; ///< in the text; null omits the fact there
     Value value;
 };
 
 struct Column
 {
-    const char* key;             ///< in JSON and CSV; null leaves the column out of them
-    const char* title = nullptr; ///< in the text; null leaves the column out of it
+    const char* key;             ///< in JSON and CSV; null omits the column there
+    const char* title = nullptr; ///< in the text; null omits the column there
 };
 
 struct Table
 {
-    const char* key;    ///< in JSON and for --table; null leaves the table out of JSON and CSV
-    const char* record; ///< first field of each line where all tables are in one CSV
-    const char* title;  ///< null leaves the table out of the text
+    const char* key;    ///< in JSON and for --table; null omits the table in JSON and CSV
+    const char* record; ///< first field of each line when one CSV has all tables
+    const char* title;  ///< in the text; null omits the table there
     std::vector<Column> columns;
     std::vector<std::vector<Value>> rows = {};
 };
@@ -59,14 +59,15 @@ struct Report
     std::vector<Fact> facts;
     std::vector<Table> tables;
     std::vector<Finding> findings;
-    QStringList notes;    ///< what else the user should know; no reason to change anything
-    bool differs = false; ///< the tables themselves are what was looked for: differences
-    QByteArray product; ///< UTF-8 for standard output; the report then goes to standard error. Null for none
-    bool findingsFirst = false; ///< in the text: they say whether the tables can be trusted
-    QString csvTable;           ///< key of the table that CSV is to show; empty for the first with rows
-    bool colour = false;        ///< of severities in the text
+    QStringList notes;    ///< other things that the user should know, which require no change
+    bool differs = false; ///< the tables contain differences, which the user looked for
+    QByteArray
+        product; ///< UTF-8 for standard output; the report then goes to standard error. Null if there is none
+    bool findingsFirst = false; ///< in the text, because they tell whether the tables can be trusted
+    QString csvTable;           ///< key of the table for CSV; empty for the first with rows
+    bool colour = false;        ///< for severities in the text
 
-    void addNote(const QString& note) ///< unless it is empty
+    void addNote(const QString& note) ///< ignores an empty one
     {
         if (!note.isEmpty())
             notes.append(note);
@@ -77,11 +78,11 @@ struct Report
 /// The whole report, ending with a line feed.
 QString reportText(const Report& report);
 QString reportJson(const Report& report);
-/// One table of the report, with a line of names: `csvTable`, "findings" or "facts"; or "all" of them, each
-/// line with its kind at its head. Throws a Refusal when there is no such table.
+/// One table of the report, with a heading line: `csvTable`, "findings" or "facts"; or "all" of them, each
+/// line beginning with its kind. Throws a Refusal when there is no such table.
 QString reportCsv(const Report& report);
 
-/// Findings and notes alone, for people, to stand beside a table in CSV; empty when there are none.
+/// Findings and notes alone, for people, to accompany a table in CSV; empty when there are none.
 QString remarksText(const Report& report);
 
 struct ReportFormat
@@ -90,6 +91,6 @@ struct ReportFormat
     QString (*write)(const Report& report);
 };
 
-/// The first one is the usual one.
+/// The first one is the default.
 inline constexpr std::array<ReportFormat, 3> reportFormats = {
     {{"text", reportText}, {"json", reportJson}, {"csv", reportCsv}}};

@@ -8,7 +8,7 @@ namespace {
 
 const int widestLine = 100; // of running text
 
-/// One line without anything that would move the terminal's cursor.
+/// The text in one line, without characters that would move the terminal's cursor.
 QString printable(const QString& text)
 {
     QString line = text;
