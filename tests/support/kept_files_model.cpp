@@ -67,7 +67,7 @@ QString writeCall(const ExpectedBlock& block, std::int32_t address, const std::v
         texts.append(QString::number(value));
     return QStringLiteral("writeRegisterValues link=%1 area=%2 address=%3 selector=-1 count=%4 data=%5")
         .arg(block.entry.link, block.entry.block, QString::number(address), QString::number(values.size()),
-             texts.join(QLatin1Char(',')));
+             texts.join(QLatin1String(",")));
 }
 
 } // namespace
