@@ -15,6 +15,13 @@ set(CMAKE_CXX_COMPILER ${CROSS_TRIPLET}-g++)
 # Silences GCC's notes about the argument passing of C++17 before GCC 7.
 set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
 string(REPLACE i686 i386 CMAKE_LIBRARY_ARCHITECTURE ${CROSS_TRIPLET})
+# The cross compiler has a C library of its own, which may be older than the sysroot's.
+file(GLOB cross_libraries ${CMAKE_SYSROOT}/usr/lib/gcc/${CROSS_TRIPLET}/*)
+list(PREPEND cross_libraries ${CMAKE_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE})
+list(TRANSFORM cross_libraries PREPEND -L)
+list(JOIN cross_libraries " " cross_libraries)
+set(CMAKE_EXE_LINKER_FLAGS_INIT ${cross_libraries})
+set(CMAKE_SHARED_LINKER_FLAGS_INIT ${cross_libraries})
 set(CMAKE_CROSSCOMPILING_EMULATOR ${CROSS_EMULATOR} -L ${CMAKE_SYSROOT})
 
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)

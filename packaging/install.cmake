@@ -50,9 +50,13 @@ if(POWEROFF_PROTECT_TOOLS)
     # The simulated panel's own libraries are for it alone.
     set(own_libraries ${CMAKE_INSTALL_LIBDIR}/poweroff-protect)
     file(RELATIVE_PATH libraries_from_bin /${CMAKE_INSTALL_BINDIR} /${own_libraries})
-    set_target_properties(panel_simulator retention_inspector PROPERTIES INSTALL_RPATH "\$ORIGIN/${libraries_from_bin}")
+    set(tools panel_simulator)
+    if(TARGET retention_inspector) # not with Qt 4
+        list(APPEND tools retention_inspector)
+    endif()
+    set_target_properties(${tools} PROPERTIES INSTALL_RPATH "\$ORIGIN/${libraries_from_bin}")
     set_target_properties(simulated_host project_tree PROPERTIES INSTALL_RPATH "\$ORIGIN")
-    install(TARGETS panel_simulator retention_inspector DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+    install(TARGETS ${tools} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
     install(TARGETS simulated_host project_tree file_calls LIBRARY DESTINATION ${own_libraries} COMPONENT tools)
     install(FILES docs/man/panel_simulator.1 docs/man/retention_inspector.1
             DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT manuals)

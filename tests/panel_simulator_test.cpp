@@ -48,7 +48,7 @@ TEST(Command, UnderstandsCellsAndValues)
 TEST(Command, CompletesCommandsAndAreas)
 {
     const auto completed = [](const char* beginning) {
-        return completionsOf(QString::fromLatin1(beginning)).join(QLatin1Char(' ')).toStdString();
+        return completionsOf(QString::fromLatin1(beginning)).join(QLatin1String(" ")).toStdString();
     };
     EXPECT_EQ(completed("se"), "set");
     EXPECT_EQ(completed("st"), "status stop");
@@ -461,7 +461,7 @@ TEST_F(PanelSimulatorOnATerminal, SaysAlsoAfterCtrlCWhatIsLost)
 {
     const ToolRun run = type("whole_areas", "set LW 5 1\r", {{"set 1 cell", "\x03"}});
     EXPECT_EQ(run.status, 0);
-    EXPECT_THAT(run.out.toStdString(),
+    EXPECT_THAT(run.out.constData(),
                 HasSubstr("stopped, changed since the last save and lost: 1 cell: LW 5\r\n"));
 }
 
@@ -471,7 +471,7 @@ class LiveContentTest : public ModuleTest
 protected:
     static std::string joined(const QStringList& lines)
     {
-        return lines.join(QLatin1Char('\n')).toStdString();
+        return lines.join(QLatin1String("\n")).toStdString();
     }
 };
 

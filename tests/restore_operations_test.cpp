@@ -4,6 +4,7 @@
 #include "tests/support/module_test.h"
 #include "tests/support/scripted_comm.h"
 #include "tests/support/storage.h"
+#include "tests/support/word_bytes.h"
 
 #include <limits>
 
@@ -128,7 +129,7 @@ TEST_F(RestoreOperations, OpeningAStreamThatIsOpenFailsItAndTheRestoreGoesOn)
 
 TEST_F(RestoreOperations, TheBlocksOwnAreaChoosesTheFileAndItsLinkIsHandedOn)
 {
-    openFiles(QByteArray("\x05"), QByteArray::fromHex("0102"), QByteArray::fromHex("0304"));
+    openFiles(QByteArray("\x05"), wordBytes("0102"), wordBytes("0304"));
     EXPECT_EQ(restored({blockAt("RWI", 7, 1), blockAt("LB", 8, 2), blockAt("LW", 9, 1)}),
               "RWI 7: 1027\nLB 8: 1\nLB 9: 0\nLW 9: 513\n");
     EXPECT_EQ(comm.calls[0].link.toStdString(), "link of 7");
@@ -150,7 +151,8 @@ TEST_F(RestoreOperations, WordsAreFoundByTheirBlocksPlace)
     openFiles(QByteArray(1, '\0'), QByteArray::fromHex("010002000300"), QByteArray::fromHex("010002000300"));
     for (const char* area : {"LW", "RWI"})
         EXPECT_EQ(restored({blockAt(area, 7, 1, 4), blockAt(area, 8, 2, 1)}),
-                  std::string(area) + " 7: 3\n" + area + " 8: 512 768\n");
+                  std::string(area) + " 7: " + std::to_string(wordIn("0300")) + "\n" + area +
+                      " 8: " + std::to_string(wordIn("0002")) + " " + std::to_string(wordIn("0003")) + "\n");
 }
 
 TEST_F(RestoreOperations, BlocksWithoutCellsDoNotMoveTheRunningNumber)
@@ -185,7 +187,7 @@ TEST_F(RestoreOperations, OtherAreasAreNotRestoredAndMoveTheRunningNumber)
 
 TEST_F(RestoreOperations, TheHostsResultDoesNotMatter)
 {
-    openFiles(QByteArray::fromHex("03"), QByteArray::fromHex("0100"), QByteArray(1, '\0'));
+    openFiles(QByteArray::fromHex("03"), wordBytes("0100"), QByteArray(1, '\0'));
     for (const int result : {-1, 0, 1}) {
         comm.result = result;
         EXPECT_EQ(restored({blockAt("LB", 0, 2), blockAt("LW", 0, 1)}), "LB 0: 1\nLB 1: 1\nLW 0: 1\n");

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/storage.h"
+#include "tests/support/word_bytes.h"
 
 #include <unistd.h>
 
@@ -57,7 +58,7 @@ TEST_F(Restore, LeavesEmptyFilesEmptyAndClosed)
     EXPECT_TRUE(openFiles().isEmpty()) << lines(openFiles());
     panel->areas.named(LW)->setCell(1, 7);
     panel->reportChange(LW, 1);
-    EXPECT_EQ(hex(retentionFile(wordFileName)), "00 00 07 00 00 00") << "until the first change";
+    EXPECT_EQ(hex(retentionFile(wordFileName)), hex(wordBytes("000007000000"))) << "until the first change";
     EXPECT_EQ(syncs(), 1) << "which is counted";
     EXPECT_EQ(lines(openFiles()), wordFileName);
 }
@@ -75,8 +76,8 @@ TEST_F(Restore, OpensFilesThatHaveBytesAndKeepsThemOpenUntilTheModuleEnds)
 TEST_F(Restore, WritesEveryWordBlockInOneCallAndEveryBitInItsOwn)
 {
     writeRetentionFile(bitFileName, QByteArray::fromHex("a500"));
-    writeRetentionFile(wordFileName, QByteArray::fromHex("010002000300ffff"));
-    writeRetentionFile(rwiFileName, QByteArray::fromHex("3412"));
+    writeRetentionFile(wordFileName, wordBytes("010002000300ffff"));
+    writeRetentionFile(rwiFileName, wordBytes("3412"));
     EXPECT_EQ(
         restored({{RWI, 9, 1}, {LW, 200, 2}, {LB, 100, 3}, {LW, 100, 2}, {LB, 200, 5}}),
         lines({wrote("LB", 100, {1}), wrote("LB", 101, {0}), wrote("LB", 102, {1}), wrote("LB", 200, {0}),
@@ -86,17 +87,17 @@ TEST_F(Restore, WritesEveryWordBlockInOneCallAndEveryBitInItsOwn)
 
 TEST_F(Restore, WordsBehindTheEndOfAShortFileStartAtZero)
 {
-    writeRetentionFile(wordFileName, QByteArray::fromHex("010002000300"));
+    writeRetentionFile(wordFileName, wordBytes("010002000300"));
     EXPECT_EQ(restored({{LW, 0, 4}}), lines({wrote("LW", 0, {1, 2, 3, 0})})) << "one word short";
     EXPECT_EQ(retentionFile(wordFileName)->size(), 6) << "the file keeps its length";
 }
 
 TEST_F(Restore, HalfAWordAtTheEndOfAFileComesBackWithItsLowByteAlone)
 {
-    writeRetentionFile(wordFileName, QByteArray::fromHex("01000200ab"));
+    writeRetentionFile(wordFileName, wordBytes("01000200ab"));
     EXPECT_EQ(restored({{LW, 0, 2}, {LW, 10, 2}, {LW, 20, 2}}),
-              lines({wrote("LW", 0, {1, 2}), wrote("LW", 10, {0x00ab, 0}), wrote("LW", 20, {0, 0})}));
-    EXPECT_EQ(hex(retentionFile(wordFileName)), "01 00 02 00 ab") << "the file keeps its length";
+              lines({wrote("LW", 0, {1, 2}), wrote("LW", 10, {wordIn("ab00"), 0}), wrote("LW", 20, {0, 0})}));
+    EXPECT_EQ(hex(retentionFile(wordFileName)), hex(wordBytes("01000200ab"))) << "the file keeps its length";
 }
 
 TEST_F(Restore, WordsKeepTheirStartValuesWhereNobodyCanTellThatThereIsAFile)

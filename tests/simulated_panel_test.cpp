@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "host_interface/shell.h"
 #include "tests/support/module_test.h"
+#include "tests/support/word_bytes.h"
 
 #include <QtCore/QTemporaryFile>
 
@@ -95,7 +96,7 @@ TEST_F(SimulatedPanel, ReportsWatchedCellsThatAreSetAndOnlyThose)
     calls.clear();
     EXPECT_TRUE(panel->setCells(LW, 99, {1, 2, 3, 4}));
     EXPECT_EQ(syncs(), 2) << "one for each of the two watched cells";
-    EXPECT_EQ(retentionFile(wordFileName), QByteArray::fromHex("02000300"));
+    EXPECT_EQ(retentionFile(wordFileName), wordBytes("02000300"));
     EXPECT_FALSE(panel->setCells(LW, 65535, {1, 2}));
     EXPECT_FALSE(panel->setCells(QStringLiteral("XX"), 0, {1}));
     EXPECT_EQ(syncs(), 2);

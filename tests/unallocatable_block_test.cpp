@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/storage.h"
+#include "tests/support/word_bytes.h"
 
 #include <cstdlib>
 
@@ -78,10 +79,10 @@ protected:
         EXPECT_THAT(change(LW, 1, 0x0102), testing::MatchesRegex("readRegisterValues .*\nsync"));
         EXPECT_EQ(change(LW, 150, 0x0304), "sync") << "nothing is read for it";
         change(RWI, 0, 0x0506);
-        EXPECT_EQ(hex(retentionFile(rwiFileName)), "06 05");
+        EXPECT_EQ(hex(retentionFile(rwiFileName)), hex(wordBytes("0605")));
         QFile words(retentionPath(wordFileName));
         ASSERT_TRUE(words.open(QIODevice::ReadOnly));
-        EXPECT_EQ(hex(words.read(8)), "01 00 02 01 00 00 00 00");
+        EXPECT_EQ(hex(words.read(8)), hex(wordBytes("0100020100000000")));
         EXPECT_EQ(words.size(), 4 + 2LL * hugeCount + 4);
 #if !defined(__SANITIZE_ADDRESS__) // which does not limit many small records
         EXPECT_THAT(watchedCells(*panel->model),
@@ -99,11 +100,11 @@ TEST_F(UnallocatableBlock, IsNeitherRestoredNorWrittenNorWatchedAndTheOtherBlock
     if (!memoryCanBeLimited())
         GTEST_SKIP() << "memory cannot be limited here";
     project = perAddressProject({{LW, 0, 2}, {LW, 100, hugeCount}, {LW, behindHuge, 2}, {RWI, 0, 1}});
-    writeRetentionFile(wordFileName, QByteArray::fromHex("01000200"));
-    writeRetentionFile(rwiFileName, QByteArray::fromHex("0300"));
+    writeRetentionFile(wordFileName, wordBytes("01000200"));
+    writeRetentionFile(rwiFileName, wordBytes("0300"));
     QFile words(retentionPath(wordFileName));
     ASSERT_TRUE(words.open(QIODevice::ReadWrite) && words.seek(4 + 2LL * hugeCount));
-    ASSERT_EQ(words.write("\x04\x00\x05\x00", 4), 4);
+    ASSERT_EQ(words.write(wordBytes("04000500")), 4);
     words.close();
     EXPECT_EXIT(
         {
@@ -117,14 +118,14 @@ TEST_F(UnallocatableBlock, IsNeitherRestoredNorWrittenNorWatchedAndTheOtherBlock
 TEST_F(UnallocatableBlock, IsAlsoOneWhoseSizeInBytesWrapsToANegativeNumber)
 {
     project = perAddressProject({{LW, 0, 2}, {LW, 100, (1 << 30) + 100}});
-    writeRetentionFile(wordFileName, QByteArray::fromHex("0100020003000400"));
+    writeRetentionFile(wordFileName, wordBytes("0100020003000400"));
     panel = makePanel(project.get());
     panel->open();
     panel->init();
     EXPECT_EQ(lines(callsTo({QStringLiteral("writeRegisterValues")})), wrote("LW", 0, 2, "1,2"));
     EXPECT_EQ(change(LW, 150, 9), "sync");
     EXPECT_THAT(change(LW, 1, 7), testing::HasSubstr("read"));
-    EXPECT_EQ(hex(retentionFile(wordFileName)), "01 00 07 00 03 00 04 00");
+    EXPECT_EQ(hex(retentionFile(wordFileName)), hex(wordBytes("0100070003000400")));
 }
 
 } // namespace

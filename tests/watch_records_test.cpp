@@ -20,12 +20,12 @@ QByteArray bytesOf(const RegisterValueChangeSize& record)
 
 QByteArray expectedBytes(int address, const QByteArray& areaName)
 {
+    const int one = 1;
     QByteArray bytes(56, '\0');
     bytes.replace(4, 4, QByteArray(4, '\xff'));
-    for (int j = 0; j < 4; ++j)
-        bytes[8 + j] = static_cast<char>((static_cast<unsigned>(address) >> (8 * j)) & 0xff);
+    std::memcpy(bytes.data() + 8, &address, 4);
     bytes.replace(16, areaName.size(), areaName);
-    bytes[52] = 1;
+    std::memcpy(bytes.data() + 52, &one, 4);
     return bytes;
 }
 

@@ -5,6 +5,7 @@
 #include "tests/support/module_test.h"
 #include "tests/support/scripted_comm.h"
 #include "tests/support/storage.h"
+#include "tests/support/word_bytes.h"
 
 namespace {
 
@@ -65,7 +66,7 @@ TEST_F(WriteThrough, GoesThroughEveryBlockThatHoldsTheCellAndSyncsOnce)
     writeRetentionFile(fileName, QByteArray(14, '\x77'));
     blocks = {blockAt(10, 2, 0), blockAt(50, 1, 4), blockAt(11, 3, 6), blockAt(11, 1, 12)};
     comm.value = [](const QString&, int address) { return static_cast<ushort>(0x100 + address); };
-    EXPECT_EQ(changed("LW", 11), "0a 01 0b 01 77 77 0b 01 0c 01 0d 01 0b 01");
+    EXPECT_EQ(changed("LW", 11), hex(wordBytes("0a010b0177770b010c010d010b01")));
     EXPECT_EQ(readsOf(comm), "LW 10 2\nLW 11 3\nLW 11 1\n");
     EXPECT_EQ(lines(calls), "sync");
 }

@@ -10,4 +10,13 @@
 namespace Qt {
 constexpr QString::SplitBehavior SkipEmptyParts = QString::SkipEmptyParts;
 } // namespace Qt
+
+inline bool qEnvironmentVariableIsEmpty(const char* name)
+{
+    return qgetenv(name).isEmpty();
+}
+inline QString qEnvironmentVariable(const char* name)
+{
+    return QString::fromLocal8Bit(qgetenv(name));
+}
 #endif

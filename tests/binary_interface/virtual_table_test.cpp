@@ -4,6 +4,7 @@
 
 #include <QtCore/QFile>
 
+#include <cstdint>
 #include <cstring>
 
 #include <cxxabi.h>

@@ -79,7 +79,7 @@ std::string identityOf(const char* fileName)
             QDir(QString::fromLatin1(path)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
     return "inode " + std::to_string(status.st_ino) + ", mode " + std::to_string(status.st_mode) + ", " +
            std::to_string(status.st_nlink) + " names, " + std::to_string(status.st_size) + " bytes, to " +
-           linkTarget(path).toStdString() + ", holding " + lines(held);
+           linkTarget(path).constData() + ", holding " + lines(held);
 }
 
 /// The targets of the links in these tests.

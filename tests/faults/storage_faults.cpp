@@ -3,8 +3,10 @@
 #include "tests/faults/storage_faults.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <map>
+#include <string>
 #include <utility>
 
 #include <sys/stat.h>

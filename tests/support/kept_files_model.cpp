@@ -5,6 +5,7 @@
 #include "tests/support/literal_rules.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace {
@@ -37,10 +38,12 @@ void writeAt(ModelFile& file, std::int32_t offset, const QByteArray& data)
     file.bytes->replace(offset, data.size(), data);
 }
 
+/// In this machine's byte order, as all words are kept.
 ushort unitAt(const QByteArray& bytes, int unit)
 {
-    return static_cast<ushort>(static_cast<unsigned char>(bytes.at(2 * unit)) |
-                               static_cast<unsigned char>(bytes.at(2 * unit + 1)) << 8);
+    ushort value = 0;
+    std::memcpy(&value, bytes.constData() + 2 * unit, sizeof value);
+    return value;
 }
 
 std::vector<ushort> unitsOf(const QByteArray& bytes)
@@ -64,7 +67,7 @@ QString writeCall(const ExpectedBlock& block, std::int32_t address, const std::v
         texts.append(QString::number(value));
     return QStringLiteral("writeRegisterValues link=%1 area=%2 address=%3 selector=-1 count=%4 data=%5")
         .arg(block.entry.link, block.entry.block, QString::number(address), QString::number(values.size()),
-             texts.join(QLatin1Char(',')));
+             texts.join(QLatin1String(",")));
 }
 
 } // namespace
@@ -216,7 +219,7 @@ void KeptFilesModel::writeWords(std::size_t area, const ExpectedBlock& block)
         const std::int64_t address = std::int64_t(block.entry.index) + j;
         const bool inside = address >= 0 && address < MemoryArea::cellCount;
         const ushort value = inside ? *memory(area).cell(static_cast<int>(address)) : 0;
-        words.append(static_cast<char>(value & 0xff)).append(static_cast<char>(value >> 8));
+        words.append(reinterpret_cast<const char*>(&value), sizeof value);
     }
     writeAt(files[area], block.fileOffset, words);
 }

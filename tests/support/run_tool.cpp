@@ -118,7 +118,7 @@ ToolRun runToolOnTerminal(const QString& program, const QStringList& arguments, 
             type(next++->keys);
         }
     }
-    EXPECT_TRUE(next == later.end()) << "never said: " << next->after.toStdString();
+    EXPECT_TRUE(next == later.end()) << "never said: " << next->after.constData();
     close(terminal);
     return {statusAfter(child), out, QByteArray()};
 }

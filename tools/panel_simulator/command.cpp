@@ -141,7 +141,7 @@ Command parseCommand(const QString& line)
 QStringList completionsOf(const QString& beginning)
 {
     QString before = beginning;
-    while (!before.isEmpty() && before.front().isSpace())
+    while (!before.isEmpty() && before.at(0).isSpace())
         before.remove(0, 1);
     const QStringList words = before.split(QLatin1Char(' '));
     QStringList candidates;

@@ -4,7 +4,6 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 
 #include <algorithm>
 #include <cerrno>
@@ -72,7 +71,7 @@ LineSource::LineSource(int descriptor, Session& session) : descriptor(descriptor
     ::history(history.get(), &event, H_SETSIZE, 1000);
     ::history(history.get(), &event, H_SETUNIQUE, 1);
     historyFile = findHistoryFile();
-    if (QFileInfo::exists(QFile::decodeName(historyFile)))
+    if (QFile::exists(QFile::decodeName(historyFile)))
         ::history(history.get(), &event, H_LOAD, historyFile.constData());
     endInputOnInterrupt();
     editor.reset(el_init("panel_simulator", stdin, stdout, stderr));

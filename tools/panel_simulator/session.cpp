@@ -233,8 +233,8 @@ QString Session::expect(const Command& command, std::ostream& out) const
     const QString cells = QStringLiteral("%1 %2: ").arg(command.area).arg(command.address);
     if (found != wanted)
         return QStringLiteral("%1expected %2, found %3")
-            .arg(cells, wanted.join(QLatin1Char(' ')), found.join(QLatin1Char(' ')));
-    out << text(cells + found.join(QLatin1Char(' '))) << " as expected\n";
+            .arg(cells, wanted.join(QLatin1String(" ")), found.join(QLatin1String(" ")));
+    out << text(cells + found.join(QLatin1String(" "))) << " as expected\n";
     return {};
 }
 

@@ -137,8 +137,11 @@ void addOptions(QCommandLineParser& parser, const Command& command)
     parser.addOption({QStringLiteral("help"), QStringLiteral("Explains the command.")});
 }
 
-const ReportFormat& formatNamed(const QString& name)
+const ReportFormat& formatAskedFor(const QCommandLineParser& parser)
 {
+    if (!parser.isSet(QStringLiteral("format")))
+        return reportFormats.front();
+    const QString name = parser.value(QStringLiteral("format"));
     for (const ReportFormat& format : reportFormats)
         if (name == QLatin1String(format.name))
             return format;
@@ -245,9 +248,7 @@ int runCommand(const Command& command, const QStringList& words, QString& out)
         return 0;
     }
     requireArguments(command, parser, seeHelp);
-    const ReportFormat& format = parser.isSet(QStringLiteral("format"))
-                                     ? formatNamed(parser.value(QStringLiteral("format")))
-                                     : reportFormats.front();
+    const ReportFormat& format = formatAskedFor(parser);
     const bool csv = qstrcmp(format.name, "csv") == 0;
     if (parser.isSet(QStringLiteral("table")) && !csv)
         throw Refusal(QStringLiteral("--table: expected with --format csv only") + seeHelp);

@@ -67,6 +67,15 @@ class CutStateTest(unittest.TestCase):
         self.assertEqual(self.contents(3), {"k\0", "ky", "x\0", "xy"})
         self.assertEqual(self.contents(4), {"k\0", "ky", "kz", "x\0", "xy", "xz"})
 
+    def test_a_superblock_arrives_as_a_whole_or_not_at_all(self):
+        requests = [Request(False, 0, b"".join(map(sector, (b"0", b"1", b"2", b"3", b"4"))))]
+        found = set()
+        for seed in range(500):
+            state = cut_state(requests, 1, random.Random(seed))
+            found.add("".join(content[:1].decode() for _, content in state.arrived))
+        self.assertEqual([state for state in found if ("2" in state) != ("3" in state)], [])
+        self.assertLessEqual({"", "23", "014", "01234"}, found)
+
     def test_what_was_not_flushed_may_be_missing_altogether(self):
         self.assertEqual(self.contents(1), {"\0\0", "k\0"})
 
