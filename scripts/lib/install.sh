@@ -12,13 +12,13 @@ install_missing() {
     [ ${#missing[@]} -gt 0 ] || return 0
     if ! command -v apt-get >/dev/null; then
         echo "missing: ${missing[*]}" >&2
-        echo "This is no Debian: install what corresponds to these packages of Debian 12." >&2
+        echo "This is not Debian: install the equivalents of these Debian 12 packages." >&2
         exit 2
     fi
     if [ "$(id -u)" -ne 0 ]; then
         if ! command -v sudo >/dev/null; then
             echo "missing: ${missing[*]}" >&2
-            echo "Install them as root with apt-get install, or install sudo, and start again." >&2
+            echo "Install them as root with apt-get install, or install sudo, and run this again." >&2
             exit 2
         fi
         as_root=(sudo)
