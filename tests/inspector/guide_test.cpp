@@ -102,7 +102,7 @@ TEST_F(InspectorGuide, ShowsThePictureThatTheToolDraws)
     QFile drawn(picture);
     ASSERT_TRUE(drawn.open(QIODevice::ReadOnly));
     EXPECT_EQ(drawn.readAll(), contents("docs/images/retention_map.svg").toUtf8())
-        << "draw both anew: retention_inspector map examples/overlapping_ranges.xml --force "
+        << "redraw both: retention_inspector map examples/overlapping_ranges.xml --force "
            "-o docs/images/retention_map.svg; rsvg-convert docs/images/retention_map.svg -o "
            "docs/images/retention_map.png";
 }
@@ -185,8 +185,7 @@ TEST_F(InspectorGuide, ManPageNamesEveryCommandAndOption)
         for (const Option& option : form->options) {
             EXPECT_THAT(page, HasSubstr("--" + std::string(option.name)));
             if (option.usual) {
-                EXPECT_THAT(page, HasSubstr(std::string("; ") + option.usual + " unless given."))
-                    << option.name;
+                EXPECT_THAT(page, HasSubstr(std::string(" (default: ") + option.usual + ").")) << option.name;
             }
         }
     }
