@@ -72,7 +72,7 @@ TEST(EntryVerdict, NamesAnEntryThatAFoldLosesAltogether)
                 ElementsAre("folded into block 1 less 7", "not retained less 7"));
     EXPECT_THAT(findingTexts({lw(0, 8), lw(7, 1)}),
                 ElementsAre(HasSubstr("lost-in-fold entries 1 \"Entry\" and 2 \"Entry\", LW 7 -> Replace "
-                                      "them with one entry with \"index\" 0 and \"addressLength\" 8")));
+                                      "them with a single entry (\"index\" 0, \"addressLength\" 8)")));
 }
 
 TEST(EntryVerdict, CountsACellLostInAFoldAsKeptWhenAnotherBlockHoldsIt)
@@ -113,9 +113,9 @@ TEST(EntryFinding, OfAFoldTellsTheOneEntryThatKeepsEverything)
 {
     const std::vector<Entry> folded = {lw(2, 4), lw(0, 4)};
     EXPECT_THAT(findingTexts(folded),
-                ElementsAre("lost-in-fold entries 1 \"Entry\" and 2 \"Entry\", LW 5 -> Replace them with one "
-                            "entry with \"index\" 0 and \"addressLength\" 6, or start each entry right after "
-                            "the last cell of the one before it."));
+                ElementsAre("lost-in-fold entries 1 \"Entry\" and 2 \"Entry\", LW 5 -> Replace them with a "
+                            "single entry (\"index\" 0, \"addressLength\" 6), or start each entry right "
+                            "after the last cell of the one before it."));
     EXPECT_THAT(findingsOf({lw(0, 6)}), IsEmpty()) << "the remedy helps";
     EXPECT_THAT(findingsOf({lw(0, 4), lw(4, 2)}), IsEmpty()) << "the other remedy helps";
 }

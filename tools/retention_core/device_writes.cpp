@@ -24,8 +24,8 @@ DeviceWrites deviceWrites(const QString& directory, const QString& systemFolder)
     QFile counts(folder + QStringLiteral("/stat"));
     if (!counts.open(QIODevice::ReadOnly))
         throw Refusal(
-            QStringLiteral("%1: not on a block device whose writes the kernel counts (%2: %3); UBIFS, tmpfs, "
-                           "overlay and network file systems are not. Name another directory.")
+            QStringLiteral("%1: not on a block device whose writes the kernel counts (%2: %3); name a "
+                           "directory that is not on UBIFS, tmpfs, an overlay or a network file system")
                 .arg(directory, counts.fileName(), counts.errorString()));
     // Reads, merged, sectors, ms, then the same of writes; sectors are of 512 bytes whatever the device has.
     const QList<QByteArray> fields = counts.readAll().simplified().split(' ');

@@ -52,7 +52,7 @@ Finding unknownArea(const ProjectEntry& entry)
     if (!entry.hasSource)
         return entryFinding(
             entry, "no-source-address", {},
-            QStringLiteral("it has no \"sourceAddress\", so none of it is retained."),
+            QStringLiteral("it has no \"sourceAddress\", so none of the entry is retained."),
             QStringLiteral("Add a \"sourceAddress\" with \"Block\" (LB, LW or RWI) and \"index\", "
                            "or remove the entry."));
     for (const AreaFacts& area : areaFacts) {
@@ -154,8 +154,8 @@ Finding foldFinding(const Fold& fold, const CellRanges& lost)
         any, "lost-in-fold", lost,
         QStringLiteral("the entries overlap and are folded into block %1, which ends one cell too early.")
             .arg(fold.block->number),
-        QStringLiteral("Replace them with one entry with \"index\" %1 and \"addressLength\" %2, or start "
-                       "each entry right after the last cell of the one before it.")
+        QStringLiteral("Replace them with a single entry (\"index\" %1, \"addressLength\" %2), or start each "
+                       "entry right after the last cell of the one before it.")
             .arg(first)
             .arg(last - first + 1));
     finding.place = entriesText(fold.entries) + QLatin1String(", ") + cellsText(any, lost);

@@ -107,7 +107,8 @@ void makeRetentionFiles(const QString& directory,
                         const std::function<bool(const AreaFacts& area, QFile& file)>& fill)
 {
     if (directory.isEmpty() || directory == QLatin1String("-"))
-        throw Refusal(QStringLiteral("\"%1\": expected a new directory for the three files").arg(directory));
+        throw Refusal(
+            QStringLiteral("--output \"%1\": expected a new directory for the three files").arg(directory));
     const QString target = QDir::cleanPath(QFileInfo(directory).absoluteFilePath());
     const auto refuse = [&target](const QString& message) {
         throw Refusal(QStringLiteral("%1: %2").arg(target, message));

@@ -6,7 +6,7 @@ namespace {
 
 Value cellsOf(const CellRange& cells)
 {
-    return cells.first > cells.last ? "no cell" : rangeText(cells);
+    return cells.first > cells.last ? "none" : rangeText(cells);
 }
 
 Value lastOf(const CellRange& cells)

@@ -74,7 +74,8 @@ qint64 sizeOf(const Inputs& inputs, const char* option, qint64 usual, qint64 hig
     if (!number || !known || !(bytes >= 1 && bytes <= static_cast<double>(highest)))
         refuseOption(
             option, text,
-            QStringLiteral("a size from 1 to %1 bytes, such as 4096, 4K, 4 KiB (of 1024) or 4 kB (of 1000)")
+            QStringLiteral(
+                "a size from 1 to %1 bytes, such as 4096, 4K or 4 KiB (4096 bytes), or 4 kB (4000 bytes)")
                 .arg(highest));
     return static_cast<qint64>(bytes);
 }
