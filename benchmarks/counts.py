@@ -103,15 +103,15 @@ def differences(counts, record):
     for key in sorted(counts.keys() | record.keys()):
         where = f"{key[0]} {key[1]}"
         if key not in counts or key not in record:
-            yield f"{where}: {'not recorded' if key in counts else 'recorded, but no operation any more'}"
+            yield f"{where}: {'not recorded' if key in counts else 'recorded, but the operation no longer exists'}"
             continue
         (instructions, calls), (recorded, recorded_calls) = counts[key], record[key]
         if not within(instructions, recorded):
-            yield (f"{where}: {instructions:,} instructions, recorded are {recorded:,} "
+            yield (f"{where}: {instructions:,} instructions, but {recorded:,} are recorded "
                    f"({100 * (instructions / recorded - 1):+.1f} %)")
         for call in sorted(calls.keys() | recorded_calls.keys()):
             if not within(calls.get(call, 0), recorded_calls.get(call, 0)):
-                yield f"{where}: {calls.get(call, 0):g} x {call}, recorded are {recorded_calls.get(call, 0):g}"
+                yield f"{where}: {calls.get(call, 0):g} x {call}, but {recorded_calls.get(call, 0):g} are recorded"
 
 
 def steep_growth(counts):
@@ -122,7 +122,7 @@ def steep_growth(counts):
             continue
         if instructions > MOST_GROWTH * small[0]:
             yield (f"{processor} {operation}: {instructions / small[0]:.1f} times the instructions of a tenth of the "
-                   f"size; more than {MOST_GROWTH} is no straight line")
+                   f"size; more than {MOST_GROWTH} is not linear growth")
         if sum(calls.values()) > MOST_GROWTH * sum(small[1].values()):
             yield f"{processor} {operation}: more than {MOST_GROWTH} times the system calls of a tenth of the size"
 
@@ -140,8 +140,8 @@ def print_beside(counts):
 def main():
     parser = argparse.ArgumentParser(prog="scripts/counts", description=__doc__)
     how = parser.add_mutually_exclusive_group()
-    how.add_argument("--update", action="store_true", help="records the present counts")
-    how.add_argument("--beside", action="store_true", help="also prints what the same work costs without the module")
+    how.add_argument("--update", action="store_true", help="record the current counts")
+    how.add_argument("--beside", action="store_true", help="also show what the same work costs without the module")
     for name in PROCESSORS:
         parser.add_argument(f"--{name}", nargs=3, metavar=("PROGRAM", "PLUGIN", "ROOT"), required=True, help=argparse.SUPPRESS)
     options = parser.parse_args()
@@ -162,8 +162,8 @@ def main():
     for finding in findings:
         print(finding)
     if findings:
-        sys.exit("FAILED: the module's costs differ from the record. If that is intended: scripts/counts --update")
-    print(f"OK: {len(counts)} operations cost as recorded, within {100 * MARGIN:.0f} %.")
+        sys.exit("FAILED: the costs of the module differ from the record. If this is intended: scripts/counts --update")
+    print(f"OK: {len(counts)} operations match the record within {100 * MARGIN:.0f} %.")
     return None
 
 

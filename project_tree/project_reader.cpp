@@ -16,8 +16,8 @@ QString requiredAttribute(QXmlStreamReader& xml, const char* name)
 {
     const QXmlStreamAttributes attributes = xml.attributes();
     if (!attributes.hasAttribute(QLatin1String(name))) {
-        xml.raiseError(QStringLiteral("<%1> needs the attribute \"%2\"")
-                           .arg(xml.name().toString(), QLatin1String(name)));
+        xml.raiseError(
+            QStringLiteral("<%1> has no attribute \"%2\"").arg(xml.name().toString(), QLatin1String(name)));
         return {};
     }
     return attributes.value(QLatin1String(name)).toString();
@@ -30,7 +30,7 @@ void setNumber(QXmlStreamReader& xml, object& node, const QString& name, const Q
     bool ok = false;
     const qint64 value = text.trimmed().toLongLong(&ok);
     if (!ok || value < lowest || value > highest) {
-        xml.raiseError(QStringLiteral("property \"%1\": \"%2\" is not a number from %3 to %4")
+        xml.raiseError(QStringLiteral("property \"%1\": value \"%2\": expected a number from %3 to %4")
                            .arg(name, text.trimmed(), QString::number(lowest), QString::number(highest)));
         return;
     }
@@ -44,7 +44,7 @@ void readProperty(QXmlStreamReader& xml, object& node)
     if (xml.hasError())
         return;
     if (node.findProperty(name)) {
-        xml.raiseError(QStringLiteral("object \"%1\" has a second property \"%2\"").arg(node.name, name));
+        xml.raiseError(QStringLiteral("object \"%1\" has two properties \"%2\"").arg(node.name, name));
         return;
     }
     const QString text = xml.readElementText();
@@ -58,8 +58,8 @@ void readProperty(QXmlStreamReader& xml, object& node)
     else if (type == QLatin1String("uint32"))
         setNumber(xml, node, name, text, 0, std::numeric_limits<quint32>::max());
     else
-        xml.raiseError(QStringLiteral("property \"%1\": the type \"%2\" is not one of int32, uint32, string")
-                           .arg(name, type));
+        xml.raiseError(
+            QStringLiteral("property \"%1\": type \"%2\": expected int32, uint32 or string").arg(name, type));
 }
 
 /// Reads the contents of an "object" element up to its end.
@@ -70,9 +70,9 @@ void readObjectContents(QXmlStreamReader& xml, object& node, int nesting)
             readProperty(xml, node);
         } else if (xml.name() != QLatin1String("object")) {
             xml.raiseError(
-                QStringLiteral("<%1> where <object> or <property> was expected").arg(xml.name().toString()));
+                QStringLiteral("<%1>: expected <object> or <property>").arg(xml.name().toString()));
         } else if (nesting >= deepestNesting) {
-            xml.raiseError(QStringLiteral("objects are nested more than %1 deep").arg(deepestNesting));
+            xml.raiseError(QStringLiteral("objects are nested more than %1 levels deep").arg(deepestNesting));
         } else {
             const QString name = requiredAttribute(xml, "name");
             if (!xml.hasError())
@@ -92,7 +92,7 @@ ProjectReading readProject(QIODevice& device, const QString& fileName)
             root->name = requiredAttribute(xml, "name");
         else
             xml.raiseError(
-                QStringLiteral("<%1> where the project's <object> was expected").arg(xml.name().toString()));
+                QStringLiteral("<%1>: expected the project's <object>").arg(xml.name().toString()));
         if (!xml.hasError())
             readObjectContents(xml, *root, 1);
     }

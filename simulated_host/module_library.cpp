@@ -21,7 +21,7 @@ ModuleLibrary::ModuleLibrary(const QString& path)
     // For a name without a slash the loader would search its own directories.
     const QString file = QFileInfo(path).absoluteFilePath();
     if (!QFileInfo(file).isFile()) {
-        errorText = QStringLiteral("%1: no such module library; build it or name another one").arg(path);
+        errorText = QStringLiteral("%1: no such module library; build it, or name another one").arg(path);
         return;
     }
     void* const library = dlopen(QFile::encodeName(file).constData(), RTLD_NOW | RTLD_LOCAL);
@@ -33,7 +33,7 @@ ModuleLibrary::ModuleLibrary(const QString& path)
     create = entryPoint<decltype(create)>(library, "createModel");
     destroy = entryPoint<decltype(destroy)>(library, "deletModel");
     if (!isLoaded())
-        errorText = QStringLiteral("%1: is not a model library: it has no %2")
+        errorText = QStringLiteral("%1: is not a module library: it does not export %2")
                         .arg(path, QLatin1String(create ? "deletModel" : "createModel"));
 }
 

@@ -57,11 +57,12 @@ QString keepEntry(const QFileInfo& entry, const QString& scratch)
             readlink(QFile::encodeName(entry.filePath()).constData(), link, sizeof link - 1);
         link[length > 0 ? length : 0] = '\0';
         if (length < 0 || symlink(link, QFile::encodeName(target).constData()) != 0)
-            return failure(QStringLiteral("cannot copy the link %1").arg(entry.filePath()));
+            return failure(QStringLiteral("cannot copy the symbolic link %1").arg(entry.filePath()));
         return {};
     }
     const bool made = entry.isDir() ? QDir().mkdir(target) : QFile(target).open(QIODevice::WriteOnly);
-    return made ? bindMount(entry.filePath(), target) : failure(QStringLiteral("cannot make %1").arg(target));
+    return made ? bindMount(entry.filePath(), target)
+                : failure(QStringLiteral("cannot create %1").arg(target));
 }
 
 } // namespace
@@ -79,7 +80,7 @@ QString bindMount(const QString& source, const QString& target)
 {
     if (mount(QFile::encodeName(source).constData(), QFile::encodeName(target).constData(), nullptr,
               MS_BIND | MS_REC, nullptr) != 0)
-        return failure(QStringLiteral("cannot show %1 at %2").arg(source, target));
+        return failure(QStringLiteral("cannot mount %1 on %2").arg(source, target));
     return {};
 }
 
@@ -94,7 +95,7 @@ QString enterNamespaceWithOwnUsr()
     // The new /usr is assembled next to the old one and then moved over it.
     const QTemporaryDir scratch;
     if (!scratch.isValid())
-        return QStringLiteral("no temporary directory: %1").arg(scratch.errorString());
+        return QStringLiteral("cannot create a temporary directory: %1").arg(scratch.errorString());
     const QByteArray scratchPath = QFile::encodeName(scratch.path());
     if (mount("tmpfs", scratchPath.constData(), "tmpfs", 0, "mode=0755") != 0)
         return failure(QStringLiteral("cannot mount a scratch file system"));
@@ -110,6 +111,6 @@ QString enterNamespaceWithOwnUsr()
             return error;
     }
     if (mount(scratchPath.constData(), "/usr", nullptr, MS_MOVE, nullptr) != 0)
-        return failure(QStringLiteral("cannot put the scratch file system over /usr"));
+        return failure(QStringLiteral("cannot move the scratch file system to /usr"));
     return {};
 }

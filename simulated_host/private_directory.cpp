@@ -24,7 +24,7 @@ QString tryNamespace()
     int ends[2];
     const pid_t child = pipe(ends) == 0 ? fork() : -1;
     if (child < 0)
-        return QStringLiteral("no process to try it in");
+        return QStringLiteral("cannot start a process to try a mount namespace");
     if (child == 0) {
         const QByteArray error = enterNamespaceWithOwnUsr().toUtf8();
         const ssize_t written = write(ends[1], error.constData(), static_cast<size_t>(error.size()));
@@ -55,7 +55,7 @@ QString enterPrivateUsr()
         return enterNamespaceWithOwnUsr();
     scratch = makeScratchDirectory();
     if (scratch.isEmpty())
-        return QStringLiteral("%1, and no directory for temporary files in %2")
+        return QStringLiteral("%1, and a temporary directory cannot be created in %2")
             .arg(refusal, QDir::tempPath());
     return map(QStringLiteral("/usr/tavrin"), mappedUsrTavrin());
 }
@@ -65,7 +65,7 @@ QString mapProjectDirectory(const QString& directory)
     const QString fixed = QString::fromLatin1(fixedProjectDirectory);
     const QString shown = QFileInfo(directory).absoluteFilePath();
     if (!QDir().mkpath(fixed))
-        return QStringLiteral("cannot make %1").arg(fixed);
+        return QStringLiteral("cannot create %1").arg(fixed);
     return refusal.isEmpty() ? bindMount(shown, fixed) : map(fixed, shown);
 }
 

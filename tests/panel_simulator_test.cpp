@@ -68,7 +68,7 @@ TEST(Command, SaysWhatItExpected)
     EXPECT_EQ(errorOf("get lw 1"), "area \"lw\": expected LB, LW or RWI");
     EXPECT_EQ(errorOf("get LW 65536"), "address \"65536\": expected a number from 0 to 65535");
     EXPECT_EQ(errorOf("get LW 65535 2"), "count \"2\": expected a number from 1 to 1");
-    EXPECT_EQ(errorOf("set LW 65535 1 2"), "too many values: expected at most 1 from address 65535 on");
+    EXPECT_EQ(errorOf("set LW 65535 1 2"), "too many values: expected at most 1 starting at address 65535");
     EXPECT_EQ(errorOf("set LW 1 65536"), "value \"65536\": expected a number from -32768 to 65535");
     EXPECT_EQ(errorOf("set LB 1 2"), "value \"2\": expected a number from 0 to 1");
     EXPECT_EQ(errorOf("set LW 1 0x"), "value \"0x\": expected a number from -32768 to 65535");
@@ -138,14 +138,14 @@ TEST_F(PanelSimulator, ShowsWhatIsWatched)
 {
     EXPECT_THAT(run("address_ranges", "watch\n").out.constData(),
                 HasSubstr("LB 20 to 31\nLW 100 to 109\nLW 200 to 204\n"));
-    EXPECT_THAT(run("whole_areas", "watch\n").out.constData(), HasSubstr("nothing is watched\n"));
+    EXPECT_THAT(run("whole_areas", "watch\n").out.constData(), HasSubstr("no cells are watched\n"));
 }
 
 TEST_F(PanelSimulator, ShowsModePeriodSyncsAndFiles)
 {
     const std::string out = run("whole_areas", "cycle\ncycle\nstatus\n").out.constData();
     EXPECT_THAT(out, HasSubstr("mode       whole areas (1)\n"));
-    EXPECT_THAT(out, HasSubstr("period     a cyclic call every 300000 ms, the next in "));
+    EXPECT_THAT(out, HasSubstr("period     cyclic call every 300000 ms, next in "));
     EXPECT_THAT(out, HasSubstr("ready      yes\nsyncs run  2\n"));
     EXPECT_THAT(out, HasSubstr("maintenance-bit.dat  65536 bytes\n"));
     EXPECT_THAT(out, HasSubstr("maintenance-RWI.dat  131072 bytes\n"));
@@ -186,24 +186,23 @@ TEST_F(PanelSimulator, SaysWhatAnEndLosesOfWholeAreas)
 {
     const ToolRun result =
         run("whole_areas", "set LW 5 1\ncycle\nset LW 5 2\nset RWI 7 1\nrestart\nset LB 1 1\n");
-    EXPECT_THAT(result.out.constData(),
-                HasSubstr("stopped, changed since the last save and lost: 2 cells: LW 5, RWI 7\nstarted"));
-    EXPECT_THAT(result.out.constData(),
-                HasSubstr("stopped, changed since the last save and lost: 1 cell: LB 1\n"));
-    EXPECT_THAT(run("whole_areas", "set LW 5 3\ncycle\n").out.constData(),
-                HasSubstr("were saved\nstopped\n"));
+    EXPECT_THAT(result.out.constData(), HasSubstr("stopped, unsaved changes lost in 2 cells: LW 5, RWI 7\n"
+                                                  "started"));
+    EXPECT_THAT(result.out.constData(), HasSubstr("stopped, unsaved changes lost in 1 cell: LB 1\n"));
+    EXPECT_THAT(run("whole_areas", "set LW 5 3\ncycle\n").out.constData(), HasSubstr("areas saved\n"
+                                                                                     "stopped\n"));
 }
 
 TEST_F(PanelSimulator, SaysSavedOnlyWhenItWasWritten)
 {
     QDir().mkpath(scratch.filePath(QStringLiteral("data/maintenance-word.dat")));
     const ToolRun result = run("whole_areas", "cycle\nset RWI 1 2\nset LW 1 2\ncycle\nstatus\n");
-    EXPECT_EQ(result.err, "maintenance-word.dat is not a regular file; LW is not kept\n");
+    EXPECT_EQ(result.err, "maintenance-word.dat is not a regular file; LW is not retained\n");
     EXPECT_THAT(result.out.constData(),
                 HasSubstr("cyclic call: not saved: LW (maintenance-word.dat is not a regular file)\nset"))
         << "nothing differs yet, but nothing was written either";
     EXPECT_THAT(result.out.constData(), HasSubstr("unsaved    1 cell: LW 1\n"));
-    EXPECT_THAT(result.out.constData(), testing::Not(HasSubstr("were saved")));
+    EXPECT_THAT(result.out.constData(), testing::Not(HasSubstr("areas saved")));
 }
 
 /// Tries an ordinary user's panel as such a user, if root runs the tests.
@@ -239,7 +238,7 @@ TEST_F(PanelSimulatorOfAnOrdinaryUser, HeedsTheModesOfFilesAndTellsOfThem)
     QFile::setPermissions(data + QStringLiteral("/maintenance-word.dat"), QFile::ReadOwner);
     const ToolRun second = runAsNobody("address_ranges", "set LW 100 8\n");
     EXPECT_THAT(second.err.constData(),
-                HasSubstr("maintenance-word.dat cannot be written: Permission denied; LW is not kept\n"));
+                HasSubstr("maintenance-word.dat cannot be written: Permission denied; LW is not retained\n"));
     EXPECT_THAT(second.out.constData(),
                 HasSubstr("set 1 cell, 1 reported to the module, but only 0 written\n"));
     EXPECT_THAT(second.out.constData(), HasSubstr("stopped, 1 of 1 reported changes were not written\n"));
@@ -248,7 +247,7 @@ TEST_F(PanelSimulatorOfAnOrdinaryUser, HeedsTheModesOfFilesAndTellsOfThem)
     EXPECT_EQ(word.read(2), QByteArray("\7\0", 2));
     EXPECT_THAT(
         run("address_ranges", "set LW 100 8\n").err.constData(),
-        HasSubstr("maintenance-word.dat is written all the same, because root does not heed its mode\n"));
+        HasSubstr("maintenance-word.dat is read-only but written anyway, because root ignores file modes\n"));
 }
 
 TEST_F(PanelSimulatorOfAnOrdinaryUser, TellsOfAFolderWhereNothingCanBeMade)
@@ -260,10 +259,10 @@ TEST_F(PanelSimulatorOfAnOrdinaryUser, TellsOfAFolderWhereNothingCanBeMade)
     if (tool.status == 126 || tool.status == 127)
         GTEST_SKIP() << "needs root that can become somebody else, and a build folder that they reach";
     EXPECT_THAT(tool.err.constData(),
-                HasSubstr("maintenance-word.dat cannot be made: Permission denied; LW is not kept\n"));
+                HasSubstr("maintenance-word.dat cannot be created: Permission denied; LW is not retained\n"));
     EXPECT_THAT(tool.out.constData(),
-                HasSubstr("LW (maintenance-word.dat cannot be made: Permission denied)"));
-    EXPECT_THAT(tool.out.constData(), HasSubstr("lost: 1 cell: LW 1\n"));
+                HasSubstr("LW (maintenance-word.dat cannot be created: Permission denied)"));
+    EXPECT_THAT(tool.out.constData(), HasSubstr("lost in 1 cell: LW 1\n"));
 }
 
 TEST_F(PanelSimulator, EndsAScriptAtItsFirstBadCommandWithTheLineNumber)
@@ -295,7 +294,7 @@ TEST_F(PanelSimulator, NamesWhatIsWrongWithItsArguments)
         run("address_ranges", "", {QStringLiteral("--module"), QStringLiteral("/nowhere.so")});
     EXPECT_EQ(noModule.status, 2);
     EXPECT_EQ(noModule.err,
-              "panel_simulator: /nowhere.so: no such module library; build it or name another one\n");
+              "panel_simulator: /nowhere.so: no such module library; build it, or name another one\n");
     const ToolRun noScript =
         run("address_ranges", "", {QStringLiteral("--script"), QStringLiteral("/nowhere")});
     EXPECT_EQ(runTool(tool, {QStringLiteral("--version")}).out.left(16), "panel_simulator ");
@@ -397,9 +396,12 @@ TEST_F(PanelSimulatorOnATerminal, ShowsTheRunningPanelLive)
 {
     // What was typed in the view stays readable. Type more only then, or the terminal would show it in
     // between.
-    const QByteArray left =
-        "\x1b>panel> set RWI 7 1234\r\nset 1 cell, 0 reported to the module\r\npanel> cycle\r\n"
-        "cyclic call: the areas were saved\r\npanel> set LW 5 1\r\nset 1 cell";
+    const QByteArray left = "\x1b>panel> set RWI 7 1234\r\n"
+                            "set 1 cell, 0 reported to the module\r\n"
+                            "panel> cycle\r\n"
+                            "cyclic call: areas saved\r\n"
+                            "panel> set LW 5 1\r\n"
+                            "set 1 cell";
     const std::string out = type("whole_areas", "live\rset RWI 7 1234\rcyc\t\rset LW 5 1\r",
                                  {{"set 1 cell", "\x03"}, {left, "get RWI 7\rcycle\rstop\r"}})
                                 .out.constData();
@@ -432,9 +434,8 @@ TEST_F(PanelSimulatorOnATerminal, DrawsNothingWhereTheCursorCannotBeMoved)
                           {QStringLiteral("TERM=dumb"), QStringLiteral(PANEL_SIMULATOR_PATH),
                            QStringLiteral(EXAMPLES_DIR "/whole_areas.xml"), QStringLiteral("--project-dir"),
                            scratch.filePath(QStringLiteral("data"))},
-                          "live\r", {{"cannot be moved\r\n", "get LW 5\rstop\r"}});
-    EXPECT_THAT(run.out.constData(),
-                HasSubstr("live: on this terminal (TERM) the cursor cannot be moved\r\n"));
+                          "live\r", {{"cannot position the cursor\r\n", "get LW 5\rstop\r"}});
+    EXPECT_THAT(run.out.constData(), HasSubstr("live: this terminal (TERM) cannot position the cursor\r\n"));
     EXPECT_THAT(run.out.constData(), HasSubstr("LW 5: 0\r\n"));
     EXPECT_THAT(run.out.constData(), Not(HasSubstr("watched")));
 }
@@ -461,8 +462,7 @@ TEST_F(PanelSimulatorOnATerminal, SaysAlsoAfterCtrlCWhatIsLost)
 {
     const ToolRun run = type("whole_areas", "set LW 5 1\r", {{"set 1 cell", "\x03"}});
     EXPECT_EQ(run.status, 0);
-    EXPECT_THAT(run.out.constData(),
-                HasSubstr("stopped, changed since the last save and lost: 1 cell: LW 5\r\n"));
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("stopped, unsaved changes lost in 1 cell: LW 5\r\n"));
 }
 
 /// The live view's text about a panel, without a terminal.
@@ -554,7 +554,7 @@ TEST_F(LiveContentTest, IsToldWhatATimedSaveCouldNotSave)
               QStringLiteral("timed save: not saved: LW (maintenance-word.dat is missing)"));
     EXPECT_EQ(session.advance(300000), QString()) << "known already";
     ASSERT_TRUE(QFile::rename(word + QLatin1Char('x'), word));
-    EXPECT_EQ(session.advance(300000), QStringLiteral("timed save: the areas are saved again"));
+    EXPECT_EQ(session.advance(300000), QStringLiteral("timed save: areas saved again"));
     EXPECT_EQ(session.advance(300000), QString());
 }
 
@@ -592,7 +592,7 @@ TEST_F(PanelSimulator, ShowsNothingLiveWithoutATerminal)
 {
     const ToolRun tool = run("whole_areas", "live\nstop\n");
     EXPECT_EQ(tool.status, 2);
-    EXPECT_EQ(tool.err, "standard input:1: live: expected a terminal\n");
+    EXPECT_EQ(tool.err, "standard input:1: live needs a terminal\n");
 }
 
 } // namespace

@@ -78,26 +78,25 @@ TEST(ProjectReader, APropertyOfTheOtherKindCountsAsAbsent)
 TEST(ProjectReader, ErrorsNameFileLineAndColumnAndWhatWasExpected)
 {
     EXPECT_THAT(errorOf("<object name='root'>\n <object>\n</object></object>"),
-                testing::StartsWith("p.xml:2:9: <object> needs the attribute \"name\""));
-    EXPECT_THAT(
-        errorOf("<object name='r'>\n<property name='n' type='int32'>5x</property></object>"),
-        testing::AllOf(testing::StartsWith("p.xml:2:"), testing::HasSubstr("\"5x\" is not a number from")));
+                testing::StartsWith("p.xml:2:9: <object> has no attribute \"name\""));
+    EXPECT_THAT(errorOf("<object name='r'>\n<property name='n' type='int32'>5x</property></object>"),
+                testing::AllOf(testing::StartsWith("p.xml:2:"),
+                               testing::HasSubstr("value \"5x\": expected a number from")));
     EXPECT_THAT(errorOf("<object name='r'><property name='n' type='int32'>2147483648</property></object>"),
                 testing::HasSubstr("-2147483648 to 2147483647"));
     EXPECT_THAT(errorOf("<object name='r'><property name='n' type='uint32'>-1</property></object>"),
                 testing::HasSubstr("0 to 4294967295"));
     EXPECT_THAT(errorOf("<object name='r'><property name='n' type='float'>1</property></object>"),
-                testing::HasSubstr("\"float\" is not one of int32, uint32, string"));
+                testing::HasSubstr("type \"float\": expected int32, uint32 or string"));
     EXPECT_THAT(errorOf("<object name='r'><property name='n'>1</property></object>"),
-                testing::HasSubstr("needs the attribute \"type\""));
+                testing::HasSubstr("has no attribute \"type\""));
     EXPECT_THAT(
         errorOf(
             "<object name='r'><property name='n' type='string'/><property name='n' type='string'/></object>"),
-        testing::HasSubstr("a second property \"n\""));
+        testing::HasSubstr("two properties \"n\""));
     EXPECT_THAT(errorOf("<object name='r'><thing/></object>"),
-                testing::HasSubstr("<thing> where <object> or <property> was expected"));
-    EXPECT_THAT(errorOf("<project/>"),
-                testing::HasSubstr("<project> where the project's <object> was expected"));
+                testing::HasSubstr("<thing>: expected <object> or <property>"));
+    EXPECT_THAT(errorOf("<project/>"), testing::HasSubstr("<project>: expected the project's <object>"));
     EXPECT_THAT(errorOf("<object name='r'>"), testing::StartsWith("p.xml:1:"));
     EXPECT_THAT(errorOf("<object name='r'/>\n<object name='s'/>"), testing::StartsWith("p.xml:2:"));
     EXPECT_THAT(errorOf(""), testing::StartsWith("p.xml:1:"));
@@ -108,7 +107,7 @@ TEST(ProjectReader, TooDeepNestingIsAnErrorAndNotACrash)
     QByteArray xml;
     for (int i = 0; i < 100000; ++i)
         xml += "<object name='o'>";
-    EXPECT_THAT(errorOf(xml), testing::HasSubstr("nested more than 100 deep"));
+    EXPECT_THAT(errorOf(xml), testing::HasSubstr("nested more than 100 levels deep"));
 }
 
 TEST(ProjectReader, AMissingFileIsNamed)

@@ -163,7 +163,7 @@ TEST(ModuleLibrary, SaysWhatIsWrongWithAMissingOrUnfitLibrary)
     const ModuleLibrary foreign(QStringLiteral(SIMULATED_HOST_PATH));
     EXPECT_FALSE(foreign.isLoaded());
     EXPECT_THAT(foreign.error().toStdString(),
-                testing::HasSubstr("is not a model library: it has no createModel"));
+                testing::HasSubstr("is not a module library: it does not export createModel"));
     EXPECT_EQ(foreign.createModel(), nullptr);
 }
 

@@ -17,7 +17,7 @@ int main(int argc, char** argv)
     const auto destroy = reinterpret_cast<void (*)(ExtendFuncModelBase*)>(dlsym(library, "deletModel"));
     const auto version = reinterpret_cast<const char* (*)()>(dlsym(library, "poweroffProtectVersion"));
     if (create == nullptr || destroy == nullptr) {
-        std::fprintf(stderr, "loading_runtime: the library is no model\n");
+        std::fprintf(stderr, "loading_runtime: the library does not export createModel and deletModel\n");
         return 2;
     }
     std::printf("poweroff_protect %s\n", version != nullptr ? version() : "before 1.1.0");

@@ -52,16 +52,16 @@ set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${exact_module}, ${qt_development_package}
 multi_arch(DEV)
 set(CPACK_COMPONENT_DEV_DESCRIPTION
     "retention of an operator panel's values, for building runtimes
-Headers, CMake package, pkg-config file, the guide for integrators and two
-small runtimes as examples.")
+Headers, CMake package, pkg-config file, the integration guide and two
+small example runtimes.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME poweroff-protect-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS ${exact_module})
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-    "retention of an operator panel's values, offline tools
-retention_inspector shows, checks and carries over the values that a panel
-keeps; panel_simulator runs the module against a project, as the panel's
+    "retention of an operator panel's values, desktop tools
+retention_inspector shows, checks, edits and migrates the values that a panel
+retains; panel_simulator runs the module against a project, as the panel's
 runtime would.")
 
 # In 1.0 one package had what is now in several.

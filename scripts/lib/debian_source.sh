@@ -8,7 +8,7 @@ debian_source() {
     server=$(apt-get indextargets --format '$(SITE) $(ORIGIN) $(LABEL) $(COMPONENT)' |
         awk '$2 == "Debian" && $3 == "Debian" && $4 == "main" { print $1; exit }')
     if [ -z "$server" ]; then
-        echo "This machine's apt has no list of Debian's packages: run apt-get update." >&2
+        echo "This machine's apt has no package lists from Debian: run apt-get update." >&2
         return 1
     fi
     echo "deb [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg check-valid-until=no] $server $1 main"

@@ -32,7 +32,7 @@ show_progress() {
     kind == "apt" {
         if ($1 == "Unpacking" || $1 == "Setting") show(++count, packages, $1 == "Setting" ? "setting up " $3 : "unpacking " $2)
         else if ($1 ~ /^Get:/) { if (terminal) show(++fetched, 0, "fetching " $5) }
-        else if ($0 ~ /newly installed/) { packages = 2 * ($1 + $3); print "   " $3 " packages with those that they need" }
+        else if ($0 ~ /newly installed/) { packages = 2 * ($1 + $3); print "   " $3 " packages, including dependencies" }
         next
     }
     kind == "ninja" && match($0, /^\[[0-9]+\/[0-9]+\] /) {

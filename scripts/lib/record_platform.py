@@ -27,13 +27,13 @@ def numbers(files):
     run = failed = skipped = 0
     for file in files:
         if not pathlib.Path(file).exists():
-            raise SystemExit(f"{file}: missing, the tests did not come to their end; nothing is recorded.")
+            raise SystemExit(f"{file}: missing, so the tests did not finish; nothing was recorded.")
         suite = xml.etree.ElementTree.parse(file).getroot()
         run += int(suite.get("tests"))
         failed += int(suite.get("failures"))
         skipped += int(suite.get("skipped")) + int(suite.get("disabled", 0))
     if run == 0:
-        raise SystemExit(f"{', '.join(files)}: no test was run; nothing is recorded.")
+        raise SystemExit(f"{', '.join(files)}: no tests were run; nothing was recorded.")
     return f"{run - failed - skipped} of {run}" + (f", {skipped} skipped" if skipped else "")
 
 

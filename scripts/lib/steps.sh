@@ -20,5 +20,5 @@ run_step() {
 print_steps() {
     printf '\n'
     printf '%s\n' "${step_times[@]}"
-    printf '%6d s  in total\n\n' "$SECONDS"
+    printf '%6d s  total\n\n' "$SECONDS"
 }

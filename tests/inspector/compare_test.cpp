@@ -79,7 +79,7 @@ TEST_F(Fleet, HasTheValuesOfMoreThanHalfOfItsPanels)
     EXPECT_FALSE(report.isClean());
     EXPECT_THAT(reportText(report).toStdString(), HasSubstr("/c   yes           0           1   LW 100\n"));
     EXPECT_THAT(reportText(report).toStdString(),
-                HasSubstr("  LW         101      2                  1   9\n"));
+                HasSubstr("  LW         101      2                    1   9\n"));
 }
 
 TEST_F(Fleet, IsCleanWhenAllPanelsAreAlike)
@@ -155,7 +155,7 @@ TEST_F(Fleet, NamesCellsByTags)
     panel(QStringLiteral("c"), {1, 2, 9});
     const Report report = reportOf("compare", {layoutOf(3)}, {}, {{"tags", tags.fileName()}}, panels);
     EXPECT_THAT(reportText(report).toStdString(),
-                HasSubstr("  LW         102   pressure      3                  1   9\n"));
+                HasSubstr("  LW         102   pressure      3                    1   9\n"));
     EXPECT_THAT(reportCsv(report).toStdString(), HasSubstr("/c,yes,0,1,,102,\n"));
 }
 

@@ -50,14 +50,14 @@ std::vector<std::string> findingTexts(const std::vector<Entry>& entries)
 TEST(EntryVerdict, OfSeparateAndAdjacentEntriesIsRetainedWhole)
 {
     EXPECT_THAT(verdictsOf({lw(10, 5), lw(0, 10), lw(20, 1)}),
-                ElementsAre("retained whole", "retained whole", "retained whole"));
+                ElementsAre("fully retained", "fully retained", "fully retained"));
     EXPECT_THAT(findingsOf({lw(10, 5), lw(0, 10)}), IsEmpty());
 }
 
 TEST(EntryVerdict, NamesTheCellLostInAFold)
 {
     EXPECT_THAT(verdictsOf({lw(0, 4), lw(2, 4), lw(10, 2), lw(12, 3), lw(12, 5), lw(20, 10), lw(22, 3)}),
-                ElementsAre("folded into block 1", "folded into block 1 less 5", "retained whole",
+                ElementsAre("folded into block 1", "folded into block 1 less 5", "fully retained",
                             "folded into block 3", "folded into block 3", "folded into block 4",
                             "folded into block 4"));
     EXPECT_THAT(verdictsOf({lw(0, 10), lw(4, 6)}),
@@ -70,30 +70,29 @@ TEST(EntryVerdict, NamesAnEntryThatAFoldLosesAltogether)
 {
     EXPECT_THAT(verdictsOf({lw(0, 8), lw(7, 1)}),
                 ElementsAre("folded into block 1 less 7", "not retained less 7"));
-    EXPECT_THAT(
-        findingTexts({lw(0, 8), lw(7, 1)}),
-        ElementsAre(HasSubstr("lost-in-fold entries 1 \"Entry\" and 2 \"Entry\", LW 7 -> Replace them by one "
-                              "entry with index 0 and addressLength 8")));
+    EXPECT_THAT(findingTexts({lw(0, 8), lw(7, 1)}),
+                ElementsAre(HasSubstr("lost-in-fold entries 1 \"Entry\" and 2 \"Entry\", LW 7 -> Replace "
+                                      "them with a single entry (\"index\" 0, \"addressLength\" 8)")));
 }
 
 TEST(EntryVerdict, CountsACellLostInAFoldAsKeptWhenAnotherBlockHoldsIt)
 {
     EXPECT_THAT(verdictsOf({lw(0, 10), lw(5, 10), lw(14, 1)}),
-                ElementsAre("folded into block 1", "folded into block 1", "retained whole"));
+                ElementsAre("folded into block 1", "folded into block 1", "fully retained"));
     EXPECT_THAT(findingsOf({lw(0, 10), lw(5, 10), lw(14, 1)}), IsEmpty());
 }
 
 TEST(EntryVerdict, NamesCellsOutsideTheArea)
 {
     EXPECT_THAT(verdictsOf({lw(65530, 10), lw(70000, 2), lw(-2, 5)}),
-                ElementsAre("retained in part less 65536 to 65539", "not retained less 70000 to 70001",
-                            "retained in part less -2 to -1"));
+                ElementsAre("partly retained less 65536 to 65539", "not retained less 70000 to 70001",
+                            "partly retained less -2 to -1"));
 }
 
 TEST(EntryVerdict, NamesTheBitThatIsNeverWritten)
 {
     EXPECT_THAT(verdictsOf({{QStringLiteral("LB"), 60098, 5}, {QStringLiteral("RWI"), 60098, 5}}),
-                ElementsAre("retained in part less 60100", "retained whole"));
+                ElementsAre("partly retained less 60100", "fully retained"));
     EXPECT_THAT(verdictsOf({{QStringLiteral("LB"), 60100, 1}}), ElementsAre("not retained less 60100"));
 }
 
@@ -107,33 +106,32 @@ TEST(EntryVerdict, OfEntriesNextToANegativeLengthIsNotRetained)
 {
     EXPECT_THAT(verdictsOf({lw(5, -2), lw(6, 3)}), ElementsAre("not retained", "not retained less 6 to 8"));
     EXPECT_THAT(verdictsOf({lw(0, 4), lw(5, -2), {QStringLiteral("RWI"), 0, 4}}),
-                ElementsAre("not retained less 0 to 3", "not retained", "retained whole"));
+                ElementsAre("not retained less 0 to 3", "not retained", "fully retained"));
 }
 
 TEST(EntryFinding, OfAFoldTellsTheOneEntryThatKeepsEverything)
 {
     const std::vector<Entry> folded = {lw(2, 4), lw(0, 4)};
-    EXPECT_THAT(
-        findingTexts(folded),
-        ElementsAre("lost-in-fold entries 1 \"Entry\" and 2 \"Entry\", LW 5 -> Replace them by one entry "
-                    "with index 0 and addressLength 6, or let each begin where the one before it ends."));
+    EXPECT_THAT(findingTexts(folded),
+                ElementsAre("lost-in-fold entries 1 \"Entry\" and 2 \"Entry\", LW 5 -> Replace them with a "
+                            "single entry (\"index\" 0, \"addressLength\" 6), or start each entry right "
+                            "after the last cell of the one before it."));
     EXPECT_THAT(findingsOf({lw(0, 6)}), IsEmpty()) << "the remedy helps";
     EXPECT_THAT(findingsOf({lw(0, 4), lw(4, 2)}), IsEmpty()) << "the other remedy helps";
 }
 
 TEST(EntryFinding, OfAnEntryThatLeavesTheAreaTellsTheLengthThatFits)
 {
-    EXPECT_THAT(
-        findingTexts({lw(65530, 10)}),
-        ElementsAre(HasSubstr("outside-area entry 1 \"Entry\", LW 65536 to 65539 -> Set its index to 65530 "
-                              "and its addressLength to 6")));
+    EXPECT_THAT(findingTexts({lw(65530, 10)}),
+                ElementsAre(HasSubstr("outside-area entry 1 \"Entry\", LW 65536 to 65539 -> Set its "
+                                      "\"index\" to 65530 and its \"addressLength\" to 6")));
     EXPECT_THAT(findingsOf({lw(65530, 6)}), IsEmpty()) << "the remedy helps";
 }
 
 TEST(EntryFinding, TellsHowAnAreaNameIsWritten)
 {
     EXPECT_THAT(findingTexts({{QStringLiteral(" lb "), 0, 1}}),
-                ElementsAre(HasSubstr("to LB, without blanks")));
+                ElementsAre(HasSubstr("to LB, in upper case and without spaces")));
     EXPECT_THAT(findingTexts({{QStringLiteral("XY"), 0, 1}}), ElementsAre(HasSubstr("to LB, LW or RWI")));
 }
 
@@ -182,7 +180,7 @@ TEST(SettingsFinding, ExplainsOddSavePeriods)
     EXPECT_THAT(settingsKinds(*wholeAreaProject(1, 70000)), ElementsAre("save-time-wrapped"));
     const auto project = wholeAreaProject(1, 70000);
     EXPECT_THAT(settingsFindings(readSettings(project.get())).front().problem.toStdString(),
-                HasSubstr("70000 means 4464 minutes"));
+                HasSubstr("70000 gives 4464 minutes"));
 }
 
 TEST(SettingsFinding, NamesWhatIsWithoutEffect)

@@ -61,7 +61,7 @@ TEST_F(FileCheckTest, FindsMissingFilesAndKnowsThatTheyAreMade)
     QFile::remove(retentionPath(QString::fromLatin1(wordFileName)));
     QFile::remove(retentionPath(QString::fromLatin1(rwiFileName)));
     EXPECT_THAT(kinds(project.get()), ElementsAre("LW missing")) << "no RWI cell is retained";
-    EXPECT_EQ(nextStart(project.get(), 1), "made with 20 zero bytes; LW keeps the panel's start values");
+    EXPECT_EQ(nextStart(project.get(), 1), "created with 20 zero bytes; LW keeps the panel's start values");
     startPanel(project.get());
     EXPECT_EQ(retentionFile(QString::fromLatin1(wordFileName)), QByteArray(20, '\0'));
 }
@@ -88,9 +88,8 @@ TEST_F(FileCheckTest, SaysWhatComesBackOfAWordCutInHalf)
 {
     writeRetentionFile(QString::fromLatin1(wordFileName), QByteArray("\1\0\2\0\x2a", 5));
     const Finding finding = check(project.get()).findings.front();
-    EXPECT_EQ(finding.problem,
-              QStringLiteral("it has 5 bytes instead of 20: of LW 102 only the low byte, so it "
-                             "starts at 42; no value for LW 103 to 109."));
+    EXPECT_EQ(finding.problem, QStringLiteral("it has 5 bytes instead of 20: only the low byte of LW 102, "
+                                              "which therefore starts at 42; no value for LW 103 to 109."));
     EXPECT_EQ(finding.cells.text(), QStringLiteral("102 to 109"));
     const auto panel = startPanel(project.get());
     EXPECT_EQ(panel->areas.named(QStringLiteral("LW"))->cell(102), ushort(42));

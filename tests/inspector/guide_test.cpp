@@ -185,8 +185,7 @@ TEST_F(InspectorGuide, ManPageNamesEveryCommandAndOption)
         for (const Option& option : form->options) {
             EXPECT_THAT(page, HasSubstr("--" + std::string(option.name)));
             if (option.usual) {
-                EXPECT_THAT(page, HasSubstr(std::string("; ") + option.usual + " unless given."))
-                    << option.name;
+                EXPECT_THAT(page, HasSubstr(std::string(" (default: ") + option.usual + ").")) << option.name;
             }
         }
     }

@@ -55,27 +55,32 @@ TEST_F(Inspector, ShowsTheLayoutOfAProject)
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.out.toStdString(),
-              "Mode   per-address entries\n\n"
+              "Mode   per-address entries\n"
+              "\n"
               "Files\n"
               "  File                   Area   Blocks   Cells   Bytes\n"
               "  maintenance-bit.dat    LB          1      12       2\n"
               "  maintenance-word.dat   LW          2      15      30\n"
-              "  maintenance-RWI.dat    RWI         0       0       0\n\n"
+              "  maintenance-RWI.dat    RWI         0       0       0\n"
+              "\n"
               "Blocks\n"
-              "  Area   Block   Addresses    Cells   At byte   Bit   From entry\n"
+              "  Area   Block   Addresses    Cells   At byte   Bit   Entries\n"
               "  LB         1   20 to 31        12         0     0   3\n"
               "  LW         1   100 to 109      10         0     0   1\n"
-              "  LW         2   200 to 204       5        20     0   2\n\n"
+              "  LW         2   200 to 204       5        20     0   2\n"
+              "\n"
               "Entries\n"
               "  Entry   Name       Area   Addresses    Cells   Verdict          Cells not retained\n"
-              "      1   recipe     LW     100 to 109      10   retained whole\n"
-              "      2   counters   LW     200 to 204       5   retained whole\n"
-              "      3   switches   LB     20 to 31        12   retained whole\n\n"
-              "No findings.\n\n"
+              "      1   recipe     LW     100 to 109      10   fully retained\n"
+              "      2   counters   LW     200 to 204       5   fully retained\n"
+              "      3   switches   LB     20 to 31        12   fully retained\n"
+              "\n"
+              "No findings.\n"
+              "\n"
               "Notes\n"
-              "  - Not set in every entry, and then read as an empty text or 0: \"Link\", \"No\", "
-              "\"station\", \"length\",\n"
-              "    \"Bit_or_Word\". What is kept does not depend on them.\n");
+              "  - Some entries do not set \"Link\", \"No\", \"station\", \"length\", \"Bit_or_Word\". The "
+              "module then uses\n"
+              "    an empty string or 0; what is retained does not depend on it.\n");
 }
 
 TEST_F(Inspector, ShowsTheSavePeriodOfWholeAreas)
@@ -126,7 +131,7 @@ TEST_F(Inspector, GivesFindingsBesideATable)
     const ToolRun files = run(check);
     EXPECT_EQ(files.status, 1);
     EXPECT_EQ(files.out.count('\n'), 4) << "a line of names and three files: " << files.out.toStdString();
-    EXPECT_THAT(files.err.toStdString(), HasSubstr("there is no such file."));
+    EXPECT_THAT(files.err.toStdString(), HasSubstr("the file does not exist."));
     const ToolRun findings = run(check + QStringList(QStringLiteral("--table=findings")));
     EXPECT_THAT(findings.out.toStdString(),
                 HasSubstr("severity,kind,entry,area,cells,place,problem,remedy\nerror,missing,,LB,"));
@@ -181,7 +186,7 @@ TEST_F(Inspector, ShowsTheValuesThatAreAskedFor)
                                  QStringLiteral("--entry=nobody")});
     EXPECT_EQ(unknown.status, 2);
     EXPECT_THAT(unknown.err.toStdString(),
-                HasSubstr("--entry \"nobody\": the project has only recipe, counters, switches"));
+                HasSubstr("--entry \"nobody\": expected one of recipe, counters, switches"));
 }
 
 TEST_F(Inspector, WatchesTheFiles)
@@ -206,7 +211,7 @@ TEST_F(Inspector, WatchesTheFiles)
     EXPECT_THAT(waitFor("->").toStdString(), HasSubstr("  LW 203: 7 -> 9\n"));
     QFile::remove(scratch.filePath(QString::fromLatin1(wordFileName)));
     const std::string out = waitFor("204: no value").toStdString();
-    EXPECT_THAT(out, HasSubstr("maintenance-word.dat: there is no such file.\n"));
+    EXPECT_THAT(out, HasSubstr("maintenance-word.dat: the file does not exist.\n"));
     EXPECT_THAT(out, HasSubstr("  LW 100 to 109: no value\n"));
     EXPECT_THAT(out, HasSubstr("  LW 200 to 204: no value\n"));
     tool.kill();
@@ -234,9 +239,9 @@ TEST_F(Inspector, SaysBeforeItShowsValuesThatTheFilesDoNotFit)
     write(wordFileName, QByteArray(131072, '\1'));
     const ToolRun run = Inspector::run({QStringLiteral("show"), example("address_ranges"), scratch.path()});
     EXPECT_EQ(run.status, 1);
-    const QByteArray finding = "length of a whole-area image, but the project keeps single ranges";
+    const QByteArray finding = "length of a whole-area image, but the project retains address ranges";
     EXPECT_GE(run.out.simplified().indexOf(finding), 0) << run.out.toStdString();
-    EXPECT_LT(run.out.indexOf("Findings"), run.out.indexOf("Kept values"));
+    EXPECT_LT(run.out.indexOf("Findings"), run.out.indexOf("Retained values"));
     EXPECT_THAT(run.out.toStdString(), HasSubstr("  Area   Addresses    Values"));
     EXPECT_THAT(run.out.toStdString(), HasSubstr("  257   257   257   257   257   doubtful\n"));
     EXPECT_THAT(run.out.toStdString(), HasSubstr("  LB     30 to 31     0 0\n")) << "in a file that fits";
@@ -282,7 +287,7 @@ TEST_F(Inspector, SaysThatTheProjectHasFindings)
     const ToolRun run =
         Inspector::run({QStringLiteral("show"), example("overlapping_ranges"), scratch.path()});
     EXPECT_THAT(run.out.toStdString(),
-                HasSubstr("The project itself has 4 findings; \"layout\" names them."));
+                HasSubstr("The project itself has 4 findings; run \"layout\" to see them."));
 }
 
 TEST_F(Inspector, TakesNoByteForABitThatIsNeither0Nor1)
@@ -304,8 +309,8 @@ TEST_F(Inspector, SaysBeforeItShowsThatThereAreNoFiles)
 {
     const ToolRun run = Inspector::run({QStringLiteral("show"), example("address_ranges"), scratch.path()});
     EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("maintenance-word.dat: there is no such file."));
-    EXPECT_LT(run.out.indexOf("Findings"), run.out.indexOf("Kept values"));
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("maintenance-word.dat: the file does not exist."));
+    EXPECT_LT(run.out.indexOf("Findings"), run.out.indexOf("Retained values"));
 }
 
 TEST_F(Inspector, CollapsesCellsWithoutValue)

@@ -260,12 +260,12 @@ TEST_F(MigrationTest, RefusesMovesThatCannotBe)
         const char* problem;
     } moves[] = {{"LW:5", "expected the old cells"},
                  {"XX:5=LW:6", "expected the old cells"},
-                 {"LW:5=LB:6", "bits and words"},
+                 {"LW:5=LB:6", "between bits and words"},
                  {"LW:0-4=LW:6-9", "differ in length"},
-                 {"LW:0-4=LW:65533", "the area ends at 65535"},
+                 {"LW:0-4=LW:65533", "beyond the end of the area, 65535"},
                  {"LW:30=LW:3", "OLD.xml does not retain LW 30"},
                  {"LW:3=LW:30", "NEW.xml does not retain LW 30"},
-                 {"LW:0-4=LW:6,LW:5=LW:10", "meet"}};
+                 {"LW:0-4=LW:6,LW:5=LW:10", "overlap"}};
     for (const auto& [move, problem] : moves) {
         try {
             migrate(layout, layout, {{"move", QString::fromLatin1(move)}});
@@ -328,9 +328,9 @@ TEST_F(OutputPlace, IsNeverOverwritten)
     EXPECT_THAT(write(scratch.filePath(QStringLiteral("a"))).toStdString(),
                 HasSubstr("nothing is overwritten"));
     ASSERT_TRUE(QFile(scratch.filePath(QStringLiteral("file"))).open(QIODevice::WriteOnly));
-    EXPECT_THAT(write(scratch.filePath(QStringLiteral("file"))).toStdString(), HasSubstr("exists already"));
+    EXPECT_THAT(write(scratch.filePath(QStringLiteral("file"))).toStdString(), HasSubstr("already exists"));
     QFile::link(QStringLiteral("nowhere"), scratch.filePath(QStringLiteral("link")));
-    EXPECT_THAT(write(scratch.filePath(QStringLiteral("link"))).toStdString(), HasSubstr("exists already"));
+    EXPECT_THAT(write(scratch.filePath(QStringLiteral("link"))).toStdString(), HasSubstr("already exists"));
     EXPECT_THAT(write(scratch.filePath(QStringLiteral("no/where"))).toStdString(),
                 HasSubstr("there is no directory"));
     EXPECT_EQ(leftOver().size(), 3) << leftOver().join(QLatin1Char(' ')).toStdString();

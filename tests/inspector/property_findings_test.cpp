@@ -60,7 +60,7 @@ TEST(PropertyFindings, LeaveDefaultsThatNoFileDependsOnToANote)
         return defaultsNote(readSettings(readProject(device, QString()).project.get())).toStdString();
     };
     EXPECT_THAT(noteOf(text("No", "") + number("length", 0)),
-                HasSubstr("0: \"addressType\", \"Link\", \"station\", \"Bit_or_Word\"."));
+                HasSubstr("do not set \"addressType\", \"Link\", \"station\", \"Bit_or_Word\"."));
     EXPECT_THAT(noteOf(text("Linc", "")), testing::Not(HasSubstr("\"Link\""))) << "that is a finding";
 }
 
@@ -80,16 +80,15 @@ TEST(PropertyFindings, AreNoneWhereEverythingIsRead)
 
 TEST(PropertyFindings, NameWhatIsMissing)
 {
-    EXPECT_THAT(
-        findingsOf(entry(number("addressLength", 2), text("Block", "LW"))),
-        ElementsAre(HasSubstr("warning property-missing: \"DataRetention\": it has no \"open Save all\", "
-                              "which is read as 0. -> Add"),
-                    HasSubstr("error property-missing: entry 1 \"recipe\": its \"sourceAddress\" has no "
-                              "\"index\", which is read as 0.")));
+    EXPECT_THAT(findingsOf(entry(number("addressLength", 2), text("Block", "LW"))),
+                ElementsAre(HasSubstr("warning property-missing: \"DataRetention\": it has no \"open Save "
+                                      "all\", so the module uses 0. -> Add"),
+                            HasSubstr("error property-missing: entry 1 \"recipe\": its \"sourceAddress\" has "
+                                      "no \"index\", so the module uses 0.")));
     EXPECT_THAT(
         findingsOf(number("open Save all", 1)),
-        ElementsAre(HasSubstr("warning property-missing: \"DataRetention\": it has no \"Save Time\", which "
-                              "is read as 5.")));
+        ElementsAre(HasSubstr(
+            "warning property-missing: \"DataRetention\": it has no \"Save Time\", so the module uses 5.")));
 }
 
 TEST(PropertyFindings, NameWhatIsMisspelt)
@@ -97,13 +96,15 @@ TEST(PropertyFindings, NameWhatIsMisspelt)
     EXPECT_THAT(
         findingsOf(number("open save all", 1) +
                    entry(number("addressLength", 2), text("Block", "LW") + number("Index", 7))),
-        ElementsAre(HasSubstr("error property-misspelt: \"DataRetention\": \"open save all\" is not read; "
-                              "\"open Save all\" is, and counts as 0. -> Rename it"),
-                    HasSubstr("error property-misspelt: entry 1 \"recipe\": \"Index\" in its "
-                              "\"sourceAddress\" is not read; \"index\" is, and counts as 0.")));
+        ElementsAre(
+            HasSubstr("error property-misspelt: \"DataRetention\": the module does not read \"open save "
+                      "all\"; it reads \"open Save all\", which is missing, so it uses 0. -> Rename it"),
+            HasSubstr("error property-misspelt: entry 1 \"recipe\": the module does not read \"Index\" in "
+                      "its \"sourceAddress\"; it reads \"index\", which is missing, so it uses 0.")));
     EXPECT_THAT(
         findingsOf(saveAllOff + entry(number("adressLength", 2), text("Block", "LW") + number("index", 7))),
-        ElementsAre(HasSubstr("\"adressLength\" is not read; \"addressLength\" is, and counts as 0.")));
+        ElementsAre(HasSubstr("the module does not read \"adressLength\"; it reads \"addressLength\", which "
+                              "is missing, so it uses 0.")));
 }
 
 TEST(PropertyFindings, NameWhatHasTheWrongType)
@@ -112,10 +113,10 @@ TEST(PropertyFindings, NameWhatHasTheWrongType)
         findingsOf(text("open Save all", "1") +
                    entry(number("addressLength", 2), number("Block", 3) + text("index", "7"))),
         ElementsAre(
-            HasSubstr("error property-wrong-type: \"DataRetention\": \"open Save all\" is a text and not a "
-                      "number, so it is read as 0."),
+            HasSubstr("error property-wrong-type: \"DataRetention\": \"open Save all\" is a string, not a "
+                      "number, so the module uses 0."),
             HasSubstr("error property-wrong-type: entry 1 \"recipe\": \"Block\" in its \"sourceAddress\" is "
-                      "a number and not a text, so it is read as an empty text."),
+                      "a number, not a string, so the module uses an empty string."),
             HasSubstr("error property-wrong-type: entry 1 \"recipe\": \"index\" in its")));
 }
 
@@ -125,30 +126,29 @@ TEST(PropertyFindings, NameWhatIsNotReadOnceForAllEntries)
         entry(number("addressLength", 1) + text("comment", "x"), text("Block", "LW") + number("index", 7));
     EXPECT_THAT(
         findingsOf(saveAllOff + number("version", 2) + one + one + one),
-        ElementsAre(HasSubstr("warning property-not-read: \"DataRetention\": \"version\" is not read."),
-                    HasSubstr("warning property-not-read: entries 1 \"recipe\", 2 \"recipe\" and 3 "
-                              "\"recipe\": \"comment\" is not read.")));
+        ElementsAre(
+            HasSubstr("warning property-not-read: \"DataRetention\": the module does not read \"version\"."),
+            HasSubstr("warning property-not-read: entries 1 \"recipe\", 2 \"recipe\" and 3 \"recipe\": the "
+                      "module does not read \"comment\".")));
 }
 
 TEST(PropertyFindings, NameObjectsThatAreNotRead)
 {
     EXPECT_THAT(
         findingsOf(saveAllOff + entry(number("addressLength", 1), text("Block", "LW"), "SourceAddress")),
-        ElementsAre(
-            HasSubstr("error object-misspelt: entry 1 \"recipe\": the object \"SourceAddress\" is not "
-                      "read; \"sourceAddress\" would be. -> Rename it")));
-    EXPECT_THAT(
-        findingsOf(saveAllOff, "dataRetention"),
-        ElementsAre(HasSubstr("error object-misspelt: project: the object \"dataRetention\" is not read; "
-                              "\"DataRetention\" would be.")));
+        ElementsAre(HasSubstr("error object-misspelt: entry 1 \"recipe\": the module does not read the "
+                              "object \"SourceAddress\"; it looks for \"sourceAddress\". -> Rename it")));
+    EXPECT_THAT(findingsOf(saveAllOff, "dataRetention"),
+                ElementsAre(HasSubstr("error object-misspelt: project: the module does not read the object "
+                                      "\"dataRetention\"; it looks for \"DataRetention\".")));
     EXPECT_THAT(findingsOf("<object name='DataRetention'/>", "settings"),
-                ElementsAre(HasSubstr("error object-misplaced: project: an object \"DataRetention\" lies in "
-                                      "\"settings\", where it is not read.")));
+                ElementsAre(HasSubstr("error object-misplaced: project: the object \"DataRetention\" is "
+                                      "inside \"settings\", where the module does not look for it.")));
     EXPECT_THAT(findingsOf(saveAllOff + "<object name='e'>" + number("addressLength", 1) +
                            "<object name='sourceAddress'>" + text("Block", "LW") + number("index", 1) +
                            "</object><object name='sourceAddress'/></object>"),
-                ElementsAre(HasSubstr(
-                    "warning object-not-read: entry 1 \"e\": the object \"sourceAddress\" is not read")));
+                ElementsAre(HasSubstr("warning object-not-read: entry 1 \"e\": the module does not read the "
+                                      "object \"sourceAddress\"")));
 }
 
 TEST(PropertyFindings, LeaveEntriesAloneThatHaveNoEffect)

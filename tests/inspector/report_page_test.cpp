@@ -83,11 +83,12 @@ TEST_F(ReportPageOfFiles, HasEveryPart)
         page(0, {QStringLiteral("--tags"), QStringLiteral(EXAMPLES_DIR "/address_ranges_tags.csv"),
                  QStringLiteral("--medium"), QStringLiteral("emmc"), QStringLiteral("--title"),
                  QStringLiteral("Line 3"), QStringLiteral("--date"), QStringLiteral("a Tuesday")});
-    for (const char* part : {"<h1>Line 3</h1>", "a Tuesday", "No findings.", "<svg", ">retained whole<",
+    for (const char* part : {"<h1>Line 3</h1>", "a Tuesday", "No findings.", "<svg", ">fully retained<",
                              ">temperature<", ">21.5<", ">rpm<", ">address_ranges_tags.csv<",
                              "<dt>Panel's files</dt>", ">Mix 7<", "for 10 years: at most"})
         EXPECT_THAT(text, HasSubstr(part));
-    EXPECT_THAT(page(0), HasSubstr("Not worked out: make the page with --medium or --changes-per-hour."));
+    EXPECT_THAT(page(0),
+                HasSubstr("Not calculated: the page was created without --medium and --changes-per-hour."));
 }
 
 TEST_F(ReportPageOfFiles, SaysThatFilesDoNotFit)
@@ -99,7 +100,7 @@ TEST_F(ReportPageOfFiles, SaysThatFilesDoNotFit)
     QFile::remove(directory + QStringLiteral("/maintenance-word.dat"));
     const std::string text = page(1);
     EXPECT_THAT(text, HasSubstr("bits are set after the last cell"));
-    EXPECT_THAT(text, HasSubstr("there is no such file"));
+    EXPECT_THAT(text, HasSubstr("the file does not exist"));
     EXPECT_THAT(text, HasSubstr(">doubtful<"));
     EXPECT_THAT(text, Not(HasSubstr(">kept<")));
 }
@@ -118,7 +119,7 @@ TEST_F(ReportPageOfFiles, SampleInTheDocsIsCurrent)
                  QStringLiteral("emmc"), QStringLiteral("--title"), QStringLiteral("Panel 7"),
                  QStringLiteral("--date"), QStringLiteral("2026-11-21"), QStringLiteral("-o-")});
     EXPECT_EQ(sample.readAll(), run.out)
-        << "make it again: retention_inspector import examples/address_ranges.xml "
+        << "recreate it: retention_inspector import examples/address_ranges.xml "
            "examples/address_ranges_values.csv -o "
            "panel_7; retention_inspector report examples/address_ranges.xml panel_7 --tags "
            "examples/address_ranges_tags.csv --medium emmc --title 'Panel 7' --date 2026-11-21 --force -o "

@@ -90,15 +90,15 @@ TEST_F(TagsFile, ErrorsNameTheLineAndWhatToDo)
                                                          "LW,100,string:8,text,\n"
                                                          "LW,103,int16,inside,\n");
     for (const char* message :
-         {"tags.csv:2: the area \"LX\" is none of LB, LW, RWI",
-          "tags.csv:3: the address \"-1\" is not a number from 0",
-          "tags.csv:4: the type \"int17\" is none of bit, int16",
-          "tags.csv:5: the type \"string\" lacks its length in bytes",
-          "tags.csv:6: the type \"int16:high-first\" has one word",
-          "tags.csv:7: the type \"int32:swapped\" is none of",
-          "tags.csv:8: the type int16 does not fit LB, whose cells are bits; name another area or type",
-          "tags.csv:9: int32 from address 65535 on leaves the area",
-          "tags.csv:10: the tag has no name; give it one",
+         {"tags.csv:2: area \"LX\": expected LB, LW or RWI",
+          "tags.csv:3: address \"-1\": expected a number from 0",
+          "tags.csv:4: type \"int17\": expected bit, int16",
+          "tags.csv:5: type \"string\": expected a length in bytes",
+          "tags.csv:6: type \"int16:high-first\": a single word",
+          "tags.csv:7: type \"int32:swapped\": expected",
+          "tags.csv:8: the type int16 does not fit LB, whose cells are bits; change the type or the area",
+          "tags.csv:9: int32 at address 65535 extends beyond the end of the area",
+          "tags.csv:10: the tag has no name; add one",
           "tags.csv:12: LW 103 already belongs to \"text\" of line 11; correct one of the two"})
         EXPECT_THAT(all, HasSubstr(message));
     EXPECT_THAT(refusal("area,address,name\n"), HasSubstr("tags.csv:1: there is no column \"type\""));

@@ -257,14 +257,14 @@ TEST_F(ValueTableCommands, NamesEveryLineThatCannotBeKept)
                                     "LW,200,uint16,1,sure\n");
     for (const char* message :
          {"bad.csv:2: the project does not retain LW 300",
-          "bad.csv:3: \"65536\" is not a whole number from 0 to 65535",
-          "bad.csv:6: the area \"lw\" is none of", "bad.csv:7: the project does not retain LW 110;",
-          "bad.csv:8: LW 102 has a value in line 4 already", "bad.csv:9: \"1,5\" has a comma",
-          "bad.csv:10: the type bit does not fit LW", "bad.csv:11: there is no value",
-          "bad.csv:12: the value is doubtful", "bad.csv:13: \"2\" is not a whole number from 0 to 1",
-          "bad.csv:14: the address \"x\"", "bad.csv:15: the text has 6 bytes, but the type holds 4",
-          "bad.csv:16: \"12345\"", "bad.csv:17: the type \"int64\" is none of",
-          "bad.csv:18: the state \"sure\""})
+          "bad.csv:3: value \"65536\": expected a whole number from 0 to 65535",
+          "bad.csv:6: area \"lw\": expected", "bad.csv:7: the project does not retain LW 110;",
+          "bad.csv:8: LW 102 already has a value in line 4",
+          "bad.csv:9: value \"1,5\": expected a decimal point", "bad.csv:10: the type bit does not fit LW",
+          "bad.csv:11: the value is missing", "bad.csv:12: the value is doubtful",
+          "bad.csv:13: value \"2\": expected a whole number from 0 to 1", "bad.csv:14: address \"x\"",
+          "bad.csv:15: the text has 6 bytes, but the type holds 4", "bad.csv:16: value \"12345\"",
+          "bad.csv:17: type \"int64\": expected", "bad.csv:18: state \"sure\""})
         EXPECT_THAT(all, HasSubstr(message));
     EXPECT_THAT(all, Not(HasSubstr("bad.csv:4:")));
     EXPECT_THAT(all, Not(HasSubstr("bad.csv:5:")));
@@ -279,9 +279,10 @@ TEST_F(ValueTableCommands, NamesWhatIsNoTable)
     EXPECT_THAT(refusal(""), HasSubstr("bad.csv:1: the table is empty"));
     EXPECT_THAT(refusal("area,address\nLW,100\n"), HasSubstr("bad.csv:1: there is no column \"value\""));
     EXPECT_THAT(refusal("area,address,value,VALUE\n"),
-                HasSubstr("bad.csv:1: the column \"value\" stands there twice"));
-    EXPECT_THAT(refusal("area,address,value\nLW,100,1,5\n"), HasSubstr("bad.csv:2: it has 4 fields"));
-    EXPECT_THAT(refusal("area,address,value\nLW,10\"0,1\n"), HasSubstr("bad.csv:2: a quotation mark"));
+                HasSubstr("bad.csv:1: there are two columns \"value\""));
+    EXPECT_THAT(refusal("area,address,value\nLW,100,1,5\n"), HasSubstr("bad.csv:2: the line has 4 fields"));
+    EXPECT_THAT(refusal("area,address,value\nLW,10\"0,1\n"),
+                HasSubstr("bad.csv:2: there is a quotation mark"));
     EXPECT_THAT(refusal("area,address,value\nLW,100,\"1\n"),
                 HasSubstr("the file ends inside a quoted field"));
     EXPECT_THAT(refusal("area,address,value\nLW,100,\xff\n"), HasSubstr("bad.csv:2: not UTF-8"));
@@ -312,7 +313,7 @@ TEST_F(ValueTableCommands, TakesTheHalfOfAWordForDoubtful)
     const ToolRun run = exported({});
     EXPECT_THAT(run.out.toStdString(), HasSubstr("LW,204,counters[4],uint16,5,doubtful\n"));
     EXPECT_THAT(run.err.simplified().toStdString(),
-                HasSubstr("of LW 204 only the low byte, so it starts at 5."));
+                HasSubstr("only the low byte of LW 204, which therefore starts at 5."));
 }
 
 TEST_F(ValueTableCommands, SpeaksOfDoubtfulValuesOnlyWhenThereAreAny)
@@ -348,7 +349,7 @@ TEST_F(ValueTableCommands, DoesNotGuessWhichByteOfAForeignImageIsABit)
         {QStringLiteral("import"), areas, bit, path("image"), QStringLiteral("-o"), path("refused")});
     EXPECT_EQ(refused.status, 2);
     EXPECT_THAT(refused.err.toStdString(),
-                HasSubstr("bit.csv:2: the image of LB holds other bytes than 0 and 1"));
+                HasSubstr("bit.csv:2: the LB image contains bytes other than 0 and 1"));
 }
 
 TEST_F(ValueTableCommands, SimulatorStartsWithTheImportedValues)
@@ -388,8 +389,9 @@ TEST_F(ValueTableCommands, TagsMakeOneLineOfAValue)
                                                  "LW,106,recipe[6],uint16,0,kept\n"));
     EXPECT_THAT(run.out.toStdString(), HasSubstr("\nLW,109,half[0],uint16,0,kept\nLW,200,"));
     EXPECT_THAT(run.err.toStdString(),
-                HasSubstr("tags.csv:6: \"half\", LW 109 to 110: of its cells only 109 is retained"));
-    EXPECT_THAT(run.err.toStdString(), HasSubstr("tags.csv:5: \"broken\", LW 105: its cells hold no bcd"));
+                HasSubstr("tags.csv:6: \"half\", LW 109 to 110: only LW 109 is retained"));
+    EXPECT_THAT(run.err.toStdString(),
+                HasSubstr("tags.csv:5: \"broken\", LW 105: its cells do not hold a valid bcd"));
     EXPECT_THAT(run.err.simplified().toStdString(),
                 HasSubstr("tags.csv: the project retains no cell of \"elsewhere\" (LW 1000 to 1001)."));
 }

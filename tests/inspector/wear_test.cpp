@@ -82,7 +82,7 @@ TEST(Wear, FindsTheWorstCaseInASmallBlockThatCrossesIntoAnotherPage)
     EXPECT_THAT(dayValue(report, "worst", "flash_bytes"), DoubleEq(24 * 6 * 4096))
         << "two pages and the file system's four";
     EXPECT_THAT(reportText(report).toStdString(),
-                HasSubstr("all changes in the costliest block, LW 2047 to 2048"));
+                HasSubstr("all changes in the most expensive block, LW 2047 to 2048"));
 }
 
 TEST(Wear, OfABitIsOneByteAndOfAWordItsBlock)
@@ -146,7 +146,7 @@ TEST(Wear, AnswersHowOftenCellsMayChange)
         3000.0 * 4 * (1 << 30) / (4 * 16384.0); // pages of 16 KiB: its own and three of the file system
     EXPECT_THAT(valueIn(emmc, "limits", "worst", "levelled_limit"),
                 DoubleNear(writes / (10 * 365.25 * 24), 1e-6));
-    EXPECT_EQ(factText(emmc, "answer"), "for 10 years: at most 2,242 changes an hour");
+    EXPECT_EQ(factText(emmc, "answer"), "for 10 years: at most 2,242 changes per hour");
     // That number of changes wears it out in exactly those years.
     const Report at = wear(*project, {{"medium", QStringLiteral("emmc")}, changesPerHour(2242)});
     EXPECT_THAT(at.findings, IsEmpty());
@@ -154,7 +154,7 @@ TEST(Wear, AnswersHowOftenCellsMayChange)
     EXPECT_THAT(wear(*project, {{"medium", QStringLiteral("emmc")}, changesPerHour(2250)}).findings,
                 SizeIs(1));
     const Report direct = wear(*project, {{"endurance-cycles", QStringLiteral("10000")}});
-    EXPECT_EQ(factText(direct, "answer"), "for 10 years: at most 1 in 8.8 hours");
+    EXPECT_EQ(factText(direct, "answer"), "for 10 years: at most 1 change every 8.8 hours");
     const Report images = wear(*wholeAreaProject(1, 5), {{"medium", QStringLiteral("sd")}});
     EXPECT_EQ(factText(images, "answer"), "for 10 years: Save Time at least 1 min");
 }
@@ -165,12 +165,12 @@ TEST(Wear, SaysWhatItAssumesOfAMedium)
     const Report report =
         wear(*project, {{"medium", QStringLiteral("nor")}, {"capacity", QStringLiteral("32 MiB")}});
     EXPECT_EQ(factText(report, "medium"),
-              "serial NOR flash with UBIFS; read \"levelled\": UBI spreads the erasures");
+              "serial NOR flash with UBIFS; the \"levelled\" figures apply, because UBI levels the wear");
     EXPECT_EQ(factText(report, "page"), "256 bytes");
     EXPECT_EQ(factText(report, "erase_block"), "64 KiB");
     EXPECT_EQ(factText(report, "capacity"), "32 MiB") << "the user knows better";
     EXPECT_EQ(factText(report, "endurance_cycles"), "100,000");
-    EXPECT_THAT(reportText(report).toStdString(), HasSubstr("Read \"in place\" for NOR flash or EEPROM"));
+    EXPECT_THAT(reportText(report).toStdString(), HasSubstr("\"In place\" applies to NOR flash or EEPROM"));
 }
 
 TEST(Wear, CountsTheErasuresOfSync)
@@ -277,7 +277,7 @@ TEST(Wear, RoundsNoFractionAway)
     const auto project = perAddressProject({{QStringLiteral("LW"), 0, 10}});
     const std::string text =
         reportText(wear(*project, {{"changes-per-hour", QStringLiteral("0.25")}})).toStdString();
-    EXPECT_THAT(text, HasSubstr("Changes an hour       0.25\n"));
+    EXPECT_THAT(text, HasSubstr("Changes per hour    0.25\n"));
     EXPECT_THAT(text, HasSubstr("0.9375")) << "6 x 20 KiB / 128 KiB";
 }
 

@@ -58,9 +58,8 @@ TEST_F(WritingCommands, MigrateMakesTheFilesOfTheNewProject)
 {
     const ToolRun run = migrate(path("new"));
     EXPECT_EQ(run.status, 0) << run.err.toStdString();
-    EXPECT_THAT(run.out.toStdString(),
-                HasSubstr("LW     carried over             15   100 to 109, 200 to 204"));
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("one byte a bit was assumed"));
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("LW     carried over      15   100 to 109, 200 to 204"));
+    EXPECT_THAT(run.out.toStdString(), HasSubstr("one byte per bit was assumed"));
     const QByteArray words = read("new/maintenance-word.dat");
     EXPECT_EQ(words.size(), 131072);
     EXPECT_EQ(words.mid(2 * 203, 4), QByteArray("\7\0\x8\0", 4));
@@ -75,7 +74,7 @@ TEST_F(WritingCommands, MigrateRefusesToOverwrite)
     const ToolRun again = migrate(path("new"));
     EXPECT_EQ(again.status, 2);
     EXPECT_EQ(again.out, "");
-    EXPECT_THAT(again.err.toStdString(), HasSubstr("/new: exists already and nothing is overwritten"));
+    EXPECT_THAT(again.err.toStdString(), HasSubstr("/new: already exists, and nothing is overwritten"));
     EXPECT_EQ(migrate(path("old")).status, 2);
     EXPECT_EQ(read("new/maintenance-word.dat"), before);
     const ToolRun without = run({QStringLiteral("migrate"), ranges, areas, path("old")});
@@ -102,7 +101,7 @@ TEST_F(WritingCommands, MigrateRefusesFilesThatWereNotWrittenUnderTheOldProject)
         EXPECT_EQ(run.status, 2) << reason;
         EXPECT_EQ(run.out, "");
         EXPECT_THAT(run.err.toStdString(), HasSubstr(reason));
-        EXPECT_THAT(run.err.toStdString(), HasSubstr("nothing was made"));
+        EXPECT_THAT(run.err.toStdString(), HasSubstr("nothing was created"));
         EXPECT_THAT(run.err.toStdString(), HasSubstr("--force"));
         EXPECT_THAT(run.err.toStdString(), Not(HasSubstr("\"migrate\""))) << "no remedy that is circular";
         EXPECT_FALSE(QFile::exists(path("new")));
@@ -117,7 +116,7 @@ TEST_F(WritingCommands, MigrateRefusesADirectoryWithoutFiles)
     const ToolRun run = WritingCommands::run(
         {QStringLiteral("migrate"), ranges, areas, path("none"), QStringLiteral("--output"), path("new")});
     EXPECT_EQ(run.status, 2);
-    EXPECT_THAT(run.err.toStdString(), HasSubstr("has none of the files"));
+    EXPECT_THAT(run.err.toStdString(), HasSubstr("has none of the three files"));
     EXPECT_FALSE(QFile::exists(path("new")));
 }
 
@@ -173,14 +172,13 @@ TEST_F(WritingCommands, MakeNoDirectoryWithTheNameOfStandardOutput)
         const ToolRun migrated = migrate(output);
         for (const ToolRun& tool : {imported, migrated}) {
             EXPECT_EQ(tool.status, 2);
-            EXPECT_THAT(tool.err.toStdString(),
-                        HasSubstr("three files are made; name a new directory for them"));
+            EXPECT_THAT(tool.err.toStdString(), HasSubstr("expected a new directory for the three files"));
         }
     }
     EXPECT_FALSE(QFileInfo::exists(QStringLiteral("-")));
     EXPECT_THAT(run({QStringLiteral("export"), ranges, path("old"), QStringLiteral("-o"), QString()})
                     .err.toStdString(),
-                HasSubstr("name a new file, or - for standard output"));
+                HasSubstr("expected a new file, or - for standard output"));
 }
 
 TEST_F(WritingCommands, DiffPutsCellsThatDifferAlikeInOneRow)
@@ -257,7 +255,7 @@ TEST_F(WritingCommands, MapMakesAPictureAndReplacesItOnlyOnRequest)
     const ToolRun again = run(map);
     EXPECT_EQ(again.status, 2);
     EXPECT_THAT(again.err.toStdString(),
-                HasSubstr("exists already; name a new file, or replace it with --force"));
+                HasSubstr("already exists; name a new file, or replace it with --force"));
     EXPECT_EQ(run(map + QStringList(QStringLiteral("--force"))).status, 0);
     EXPECT_EQ(run({QStringLiteral("map"), ranges, QStringLiteral("-o"), path("no/where.svg")}).status, 2);
     const ToolRun piped = run({QStringLiteral("map"), ranges, QStringLiteral("-o"), QStringLiteral("-")});

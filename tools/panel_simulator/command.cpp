@@ -22,17 +22,17 @@ struct Form
 const Form forms[] = {
     {"get", Command::Kind::Get, "AREA ADDRESS [COUNT]", "show cells; AREA is LB, LW or RWI"},
     {"set", Command::Kind::Set, "AREA ADDRESS VALUE...",
-     "write cells from ADDRESS on; watched ones are reported"},
+     "write cells starting at ADDRESS; watched ones are reported"},
     {"expect", Command::Kind::Expect, "AREA ADDRESS VALUE...",
-     "compare cells; the exit status is 1 when one differs"},
-    {"cycle", Command::Kind::Cycle, "", "one cyclic call now"},
-    {"watch", Command::Kind::Watch, "", "the cells that the module asked to watch"},
-    {"status", Command::Kind::Status, "", "mode, period, syncs, files"},
+     "compare cells; the exit status is 1 if any differs"},
+    {"cycle", Command::Kind::Cycle, "", "make one cyclic call now"},
+    {"watch", Command::Kind::Watch, "", "show the cells that the module watches"},
+    {"status", Command::Kind::Status, "", "show the mode, the period, the syncs and the files"},
     {"live", Command::Kind::Live, "", "show or hide a view of the running panel above the commands"},
-    {"restart", Command::Kind::Restart, "", "stop in good order and start again"},
-    {"power-cut", Command::Kind::PowerCut, "", "end at once, as without power"},
-    {"stop", Command::Kind::Stop, "", "end in good order"},
-    {"help", Command::Kind::Help, "", "this list"},
+    {"restart", Command::Kind::Restart, "", "shut the panel down cleanly and start it again"},
+    {"power-cut", Command::Kind::PowerCut, "", "end immediately, as if the power failed"},
+    {"stop", Command::Kind::Stop, "", "shut the panel down cleanly and exit"},
+    {"help", Command::Kind::Help, "", "show this list"},
 };
 
 QString usage(const Form& form)
@@ -98,7 +98,7 @@ Command cellCommand(const Form& form, const QStringList& words)
         return command;
     }
     if (words.size() - 3 > room)
-        return bad(QStringLiteral("too many values: expected at most %1 from address %2 on")
+        return bad(QStringLiteral("too many values: expected at most %1 starting at address %2")
                        .arg(room)
                        .arg(*address));
     const int lowest = area->isBits() ? 0 : -32768;
@@ -162,6 +162,6 @@ QString commandHelp()
 {
     QString help;
     for (const Form& form : forms)
-        help += QStringLiteral("  %1 %2\n").arg(usage(form), -26).arg(QLatin1String(form.meaning));
+        help += QStringLiteral("  %1 %2\n").arg(usage(form), -28).arg(QLatin1String(form.meaning));
     return help;
 }

@@ -280,7 +280,7 @@ bool showLive(Session& session,
         session.progress = progress;
     }
     if (!opened)
-        std::cerr << "live: on this terminal (TERM) the cursor cannot be moved" << std::endl;
+        std::cerr << "live: this terminal (TERM) cannot position the cursor" << std::endl;
     for (const QString& line : log)
         std::cout << line.toStdString() << '\n';
     std::cout.flush();

@@ -57,25 +57,31 @@ Options readOptions(QCoreApplication& application)
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Runs the retention module against a project, as the panel's runtime would.\n"
-                       "The module's fixed directory shows --project-dir, for this process only.\n\n"
-                       "Commands, from the terminal, a pipe or a script ('#' begins a comment):\n") +
+                       "The module's fixed directory /usr/tavrin/project is mapped to --project-dir, for "
+                       "this process only.\n"
+                       "\n"
+                       "Commands, from the terminal, a pipe or a script (# starts a comment):\n") +
         commandHelp() +
         QStringLiteral(
-            "\nExit status: 0; 1 when an expectation failed; 2 for usage and, from a pipe or a script,\n"
-            "at the first bad command."));
-    // Not addHelpOption(), which also offers --help-all for Qt's own options, of which there are none.
+            "\n"
+            "Exit status: 0 all as expected, 1 an expectation failed, 2 usage error, refused input or,\n"
+            "from a pipe or a script, a bad command, which ends the run."));
+    // Not addHelpOption(): that also offers --help-all, for Qt's own options, and there are none.
     parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help.")});
     parser.addPositionalArgument(QStringLiteral("PROJECT.xml"), QStringLiteral("The panel's project."));
-    const QCommandLineOption module(QStringLiteral("module"), QStringLiteral("The module binary."),
-                                    QStringLiteral("PATH"), moduleBesideTool());
+    const QCommandLineOption module(
+        QStringLiteral("module"),
+        QStringLiteral("The module library (default: the one built or installed with this tool)."),
+        QStringLiteral("PATH"), moduleBesideTool());
     const QCommandLineOption directory(
         QStringLiteral("project-dir"),
-        QStringLiteral(
-            "Where the retention files lie; made when it is missing. Without it: PROJECT.retention, here."),
+        QStringLiteral("Directory of the retention files, created if missing (default: PROJECT.retention in "
+                       "the current directory)."),
         QStringLiteral("DIR"));
-    const QCommandLineOption script(QStringLiteral("script"),
-                                    QStringLiteral("Commands to run, instead of standard input."),
-                                    QStringLiteral("FILE"));
+    const QCommandLineOption script(
+        QStringLiteral("script"),
+        QStringLiteral("File with commands to run instead of reading standard input."),
+        QStringLiteral("FILE"));
     const QCommandLineOption version(QStringLiteral("version"), QStringLiteral("Shows the version."));
     parser.addOptions({module, directory, script, version});
     if (!parser.parse(application.arguments()))
@@ -144,7 +150,7 @@ public:
         const Command command = parseCommand(line);
         QString error = command.error;
         if (command.kind == Command::Kind::Live)
-            error = QStringLiteral("live: expected a terminal");
+            error = QStringLiteral("live needs a terminal");
         if (!error.isEmpty()) {
             errors << (place + error).toStdString() << std::endl;
             if (!terminal)
@@ -222,7 +228,7 @@ int main(int argc, char** argv)
             giveUp(QStringLiteral("%1: cannot be read: %2").arg(options.script, input.errorString()));
     }
     if (!QDir().mkpath(options.directory))
-        giveUp(QStringLiteral("%1: cannot be made a directory; name another one with --project-dir")
+        giveUp(QStringLiteral("%1: the directory cannot be created; name another one with --project-dir")
                    .arg(options.directory));
     const QString directory = QFileInfo(options.directory).canonicalFilePath();
     const QString module = QFileInfo(options.module).absoluteFilePath();

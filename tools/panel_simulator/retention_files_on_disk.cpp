@@ -48,7 +48,7 @@ FileOnDisk fileOnDisk(std::size_t area)
     if (!file.exists) {
         const QString why = refusal(QString::fromLatin1(fixedProjectDirectory));
         file.problem =
-            why.isEmpty() ? QStringLiteral("is missing") : QStringLiteral("cannot be made: %1").arg(why);
+            why.isEmpty() ? QStringLiteral("is missing") : QStringLiteral("cannot be created: %1").arg(why);
         return file;
     }
     file.size = info.size();

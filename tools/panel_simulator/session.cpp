@@ -21,7 +21,7 @@ std::string text(const QString& line)
 QString periodText(const ExtendFuncModelBase& model)
 {
     if (model.cyclePeriodMs > 0)
-        return QStringLiteral("a cyclic call every %1 ms, the next in %2 ms")
+        return QStringLiteral("cyclic call every %1 ms, next in %2 ms")
             .arg(model.cyclePeriodMs)
             .arg(model.cycleRemainingMs);
     return QStringLiteral("no cyclic calls, because the period is %1 ms").arg(model.cyclePeriodMs);
@@ -49,7 +49,7 @@ void watch(const Panel& panel, std::ostream& out)
         out << '\n';
     }
     if (ranges.empty())
-        out << "nothing is watched\n";
+        out << "no cells are watched\n";
 }
 
 [[noreturn]] void powerCut(std::ostream& out)
@@ -95,9 +95,10 @@ void Session::start(std::ostream& out, std::ostream& errors)
         const std::string name = retentionFileNames[i];
         if (!file.problem.isEmpty())
             errors << name << ' ' << text(file.problem) << "; " << text(current->areas.all()[i].name())
-                   << " is not kept" << std::endl;
+                   << " is not retained" << std::endl;
         else if (file.rootOnly)
-            errors << name << " is written all the same, because root does not heed its mode" << std::endl;
+            errors << name << " is read-only but written anyway, because root ignores file modes"
+                   << std::endl;
     }
 }
 
@@ -106,7 +107,7 @@ void Session::stop(std::ostream& out) const
     const QString unsavedCells = unsavedText();
     out << "stopped";
     if (!unsavedCells.isEmpty())
-        out << ", changed since the last save and lost: " << text(unsavedCells);
+        out << ", unsaved changes lost in " << text(unsavedCells);
     if (lost > 0)
         out << ", " << lost << " of " << reported << " reported changes were not written";
     out << std::endl;
@@ -161,11 +162,13 @@ QString Session::notSavedSince(const WrittenBytes& before) const
         if (written.bytes()[i] - before[i] >= qint64(area.memory().size()) && unsaved(i).empty())
             continue;
         const QString why = fileOnDisk(i).problem;
-        areas.append(QStringLiteral("%1 (%2 %3)")
-                         .arg(area.name(), QLatin1String(retentionFileNames[i]),
-                              why.isEmpty() ? QStringLiteral("could not be opened or written before, and the "
-                                                             "module does not try again")
-                                            : why));
+        areas.append(
+            QStringLiteral("%1 (%2 %3)")
+                .arg(area.name(), QLatin1String(retentionFileNames[i]),
+                     why.isEmpty()
+                         ? QStringLiteral(
+                               "could not be opened or written earlier, and the module does not try again")
+                         : why));
     }
     return areas.join(QLatin1String(", "));
 }
@@ -178,7 +181,7 @@ void Session::cycle(std::ostream& out)
     if (!savesWholeAreas())
         out << "cyclic call: nothing to save in this mode\n";
     else if (areas.isEmpty())
-        out << "cyclic call: the areas were saved\n";
+        out << "cyclic call: areas saved\n";
     else
         out << "cyclic call: not saved: " << text(areas) << '\n';
 }
@@ -195,7 +198,7 @@ QString Session::advance(long long elapsedMs)
     if (areas == notSaved)
         return {};
     notSaved = areas;
-    return areas.isEmpty() ? QStringLiteral("timed save: the areas are saved again")
+    return areas.isEmpty() ? QStringLiteral("timed save: areas saved again")
                            : QStringLiteral("timed save: not saved: ") + areas;
 }
 

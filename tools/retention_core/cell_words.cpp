@@ -43,15 +43,16 @@ CellMove cellMove(const QString& text)
     const AreaCells source = areaCells(sides.first(), nullptr);
     const AreaCells target = areaCells(sides.last(), source.area);
     if (sides.size() != 2 || !source.area || !source.cells || !target.area || !target.cells)
-        refuse(QStringLiteral("expected the old cells and the first new one, such as LW:100-109=LW:300"));
+        refuse(QStringLiteral("expected the old cells and the first new cell, such as LW:100-109=LW:300"));
     const CellMove move = {source.area, *source.cells, target.area, target.cells->first};
     const qint64 ends[] = {move.target, move.targets().last};
     if (target.cells->last != ends[0] && target.cells->last != ends[1])
         refuse(QStringLiteral("the two sides differ in length"));
     if (move.from->bits != move.to->bits)
-        refuse(QStringLiteral("bits and words do not become each other"));
+        refuse(QStringLiteral("cells cannot move between bits and words"));
     if (move.targets().last >= cellCount(*move.to))
-        refuse(QStringLiteral("the area ends at %1").arg(cellCount(*move.to) - 1));
+        refuse(QStringLiteral("the new cells extend beyond the end of the area, %1")
+                   .arg(cellCount(*move.to) - 1));
     return move;
 }
 

@@ -73,9 +73,8 @@ void parse(QIODevice& device, Reading& reading)
         ~Freeing() { csv_free(parser); }
     } const freeing{&parser};
     csv_set_space_func(&parser, noBlank);
-    const QString unquoted =
-        QStringLiteral("a quotation mark stands inside a field; put the whole field in quotation marks, and "
-                       "double those inside");
+    const QString unquoted = QStringLiteral("there is a quotation mark inside a field; enclose the whole "
+                                            "field in quotation marks, and double those inside it");
     for (;;) {
         QByteArray line = device.readLine();
         if (line.isEmpty())
@@ -92,7 +91,8 @@ void parse(QIODevice& device, Reading& reading)
             refuse(reading, QStringLiteral("not UTF-8 text; save the table as CSV in UTF-8"));
     }
     if (csv_fini(&parser, takeField, endRow, &reading) != 0)
-        refuse(reading, QStringLiteral("the file ends inside a quoted field; add the quotation mark"));
+        refuse(reading,
+               QStringLiteral("the file ends inside a quoted field; add the missing quotation mark"));
     if (!reading.isUtf8)
         refuse(reading, QStringLiteral("not UTF-8 text; save the table as CSV in UTF-8"));
 }
@@ -100,7 +100,7 @@ void parse(QIODevice& device, Reading& reading)
 void takeHeader(Reading& reading, const QStringList& required)
 {
     CsvTable& table = reading.table;
-    const QString wanted = QStringLiteral("the first line must name the columns, among them ") +
+    const QString wanted = QStringLiteral("the first line must name the columns, including ") +
                            required.join(QLatin1String(", "));
     reading.line = table.rows.empty() ? 1 : table.rows.front().line;
     if (table.rows.empty())
@@ -111,7 +111,7 @@ void takeHeader(Reading& reading, const QStringList& required)
         if (name.isEmpty())
             continue;
         if (table.places.contains(name))
-            refuse(reading, QStringLiteral("the column \"%1\" stands there twice; remove one").arg(name));
+            refuse(reading, QStringLiteral("there are two columns \"%1\"; remove one").arg(name));
         table.places.insert(name, i);
     }
     for (const QString& name : required)
@@ -122,11 +122,10 @@ void takeHeader(Reading& reading, const QStringList& required)
         reading.line = row.line;
         for (int i = names.size(); i < row.fields.size(); ++i)
             if (!row.fields[i].isEmpty())
-                refuse(reading,
-                       QStringLiteral("it has %1 fields, but there are %2 columns; put a field with a "
-                                      "separator inside in quotation marks")
-                           .arg(row.fields.size())
-                           .arg(names.size()));
+                refuse(reading, QStringLiteral("the line has %1 fields, but there are only %2 columns; "
+                                               "enclose a field that contains a separator in quotation marks")
+                                    .arg(row.fields.size())
+                                    .arg(names.size()));
     }
 }
 

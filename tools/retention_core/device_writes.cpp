@@ -24,9 +24,8 @@ DeviceWrites deviceWrites(const QString& directory, const QString& systemFolder)
     QFile counts(folder + QStringLiteral("/stat"));
     if (!counts.open(QIODevice::ReadOnly))
         throw Refusal(
-            QStringLiteral(
-                "%1: no block device whose writes the kernel counts holds it (%2: %3). UBIFS, tmpfs, "
-                "overlays and network file systems have none.")
+            QStringLiteral("%1: not on a block device whose writes the kernel counts (%2: %3); name a "
+                           "directory that is not on UBIFS, tmpfs, an overlay or a network file system")
                 .arg(directory, counts.fileName(), counts.errorString()));
     // Reads, merged reads, sectors, milliseconds, then the same for writes. These sectors have 512 bytes on
     // every device.
@@ -36,6 +35,6 @@ DeviceWrites deviceWrites(const QString& directory, const QString& systemFolder)
     const qint64 requests = fields.value(4).toLongLong(&isRequests);
     const qint64 sectors = fields.value(6).toLongLong(&isSectors);
     if (!isRequests || !isSectors)
-        throw Refusal(QStringLiteral("%1: it does not count writes").arg(counts.fileName()));
+        throw Refusal(QStringLiteral("%1: contains no count of writes").arg(counts.fileName()));
     return {QFileInfo(QFileInfo(folder).canonicalFilePath()).fileName(), requests, 512 * sectors};
 }

@@ -52,7 +52,7 @@ Finding unknownArea(const ProjectEntry& entry)
     if (!entry.hasSource)
         return entryFinding(
             entry, "no-source-address", {},
-            QStringLiteral("it has no \"sourceAddress\", so nothing of it is retained."),
+            QStringLiteral("it has no \"sourceAddress\", so none of the entry is retained."),
             QStringLiteral("Add a \"sourceAddress\" with \"Block\" (LB, LW or RWI) and \"index\", "
                            "or remove the entry."));
     for (const AreaFacts& area : areaFacts) {
@@ -61,27 +61,28 @@ Finding unknownArea(const ProjectEntry& entry)
             return entryFinding(
                 entry, "unknown-area", {},
                 QStringLiteral(
-                    "the area name \"%1\" is not \"%2\" to the letter, so nothing of it is retained.")
+                    "the area name \"%1\" is not exactly \"%2\", so none of the entry is retained.")
                     .arg(entry.areaName(), name),
-                remedyHead + QStringLiteral("%1, without blanks.").arg(name));
+                remedyHead + QStringLiteral("%1, in upper case and without spaces.").arg(name));
     }
     return entryFinding(
         entry, "unknown-area", {},
-        QStringLiteral("the area \"%1\" does not exist, so nothing of it is retained.").arg(entry.areaName()),
+        QStringLiteral("there is no area \"%1\", so none of the entry is retained.").arg(entry.areaName()),
         remedyHead + QStringLiteral("LB, LW or RWI."));
 }
 
 Finding badLength(const ProjectEntry& entry)
 {
     const QString remedy =
-        QStringLiteral("Set \"addressLength\" to the number of cells to keep, or remove the entry.");
+        QStringLiteral("Set \"addressLength\" to the number of cells to retain, or remove the entry.");
     if (entry.length() == 0)
         return entryFinding(entry, "zero-length", {},
-                            QStringLiteral("its addressLength is 0 or missing, so it names no cell."),
+                            QStringLiteral("its \"addressLength\" is 0 or missing, so it covers no cells."),
                             remedy);
     return entryFinding(
         entry, "negative-length", {},
-        QStringLiteral("its addressLength is %1: it names no cell and moves the blocks after it in the file.")
+        QStringLiteral(
+            "its \"addressLength\" is %1: it covers no cells and shifts the blocks after it in the file.")
             .arg(entry.length()),
         remedy);
 }
@@ -91,10 +92,11 @@ Finding outsideArea(const ProjectEntry& entry, const CellRanges& outside)
     const qint64 lastCell = cellCount(*entry.area) - 1;
     const CellRanges inside = entry.cells().within({0, lastCell});
     QString remedy =
-        QStringLiteral("The area's addresses are 0 to %1: move the entry there, or remove it.").arg(lastCell);
+        QStringLiteral("Valid addresses are 0 to %1: move the entry into this range, or remove it.")
+            .arg(lastCell);
     if (!inside.isEmpty())
-        remedy = QStringLiteral("Set its index to %1 and its addressLength to %2; what a panel does with the "
-                                "rest of a block that leaves the area is not certain.")
+        remedy = QStringLiteral("Set its \"index\" to %1 and its \"addressLength\" to %2; how a panel "
+                                "handles the part of a block beyond the end of the area is not defined.")
                      .arg(inside.ranges().front().first)
                      .arg(inside.count());
     return entryFinding(entry, "outside-area", outside,
@@ -116,21 +118,20 @@ void explainLoss(const Layout& layout, const EntryVerdict& verdict, std::vector<
     const QString& areaProblem = layout.of(*entry.area).problem;
     if (!areaProblem.isEmpty()) {
         if (!lost.isEmpty())
-            findings.push_back(
-                entryFinding(entry, "unsound-block", lost,
-                             QStringLiteral("not retained: %1; no value of %2 can be relied on.")
-                                 .arg(areaProblem, entry.areaName()),
-                             QStringLiteral("Correct the entries of %1 with a negative or too large "
-                                            "addressLength.")
-                                 .arg(entry.areaName())));
+            findings.push_back(entryFinding(
+                entry, "unsound-block", lost,
+                QStringLiteral("not retained: %1; no value in %2 can be trusted.")
+                    .arg(areaProblem, entry.areaName()),
+                QStringLiteral("Correct the %1 entries whose \"addressLength\" is negative or too large.")
+                    .arg(entry.areaName())));
         return;
     }
     const CellRanges ignored = ignoredCells(*entry.area);
     const CellRanges unwritten = lost.minus(lost.minus(ignored));
     if (!unwritten.isEmpty()) {
         findings.push_back(entryFinding(entry, "unwritten-bit", unwritten,
-                                        QStringLiteral("changes of this bit are never written."),
-                                        QStringLiteral("Keep the value in another bit.")));
+                                        QStringLiteral("the module never writes changes of this bit."),
+                                        QStringLiteral("Use another bit for this value.")));
         lost = lost.minus(unwritten);
     }
     if (!verdict.block)
@@ -153,9 +154,8 @@ Finding foldFinding(const Fold& fold, const CellRanges& lost)
         any, "lost-in-fold", lost,
         QStringLiteral("the entries overlap and are folded into block %1, which ends one cell too early.")
             .arg(fold.block->number),
-        QStringLiteral(
-            "Replace them by one entry with index %1 and addressLength %2, or let each begin where "
-            "the one before it ends.")
+        QStringLiteral("Replace them with a single entry (\"index\" %1, \"addressLength\" %2), or start each "
+                       "entry right after the last cell of the one before it.")
             .arg(first)
             .arg(last - first + 1));
     finding.place = entriesText(fold.entries) + QLatin1String(", ") + cellsText(any, lost);
@@ -180,10 +180,9 @@ void findSuperfluous(const Layout& layout, const std::vector<EntryVerdict>& verd
         QString problem;
         const char* kind = "same-start";
         if (&sameStart != &entry) {
-            problem =
-                QStringLiteral("%1 begins at the same cell and is as long or longer, so this one has no "
-                               "effect.")
-                    .arg(sameStart.text());
+            problem = QStringLiteral(
+                          "%1 starts at the same cell and is at least as long, so this entry has no effect.")
+                          .arg(sameStart.text());
         } else if (verdict.lost.isEmpty() && verdict.block && verdict.block->maker != entry.number) {
             const ProjectEntry& maker =
                 layout.settings.entries[static_cast<std::size_t>(verdict.block->maker - 1)];
@@ -205,9 +204,8 @@ void checkDoubleWords(const ProjectEntry& entry, std::vector<Finding>& findings)
         return;
     findings.push_back(entryFinding(
         entry, "half-double-word", CellRanges({{entry.last(), entry.last()}}),
-        QStringLiteral(
-            "its addressType is \"Double Word\" but its addressLength, which always counts words, is "
-            "odd: the last double word is kept by half."),
+        QStringLiteral("its \"addressType\" is \"Double Word\", but its \"addressLength\", which always "
+                       "counts words, is odd: only half of the last double word is retained."),
         QStringLiteral("Set \"addressLength\" to twice the number of double words."),
         Finding::Severity::Warning));
 }
@@ -238,11 +236,11 @@ Words EntryVerdict::words() const
 {
     switch (kind) {
     case Kind::Whole:
-        return {"whole", QStringLiteral("retained whole")};
+        return {"whole", QStringLiteral("fully retained")};
     case Kind::Folded:
         return {"folded", QStringLiteral("folded into block %1").arg(block->number)};
     case Kind::Partial:
-        return {"partial", QStringLiteral("retained in part")};
+        return {"partial", QStringLiteral("partly retained")};
     case Kind::None:
         break;
     }

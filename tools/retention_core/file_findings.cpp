@@ -11,9 +11,9 @@ const auto error = Finding::Severity::Error;
 const auto warning = Finding::Severity::Warning;
 
 const char* const anotherProject =
-    "If it was written under another project, carry its values over with \"migrate\" before the next start.";
+    "If it was written for another project, carry its values over with \"migrate\" before the next start.";
 const char* const keepsItsLength =
-    "Nothing to do when the panel itself went on with this longer file: it never shortens one.";
+    "No action needed if the panel has been running with this longer file: the module never shortens a file.";
 
 /// Collects the check of one file.
 struct Checking
@@ -41,14 +41,13 @@ struct Checking
 void checkMissing(Checking& check)
 {
     check.result.nextStart =
-        QStringLiteral("made with %1; %2")
+        QStringLiteral("created with %1; %2")
             .arg(countText(check.area.fileLength, "zero byte"),
                  check.area.image ? QStringLiteral("all of %1 starts at 0").arg(check.name())
                                   : check.startValues());
     if (!check.area.kept.isEmpty())
-        check.add(
-            error, "missing", QStringLiteral("there is no such file."),
-            QStringLiteral("Nothing to do on a new panel. Otherwise put the panel's file in its place."));
+        check.add(error, "missing", QStringLiteral("the file does not exist."),
+                  QStringLiteral("No action needed on a new panel. Otherwise copy the panel's file here."));
 }
 
 void checkUnreadable(Checking& check)
@@ -61,7 +60,7 @@ void checkUnreadable(Checking& check)
     check.result.nextStart =
         QStringLiteral("if it cannot be opened on the panel either, %1").arg(consequence);
     check.add(error, "unreadable", check.file.error + QLatin1Char('.'),
-              QStringLiteral("Put a readable and writable file in its place, or remove it."));
+              QStringLiteral("Replace it with a readable and writable file, or remove it."));
 }
 
 void checkImage(Checking& check)
@@ -74,8 +73,8 @@ void checkImage(Checking& check)
             QStringLiteral("emptied and filled with zeros; all of %1 starts at 0").arg(check.name());
         check.addForeign(
             error, size == 0 ? "empty" : "shorter",
-            QStringLiteral("it has %1, fewer than the %2 of the area: the next start empties it and its "
-                           "values are lost.")
+            QStringLiteral(
+                "it has %1, fewer than the area's %2: the next start empties it, and its values are lost.")
                 .arg(bytes)
                 .arg(expected));
         check.result.foreign = size > 0;
@@ -84,8 +83,7 @@ void checkImage(Checking& check)
     check.result.nextStart = QStringLiteral("restored");
     if (size > expected)
         check.add(warning, "longer",
-                  QStringLiteral("it has %1, more than the %2 of the area; the rest is neither read nor "
-                                 "written.")
+                  QStringLiteral("it has %1, more than the area's %2; the rest is neither read nor written.")
                       .arg(bytes)
                       .arg(expected),
                   QString::fromLatin1(keepsItsLength));
@@ -103,10 +101,9 @@ void checkLength(const Layout& layout, Checking& check)
         check.result.nextStart = QLatin1String("its first ") + countText(area.fileLength, "byte") +
                                  QLatin1String(area.fileLength == 1 ? " is restored as if it were a block"
                                                                     : " are restored as if they were blocks");
-        check.addForeign(
-            error, "other-mode",
-            QStringLiteral("it has the length of a whole-area image, but the project keeps single "
-                           "ranges: its values go to wrong addresses."));
+        check.addForeign(error, "other-mode",
+                         QStringLiteral("it has the length of a whole-area image, but the project retains "
+                                        "address ranges: its values go to the wrong addresses."));
     } else if (size < area.fileLength) {
         const AreaValues values = areaValues(layout, check.file);
         const CellRanges half = values.cellsIn(CellState::HalfWord);
@@ -117,7 +114,7 @@ void checkLength(const Layout& layout, Checking& check)
                                                    : "the rest starts at 0"));
         QString lost;
         if (!half.isEmpty())
-            lost = QStringLiteral(": of %1 %2 only the low byte, so it starts at %3")
+            lost = QStringLiteral(": only the low byte of %1 %2, which therefore starts at %3")
                        .arg(check.name(), half.text())
                        .arg(values.values[static_cast<std::size_t>(half.begin()->first)]);
         if (!missing.isEmpty())
@@ -128,12 +125,11 @@ void checkLength(const Layout& layout, Checking& check)
             QStringLiteral("it has %1 instead of %2%3.").arg(bytes).arg(area.fileLength).arg(lost),
             area.kept.minus(values.cellsIn(CellState::Kept)).minus(values.cellsIn(CellState::StartValue)));
     } else {
-        check.addForeign(
-            warning, "longer",
-            QStringLiteral("it has %1 instead of %2, so it was written under another project and its "
-                           "values may belong to other cells.")
-                .arg(bytes)
-                .arg(area.fileLength));
+        check.addForeign(warning, "longer",
+                         QStringLiteral("it has %1 instead of %2, so it was written for another project, and "
+                                        "its values may belong to other cells.")
+                             .arg(bytes)
+                             .arg(area.fileLength));
     }
 }
 
@@ -144,18 +140,17 @@ void checkBlocks(const Layout& layout, Checking& check)
         check.result.nextStart = QStringLiteral("left empty; ") + check.startValues();
         if (!nothingKept)
             check.add(error, "empty", QStringLiteral("the file is empty, so nothing is restored."),
-                      QStringLiteral("Nothing to do if its values are not needed: the first change fills it. "
-                                     "Otherwise put the panel's file in its place."));
+                      QStringLiteral("If its values are not needed, do nothing: the first change fills the "
+                                     "file. Otherwise copy the panel's file here."));
         return;
     }
     check.result.nextStart = QString::fromLatin1(nothingKept ? "nothing to restore" : "restored");
     checkLength(layout, check);
     if (const qint64 bits = strayBits(layout, check.file))
-        check.addForeign(
-            error, "bits-behind-last",
-            QStringLiteral("%1 set after the last cell, which this project never does: the file was "
-                           "written under another project.")
-                .arg(countText(bits, "bit") + QLatin1String(bits == 1 ? " is" : " are")));
+        check.addForeign(error, "bits-behind-last",
+                         QStringLiteral("%1 set after the last cell, which this project never does: the file "
+                                        "was written for another project.")
+                             .arg(countText(bits, "bit") + QLatin1String(bits == 1 ? " is" : " are")));
 }
 
 } // namespace

@@ -35,10 +35,10 @@ QString problemOf(const AreaLayout& layout, const ProjectSettings& settings)
         cells += count;
         const bool tooLarge = block.last() >= largest || cells > (layout.area->bits ? largest : largest / 2);
         if (count < 0 || tooLarge)
-            return QStringLiteral("the addressLength of %1 %2")
+            return QStringLiteral("the \"addressLength\" of %1 %2")
                 .arg(settings.entries[static_cast<std::size_t>(block.maker - 1)].text(),
-                     QLatin1String(count < 0 ? "is negative and moves the blocks after it onto others"
-                                             : "reaches beyond what the module can count"));
+                     QLatin1String(count < 0 ? "is negative, which shifts the blocks after it onto others"
+                                             : "is larger than the module can count"));
     }
     return {};
 }

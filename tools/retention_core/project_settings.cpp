@@ -71,5 +71,5 @@ Words wordsOf(RetentionMode mode)
     case RetentionMode::None:
         break;
     }
-    return {"none", QStringLiteral("none")};
+    return {"none", QStringLiteral("no retention")};
 }

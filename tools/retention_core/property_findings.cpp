@@ -31,44 +31,46 @@ Wording wordingOf(const PropertyRemark& remark)
     case Kind::Missing:
         // Without an index, the wrong cells are kept; the two others have usual values.
         return {remark.entry > 0 ? loss : Finding::Severity::Warning, "property-missing",
-                QStringLiteral("%1 has no %2, which is read as %3.")
+                QStringLiteral("%1 has no %2, so the module uses %3.")
                     .arg(QLatin1String(inSource ? "its \"sourceAddress\"" : "it"), name, remark.readAs),
-                QStringLiteral("Add %1 with the value that is meant.").arg(name)};
+                QStringLiteral("Add %1 with the intended value.").arg(name)};
     case Kind::Misspelt:
         return {loss, "property-misspelt",
-                QStringLiteral("%1 is not read; %2 is, and counts as %3.")
+                QStringLiteral("the module does not read %1; it reads %2, which is missing, so it uses %3.")
                     .arg(where, quoted(remark.known), remark.readAs),
                 QStringLiteral("Rename it to %1.").arg(quoted(remark.known))};
     case Kind::WrongType:
         return {loss, "property-wrong-type",
-                QStringLiteral("%1 is a %2 and not a %3, so it is read as %4.")
-                    .arg(where, QLatin1String(remark.isText ? "text" : "number"),
-                         QLatin1String(remark.isText ? "number" : "text"), remark.readAs),
-                QStringLiteral("Give it the type \"%1\".")
+                QStringLiteral("%1 is a %2, not a %3, so the module uses %4.")
+                    .arg(where, QLatin1String(remark.isText ? "string" : "number"),
+                         QLatin1String(remark.isText ? "number" : "string"), remark.readAs),
+                QStringLiteral("Change its type to \"%1\".")
                     .arg(QLatin1String(!remark.isText      ? "string"
                                        : remark.entry == 0 ? "uint32"
                                                            : "int32"))};
     case Kind::NotRead:
-        return {Finding::Severity::Warning, "property-not-read", where + QLatin1String(" is not read."),
+        return {Finding::Severity::Warning, "property-not-read",
+                QStringLiteral("the module does not read %1.").arg(where),
                 QStringLiteral(
-                    "Nothing to do when it is meant for another part of the runtime; otherwise remove it.")};
+                    "No action needed if it is meant for another part of the runtime; otherwise remove it.")};
     case Kind::ObjectMisspelt:
         return {loss, "object-misspelt",
-                QStringLiteral("the object %1 is not read; %2 would be.").arg(name, quoted(remark.known)),
+                QStringLiteral("the module does not read the object %1; it looks for %2.")
+                    .arg(name, quoted(remark.known)),
                 QStringLiteral("Rename it to %1.").arg(quoted(remark.known))};
     case Kind::ObjectMisplaced:
-        return {
-            loss, "object-misplaced",
-            QStringLiteral("an object %1 lies in %2, where it is not read.").arg(name, quoted(remark.holder)),
-            QStringLiteral("Move it to the top of the project.")};
+        return {loss, "object-misplaced",
+                QStringLiteral("the object %1 is inside %2, where the module does not look for it.")
+                    .arg(name, quoted(remark.holder)),
+                QStringLiteral("Move it to the top level of the project.")};
     case Kind::Defaulted: // no finding
     case Kind::ObjectNotRead:
         break;
     }
     return {Finding::Severity::Warning, "object-not-read",
-            QStringLiteral("the object %1 is not read%2.")
+            QStringLiteral("the module does not read the object %1%2.")
                 .arg(where, QLatin1String(remark.name == QLatin1String("sourceAddress")
-                                              ? ": only the first of that name is"
+                                              ? ": only the first one with this name counts"
                                               : "")),
             QStringLiteral("Remove it.")};
 }
@@ -81,11 +83,10 @@ QString defaultsNote(const ProjectSettings& settings)
     for (const PropertyRemark& remark : settings.remarks)
         if (remark.kind == Kind::Defaulted && !names.contains(quoted(remark.name)))
             names.append(quoted(remark.name));
-    return names.isEmpty()
-               ? QString()
-               : QStringLiteral("Not set in every entry, and then read as an empty text or 0: %1. What "
-                                "is kept does not depend on them.")
-                     .arg(names.join(QLatin1String(", ")));
+    return names.isEmpty() ? QString()
+                           : QStringLiteral("Some entries do not set %1. The module then uses an empty "
+                                            "string or 0; what is retained does not depend on it.")
+                                 .arg(names.join(QLatin1String(", ")));
 }
 
 std::vector<Finding> propertyFindings(const ProjectSettings& settings)

@@ -24,7 +24,7 @@ struct KnownProperty
 
 const char* const retentionName = "DataRetention";
 const char* const sourceName = "sourceAddress";
-const char* const noText = "an empty text";
+const char* const noText = "an empty string";
 
 const KnownProperty saveAll = {"open Save all", false, "0", true, true};
 const KnownProperty saveTime = {"Save Time", false, "5", true, true};

@@ -46,7 +46,7 @@ void requireDirectory(const QString& directory)
                                     ? std::strerror(errno)
                                     : nullptr;
     if (problem)
-        throw Refusal(QStringLiteral("%1: %2; name the folder with the files maintenance-*.dat")
+        throw Refusal(QStringLiteral("%1: %2; name the directory with the files maintenance-*.dat")
                           .arg(directory, QString::fromLocal8Bit(problem)));
 }
 
@@ -99,8 +99,8 @@ void requireReadable(const RetentionFiles& files)
 {
     for (const RetentionFile& file : files)
         if (file.state == RetentionFile::State::Unreadable)
-            throw Refusal(
-                QStringLiteral("%1: %2; make it a readable file, or remove it").arg(file.path, file.error));
+            throw Refusal(QStringLiteral("%1: %2; replace it with a readable file, or remove it")
+                              .arg(file.path, file.error));
 }
 
 void makeRetentionFiles(const QString& directory,
@@ -108,7 +108,7 @@ void makeRetentionFiles(const QString& directory,
 {
     if (directory.isEmpty() || directory == QLatin1String("-"))
         throw Refusal(
-            QStringLiteral("\"%1\": three files are made; name a new directory for them").arg(directory));
+            QStringLiteral("--output \"%1\": expected a new directory for the three files").arg(directory));
     const QString target = QDir::cleanPath(QFileInfo(directory).absoluteFilePath());
     const auto refuse = [&target](const QString& message) {
         throw Refusal(QStringLiteral("%1: %2").arg(target, message));
@@ -116,12 +116,12 @@ void makeRetentionFiles(const QString& directory,
     const auto lastError = [] { return QString::fromLocal8Bit(std::strerror(errno)); };
     const QString parent = QFileInfo(target).path();
     if (isTaken(QFileInfo(target)))
-        refuse(QStringLiteral("exists already and nothing is overwritten; name a new directory"));
+        refuse(QStringLiteral("already exists, and nothing is overwritten; name a new directory"));
     if (!QFileInfo(parent).isDir())
-        refuse(QStringLiteral("there is no directory %1 to make it in").arg(parent));
+        refuse(QStringLiteral("cannot be created: there is no directory %1").arg(parent));
     QTemporaryDir folder(parent + QLatin1String("/.retention_inspector-XXXXXX"));
     if (!folder.isValid())
-        refuse(QStringLiteral("cannot be made: %1").arg(folder.errorString()));
+        refuse(QStringLiteral("cannot be created: %1").arg(folder.errorString()));
     for (const AreaFacts& area : areaFacts) {
         const QString name = QString::fromLatin1(area.fileName);
         QFile file(folder.filePath(name));
@@ -133,7 +133,7 @@ void makeRetentionFiles(const QString& directory,
     // rename() replaces an empty directory and nothing else.
     if (!setUsualRights(folder.path()) || !syncToDisk(folder.path()) ||
         rename(QFile::encodeName(folder.path()).constData(), QFile::encodeName(target).constData()) != 0)
-        refuse(QStringLiteral("cannot be made: %1").arg(lastError()));
+        refuse(QStringLiteral("cannot be created: %1").arg(lastError()));
     folder.setAutoRemove(false);
     syncToDisk(parent);
 }

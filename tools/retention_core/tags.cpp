@@ -31,14 +31,14 @@ Tag readTag(const CsvTable& table, const CsvTable::Row& row)
     tag.name = plainText(table.field(row, "name").trimmed());
     tag.unit = plainText(table.field(row, "unit").trimmed());
     if (tag.name.isEmpty())
-        throw Refusal(QStringLiteral("the tag has no name; give it one"));
+        throw Refusal(QStringLiteral("the tag has no name; add one"));
     if (tag.area->bits != tag.type.isBit())
         throw Refusal(
-            QStringLiteral("the type %1 does not fit %2, whose cells are %3; name another area or type")
+            QStringLiteral("the type %1 does not fit %2, whose cells are %3; change the type or the area")
                 .arg(tag.type.text(), QLatin1String(tag.area->name),
                      QLatin1String(tag.area->bits ? "bits" : "words")));
     if (tag.cells().last >= cellCount(*tag.area))
-        throw Refusal(QStringLiteral("%1 from address %2 on leaves the area, which ends at %3")
+        throw Refusal(QStringLiteral("%1 at address %2 extends beyond the end of the area, %3")
                           .arg(tag.type.text())
                           .arg(tag.first)
                           .arg(cellCount(*tag.area) - 1));
@@ -82,14 +82,14 @@ const AreaFacts& areaOf(const QString& text)
 {
     if (const AreaFacts* const area = areaNamed(text))
         return *area;
-    throw Refusal(QStringLiteral("the area \"%1\" is none of LB, LW, RWI").arg(text));
+    throw Refusal(QStringLiteral("area \"%1\": expected LB, LW or RWI").arg(text));
 }
 
 int addressOf(const QString& text)
 {
     if (const std::optional<qint64> address = wholeNumber(text.trimmed(), 0, 65535))
         return static_cast<int>(*address);
-    throw Refusal(QStringLiteral("the address \"%1\" is not a number from 0 to 65535").arg(text.trimmed()));
+    throw Refusal(QStringLiteral("address \"%1\": expected a number from 0 to 65535").arg(text.trimmed()));
 }
 
 void LineErrors::refuseIfAny() const
@@ -161,9 +161,10 @@ std::vector<Finding> tagFindings(const Layout& layout, const Tags& tags)
             findings.push_back(finding(
                 tags, tag, Finding::Severity::Error, "half-retained",
                 QStringLiteral(
-                    "of its cells only %1 retained, so the next start puts kept and start values together.")
-                    .arg(kept.text() + QLatin1String(kept.count() == 1 ? " is" : " are")),
-                QStringLiteral("Let one entry keep all of %1.").arg(rangeText(tag.cells()))));
+                    "only %1 %2 retained, so the next start combines retained values with start values.")
+                    .arg(QLatin1String(tag.area->name),
+                         kept.text() + QLatin1String(kept.count() == 1 ? " is" : " are")),
+                QStringLiteral("Let one entry cover all of %1.").arg(rangeText(tag.cells()))));
             continue;
         }
         const LayoutBlock* const first = blockWith(area, tag.cells().first);
@@ -173,22 +174,20 @@ std::vector<Finding> tagFindings(const Layout& layout, const Tags& tags)
         if (first != last)
             findings.push_back(
                 finding(tags, tag, Finding::Severity::Warning, "split-over-blocks",
-                        QStringLiteral(
-                            "it lies in the blocks %1 and %2, which are written one after the other: a power "
-                            "cut in between leaves half of it old.")
+                        QStringLiteral("it spans blocks %1 and %2, which are written one after the other: a "
+                                       "power cut between the two writes leaves half of it old.")
                             .arg(first->number)
                             .arg(last->number),
-                        QStringLiteral("Let one entry keep all of %1.").arg(rangeText(tag.cells()))));
+                        QStringLiteral("Let one entry cover all of %1.").arg(rangeText(tag.cells()))));
         else if (begin.byte / sectorBytes != (end.byte + end.bytes - 1) / sectorBytes)
             findings.push_back(finding(
                 tags, tag, Finding::Severity::Warning, "crosses-sector",
-                QStringLiteral(
-                    "it lies across byte %1 of %2, where a sector of 512 bytes ends: a power cut may "
-                    "leave half of it old.")
+                QStringLiteral("it spans byte %1 of %2, where a 512-byte sector begins: a power cut may "
+                               "leave half of it old.")
                     .arg((begin.byte / sectorBytes + 1) * sectorBytes)
                     .arg(QLatin1String(tag.area->fileName)),
-                QString::fromLatin1(area.image ? "Move it by a cell."
-                                               : "Move it, or what lies before it in the file, by a cell.")));
+                QString::fromLatin1(area.image ? "Move it by one cell."
+                                               : "Move it, or what precedes it in the file, by one cell.")));
     }
     return findings;
 }

@@ -118,9 +118,10 @@ quint32 floatBits(const QString& text)
 {
     const float value = floatOf(text.toLatin1());
     if (text.contains(QLatin1Char(',')))
-        throw Refusal(QStringLiteral("\"%1\" has a comma; write the number with a point").arg(text));
+        throw Refusal(QStringLiteral("value \"%1\": expected a decimal point, not a comma").arg(text));
     if (!std::isfinite(value))
-        throw Refusal(QStringLiteral("\"%1\" is not a number that a float holds, such as 21.5").arg(text));
+        throw Refusal(QStringLiteral("value \"%1\": expected a number in the range of a float, such as 21.5")
+                          .arg(text));
     quint32 bits = 0;
     std::memcpy(&bits, &value, sizeof bits);
     return bits;
@@ -167,7 +168,7 @@ qint64 numberOf(const ValueType& type, const QString& text)
     const KindFacts& facts = factsOf(type.kind);
     if (const std::optional<qint64> number = wholeNumber(text, facts.lowest, facts.highest))
         return *number;
-    throw Refusal(QStringLiteral("\"%1\" is not a whole number from %2 to %3, which %4 holds")
+    throw Refusal(QStringLiteral("value \"%1\": expected a whole number from %2 to %3 (%4)")
                       .arg(text)
                       .arg(facts.lowest)
                       .arg(facts.highest)
@@ -199,8 +200,8 @@ ValueType cellType(bool bits)
 ValueType valueTypeOf(const QString& text)
 {
     const QString expected =
-        QStringLiteral("the type \"%1\" is none of bit, int16, uint16, int32, uint32, float, bcd, "
-                       "bcd32, string:N")
+        QStringLiteral(
+            "type \"%1\": expected bit, int16, uint16, int32, uint32, float, bcd, bcd32 or string:N")
             .arg(text);
     QStringList parts = text.trimmed().toLower().split(QLatin1Char(':'));
     ValueType type;
@@ -216,18 +217,17 @@ ValueType valueTypeOf(const QString& text)
         type.length = parts.value(0).toInt(&ok);
         if (!ok || type.length < 1 || type.length > longestString)
             throw Refusal(
-                QStringLiteral("the type \"%1\" lacks its length in bytes, as in string:20").arg(text));
+                QStringLiteral("type \"%1\": expected a length in bytes, as in string:20").arg(text));
         parts.removeFirst();
     }
     if (parts.isEmpty())
         return type;
     type.highFirst = parts.first() == QLatin1String(highFirstText);
     if (parts.size() > 1 || (!type.highFirst && parts.first() != QLatin1String(lowFirstText)))
-        throw Refusal(expected + QStringLiteral(", and after it at most :low-first or :high-first"));
+        throw Refusal(expected + QStringLiteral(", optionally followed by :low-first or :high-first"));
     if (type.kind != Kind::String && type.cells() == 1)
-        throw Refusal(
-            QStringLiteral("the type \"%1\" has one word, so it has no order of words; leave out :%2")
-                .arg(text, parts.first()));
+        throw Refusal(QStringLiteral("type \"%1\": a single word has no word order; leave out :%2")
+                          .arg(text, parts.first()));
     return type;
 }
 

@@ -51,15 +51,14 @@ private:
 
 Finding foreignBits(const RetentionFile& file, qint64 oddBytes)
 {
-    return {
-        Finding::Severity::Error,
-        "foreign-bit-image",
-        file.path,
-        QStringLiteral("%1 neither 0 nor 1, so this panel does not lay out its bits one a byte: which value "
-                       "belongs to which bit is not known.")
-            .arg(countText(oddBytes, "byte") + QLatin1String(oddBytes == 1 ? " is" : " are")),
-        QStringLiteral("Read the bits on the panel itself."),
-        QString::fromLatin1(file.area->name)};
+    return {Finding::Severity::Error,
+            "foreign-bit-image",
+            file.path,
+            QStringLiteral("%1 neither 0 nor 1, so this panel does not store one bit per byte, and which "
+                           "value belongs to which bit is not known.")
+                .arg(countText(oddBytes, "byte") + QLatin1String(oddBytes == 1 ? " is" : " are")),
+            QStringLiteral("Read the bits on the panel itself."),
+            QString::fromLatin1(file.area->name)};
 }
 
 Finding notOfType(const ValueRow& row, const Tags& tags)
@@ -70,8 +69,9 @@ Finding notOfType(const ValueRow& row, const Tags& tags)
                 .arg(tags.fileName)
                 .arg(row.tag->line)
                 .arg(row.name, QLatin1String(row.area->name), rangeText(row.cells())),
-            QStringLiteral("its cells hold no %1, so they are shown one by one.").arg(row.type.text()),
-            QStringLiteral("Check the address and the type of the tag."),
+            QStringLiteral("its cells do not hold a valid %1, so they are shown one by one.")
+                .arg(row.type.text()),
+            QStringLiteral("Check the tag's address and type."),
             QString::fromLatin1(row.area->name),
             CellRanges({row.cells()})};
 }
@@ -100,9 +100,10 @@ public:
         const QString type = table.field(row, "type");
         line.type = type.trimmed().isEmpty() ? cellType(line.area->bits) : valueTypeOf(type);
         if (line.type.isBit() != line.area->bits)
-            throw Refusal(QStringLiteral("the type %1 does not fit %2, whose cells are %3")
-                              .arg(line.type.text(), QLatin1String(line.area->name),
-                                   QLatin1String(line.area->bits ? "bits" : "words")));
+            throw Refusal(
+                QStringLiteral("the type %1 does not fit %2, whose cells are %3; change the type or the area")
+                    .arg(line.type.text(), QLatin1String(line.area->name),
+                         QLatin1String(line.area->bits ? "bits" : "words")));
         const QString value = table.field(row, "value");
         const QString state = table.field(row, "state").trimmed();
         if (state == QLatin1String("no-value") && value.trimmed().isEmpty())
@@ -110,7 +111,7 @@ public:
         requireState(state);
         const bool isText = line.type.kind == ValueType::Kind::String;
         if (!isText && value.trimmed().isEmpty())
-            throw Refusal(QStringLiteral("there is no value; give one, or remove the line"));
+            throw Refusal(QStringLiteral("the value is missing; add one, or remove the line"));
         requireKept(line);
         line.cells = cellsOfValue(line.type, isText ? plainText(value) : value);
         requireFirst(line);
@@ -121,13 +122,12 @@ private:
     static void requireState(const QString& state)
     {
         if (state == QLatin1String("doubtful"))
-            throw Refusal(
-                QStringLiteral("the value is doubtful, since its file did not fit the project; correct it "
-                               "and write \"kept\" in the column state, or remove the line"));
+            throw Refusal(QStringLiteral("the value is doubtful, because its file did not fit the project; "
+                                         "correct it and set the state to \"kept\", or remove the line"));
         for (const char* known : {"", "kept", "start-value", "no-value"})
             if (state == QLatin1String(known))
                 return;
-        throw Refusal(QStringLiteral("the state \"%1\" is none of kept, start-value, no-value").arg(state));
+        throw Refusal(QStringLiteral("state \"%1\": expected kept, start-value or no-value").arg(state));
     }
 
     void requireKept(const ValueLine& line) const
@@ -136,7 +136,7 @@ private:
         const CellRanges lost = CellRanges({cells}).minus(layout.of(*line.area).kept);
         if (!lost.isEmpty())
             throw Refusal(
-                QStringLiteral("the project does not retain %1 %2; remove the line, or let an entry keep it")
+                QStringLiteral("the project does not retain %1 %2; remove the line, or add an entry for it")
                     .arg(QLatin1String(line.area->name), lost.text()));
     }
 
@@ -145,10 +145,11 @@ private:
         for (qint64 cell = line.first; cell < line.first + qint64(line.cells.size()); ++cell) {
             int& taken = lines[{line.area, cell}];
             if (taken != 0)
-                throw Refusal(QStringLiteral("%1 %2 has a value in line %3 already; remove one of the two")
-                                  .arg(QLatin1String(line.area->name))
-                                  .arg(cell)
-                                  .arg(taken));
+                throw Refusal(
+                    QStringLiteral("%1 %2 already has a value in line %3; remove one of the two lines")
+                        .arg(QLatin1String(line.area->name))
+                        .arg(cell)
+                        .arg(taken));
             taken = line.line;
         }
     }

@@ -30,7 +30,7 @@ _retention_inspector() {
         return ;;
     --table)
         mapfile -t COMPREPLY < <(
-            compgen -W "files blocks entries cells differences days limits writes dropped moves findings facts all" -- "$word")
+            compgen -W "files blocks entries cells values changes panels differences days limits writes dropped moves findings facts all" -- "$word")
         return ;;
     --address | --entry | --move | --changes-per-hour | --endurance-cycles | --capacity | --erase-block | --page | \
         --file-system-pages | --sync-erasures | --years | --measure)

@@ -22,7 +22,8 @@ const int refusalStatus = 2;
 const unsigned long watchMs = 500; // between two checks of watched files
 
 const char* const programName = "retention_inspector";
-const char* const statusHelp = "Exit status: 0 clean, 1 findings, 2 usage or unreadable input.";
+const char* const statusHelp =
+    "Exit status: 0 no findings, 1 findings, 2 usage error or refused input or output.";
 
 bool print(const QString& text, FILE* stream)
 {
@@ -34,27 +35,31 @@ bool print(const QString& text, FILE* stream)
 QString generalHelp()
 {
     QString help =
-        QStringLiteral(
-            "Usage: %1 COMMAND ARGUMENTS [options]\n"
-            "Shows, checks, explains and carries over the files in which a panel keeps its values.\n\n"
-            "Commands:\n")
+        QStringLiteral("Usage: %1 COMMAND ARGUMENTS [options]\n"
+                       "Shows, checks, edits and migrates the files in which a panel retains its values.\n"
+                       "\n"
+                       "Commands:\n")
             .arg(QLatin1String(programName));
     for (const Command* command : commands())
         help += QStringLiteral("  %1%2\n")
                     .arg(QLatin1String(command->name), -10)
                     .arg(QLatin1String(command->summary));
-    help += QStringLiteral(
-                "\nPROJECT.xml is the panel's project; DIR is the folder with its files %1,\n%2 and %3.\n\n")
+    help += QStringLiteral("\n"
+                           "PROJECT.xml is the panel's project; DIR is the directory with its files\n"
+                           "%1, %2 and %3.\n"
+                           "\n")
                 .arg(QLatin1String(areaFacts[0].fileName), QLatin1String(areaFacts[1].fileName),
                      QLatin1String(areaFacts[2].fileName));
     help += QStringLiteral("Options of every command:\n"
                            "  --format FORMAT  text (for people), json (for scripts) or csv (one table)\n"
-                           "  --table NAME     which table in csv\n"
-                           "  --quiet          reports nothing; the exit status tells\n"
-                           "  --help           explains the command, with examples; so does help COMMAND\n\n"
-                           "Numbers are decimal or, with 0x, hexadecimal. NO_COLOR=1 keeps colour out of a\n"
-                           "terminal.\n\n"
-                           "%2\n\n"
+                           "  --table NAME     the table to write as csv\n"
+                           "  --quiet          no report, only the exit status\n"
+                           "  --help           help for the command, with examples; same as help COMMAND\n"
+                           "\n"
+                           "Numbers are decimal or, with 0x, hexadecimal. NO_COLOR=1 turns off colour.\n"
+                           "\n"
+                           "%2\n"
+                           "\n"
                            "Examples:\n"
                            "  %1 layout project.xml\n"
                            "  %1 migrate --help\n")
@@ -120,21 +125,21 @@ void addOptions(QCommandLineParser& parser, const Command& command)
             names.prepend(QStringLiteral("o"));
         QString description = QString::fromLatin1(option.description);
         if (option.usual)
-            description += QStringLiteral("; %1 unless given").arg(QLatin1String(option.usual));
+            description += QStringLiteral(" (default: %1)").arg(QLatin1String(option.usual));
         QCommandLineOption added(names, description + QLatin1Char('.'));
         if (option.value)
             added.setValueName(QString::fromLatin1(option.value));
         parser.addOption(added);
     }
-    parser.addOption({QStringLiteral("format"), QStringLiteral("text (the default), json or csv."),
+    parser.addOption({QStringLiteral("format"), QStringLiteral("Output format: text (default), json or csv."),
                       QStringLiteral("FORMAT")});
     parser.addOption({QStringLiteral("table"),
-                      QStringLiteral("The table in csv: a key of json such as findings, facts, or all; the "
-                                     "command's first with rows unless given."),
+                      QStringLiteral("The table to write as csv: a key of the JSON output, facts, findings, "
+                                     "or all for every table (default: the first table with rows)."),
                       QStringLiteral("NAME")});
-    parser.addOption({{QStringLiteral("q"), QStringLiteral("quiet")},
-                      QStringLiteral("Reports nothing; the exit status tells.")});
-    parser.addOption({QStringLiteral("help"), QStringLiteral("Explains the command.")});
+    parser.addOption(
+        {{QStringLiteral("q"), QStringLiteral("quiet")}, QStringLiteral("No report, only the exit status.")});
+    parser.addOption({QStringLiteral("help"), QStringLiteral("Shows this help.")});
 }
 
 const ReportFormat& formatAskedFor(const QCommandLineParser& parser)
@@ -251,10 +256,10 @@ int runCommand(const Command& command, const QStringList& words, QString& out)
     const ReportFormat& format = formatAskedFor(parser);
     const bool csv = qstrcmp(format.name, "csv") == 0;
     if (parser.isSet(QStringLiteral("table")) && !csv)
-        throw Refusal(QStringLiteral("--table: expected with --format csv only") + seeHelp);
+        throw Refusal(QStringLiteral("--table needs --format csv") + seeHelp);
     const Inputs inputs = readInputs(command, parser);
     if (inputs.has("watch") && &format != &reportFormats.front())
-        throw Refusal(QStringLiteral("--watch: expected with --format text only") + seeHelp);
+        throw Refusal(QStringLiteral("--watch needs --format text") + seeHelp);
     Report report = command.run(inputs);
     report.command = QLatin1String(command.name);
     const bool besideProduct = !report.product.isNull();

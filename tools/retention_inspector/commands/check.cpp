@@ -29,8 +29,8 @@ Report run(const Inputs& inputs)
     }
     report.tables.push_back(std::move(table));
     report.addNote(projectNote(layout));
-    report.notes.append(QStringLiteral("Nothing in a file tells for which project it was written: one of the "
-                                       "right length may still hold the values of other cells."));
+    report.notes.append(QStringLiteral("The files do not record which project they were written for: one of "
+                                       "the right length may still hold the values of other cells."));
     return report;
 }
 
@@ -39,9 +39,9 @@ Report run(const Inputs& inputs)
 extern const Command checkCommand = {
     "check",
     {{"PROJECT.xml", Argument::Kind::Project}, {"DIR", Argument::Kind::FilesAsFound}},
-    "do the files fit the project, and what happens at the next start",
-    "Checks the files of DIR against the project: missing, empty, shorter, longer, of the other mode, bits\n"
-    "set after the last cell. Says what the next start makes of each file.",
+    "whether the files fit the project, and what the next start does with them",
+    "Checks the files of DIR against the project: missing, empty, too short, too long, written in the other\n"
+    "mode, bits set after the last cell. Says what the next start does with each file.",
     "project.xml /usr/tavrin/project",
     {},
     run};

@@ -111,8 +111,8 @@ void check(const Layout& layout, Panel& panel, std::array<AreaVote, areaCount>& 
         }
     } catch (const Refusal& refusal) {
         findings.push_back({Finding::Severity::Error, "no-directory", panel.directory,
-                            QStringLiteral("there is no such directory, or it cannot be read."),
-                            QStringLiteral("Name the folder with the panel's files.")});
+                            QStringLiteral("the directory does not exist or cannot be read."),
+                            QStringLiteral("Name the directory with the panel's files.")});
     }
     panel.findings = findings.size() - before;
 }
@@ -154,12 +154,12 @@ Table cellTable(const std::array<AreaVote, areaCount>& areas, const Tags* tags)
 {
     Table table{"cells",
                 "cell",
-                "Cells (\"most\" is what more than half of the panels have)",
+                "Cells that differ (\"Most\" is the value of more than half of the panels)",
                 {{"area", "Area"},
                  {"address", "Address"},
                  {"name", tags ? "Name" : nullptr},
                  {"most", "Most"},
-                 {"panels", "Panels otherwise"},
+                 {"panels", "Panels that differ"},
                  {"values", "Their values"}}};
     const std::size_t mostValues = 5;
     for (const AreaVote& area : areas) {
@@ -220,7 +220,7 @@ Report run(const Inputs& inputs)
     if (tags)
         addTagRemarks(layout, *tags, report);
     std::vector<Panel> panels(static_cast<std::size_t>(inputs.paths.size()));
-    Progress progress(3 * panels.size(), "panels compared");
+    Progress progress(3 * panels.size(), "comparing panels");
     for (std::size_t i = 0; i < panels.size(); ++i, progress.step()) {
         panels[i].directory = inputs.paths[static_cast<int>(i)];
         check(layout, panels[i], areas, report.findings);
@@ -249,9 +249,8 @@ Report run(const Inputs& inputs)
     report.tables = {panelTable(panels), cellTable(areas, names), differenceTable(panels, areas, names)};
     report.findingsFirst = true;
     if (undecided > 0)
-        report.notes.append(
-            QStringLiteral("Cells of which no value is that of more than half of the panels, such as "
-                           "counters, count as no difference."));
+        report.notes.append(QStringLiteral("Cells for which no value is shared by more than half of the "
+                                           "panels, such as counters, do not count as differences."));
     return report;
 }
 
@@ -260,12 +259,12 @@ Report run(const Inputs& inputs)
 extern const Command compareCommand = {
     "compare",
     {{"PROJECT.xml", Argument::Kind::Project}, {"DIR", Argument::Kind::Path, Argument::Count::AtLeastOne}},
-    "many panels side by side: do the files fit, which cells differ from most panels",
-    "Checks the files of every directory against the project and compares the values of those that fit, cell "
-    "by\n"
-    "cell, with what more than half of them have. One line a panel. Exit status 1 when files do not fit or "
-    "values\n"
-    "differ.",
+    "many panels: whether their files fit, and which cells differ from most panels",
+    "Checks the files of every directory against the project and compares the values of those that fit, "
+    "cell\n"
+    "by cell, with the value that more than half of the panels have. One line per panel. The exit status is "
+    "1\n"
+    "if files do not fit or values differ.",
     "project.xml backups/*\nproject.xml backups/* --tags tags.csv --format csv",
     {{"tags", "TAGS.csv", "Names of the cells"}},
     run};

@@ -21,7 +21,7 @@ ValueRow rowOf(const Tags* tags, const std::array<AreaValues, 2>& sides, qint64 
 /// For people: adjacent cells that differ in the same way, in one row.
 Table joined(const Table& differences)
 {
-    Table table{nullptr, nullptr, "Different cells (\"-\" for no value)", differences.columns};
+    Table table{nullptr, nullptr, "Different cells (\"-\" means no value)", differences.columns};
     for (Column& column : table.columns)
         column.key = nullptr;
     CellRange cells = {};
@@ -101,10 +101,10 @@ extern const Command diffCommand = {"diff",
                                     {{"PROJECT.xml", Argument::Kind::Project},
                                      {"DIR1", Argument::Kind::Files},
                                      {"DIR2", Argument::Kind::Files}},
-                                    "kept values that differ between two directories",
-                                    "Compares the values in the files of two directories by address; first "
-                                    "what \"check\" finds about the files.\n"
-                                    "Exit status 1 when any value differs, too.",
+                                    "retained values that differ between two directories",
+                                    "Compares the values in the files of two directories by address, after "
+                                    "the findings of \"check\". The exit\n"
+                                    "status is 1 if any value differs, too.",
                                     "project.xml monday friday\nproject.xml monday friday --format csv",
                                     {{"tags", "TAGS.csv", "Values by name, type and unit"}},
                                     run};

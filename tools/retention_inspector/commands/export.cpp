@@ -68,9 +68,8 @@ Report run(const Inputs& inputs)
         report.facts.push_back({"zeros", "Zeros left out", out.leftOut});
     report.addNote(projectNote(layout));
     if (out.doubtful)
-        report.notes.append(
-            QStringLiteral("Values of files that do not fit have the state \"doubtful\"; \"import\" "
-                           "refuses them."));
+        report.notes.append(QStringLiteral("Values in files that do not fit the project have the state "
+                                           "\"doubtful\"; \"import\" refuses them."));
     return report;
 }
 
@@ -79,14 +78,14 @@ Report run(const Inputs& inputs)
 extern const Command exportCommand = {
     "export",
     {{"PROJECT.xml", Argument::Kind::Project}, {"DIR", Argument::Kind::Files}},
-    "the kept values as a table for a spreadsheet or for git",
-    "Writes every kept value of the files of DIR as one line of a CSV table: area, address, name, type, "
-    "value,\n"
-    "state. \"import\" makes files of such a table. With tags a value is one line, whatever its number of "
-    "cells.",
+    "the retained values as a CSV table, for a spreadsheet or for git",
+    "Writes every retained value in the files of DIR as one line of a CSV table: area, address, name, type,\n"
+    "value, state. \"import\" creates files from such a table. With --tags, a value is one line, however "
+    "many\n"
+    "cells it has.",
     "project.xml /usr/tavrin/project --output values.csv\n"
     "project.xml copy --tags tags.csv --nonzero --output -",
-    {{"output", "FILE.csv", "The table to make; - for standard output", nullptr, Option::Kind::Required},
+    {{"output", "FILE.csv", "File to create; - for standard output", nullptr, Option::Kind::Required},
      {"tags", "TAGS.csv", "Names, types and units of values"},
      {"nonzero", nullptr, "Leave out zeros"},
      {"force", nullptr, "Replace an existing file"}},

@@ -28,10 +28,9 @@ using Changes = std::array<AreaChange, areaCount>;
 void requireFitting(const AreaReading& reading)
 {
     if (reading.misfit)
-        throw Refusal(
-            QStringLiteral("%1: %2 Leave out the directory, so that everything the table does not name is 0, "
-                           "or name one whose files fit the project.")
-                .arg(reading.findings.front().place, reading.findings.front().problem));
+        throw Refusal(QStringLiteral("%1: %2 Leave out DIR, so that all cells not in the table are 0, or "
+                                     "name a directory whose files fit the project.")
+                          .arg(reading.findings.front().place, reading.findings.front().problem));
 }
 
 Changes startingPoint(const Inputs& inputs)
@@ -99,11 +98,11 @@ Table applyAll(const std::vector<ValueLine>& lines, const QString& path, Changes
         if (!apply(line, changes))
             continue;
         if (change.before.values.oddBytes > 0)
-            errors.add(QStringLiteral(
-                           "%1:%2: the image of LB holds other bytes than 0 and 1, so it is not known which "
-                           "of them is this bit; remove the line, and set the bit on the panel")
-                           .arg(path)
-                           .arg(line.line));
+            errors.add(
+                QStringLiteral("%1:%2: the LB image contains bytes other than 0 and 1, so it is not known "
+                               "which of them is this bit; remove the line, and set the bit on the panel")
+                    .arg(path)
+                    .arg(line.line));
         table.rows.push_back({line.area->name, line.first, line.name, line.type.text(),
                               valueOf(line.type, old.data()), valueOf(line.type, line.cells.data())});
     }
@@ -155,14 +154,13 @@ Report run(const Inputs& inputs)
     report.tables.push_back(std::move(table));
     if (const qint64 bits = unsetZeros(layout, changes, inputs.option("output")))
         report.notes.append(
-            QStringLiteral("%1 to 0 in bytes of zeros, which leave the panel's own start value of these "
-                           "cells alone.")
+            QStringLiteral("%1 to 0 in all-zero bytes; the next start leaves these cells at the panel's own "
+                           "start values.")
                 .arg(countText(bits, "bit") + QLatin1String(bits == 1 ? " is set" : " are set")));
     report.addNote(projectNote(layout));
     if (layout.images())
-        report.notes.append(
-            QStringLiteral("How a panel lays out the bits of its LB image is its own affair; one byte a "
-                           "bit was assumed. Words are certain."));
+        report.notes.append(QStringLiteral("How a panel lays out the bits of its LB image is not defined; "
+                                           "one byte per bit was assumed. Words are not affected."));
     return report;
 }
 
@@ -173,14 +171,13 @@ extern const Command importCommand = {
     {{"PROJECT.xml", Argument::Kind::Project},
      {"VALUES.csv", Argument::Kind::Path},
      {"DIR", Argument::Kind::Files, Argument::Count::AtMostOne}},
-    "new files with the values of a table",
-    "Makes a new directory with the files of the project. Each value is that of its line in the table, as\n"
-    "\"export\" writes it (area, address and value are needed, name, type and state are not; - is standard "
-    "input);\n"
-    "cells that the table does not name keep the value of the files of DIR or, without DIR, are 0. Lists "
-    "each\n"
-    "change. When a line cannot be kept, all such lines are named and nothing is made.",
+    "new files from the values in a table",
+    "Creates a new directory with the files of the project. Each line of the table sets one value, in the "
+    "form\n"
+    "that \"export\" writes (area, address and value are required; name, type and state are optional; - is\n"
+    "standard input). Cells not in the table keep their value from the files of DIR or, without DIR, are 0.\n"
+    "Lists each change. If a line cannot be applied, all such lines are listed and nothing is created.",
     "project.xml values.csv /usr/tavrin/project --output edited\nproject.xml values.csv --output new_panel",
-    {{"output", "NEW", "The directory to make; it must not exist, or be empty", nullptr,
+    {{"output", "NEW", "Directory to create; it must be empty or not exist yet", nullptr,
       Option::Kind::Required}},
     run};

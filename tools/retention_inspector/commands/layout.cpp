@@ -6,7 +6,7 @@ namespace {
 
 Value cellsOf(const CellRange& cells)
 {
-    return cells.first > cells.last ? "no cell" : rangeText(cells);
+    return cells.first > cells.last ? "none" : rangeText(cells);
 }
 
 Value lastOf(const CellRange& cells)
@@ -40,7 +40,7 @@ Table blockTable(const Layout& layout)
                  {"cells", "Cells"},
                  {"byte", "At byte"},
                  {"bit", "Bit"},
-                 {"entries", layout.images() ? nullptr : "From entry"},
+                 {"entries", layout.images() ? nullptr : "Entries"},
                  {"problem"}}};
     for (const AreaLayout& area : layout.areas)
         for (const LayoutBlock& block : area.blocks)
@@ -87,8 +87,7 @@ void addPeriod(const ProjectSettings& settings, Report& report)
         QStringLiteral("%1 minutes (%2 ms)%3")
             .arg(minutes)
             .arg(settings.periodMs())
-            .arg(
-                QLatin1String(settings.saveTime ? "" : "; \"Save Time\" is not set, so it is the usual one"));
+            .arg(QLatin1String(settings.saveTime ? "" : "; the default, because \"Save Time\" is not set"));
     report.facts.push_back({"period_minutes", "Period", {QJsonValue(minutes), text}});
     report.facts.push_back({"period_ms", nullptr, settings.periodMs()});
     if (settings.saveTime)
@@ -114,9 +113,9 @@ Report run(const Inputs& inputs)
 extern const Command layoutCommand = {
     "layout",
     {{"PROJECT.xml", Argument::Kind::Project}},
-    "mode, files, blocks and a verdict on every entry of a project",
+    "mode, files and blocks of a project, with a verdict on every entry",
     "Shows what a project retains: the mode, the blocks of each file with addresses, offset and bit, and\n"
-    "what becomes of every entry. Each finding says how to change the project.",
+    "a verdict on every entry. Each finding says how to correct the project.",
     "project.xml\nproject.xml --format json",
     {},
     run};

@@ -28,8 +28,10 @@ extern const Command mapCommand = {
     "map",
     {{"PROJECT.xml", Argument::Kind::Project}},
     "a picture of the three files",
-    "Draws the files as an SVG picture: blocks in colour with addresses at their edges, lost cells hatched.",
+    "Draws the files as an SVG picture: blocks in colour with their first and last address, cells that are "
+    "not\n"
+    "retained hatched.",
     "project.xml --output project.svg\nproject.xml --output - | rsvg-convert -o project.png",
-    {{"output", "FILE.svg", "The picture to make; - for standard output", nullptr, Option::Kind::Required},
-     {"force", nullptr, "Replace an existing picture"}},
+    {{"output", "FILE.svg", "File to create; - for standard output", nullptr, Option::Kind::Required},
+     {"force", nullptr, "Replace an existing file"}},
     run};

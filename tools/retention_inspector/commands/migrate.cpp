@@ -123,7 +123,7 @@ void requireMovable(const std::vector<CellMove>& moves, const Layout& from, cons
             const CellRanges lacking = CellRanges({cells}).minus(layout.of(area).kept);
             if (!lacking.isEmpty())
                 throw Refusal(
-                    QStringLiteral("%1: %2 does not retain %3 %4; nothing was made")
+                    QStringLiteral("%1: %2 does not retain %3 %4; nothing was created")
                         .arg(moveText(move), QLatin1String(which), QLatin1String(area.name), lacking.text()));
         };
         require(from, *move.from, move.source, "OLD.xml");
@@ -134,8 +134,9 @@ void requireMovable(const std::vector<CellMove>& moves, const Layout& from, cons
             const bool sameTarget =
                 other.to == move.to && !CellRanges({other.targets()}).within(move.targets()).isEmpty();
             if (&other != &move && (sameSource || sameTarget))
-                throw Refusal(QStringLiteral("%1 and %2 meet; let each cell move once; nothing was made")
-                                  .arg(moveText(move), moveText(other)));
+                throw Refusal(
+                    QStringLiteral("%1 and %2 overlap, but each cell can move only once; nothing was created")
+                        .arg(moveText(move), moveText(other)));
         }
     }
 }
@@ -159,15 +160,15 @@ std::vector<CellMove> movesByName(const Layout& from, const Layout& to, QStringL
 {
     std::vector<CellMove> moves;
     if (from.images() || to.images())
-        throw Refusal(
-            QStringLiteral("--by-name: expected two projects with entries; one of them keeps whole areas"));
+        throw Refusal(QStringLiteral(
+            "--by-name: expected two projects with entries, but one of them retains whole areas"));
     for (const ProjectEntry& entry : to.settings.entries) {
         const ProjectEntry* const target = onlyEntry(to, entry.name);
         const ProjectEntry* const source = onlyEntry(from, entry.name);
         if (!source || !target || source->area->bits != target->area->bits) {
-            notes.append(
-                QStringLiteral("%1 has no single counterpart of its kind, so it moves nothing by name.")
-                    .arg(entry.text()));
+            notes.append(QStringLiteral("%1 has no unique counterpart of the same kind in the old project, "
+                                        "so nothing was moved to it by name.")
+                             .arg(entry.text()));
             continue;
         }
         if (source->area == target->area && source->first() == target->first())
@@ -208,11 +209,10 @@ void requireWrittenUnder(const Layout& from, const Layout& to, const RetentionFi
         return file.state == RetentionFile::State::Missing;
     });
     if (none)
-        throw Refusal(
-            QStringLiteral("%1: the directory has none of the files, so there is nothing to carry; nothing "
-                           "was made. Name the directory that holds the panel's files, or make files of "
-                           "zeros all the same with --force")
-                .arg(QFileInfo(old.front().path).path()));
+        throw Refusal(QStringLiteral("%1: the directory has none of the three files, so there is nothing to "
+                                     "carry over; nothing was created. Name the directory with the panel's "
+                                     "files, or create files of zeros anyway with --force")
+                          .arg(QFileInfo(old.front().path).path()));
     if (foreign == checks.end())
         return;
     const FileChecks underNew = checkFiles(to, old);
@@ -220,13 +220,12 @@ void requireWrittenUnder(const Layout& from, const Layout& to, const RetentionFi
                                     [](const FileCheck& check) { return check.findings.empty(); });
     const Finding& finding = foreign->findings.front();
     throw Refusal(
-        QStringLiteral("%1: %2 So the files were not written under OLD.xml, and nothing was made. %3")
+        QStringLiteral("%1: %2 The files were therefore not written for OLD.xml; nothing was created. %3")
             .arg(finding.place, finding.problem,
-                 fitNew
-                     ? QStringLiteral("They fit NEW.xml: they may have been carried over already")
-                     : QStringLiteral("Name the project that they were written under. --force reads them by "
-                                      "OLD.xml all the same: that is right when a panel went on with them "
-                                      "under OLD.xml")));
+                 fitNew ? QStringLiteral("They fit NEW.xml, so they may already have been carried over")
+                        : QStringLiteral(
+                              "Name the project that they were written for; or, if a panel has been running "
+                              "with them and OLD.xml, use --force to read them as OLD.xml defines them")));
 }
 
 /// The findings about files that were carried over by force.
@@ -236,9 +235,8 @@ std::vector<Finding> forcedFindings(const Layout& from, const RetentionFiles& ol
     for (const FileCheck& check : checkFiles(from, old)) {
         for (Finding finding : check.findings) {
             if (check.foreign)
-                finding.remedy =
-                    QStringLiteral("The file was read by OLD.xml because of --force: compare its values "
-                                   "before you use them.");
+                finding.remedy = QStringLiteral("The file was read as OLD.xml defines it because of --force: "
+                                                "check its values before you use them.");
             findings.push_back(finding);
         }
     }
@@ -292,10 +290,10 @@ Finding foreignBits(const RetentionFile& file, const AreaMigration& area)
         Finding::Severity::Error,
         "foreign-bit-image",
         file.path,
-        QStringLiteral("%1 neither 0 nor 1, so this panel does not lay out its bits one a byte; no bit was "
-                       "carried.")
+        QStringLiteral(
+            "%1 neither 0 nor 1, so this panel does not store one bit per byte; no bits were carried over.")
             .arg(countText(area.oddBytes, "byte") + QLatin1String(area.oddBytes == 1 ? " is" : " are")),
-        QStringLiteral("Set the bits on the panel after the change of the project."),
+        QStringLiteral("Set the bits on the panel after the project change."),
         QString::fromLatin1(file.area->name),
         area.without};
 }
@@ -304,16 +302,15 @@ void addNotes(const Layout& from, const Layout& to, Report& report)
 {
     if (bitsChangeForm(from, to))
         report.notes.append(QStringLiteral(
-            "Bits changed between an image and packed blocks. How a panel lays out the bits of its "
-            "LB image is its own affair; one byte a bit was assumed. Words are certain."));
+            "Bits were converted between an image and packed blocks. How a panel lays out the bits of its LB "
+            "image is not defined; one byte per bit was assumed. Words are not affected."));
     if (from.images() && !to.images())
-        report.notes.append(
-            QStringLiteral("At the start a bit that is 0 in a byte of zeros keeps the panel's own start "
-                           "value; the image restored it as 0."));
+        report.notes.append(QStringLiteral("At the next start, bits in all-zero bytes keep the panel's own "
+                                           "start values; the image restored them as 0."));
     if (to.images() && !from.images())
         report.notes.append(
-            QStringLiteral("The new project restores whole areas: at the next start every cell "
-                           "that was not carried is 0, whatever its own start value."));
+            QStringLiteral("The new project restores whole areas: at the next start, every cell that was not "
+                           "carried over is 0, whatever the panel's own start value."));
     report.addNote(projectNote(to, "The new project"));
 }
 
@@ -330,10 +327,9 @@ Report run(const Inputs& inputs)
     const Plan plan = planAreas(from, to, old, moves);
     for (const CellMove& move : moves)
         if (plan[indexOf(*move.from)].oddBytes > 0)
-            throw Refusal(
-                QStringLiteral("%1: this panel does not lay out its bits one a byte, so no tool knows where "
-                               "they are; nothing was made")
-                    .arg(moveText(move)));
+            throw Refusal(QStringLiteral("%1: this panel does not store one bit per byte, so it is not known "
+                                         "where its bits are; nothing was created")
+                              .arg(moveText(move)));
     makeRetentionFiles(output, [&](const AreaFacts& area, QFile& file) {
         const std::size_t i = indexOf(area);
         return writeArea(to.areas[i], plan[i], old[i], file);
@@ -345,7 +341,7 @@ Report run(const Inputs& inputs)
     report.findings = forcedFindings(from, old);
     report.findingsFirst = true;
     Table files{
-        "files", "file", "Files", {{"file", "File"}, {"bytes", "Bytes"}, {"carried", "Cells carried"}}};
+        "files", "file", "Files", {{"file", "File"}, {"bytes", "Bytes"}, {"carried", "Cells carried over"}}};
     Table moved{"moves",
                 "move",
                 "Moved",
@@ -356,11 +352,10 @@ Report run(const Inputs& inputs)
                  {"to_area"},
                  {"to_first"},
                  {"to_last"}}};
-    Table cells{
-        "cells",
-        "cells",
-        "Cells",
-        {{"area", "Area"}, {"fate", "What became of them"}, {"count", "Cells"}, {"cells", "Addresses"}}};
+    Table cells{"cells",
+                "cells",
+                "Cells",
+                {{"area", "Area"}, {"fate", "Outcome"}, {"count", "Cells"}, {"cells", "Addresses"}}};
     for (const CellMove& move : moves)
         moved.rows.push_back({moveText(move), move.from->name, move.source.first, move.source.last,
                               move.to->name, move.targets().first, move.targets().last});
@@ -369,7 +364,7 @@ Report run(const Inputs& inputs)
         const AreaFacts& facts = areaFacts[i];
         files.rows.push_back({facts.fileName, to.areas[i].fileLength, area.carried.count()});
         addCells(cells, facts, {"carried", QStringLiteral("carried over")}, area.carried);
-        addCells(cells, facts, {"without-value", QStringLiteral("without a value in the old files: 0")},
+        addCells(cells, facts, {"without-value", QStringLiteral("no value in the old files: 0")},
                  area.without);
         addCells(cells, facts, {"new", QStringLiteral("new: 0")}, area.added);
         addCells(cells, facts, {"dropped", QStringLiteral("dropped: no place in the new files")},
@@ -390,17 +385,17 @@ extern const Command migrateCommand = {
     {{"OLD.xml", Argument::Kind::Project},
      {"NEW.xml", Argument::Kind::Project},
      {"DIR", Argument::Kind::Files}},
-    "new files for a changed project, with the kept values carried over",
-    "Reads the files of DIR by the project OLD.xml and makes a new directory with the files that NEW.xml\n"
-    "needs. Every cell that both projects retain keeps its value, by address or where --move and --by-name\n"
-    "say; the others are 0. Lists what was carried, new and dropped. Files that were not written under\n"
-    "OLD.xml are refused. Nothing is overwritten; on an error nothing is made.",
+    "new files for a changed project, with the retained values carried over",
+    "Reads the files of DIR as OLD.xml defines them and creates a new directory with the files for NEW.xml.\n"
+    "Every cell that both projects retain keeps its value, at its address or where --move and --by-name put\n"
+    "it; all other cells are 0. Lists which cells were carried over, new and dropped. Files that were not\n"
+    "written for OLD.xml are refused. Nothing is overwritten; after an error, nothing is created.",
     "old.xml new.xml /usr/tavrin/project --output carried\n"
     "old.xml new.xml copy --output carried --move LW:100-109=LW:300 --move LB:5=LB:20",
-    {{"output", "DIR2", "The directory to make; it must not exist, or be empty", nullptr,
+    {{"output", "DIR2", "Directory to create; it must be empty or not exist yet", nullptr,
       Option::Kind::Required},
-     {"move", "CELLS", "Cells that moved, such as LW:100-109=LW:300; may be given several times", nullptr,
+     {"move", "CELLS", "Cells that move, such as LW:100-109=LW:300; may be repeated", nullptr,
       Option::Kind::Repeatable},
-     {"by-name", nullptr, "Moves the cells of entries that have the same name in both projects"},
-     {"force", nullptr, "Carries over what is there although the files do not fit OLD.xml"}},
+     {"by-name", nullptr, "Move the cells of entries that have the same name in both projects"},
+     {"force", nullptr, "Carry over what is there even if the files do not fit OLD.xml"}},
     run};

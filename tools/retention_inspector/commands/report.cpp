@@ -48,7 +48,8 @@ Report wearReport(const Inputs& inputs)
     if (inputs.has("medium") || inputs.has("changes-per-hour") || inputs.layout().images())
         return reportOf("wear", inputs);
     Report report;
-    report.notes.append(QStringLiteral("Not worked out: make the page with --medium or --changes-per-hour."));
+    report.notes.append(
+        QStringLiteral("Not calculated: the page was created without --medium and --changes-per-hour."));
     return report;
 }
 
@@ -93,11 +94,11 @@ Table valueTable(const Layout& layout, const AreaReadings& readings, const Tags&
     const auto leftOut = table.rows.end() - zeros;
     table.rows.erase(zeros, table.rows.end());
     if (leftOut > 0)
-        report.notes.append(QStringLiteral("Of values: %1 with the value 0 and without a tag %2 not listed.")
+        report.notes.append(QStringLiteral("%1 with the value 0 and no tag %2 not listed.")
                                 .arg(countText(leftOut, "cell"), QLatin1String(leftOut == 1 ? "is" : "are")));
     if (table.rows.size() > mostRows) {
         report.notes.append(
-            QStringLiteral("Of values: only the first %1 of %2 are listed; \"export\" writes all.")
+            QStringLiteral("Only the first %1 of %2 values are listed; \"export\" writes them all.")
                 .arg(mostRows)
                 .arg(table.rows.size()));
         table.rows.resize(mostRows);
@@ -150,9 +151,10 @@ Report run(const Inputs& inputs)
     if (!inputs.has("tags") || named.last() == QLatin1String("-"))
         named.removeLast();
     Table fileRows = fileTable(inputs, named);
-    QString body = QStringLiteral("<h1>%1</h1>\n<p class=\"soft\">Values kept across power loss</p>\n")
+    QString body = QStringLiteral("<h1>%1</h1>\n"
+                                  "<p class=\"soft\">Values retained across power loss</p>\n")
                        .arg(title.toHtmlEscaped());
-    body += htmlHeading(QStringLiteral("Identity")) + htmlFacts(identity) + htmlTable(fileRows);
+    body += htmlHeading(QStringLiteral("Identification")) + htmlFacts(identity) + htmlTable(fileRows);
     body += htmlHeading(QStringLiteral("Findings")) + htmlFindings(report.findings);
     body += htmlHeading(QStringLiteral("Map of the files")) + mapHtml(layout);
     body += htmlHeading(QStringLiteral("What is retained")) + tablesOf(layoutReport);
@@ -160,7 +162,7 @@ Report run(const Inputs& inputs)
     body += values.rows.empty() ? htmlParagraph(QStringLiteral("No cell has a name or a value other than 0."))
                                 : htmlFilter("values") + htmlTable(values, "values");
     body += htmlNotes(report.notes);
-    body += htmlHeading(QStringLiteral("Wear of the flash")) + htmlFacts(wear.facts) + tablesOf(wear) +
+    body += htmlHeading(QStringLiteral("Flash wear")) + htmlFacts(wear.facts) + tablesOf(wear) +
             htmlNotes(wear.notes);
     deliver(htmlPage(title, body), inputs.option("output"), inputs.has("force"), report);
     report.facts.push_back({"output", "Written to", placeText(inputs.option("output"))});
@@ -173,17 +175,16 @@ Report run(const Inputs& inputs)
 extern const Command reportCommand = {
     "report",
     {{"PROJECT.xml", Argument::Kind::Project}, {"DIR", Argument::Kind::FilesAsFound}},
-    "one page about a panel for the commissioning folder",
-    "Makes one HTML page that needs nothing else: the files with their SHA-256, findings, a map, the "
-    "entries, the\n"
-    "values (with --tags by name) and the wear of the flash. It prints well, and is read without network or "
-    "script.",
+    "a one-page report on a panel, for the commissioning documents",
+    "Creates one self-contained HTML page: the files with their SHA-256, findings, a map, the entries, the\n"
+    "values (by name with --tags) and the flash wear. It prints well and can be read without a network or "
+    "scripts.",
     "project.xml /usr/tavrin/project --tags tags.csv --medium emmc --output panel.html",
-    {{"output", "FILE.html", "The page to make; - for standard output", nullptr, Option::Kind::Required},
+    {{"output", "FILE.html", "File to create; - for standard output", nullptr, Option::Kind::Required},
      {"tags", "TAGS.csv", "Names, types and units of values"},
-     {"title", "TEXT", "At the head of the page; the name of the project unless given"},
-     {"date", "TEXT", "The date on the page; today unless given"},
-     {"medium", "KIND", "Of the flash, as for \"wear\": sd, emmc, nor or nand"},
+     {"title", "TEXT", "Title of the page (default: the name of the project file)"},
+     {"date", "TEXT", "Date on the page (default: today)"},
+     {"medium", "KIND", "Kind of flash, as for \"wear\": sd, emmc, nor or nand"},
      {"changes-per-hour", "N", "Changes of retained cells per hour, as for \"wear\""},
      {"force", nullptr, "Replace an existing file"}},
     run};

@@ -118,14 +118,14 @@ void addNotes(const AreaValues& values, const CellRanges& wanted, const Retentio
     };
     const bool missing = file.state == RetentionFile::State::Missing;
     if (const qint64 without = count(CellState::NoValue))
-        add(QStringLiteral("%1; %2 no value in it.")
-                .arg(QLatin1String(missing ? "there is no such file"
+        add(QStringLiteral("%1, so %2 no value.")
+                .arg(QLatin1String(missing ? "the file does not exist"
                                            : "the file is too short for this project"),
                      countText(without, "cell") + QLatin1String(without == 1 ? " has" : " have")));
     if (const qint64 bits = count(CellState::StartValue))
-        add(QStringLiteral("%1 in bytes of zeros, which leave the panel's own start value of these cells "
-                           "alone.")
-                .arg(countText(bits, "bit") + QLatin1String(bits == 1 ? " lies" : " lie")));
+        add(QStringLiteral(
+                "%1 in all-zero bytes; the next start leaves these cells at the panel's own start values.")
+                .arg(countText(bits, "bit") + QLatin1String(bits == 1 ? " is" : " are")));
 }
 
 const AreaFacts* wantedArea(const Inputs& inputs)
@@ -163,7 +163,7 @@ CellRanges entryCells(const Inputs& inputs, const AreaFacts& area)
     }
     if (!known.contains(name))
         throw Refusal(known.isEmpty() ? QStringLiteral("--entry \"%1\": the project has no entries").arg(name)
-                                      : QStringLiteral("--entry \"%1\": the project has only %2")
+                                      : QStringLiteral("--entry \"%1\": expected one of %2")
                                             .arg(name, known.join(QLatin1String(", "))));
     return CellRanges(std::move(cells));
 }
@@ -196,7 +196,7 @@ Report run(const Inputs& inputs)
     report.findingsFirst = true;
     Table rows{nullptr,
                nullptr,
-               "Kept values",
+               "Retained values",
                {{nullptr, "Area"}, {nullptr, "Addresses"}, {nullptr, "Values"}, {nullptr}}};
     Table cells{"cells", "cell", nullptr, {{"area"}, {"address"}, {"value"}, {"state"}}};
     const std::optional<Tags> tags = tagsOf(inputs);
@@ -210,8 +210,8 @@ Report run(const Inputs& inputs)
     }
     if (cells.rows.empty())
         report.notes.append(inputs.has("nonzero")
-                                ? QStringLiteral("None of the cells asked for has a value other than 0.")
-                                : QStringLiteral("The project retains none of the cells asked for."));
+                                ? QStringLiteral("None of the selected cells has a value other than 0.")
+                                : QStringLiteral("The project retains none of the selected cells."));
     report.addNote(projectNote(inputs.layout()));
     report.tables = {std::move(rows), std::move(cells)};
     if (tags) {
@@ -226,17 +226,16 @@ Report run(const Inputs& inputs)
 extern const Command showCommand = {
     "show",
     {{"PROJECT.xml", Argument::Kind::Project}, {"DIR", Argument::Kind::Files}},
-    "kept values by address",
-    "Shows the values in the files of DIR by address; first what \"check\" finds about the files, because "
-    "values\n"
-    "of files that do not fit the project belong to other cells.",
+    "retained values by address",
+    "Shows the values in the files of DIR by address, after the findings of \"check\": values in files that\n"
+    "do not fit the project belong to other cells.",
     "project.xml /usr/tavrin/project\nproject.xml copy --area LW --address 100-109 --hex\n"
     "project.xml copy --entry recipe --watch",
     {{"area", "AREA", "Only this area: LB, LW or RWI"},
      {"address", "A[-B]", "Only these addresses, such as 100 or 100-109"},
-     {"entry", "NAME", "Only the cells of the entry of that name"},
-     {"tags", "TAGS.csv", "Values by name, type and unit, in place of cells"},
+     {"entry", "NAME", "Only the cells of the entry with this name"},
+     {"tags", "TAGS.csv", "Values by name, type and unit instead of cells"},
      {"nonzero", nullptr, "Only values other than 0"},
      {"hex", nullptr, "Words in hexadecimal"},
-     {"watch", nullptr, "Goes on with a line for each change, until it is interrupted"}},
+     {"watch", nullptr, "Keep running and print a line for each change, until interrupted"}},
     run};

@@ -74,7 +74,8 @@ qint64 sizeOf(const Inputs& inputs, const char* option, qint64 usual, qint64 hig
     if (!number || !known || !(bytes >= 1 && bytes <= static_cast<double>(highest)))
         refuseOption(
             option, text,
-            QStringLiteral("a size from 1 to %1 bytes, such as 4096, 4K, 4 KiB (of 1024) or 4 kB (of 1000)")
+            QStringLiteral(
+                "a size from 1 to %1 bytes, such as 4096, 4K or 4 KiB (4096 bytes), or 4 kB (4000 bytes)")
                 .arg(highest));
     return static_cast<qint64>(bytes);
 }
@@ -197,7 +198,7 @@ Words wordsOf(const WriteCase& one)
     case WriteCase::Kind::Even:
         return {"even", QStringLiteral("changes spread over all cells")};
     case WriteCase::Kind::Worst:
-        return {"worst", QStringLiteral("all changes in the costliest block, %1 %2")
+        return {"worst", QStringLiteral("all changes in the most expensive block, %1 %2")
                              .arg(QLatin1String(one.area->name), rangeText(one.block->cells()))};
     case WriteCase::Kind::Save:
         break;
@@ -234,13 +235,13 @@ Table writeTable(const std::vector<WriteCase>& cases, const Question& question)
 {
     Table table{"writes",
                 "write",
-                "One write",
+                "Per write",
                 {{"case", "Case"},
-                 {"file_bytes", "Into the files"},
+                 {"file_bytes", "To the files"},
                  {"file_pages", "Pages"},
-                 {"system_pages", "File system's"},
+                 {"system_pages", "File system pages"},
                  {"sent_bytes", "Sent to the medium"},
-                 {"flash_bytes", "Onto the flash"}}};
+                 {"flash_bytes", "To the flash"}}};
     for (const WriteCase& one : cases)
         table.rows.push_back({wordsOf(one), size(one.fileBytes), figure(one.filePages),
                               figure(one.systemPages), size(one.sentBytes),
@@ -254,14 +255,14 @@ Table dayTable(const Layout& layout, const std::vector<WriteCase>& cases, const 
     Table table{
         "days",
         "day",
-        "Each day",
+        "Per day",
         {{"case", "Case"},
          {"writes", "Writes"},
-         {"file_bytes", "Into the files"},
-         {"flash_bytes", "Onto the flash"},
-         {"erasures_levelled", question.flash.erasuresOfSync > 0 ? "Erasures" : "Erase blocks' worth"},
-         {"levelled_years", endurance && question.levelled() ? "Lasts, levelled" : nullptr},
-         {"in_place_years", endurance ? "Lasts, in place" : nullptr}}};
+         {"file_bytes", "To the files"},
+         {"flash_bytes", "To the flash"},
+         {"erasures_levelled", question.flash.erasuresOfSync > 0 ? "Erase cycles" : "Erase blocks filled"},
+         {"levelled_years", endurance && question.levelled() ? "Life, levelled" : nullptr},
+         {"in_place_years", endurance ? "Life, in place" : nullptr}}};
     const double writes = writesPerDay(layout, question);
     if (writes <= 0)
         return table;
@@ -293,15 +294,15 @@ Value limit(const Layout& layout, double perHour)
     }
     if (perHour >= 1)
         return {perHour, figureText(std::floor(perHour))};
-    return {perHour, QStringLiteral("1 in %1 hours").arg(figureText(std::ceil(10 / perHour) / 10))};
+    return {perHour, QStringLiteral("1 change every %1 hours").arg(figureText(std::ceil(10 / perHour) / 10))};
 }
 
 Table limitTable(const Layout& layout, const std::vector<WriteCase>& cases, const Question& question)
 {
     Table table{"limits",
                 "limit",
-                layout.images() ? "Save Time for the years wanted"
-                                : "Most changes an hour for the years wanted",
+                layout.images() ? "Save Time for the required life"
+                                : "Highest number of changes per hour for the required life",
                 {{"case", "Case"},
                  {"levelled_limit", question.levelled() ? "Levelled" : nullptr},
                  {"in_place_limit", "In place"}}};
@@ -318,10 +319,10 @@ Table blockTable(const Layout& layout, const Question& question)
 {
     Table table{"blocks",
                 "block",
-                "Written into the file for one change",
+                "Written to the file per change",
                 {{"area", "Area"},
                  {"block", "Block"},
-                 {nullptr, "Cells whose changes are written"},
+                 {nullptr, "Cells"},
                  {"cells"},
                  {"bytes", "Bytes"},
                  {"pages", "Pages"}}};
@@ -333,16 +334,17 @@ Table blockTable(const Layout& layout, const Question& question)
 
 Finding wornOut(const Layout& layout, const Question& question, const WriteCase& one)
 {
-    return {Finding::Severity::Error, "worn-out-early", wordsOf(one).text,
-            QStringLiteral("the flash lasts %1 %2, less than the %3 years wanted.")
-                .arg(life(expectedYears(question, one, writesPerDay(layout, question))).text,
-                     QLatin1String(question.levelled() ? "with its wear levelled" : "without wear levelling"),
-                     figureText(question.years)),
-            layout.images()
-                ? QStringLiteral("Raise \"Save Time\", or keep only the ranges that need it, by entries.")
-                : QStringLiteral(
-                      "Let fewer retained cells change, give words that change often an entry of their own, "
-                      "apart from large blocks, or take a flash with wear levelling and more capacity.")};
+    return {
+        Finding::Severity::Error, "worn-out-early", wordsOf(one).text,
+        QStringLiteral("the flash lasts %1 %2, less than the required %3 years.")
+            .arg(life(expectedYears(question, one, writesPerDay(layout, question))).text,
+                 QLatin1String(question.levelled() ? "with wear levelling" : "without wear levelling"),
+                 figureText(question.years)),
+        layout.images()
+            ? QStringLiteral("Increase \"Save Time\", or retain only the ranges that need it, with entries.")
+            : QStringLiteral(
+                  "Make retained cells change less often, give words that change often an entry of their "
+                  "own, separate from large blocks, or use flash with wear levelling and more capacity.")};
 }
 
 std::vector<Fact> factsOf(const Layout& layout, const Question& question, const std::vector<WriteCase>& cases)
@@ -355,22 +357,23 @@ std::vector<Fact> factsOf(const Layout& layout, const Question& question, const 
                          {QJsonValue(int(layout.settings.saveTimeMinutes)),
                           QStringLiteral("%1 minutes").arg(layout.settings.saveTimeMinutes)}});
     else if (question.changesPerHour > 0)
-        facts.push_back({"changes_per_hour", "Changes an hour", figure(question.changesPerHour)});
+        facts.push_back({"changes_per_hour", "Changes per hour", figure(question.changesPerHour)});
     if (question.medium)
         facts.push_back(
             {"medium", "Medium",
-             Words{question.medium->key, QStringLiteral("%1; read \"levelled\": %2 spreads the erasures")
-                                             .arg(QLatin1String(question.medium->name),
-                                                  QLatin1String(question.medium->levelledBy))}});
+             Words{question.medium->key,
+                   QStringLiteral("%1; the \"levelled\" figures apply, because %2 levels the wear")
+                       .arg(QLatin1String(question.medium->name),
+                            QLatin1String(question.medium->levelledBy))}});
     facts.push_back({"page", "Page", size(static_cast<double>(flash.page))});
     facts.push_back({"erase_block", "Erase block", size(static_cast<double>(flash.eraseBlock))});
-    facts.push_back({"file_system_pages", "File system's pages", flash.fileSystemPages});
+    facts.push_back({"file_system_pages", "File system pages", flash.fileSystemPages});
     if (flash.erasuresOfSync > 0)
-        facts.push_back({"sync_erasures", "Erasures of a sync", figure(flash.erasuresOfSync)});
+        facts.push_back({"sync_erasures", "Erase cycles per sync", figure(flash.erasuresOfSync)});
     if (flash.capacity > 0)
         facts.push_back({"capacity", "Capacity", size(static_cast<double>(flash.capacity))});
     if (flash.enduranceCycles > 0)
-        facts.push_back({"endurance_cycles", "Erasures of a block", figure(flash.enduranceCycles)});
+        facts.push_back({"endurance_cycles", "Erase cycles per block", figure(flash.enduranceCycles)});
     const std::vector<std::vector<Value>> limits = limitTable(layout, cases, question).rows;
     if (limits.empty())
         return facts;
@@ -378,10 +381,10 @@ std::vector<Fact> factsOf(const Layout& layout, const Question& question, const 
     const QString answer = layout.images() ? QStringLiteral("Save Time %1").arg(most.text)
                            : most.data.toDouble() < 1
                                ? QStringLiteral("at most %1").arg(most.text)
-                               : QStringLiteral("at most %1 changes an hour").arg(most.text);
+                               : QStringLiteral("at most %1 changes per hour").arg(most.text);
     facts.push_back({"years", nullptr, figure(question.years)});
     facts.push_back(
-        {"answer", "So", QStringLiteral("for %1 years: %2").arg(figureText(question.years), answer)});
+        {"answer", "Result", QStringLiteral("for %1 years: %2").arg(figureText(question.years), answer)});
     return facts;
 }
 
@@ -404,41 +407,35 @@ void addMeasurement(const Inputs& inputs, const Question& question, Report& repo
         {"measured_device", "Measured", QStringLiteral("%1, which holds %2").arg(after.device, directory)});
     report.facts.push_back({"measured_seconds", "  seconds", static_cast<qint64>(seconds)});
     report.facts.push_back(
-        {"measured_requests", "  writes of all programs", after.requests - before.requests});
-    report.facts.push_back({"measured_bytes", "  with", size(bytes)});
-    report.facts.push_back({"measured_day_bytes", "  in a day, if it goes on so", size(day)});
+        {"measured_requests", "  writes by all programs", after.requests - before.requests});
+    report.facts.push_back({"measured_bytes", "  amount written", size(bytes)});
+    report.facts.push_back({"measured_day_bytes", "  per day at this rate", size(day)});
     if (question.levelled() && question.flash.enduranceCycles > 0 && day > 0)
-        report.facts.push_back({"measured_years", "  lasts, levelled",
+        report.facts.push_back({"measured_years", "  life, levelled",
                                 life(question.flash.enduranceCycles *
                                      static_cast<double>(question.flash.capacity) / day / daysPerYear)});
-    report.notes.append(
-        QStringLiteral("Measured is what the kernel sent to the device for all programs; what the device "
-                       "makes of it inside may be several times as much."));
+    report.notes.append(QStringLiteral("The measurement is what the kernel sent to the device for all "
+                                       "programs; internally, the device may write several times as much."));
 }
 
 void addNotes(const Layout& layout, const Question& question, Report& report)
 {
     if (question.flash.enduranceCycles <= 0)
-        report.notes.append(QStringLiteral("How long the flash lasts: name its kind with --medium, or give "
-                                           "--endurance-cycles and --capacity from "
-                                           "its data sheet."));
+        report.notes.append(QStringLiteral("To see how long the flash lasts, name its kind with --medium, or "
+                                           "give --endurance-cycles and --capacity from its data sheet."));
     if (question.medium)
-        report.notes.append(
-            QStringLiteral(
-                "What is assumed of %1 is usual for a small one; its data sheet knows better, and each "
-                "figure has its option.")
-                .arg(QLatin1String(question.medium->name)));
-    report.notes.append(QStringLiteral("Read \"levelled\" for SD cards and eMMC, whose controllers spread "
-                                       "the erasures, and for NOR and NAND flash "
-                                       "under UBIFS or JFFS2. Read \"in place\" for NOR flash or EEPROM that "
-                                       "FAT or ext4 write directly: each write "
-                                       "erases the same block."));
+        report.notes.append(QStringLiteral("The figures assumed for %1 are typical of a small device; use "
+                                           "the options to replace them with those in its data sheet.")
+                                .arg(QLatin1String(question.medium->name)));
     report.notes.append(
-        QStringLiteral(
-            "A model, not a measurement: files begin with a page, every write reaches the flash at once, "
-            "and the file system adds its pages to it. \"Sent to the medium\" is within 25 percent of what "
-            "an "
-            "emulated panel measured on ext4 and, with data that do not shrink, on UBIFS. %1")
+        QStringLiteral("\"Levelled\" applies to SD cards and eMMC, whose controllers level the wear, and to "
+                       "NOR and NAND flash with UBIFS or JFFS2. \"In place\" applies to NOR flash or EEPROM "
+                       "that FAT or ext4 writes directly: each write erases the same block."));
+    report.notes.append(
+        QStringLiteral("These figures are a model, not a measurement: files start on a page boundary, every "
+                       "write reaches the flash at once, and the file system adds its own pages. \"Sent to "
+                       "the medium\" is within 25 percent of measurements on an emulated panel with ext4 "
+                       "and, for incompressible data, UBIFS. %1")
             .arg(layout.images()
                      ? QStringLiteral("Each save writes all three files.")
                      : QStringLiteral("A changed bit writes its byte, a changed word its whole block.")));
@@ -471,7 +468,7 @@ Report run(const Inputs& inputs)
     if (tooMuch != cases.end()) // the cases that follow are worse
         report.findings.push_back(wornOut(layout, question, *tooMuch));
     if (cases.empty() || (layout.images() && writes <= 0))
-        report.notes.append(QStringLiteral("Nothing is written that could be counted."));
+        report.notes.append(QStringLiteral("There are no writes to calculate with."));
     addNotes(layout, question, report);
     return report;
 }
@@ -481,26 +478,30 @@ Report run(const Inputs& inputs)
 extern const Command wearCommand = {
     "wear",
     {{"PROJECT.xml", Argument::Kind::Project}},
-    "what is written in a day, how long the flash lasts, how much it may be written",
-    "Counts what the configured mode writes, and with --medium, or --endurance-cycles and --capacity, how "
+    "what is written per day, how long the flash lasts, and how many changes it allows",
+    "Calculates what the project writes and, with --medium or with --endurance-cycles and --capacity, how "
     "long\n"
-    "the flash lasts and how many changes an hour it bears for the years wanted. Sizes are in bytes or with "
-    "K, KiB,\n"
-    "M, MiB, G, GiB (of 1024) or kB, MB, GB (of 1000).",
+    "the flash lasts and how many changes per hour it allows for the required life. Sizes are in bytes or "
+    "end in\n"
+    "K, KiB, M, MiB, G, GiB (powers of 1024) or kB, MB, GB (powers of 1000).",
     "project.xml --medium emmc\n"
     "project.xml --medium sd --changes-per-hour 10/min\n"
     "project.xml --changes-per-hour 60 --endurance-cycles 3000 --capacity 4G --erase-block 512K\n"
     "project.xml --medium emmc --measure 3600",
-    {{"changes-per-hour", "N", "Changes of retained cells per hour, or such as 2/s, 10/min and 5/day"},
-     {"medium", "KIND", "sd, emmc, nor or nand: what is usual for it, where the following do not say"},
-     {"endurance-cycles", "N", "Erasures that an erase block survives, from the flash's data sheet"},
+    {{"changes-per-hour", "N",
+      "Changes of retained cells per hour, or with a unit, such as 2/s, 10/min or 5/day"},
+     {"medium", "KIND",
+      "Kind of flash: sd, emmc, nor or nand; sets typical values for the following options"},
+     {"endurance-cycles", "N", "Erase cycles that an erase block endures, from the flash's data sheet"},
      {"capacity", "SIZE",
-      "Capacity over which the flash levels its wear; without it or --medium none is assumed"},
-     {"erase-block", "SIZE", "Size of an erase block; 128K without --medium"},
-     {"page", "SIZE", "Smallest piece that is written to the flash; 4K without --medium"},
-     {"file-system-pages", "N", "Pages that the file system adds to every write; 4 without --medium"},
-     {"sync-erasures", "N", "Erasures that each sync causes besides; 1 for nor and nand with UBIFS, else 0"},
+      "Capacity over which the wear is levelled (default without --medium: no levelling)"},
+     {"erase-block", "SIZE", "Size of an erase block (default without --medium: 128K)"},
+     {"page", "SIZE", "Smallest unit written to the flash (default without --medium: 4K)"},
+     {"file-system-pages", "N",
+      "Pages that the file system adds to every write (default without --medium: 4)"},
+     {"sync-erasures", "N", "Additional erase cycles per sync (default: 1 for nor and nand, otherwise 0)"},
      {"years", "N", "Years that the flash must last", "10"},
-     {"measure", "SECONDS", "Also counts what is written in so many seconds to the device of --directory"},
+     {"measure", "SECONDS",
+      "Also count, for this many seconds, what is written to the device that holds --directory"},
      {"directory", "DIR", "A directory on that device", "/usr/tavrin/project"}},
     run};

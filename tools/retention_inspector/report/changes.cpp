@@ -87,6 +87,6 @@ QString changesText(const Report& before, const Report& after, const QTime& time
         out += clock + lineOf(change) + QLatin1Char('\n');
     for (const Finding& finding : before.findings)
         if (!contains(after, finding))
-            out += clock + QLatin1String("no longer: ") + lineOf(finding) + QLatin1Char('\n');
+            out += clock + QLatin1String("resolved: ") + lineOf(finding) + QLatin1Char('\n');
     return out;
 }

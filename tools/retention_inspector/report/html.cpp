@@ -189,7 +189,7 @@ QString htmlNotes(const QStringList& notes)
 QString htmlFilter(const char* id)
 {
     return QStringLiteral(
-               "<p class=\"filter\" data-table=\"%1\" hidden><label>Only rows with: <input type=\"search\" "
-               "placeholder=\"name, area, value ...\"></label> <span></span></p>\n")
+               "<p class=\"filter\" data-table=\"%1\" hidden><label>Only rows containing: <input "
+               "type=\"search\" placeholder=\"name, area, value ...\"></label> <span></span></p>\n")
         .arg(QLatin1String(id));
 }

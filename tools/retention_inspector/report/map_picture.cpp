@@ -137,7 +137,7 @@ QString remark(const MapItem& item)
 {
     if (item.kind == MapItem::Kind::Lost || item.kind == MapItem::Kind::Unsound)
         return QStringLiteral("not retained");
-    return item.lost.isEmpty() ? item.names : QStringLiteral("lost: ") + item.lost.text();
+    return item.lost.isEmpty() ? item.names : QStringLiteral("not retained: ") + item.lost.text();
 }
 
 QString shortened(const QString& text, double width)
@@ -241,7 +241,7 @@ double drawArea(Drawing& drawing, const AreaMap& map, double y)
     drawing.text(margin, y + 16, QString::fromLatin1(layout.area->name), "area");
     QString summary =
         QStringLiteral("%1, %2 bytes").arg(QLatin1String(layout.area->fileName)).arg(layout.fileLength);
-    summary += map.items.empty() ? QStringLiteral(": no cell is retained")
+    summary += map.items.empty() ? QStringLiteral(": no cells are retained")
                                  : QStringLiteral(": %1, %2")
                                        .arg(countText(qint64(layout.blocks.size()), "block"),
                                             countText(layout.cells, "cell"));
@@ -260,7 +260,7 @@ void drawLegend(Drawing& drawing, double y)
         Colours colours;
         const char* meaning;
         double width;
-    } keys[] = {{retainedColours, "retained whole", 130},
+    } keys[] = {{retainedColours, "fully retained", 130},
                 {foldedColours, "overlapping entries, folded into one block", 292},
                 {lostColours, "configured but not retained", 205}};
     double x = margin;
@@ -269,7 +269,7 @@ void drawLegend(Drawing& drawing, double y)
         drawing.text(x + 29, y + 11, QString::fromLatin1(key.meaning));
         x += key.width + 29;
     }
-    drawing.text(x, y + 11, QStringLiteral("Bar: the whole area to scale. Boxes: in the order of the file."));
+    drawing.text(x, y + 11, QStringLiteral("Bar: the whole area to scale. Boxes: in file order."));
 }
 
 void drawDefinitions(Drawing& drawing)

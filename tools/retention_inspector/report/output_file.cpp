@@ -14,10 +14,10 @@ void deliver(const QByteArray& product, const QString& path, bool force, Report&
         return;
     }
     if (path.isEmpty())
-        throw Refusal(QStringLiteral("\"\": name a new file, or - for standard output"));
+        throw Refusal(QStringLiteral("--output \"\": expected a new file, or - for standard output"));
     const QFileInfo info(path);
     if ((info.exists() || info.isSymLink()) && (!force || !info.isFile()))
-        throw Refusal(QStringLiteral("%1: exists already; name a new file%2")
+        throw Refusal(QStringLiteral("%1: already exists; name a new file%2")
                           .arg(path, QLatin1String(info.isFile() ? ", or replace it with --force" : "")));
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(product) != product.size() || !file.commit())
