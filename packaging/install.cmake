@@ -22,7 +22,8 @@ install(FILES docs/integration.md docs/upgrading.md docs/binary_interface.md doc
         DESTINATION ${documents} COMPONENT dev)
 install(FILES docs/images/medium.svg docs/images/performance.svg DESTINATION ${documents}/images COMPONENT dev)
 install(DIRECTORY docs/measurements DESTINATION ${documents} COMPONENT dev)
-install(DIRECTORY examples/ DESTINATION ${documents}/examples COMPONENT dev PATTERN "*.xml" EXCLUDE)
+install(DIRECTORY examples/ DESTINATION ${documents}/examples COMPONENT dev
+        PATTERN "*.xml" EXCLUDE PATTERN "*.csv" EXCLUDE)
 
 install(EXPORT poweroff_protect NAMESPACE poweroff_protect:: FILE poweroff_protect-targets.cmake
         DESTINATION ${package_files} COMPONENT dev)
@@ -62,8 +63,10 @@ if(POWEROFF_PROTECT_TOOLS)
             DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT manuals)
     install(FILES tools/retention_inspector/completion.bash RENAME retention_inspector
             DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions COMPONENT tools)
-    install(FILES docs/retention_inspector.md docs/file_format.md DESTINATION ${documents} COMPONENT tools)
+    install(FILES docs/retention_inspector.md docs/project_format.md docs/file_format.md docs/commissioning_report.html
+                  project_tree/project.xsd
+            DESTINATION ${documents} COMPONENT tools)
     install(FILES docs/images/retention_map.png DESTINATION ${documents}/images COMPONENT tools)
     install(DIRECTORY examples/ DESTINATION ${documents}/examples COMPONENT tools FILES_MATCHING PATTERN "*.xml"
-            PATTERN minimal_runtime EXCLUDE)
+            PATTERN "*.csv" PATTERN dump_project EXCLUDE PATTERN minimal_runtime EXCLUDE)
 endif()

@@ -64,6 +64,10 @@ retention_inspector shows, checks, edits and migrates the values that a panel
 retains; panel_simulator runs the module against a project, as the panel's
 runtime would.")
 
+# Pages of one refer to pages of the other.
+set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS poweroff-protect-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS poweroff-protect-dev)
+
 # In 1.0 one package had what is now in several.
 foreach(component DEV TOOLS)
     set(CPACK_DEBIAN_${component}_PACKAGE_BREAKS "poweroff-protect (<< 1.1.0)")
