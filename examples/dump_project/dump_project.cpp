@@ -4,10 +4,11 @@
 // The runtime loads this model once, instead of the retention module. It calls the same functions of the
 // runtime, so the file has what the module would read. Compile it with
 //
-//   arm-linux-gnueabihf-g++ -shared -fPIC -I INCLUDE $(pkg-config --cflags QtCore)
+//   arm-linux-gnueabihf-g++ -shared -fPIC -I INCLUDE $(pkg-config --cflags Qt5Core)
 //       -o libpoweroff_protect.so dump_project.cpp
 //
-// where INCLUDE holds the installed headers. It writes /usr/tavrin/project/dumped_project.xml. The functions
+// where INCLUDE holds the installed headers, such as /usr/include/poweroff_protect. With Qt 4, QtCore takes the
+// place of Qt5Core. It writes /usr/tavrin/project/dumped_project.xml. The functions
 // do not return names of objects, so entries are called "entry 1" and so on, and only properties that the
 // module knows are written.
 #include "host_interface/host_interface.h"
