@@ -90,7 +90,7 @@ TEST_F(InspectorGuide, ShowsWhatTheToolsPrint)
         }
         EXPECT_EQ(shown.toStdString(), block.toStdString());
     }
-    EXPECT_EQ(commands, 38);
+    EXPECT_EQ(commands, 41);
 }
 
 TEST_F(InspectorGuide, ShowsThePictureThatTheToolDraws)
