@@ -209,7 +209,7 @@ def main():
     parser.add_argument("--storage", action="append", choices=[storage.name for storage in STORAGES],
                         help="only this one; may be repeated")
     parser.add_argument("--store", action="append", choices=STORES, help="only this one; may be repeated")
-    parser.add_argument("--check", action="store_true", help="compare the module's changes with the record, no peers")
+    parser.add_argument("--check", action="store_true", help="compare the module's changes with the record, without other stores")
     parser.add_argument("--update", action="store_true", help="with --check: record them instead")
     parser.add_argument("--sabotage", action="store_true", help="with --check: plant a module that does each change twice")
     parser.add_argument("--parts", type=Path, required=True, help=argparse.SUPPRESS)

@@ -66,7 +66,7 @@ Options readOptions(QCoreApplication& application)
             "\n"
             "Exit status: 0 all as expected, 1 an expectation failed, 2 usage error, refused input or,\n"
             "from a pipe or a script, a bad command, which ends the run."));
-    // Not addHelpOption(): that also offers --help-all, for Qt's own options, and there are none.
+    // Not addHelpOption(), which also offers --help-all for Qt's own options, of which there are none.
     parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help.")});
     parser.addPositionalArgument(QStringLiteral("PROJECT.xml"), QStringLiteral("The panel's project."));
     const QCommandLineOption module(
