@@ -1,7 +1,7 @@
 // Many panels side by side, held against a count that keeps all values.
 // SPDX-License-Identifier: MIT
+#include "tests/inspector/layout_of.h"
 #include "tests/inspector/report_of.h"
-#include "tests/support/module_test.h"
 #include "tests/support/random_source.h"
 
 #include <QtCore/QDir>
@@ -37,10 +37,7 @@ protected:
         return directory;
     }
 
-    static Layout layoutOf(int cells)
-    {
-        return makeLayout(readSettings(perAddressProject({{QStringLiteral("LW"), 100, cells}}).get()));
-    }
+    static Layout layoutOf(int cells) { return ::layoutOf({{LW, 100, cells}}); }
 
     Report compare(int cells) const { return reportOf("compare", {layoutOf(cells)}, {}, {}, panels); }
 
@@ -68,14 +65,14 @@ protected:
 
 TEST_F(Fleet, HasTheValuesOfMoreThanHalfOfItsPanels)
 {
-    panel(QStringLiteral("a"), {1, 2, 3});
-    panel(QStringLiteral("b"), {1, 2, 4});
-    panel(QStringLiteral("c"), {7, 2, 5});
-    panel(QStringLiteral("d"), {1, 9, 6});
+    panel("a", {1, 2, 3});
+    panel("b", {1, 2, 4});
+    panel("c", {7, 2, 5});
+    panel("d", {1, 9, 6});
     const Report report = compare(3);
     EXPECT_THAT(differences(report), testing::ElementsAre("2 100 7", "3 101 9"));
-    EXPECT_EQ(fact(report, "undecided"), QStringLiteral("1"));
-    EXPECT_EQ(fact(report, "deviating"), QStringLiteral("2"));
+    EXPECT_EQ(fact(report, "undecided"), "1");
+    EXPECT_EQ(fact(report, "deviating"), "2");
     EXPECT_FALSE(report.isClean());
     EXPECT_THAT(reportText(report).toStdString(), HasSubstr("/c   yes           0           1   LW 100\n"));
     EXPECT_THAT(reportText(report).toStdString(),
@@ -91,16 +88,16 @@ TEST_F(Fleet, IsCleanWhenAllPanelsAreAlike)
 
 TEST_F(Fleet, LeavesPanelsOutWhoseFilesDoNotFit)
 {
-    panel(QStringLiteral("a"), {1, 2, 3});
-    panel(QStringLiteral("b"), {1, 2, 3});
-    panel(QStringLiteral("longer"), {5, 5, 5, 5});
-    panel(QStringLiteral("shorter"), {5, 5});
-    QFile::remove(panel(QStringLiteral("none"), {}) + QStringLiteral("/maintenance-word.dat"));
-    panels.append(scratch.filePath(QStringLiteral("nowhere")));
-    panel(QStringLiteral("z"), {1, 2, 4});
+    panel("a", {1, 2, 3});
+    panel("b", {1, 2, 3});
+    panel("longer", {5, 5, 5, 5});
+    panel("shorter", {5, 5});
+    QFile::remove(panel("none", {}) + "/maintenance-word.dat");
+    panels.append(scratch.filePath("nowhere"));
+    panel("z", {1, 2, 4});
     const Report report = compare(3);
     EXPECT_THAT(differences(report), testing::ElementsAre("6 102 4"));
-    EXPECT_EQ(fact(report, "fitting"), QStringLiteral("3"));
+    EXPECT_EQ(fact(report, "fitting"), "3");
     ASSERT_EQ(report.findings.size(), 4U);
     EXPECT_STREQ(report.findings[3].kind, "no-directory");
     const std::string text = reportText(report).toStdString();
@@ -146,13 +143,13 @@ TEST_F(Fleet, IsComparedAsByCountingAllValues)
 
 TEST_F(Fleet, NamesCellsByTags)
 {
-    QFile tags(scratch.filePath(QStringLiteral("tags.csv")));
+    QFile tags(scratch.filePath("tags.csv"));
     ASSERT_TRUE(tags.open(QIODevice::WriteOnly));
     tags.write("area,address,type,name\nLW,101,int32,pressure\n");
     tags.close();
-    panel(QStringLiteral("a"), {1, 2, 3});
-    panel(QStringLiteral("b"), {1, 2, 3});
-    panel(QStringLiteral("c"), {1, 2, 9});
+    panel("a", {1, 2, 3});
+    panel("b", {1, 2, 3});
+    panel("c", {1, 2, 9});
     const Report report = reportOf("compare", {layoutOf(3)}, {}, {{"tags", tags.fileName()}}, panels);
     EXPECT_THAT(reportText(report).toStdString(),
                 HasSubstr("  LW         102   pressure      3                  1   9\n"));

@@ -41,11 +41,11 @@ class Desk
 public:
     Desk()
     {
-        QDir(scratch.path()).mkdir(QStringLiteral("bin"));
-        QFile::link(QStringLiteral(SOURCE_DIR "/examples"), scratch.filePath(QStringLiteral("examples")));
+        QDir(scratch.path()).mkdir("bin");
+        QFile::link(QStringLiteral(SOURCE_DIR "/examples"), scratch.filePath("examples"));
         for (const char* tool : {RETENTION_INSPECTOR_PATH, PANEL_SIMULATOR_PATH}) {
             const QString path = QString::fromLatin1(tool);
-            QFile wrapper(scratch.filePath(QStringLiteral("bin/") + QFileInfo(path).fileName()));
+            QFile wrapper(scratch.filePath("bin/" + QFileInfo(path).fileName()));
             EXPECT_TRUE(wrapper.open(QIODevice::WriteOnly));
             wrapper.write("#!/bin/sh\nexec " + qgetenv("TEST_EMULATOR") + " '" + QFile::encodeName(path) +
                           "' \"$@\"\n");
@@ -61,8 +61,7 @@ public:
             QStringLiteral("cd '%1'; PATH=%1/bin:$PATH; exec 2>&1; ").arg(scratch.path()) + command;
         QString out;
         for (const QString& shown :
-             QString::fromUtf8(runTool(QStringLiteral("/bin/bash"), {QStringLiteral("-c"), line}).out)
-                 .split(QLatin1Char('\n')))
+             QString::fromUtf8(runTool("/bin/bash", {"-c", line}).out).split(QLatin1Char('\n')))
             if (!shown.startsWith(QLatin1String("panel_simulator: mapping paths ")))
                 out += shown + QLatin1Char('\n');
         out.chop(1);
@@ -96,9 +95,8 @@ TEST_F(InspectorGuide, ShowsWhatTheToolsPrint)
 TEST_F(InspectorGuide, ShowsThePictureThatTheToolDraws)
 {
     const QTemporaryDir scratch;
-    const QString picture = scratch.filePath(QStringLiteral("map.svg"));
-    run({QStringLiteral("map"), QStringLiteral("examples/overlapping_ranges.xml"), QStringLiteral("--output"),
-         picture});
+    const QString picture = scratch.filePath("map.svg");
+    run({"map", "examples/overlapping_ranges.xml", "--output", picture});
     QFile drawn(picture);
     ASSERT_TRUE(drawn.open(QIODevice::ReadOnly));
     EXPECT_EQ(drawn.readAll(), contents("docs/images/retention_map.svg").toUtf8())
@@ -120,44 +118,40 @@ QStringList keysOf(const QJsonObject& object)
 TEST_F(InspectorGuide, NamesEveryKey)
 {
     QTemporaryDir scratch;
-    const QString directory = scratch.filePath(QStringLiteral("files"));
+    const QString directory = scratch.filePath("files");
     QDir().mkdir(directory);
-    QFile words(directory + QStringLiteral("/maintenance-word.dat"));
+    QFile words(directory + "/maintenance-word.dat");
     ASSERT_TRUE(words.open(QIODevice::WriteOnly) && words.write("\1\2\3") == 3);
     words.close();
-    const QString ranges = QStringLiteral("examples/overlapping_ranges.xml");
-    const QString areas = QStringLiteral("examples/whole_areas.xml");
-    const QString migrated = scratch.filePath(QStringLiteral("migrated"));
-    const QString picture = scratch.filePath(QStringLiteral("map.svg"));
-    const QString table = scratch.filePath(QStringLiteral("values.csv"));
-    const QString tags = QStringLiteral("examples/address_ranges_tags.csv");
-    const QString page = scratch.filePath(QStringLiteral("panel.html"));
-    const QString edited = scratch.filePath(QStringLiteral("edited.csv"));
+    const QString ranges = "examples/overlapping_ranges.xml";
+    const QString areas = "examples/whole_areas.xml";
+    const QString migrated = scratch.filePath("migrated");
+    const QString picture = scratch.filePath("map.svg");
+    const QString table = scratch.filePath("values.csv");
+    const QString tags = "examples/address_ranges_tags.csv";
+    const QString page = scratch.filePath("panel.html");
+    const QString edited = scratch.filePath("edited.csv");
     QFile edit(edited);
     ASSERT_TRUE(edit.open(QIODevice::WriteOnly) && edit.write("area,address,value\nLW,100,1\n") > 0);
     edit.close();
-    const QString endurance = QStringLiteral("--endurance-cycles=3000");
+    const QString endurance = "--endurance-cycles=3000";
     const QList<QStringList> calls = {
-        {QStringLiteral("layout"), ranges},
-        {QStringLiteral("layout"), areas},
-        {QStringLiteral("show"), ranges, directory},
-        {QStringLiteral("check"), ranges, directory},
-        {QStringLiteral("migrate"), ranges, areas, directory, QStringLiteral("--move=LW:200=LW:7"),
-         QStringLiteral("--force"), QStringLiteral("-o"), migrated},
-        {QStringLiteral("diff"), ranges, directory, migrated},
-        {QStringLiteral("wear"), ranges, QStringLiteral("--changes-per-hour=60"),
-         QStringLiteral("--medium=emmc"), endurance},
-        {QStringLiteral("wear"), areas, endurance},
-        {QStringLiteral("wear"), ranges, QStringLiteral("--medium=nor")},
-        {QStringLiteral("map"), ranges, QStringLiteral("-o"), picture},
-        {QStringLiteral("show"), ranges, directory, QStringLiteral("--tags"), tags},
-        {QStringLiteral("diff"), ranges, directory, migrated, QStringLiteral("--tags"), tags},
-        {QStringLiteral("export"), ranges, directory, QStringLiteral("-o"), table,
-         QStringLiteral("--nonzero")},
-        {QStringLiteral("report"), ranges, directory, QStringLiteral("-o"), page},
-        {QStringLiteral("compare"), areas, migrated, migrated, directory},
-        {QStringLiteral("import"), ranges, edited, QStringLiteral("-o"),
-         scratch.filePath(QStringLiteral("imported"))}};
+        {"layout", ranges},
+        {"layout", areas},
+        {"show", ranges, directory},
+        {"check", ranges, directory},
+        {"migrate", ranges, areas, directory, "--move=LW:200=LW:7", "--force", "-o", migrated},
+        {"diff", ranges, directory, migrated},
+        {"wear", ranges, "--changes-per-hour=60", "--medium=emmc", endurance},
+        {"wear", areas, endurance},
+        {"wear", ranges, "--medium=nor"},
+        {"map", ranges, "-o", picture},
+        {"show", ranges, directory, "--tags", tags},
+        {"diff", ranges, directory, migrated, "--tags", tags},
+        {"export", ranges, directory, "-o", table, "--nonzero"},
+        {"report", ranges, directory, "-o", page},
+        {"compare", areas, migrated, migrated, directory},
+        {"import", ranges, edited, "-o", scratch.filePath("imported")}};
     for (const Command* command : commands())
         EXPECT_TRUE(std::any_of(
             calls.begin(), calls.end(),
@@ -165,9 +159,9 @@ TEST_F(InspectorGuide, NamesEveryKey)
             << "call it here: " << command->name;
     const std::string guide = contents("docs/retention_inspector.md").toStdString();
     for (const QStringList& call : calls) {
-        const ToolRun run = InspectorGuide::run(call + QStringList(QStringLiteral("--format=json")));
+        const ToolRun run = InspectorGuide::run(call + QStringList("--format=json"));
         const QJsonObject root = QJsonDocument::fromJson(run.out).object();
-        EXPECT_EQ(root.value(QStringLiteral("command")).toString(), call.first()) << run.err.toStdString();
+        EXPECT_EQ(root.value("command").toString(), call.first()) << run.err.toStdString();
         for (const QString& key : keysOf(root))
             EXPECT_NE(guide.find('`' + key.toStdString() + '`'), std::string::npos)
                 << "docs/retention_inspector.md lacks the key " << key.toStdString() << " of "
@@ -197,26 +191,26 @@ TEST_F(InspectorGuide, CompletionOffersEveryCommandAndOption)
     qunsetenv("TEST_EMULATOR"); // the shell is this machine's own
     const auto offered = [](const QStringList& words) {
         const ToolRun run = runTool(
-            QStringLiteral("/bin/bash"),
-            QStringList({QStringLiteral("-c"),
-                         QStringLiteral(
-                             "source tools/retention_inspector/completion.bash; COMP_WORDS=(\"$0\" \"$@\"); "
-                             "COMP_CWORD=$#; _retention_inspector; echo \"${COMPREPLY[@]}\""),
-                         QStringLiteral("retention_inspector")}) +
+            "/bin/bash",
+            QStringList({"-c",
+
+                         "source tools/retention_inspector/completion.bash; COMP_WORDS=(\"$0\" \"$@\"); "
+                         "COMP_CWORD=$#; _retention_inspector; echo \"${COMPREPLY[@]}\"",
+                         "retention_inspector"}) +
                 words);
         return QString::fromUtf8(run.out).simplified().split(QLatin1Char(' '));
     };
     for (const Command* form : commands()) {
         const QString name = QString::fromLatin1(form->name);
         EXPECT_TRUE(offered({QString()}).contains(name)) << form->name;
-        const QStringList options = offered({name, QStringLiteral("--")});
+        const QStringList options = offered({name, "--"});
         for (const Option& option : form->options)
             EXPECT_TRUE(options.contains(QLatin1String("--") + QLatin1String(option.name)))
                 << form->name << ' ' << option.name;
         EXPECT_EQ(options.size(), static_cast<int>(form->options.size()) + 4) << form->name;
     }
-    EXPECT_THAT(offered({QStringLiteral("layout"), QStringLiteral("examples/over")}),
-                testing::ElementsAre(QStringLiteral("examples/overlapping_ranges.xml")));
+    EXPECT_THAT(offered({"layout", "examples/over"}),
+                testing::ElementsAre("examples/overlapping_ranges.xml"));
 }
 
 } // namespace

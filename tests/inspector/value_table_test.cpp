@@ -1,5 +1,6 @@
 // Values as a table: out of the files, into new ones, and back on the panel.
 // SPDX-License-Identifier: MIT
+#include "tests/inspector/layout_of.h"
 #include "tests/inspector/report_of.h"
 #include "tests/support/random_source.h"
 #include "tests/support/tool_test.h"
@@ -66,8 +67,8 @@ TEST_F(ValueTable, RoundTripIsTheIdentity)
                      random.between(0, 40)};
         const auto project = round == 7 ? wholeAreaProject(1, 5) : perAddressProject(entries);
         const auto before = usedPanel(*project, round == 7 ? 65536 : 200);
-        const Layout layout = makeLayout(readSettings(project.get()));
-        const auto files = openRetentionFiles(QLatin1String(fixedProjectDirectory));
+        const Layout layout = layoutOf(*project);
+        const auto files = openRetentionFiles(fixedProjectDirectory);
         QFile::remove("values.csv");
         for (const char* const folder : {"made", "edited"})
             QDir(folder).removeRecursively();
@@ -97,9 +98,9 @@ TEST_F(ValueTable, SetsWhatItSaysAndThePanelStartsWithIt)
     const auto before = usedPanel(*project);
     write("values.csv", "area,address,value,type\r\nLW,104,-1.5,float:high-first\r\nLW,100,0x1F,\r\n"
                         "LB,9,1,bit\r\nLW,107,'=b,string:4\r\n");
-    const Report report = reportOf("import", {makeLayout(readSettings(project.get()))},
-                                   {openRetentionFiles(QLatin1String(fixedProjectDirectory))},
-                                   {{"output", "new"}}, {"values.csv"});
+    const Report report =
+        reportOf("import", {layoutOf(*project)}, {openRetentionFiles(fixedProjectDirectory)},
+                 {{"output", "new"}}, {"values.csv"});
     EXPECT_THAT(reportText(report).toStdString(), HasSubstr("31\n"));
     for (const QString name : fileNames)
         writeRetentionFile(name, read("new/" + name));
@@ -118,9 +119,9 @@ TEST_F(ValueTable, ReportsEachChangeOldToNew)
     const auto project = perAddressProject({{LW, 100, 4}});
     startPanel(project.get())->setCells(LW, 100, {1, 2, 3, 4});
     write("values.csv", "area;address;name;value\nLW;101;speed;7\nLW;102;same;3\n");
-    const Report report = reportOf("import", {makeLayout(readSettings(project.get()))},
-                                   {openRetentionFiles(QLatin1String(fixedProjectDirectory))},
-                                   {{"output", "new"}}, {"values.csv"});
+    const Report report =
+        reportOf("import", {layoutOf(*project)}, {openRetentionFiles(fixedProjectDirectory)},
+                 {{"output", "new"}}, {"values.csv"});
     ASSERT_EQ(report.tables.front().rows.size(), 1U);
     EXPECT_THAT(reportText(report).toStdString(), HasSubstr("LW         101   speed   uint16   2     7\n"));
 }
