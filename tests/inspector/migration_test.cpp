@@ -31,15 +31,15 @@ protected:
     }
 
     /// Carries the files of the fixed directory over and puts the new ones in their place.
-    Report migrate(const Layout& from, const Layout& to,
+    Report migrate(const object& from, const object& to,
                    std::initializer_list<std::pair<const char*, QString>> more = {})
     {
         QTemporaryDir scratch;
         const QString target = scratch.filePath("new");
         std::vector<std::pair<const char*, QString>> options = more;
         options.emplace_back("output", target);
-        const Report report =
-            reportOf("migrate", {from, to}, {openRetentionFiles(fixedProjectDirectory)}, options);
+        const Report report = reportOf("migrate", {layoutOf(from), layoutOf(to)},
+                                       {openRetentionFiles(fixedProjectDirectory)}, options);
         for (const char* name : {bitFileName, wordFileName, rwiFileName}) {
             QFile made(target + QLatin1Char('/') + QLatin1String(name));
             EXPECT_TRUE(made.open(QIODevice::ReadOnly));
@@ -63,7 +63,7 @@ protected:
         const auto before = usedPanel(oldProject);
         const Layout from = layoutOf(oldProject);
         const Layout to = layoutOf(newProject);
-        const Report report = migrate(from, to);
+        const Report report = migrate(oldProject, newProject);
         const auto after = startPanel(&newProject);
         for (std::size_t i = 0; i < 3; ++i) {
             EXPECT_EQ(to.areas[i].fileLength,
@@ -117,9 +117,8 @@ TEST_F(MigrationTest, CarriesWholeAreasUnchanged)
     const auto before = usedPanel(*project);
     // Another layout of bits than one a byte stays as it is.
     writeRetentionFile(bitFileName, QByteArray(65536, '\x5a'));
-    const Layout layout = layoutOf(*project);
     const auto words = retentionFile(wordFileName);
-    migrate(layout, layout);
+    migrate(*project, *project);
     EXPECT_EQ(retentionFile(bitFileName), QByteArray(65536, '\x5a'));
     EXPECT_EQ(retentionFile(wordFileName), words);
 }
@@ -146,9 +145,7 @@ TEST_F(MigrationTest, CarriesNoBitsOutOfAnImageThatIsNotOneBitAByte)
     const ProjectPointer entries = perAddressProject(newEntries);
     usedPanel(*images);
     writeRetentionFile(bitFileName, QByteArray(65536, '\x5a'));
-    const Layout from = layoutOf(*images);
-    const Layout to = layoutOf(*entries);
-    const Report report = migrate(from, to);
+    const Report report = migrate(*images, *entries);
     EXPECT_EQ(cellsOf(report, 0, "carried"), QString());
     EXPECT_NE(cellsOf(report, 1, "carried"), QString());
     EXPECT_STREQ(report.findings.front().kind, "foreign-bit-image");
@@ -160,9 +157,7 @@ TEST_F(MigrationTest, SaysWhatHadNoValue)
     const ProjectPointer oldProject = perAddressProject({{LW, 0, 4}});
     const ProjectPointer newProject = perAddressProject({{LW, 1, 2}, {RWI, 5, 1}});
     writeRetentionFile(wordFileName, QByteArray("\1\0\2\0", 4));
-    const Layout from = layoutOf(*oldProject);
-    const Layout to = layoutOf(*newProject);
-    const Report report = migrate(from, to, {{"force", QString()}});
+    const Report report = migrate(*oldProject, *newProject, {{"force", QString()}});
     EXPECT_EQ(cellsOf(report, 1, "carried"), "1");
     EXPECT_EQ(cellsOf(report, 1, "without-value"), "2");
     EXPECT_EQ(cellsOf(report, 1, "dropped"), "0, 3");
@@ -176,8 +171,7 @@ TEST_F(MigrationTest, MovesCellsAwayFromTheirAddresses)
     const ProjectPointer oldProject = perAddressProject({{LW, 100, 10}, {LB, 5, 2}});
     const ProjectPointer newProject = perAddressProject({{LW, 105, 5}, {RWI, 300, 6}, {LB, 20, 2}});
     const auto before = usedPanel(*oldProject);
-    const Report report =
-        migrate(layoutOf(*oldProject), layoutOf(*newProject), {{"move", "LW:100-105=RWI:300,LB:5-6=20-21"}});
+    const Report report = migrate(*oldProject, *newProject, {{"move", "LW:100-105=RWI:300,LB:5-6=20-21"}});
     const auto after = startPanel(newProject.get());
     const auto& words = before->areas.all()[1];
     for (int i = 0; i < 6; ++i)
@@ -195,8 +189,7 @@ TEST_F(MigrationTest, SwapsCellsThatMoveToEachOther)
 {
     const ProjectPointer project = perAddressProject({{LW, 0, 20}});
     const auto before = usedPanel(*project);
-    const Layout layout = layoutOf(*project);
-    migrate(layout, layout, {{"move", "LW:0-4=10,LW:10-14=0"}});
+    migrate(*project, *project, {{"move", "LW:0-4=10,LW:10-14=0"}});
     const auto after = startPanel(project.get());
     for (int i = 0; i < 5; ++i) {
         EXPECT_EQ(after->areas.all()[1].cell(10 + i), before->areas.all()[1].cell(i));
@@ -209,8 +202,7 @@ TEST_F(MigrationTest, ListsAsDroppedWhatAMoveOverwrites)
     const ProjectPointer project = perAddressProject({{LW, 0, 4}});
     const auto panel = startPanel(project.get());
     panel->setCells(LW, 0, {1, 2, 3, 4});
-    const Layout layout = layoutOf(*project);
-    const Report report = migrate(layout, layout, {{"move", "LW:0=LW:2"}});
+    const Report report = migrate(*project, *project, {{"move", "LW:0=LW:2"}});
     EXPECT_EQ(cellsOf(report, 1, "dropped"), "2");
     ASSERT_EQ(report.tables.at(3).rows.size(), 1U);
     EXPECT_EQ(report.tables.at(3).rows[0][4].text, "3");
@@ -228,7 +220,7 @@ TEST_F(MigrationTest, FindsMovedRangesByTheNamesOfTheirEntries)
             entry->name = QStringLiteral("entry%1").arg(number++);
     }
     const auto before = usedPanel(*oldProject);
-    const Report report = migrate(layoutOf(*oldProject), layoutOf(*newProject), {{"by-name", QString()}});
+    const Report report = migrate(*oldProject, *newProject, {{"by-name", QString()}});
     const auto after = startPanel(newProject.get());
     for (int i = 0; i < 8; ++i)
         EXPECT_EQ(after->areas.all()[1].cell(400 + i), before->areas.all()[1].cell(100 + i));
@@ -240,7 +232,6 @@ TEST_F(MigrationTest, RefusesMovesThatCannotBe)
 {
     const ProjectPointer project = perAddressProject({{LW, 0, 20}, {LB, 0, 8}});
     usedPanel(*project);
-    const Layout layout = layoutOf(*project);
     const struct
     {
         const char* move;
@@ -255,7 +246,7 @@ TEST_F(MigrationTest, RefusesMovesThatCannotBe)
                  {"LW:0-4=LW:6,LW:5=LW:10", "meet"}};
     for (const auto& [move, problem] : moves) {
         try {
-            migrate(layout, layout, {{"move", QString::fromLatin1(move)}});
+            migrate(*project, *project, {{"move", QString::fromLatin1(move)}});
             ADD_FAILURE() << move;
         } catch (const Refusal& refusal) {
             EXPECT_THAT(refusal.message().toStdString(), HasSubstr(problem)) << move;
@@ -268,9 +259,8 @@ TEST_F(MigrationTest, MovesNoBitsOutOfAnImageThatIsNotOneBitAByte)
     const ProjectPointer images = wholeAreaProject(1, 5);
     usedPanel(*images);
     writeRetentionFile(bitFileName, QByteArray(65536, '\x5a'));
-    const Layout layout = layoutOf(*images);
-    EXPECT_THROW(migrate(layout, layout, {{"move", "LB:1=LB:2"}}), Refusal);
-    migrate(layout, layout, {{"move", "LW:1=LW:2"}});
+    EXPECT_THROW(migrate(*images, *images, {{"move", "LB:1=LB:2"}}), Refusal);
+    migrate(*images, *images, {{"move", "LW:1=LW:2"}});
     EXPECT_EQ(retentionFile(bitFileName), QByteArray(65536, '\x5a'));
 }
 

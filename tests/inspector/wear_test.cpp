@@ -29,6 +29,12 @@ Report wear(const object& project, Options options)
     return reportOf("wear", {layoutOf(project)}, {}, options);
 }
 
+/// Of ten words.
+Report wear(Options options)
+{
+    return wear(*perAddressProject({{LW, 0, 10}}), options);
+}
+
 std::pair<const char*, QString> changesPerHour(int changes)
 {
     return {"changes-per-hour", QString::number(changes)};
@@ -124,31 +130,29 @@ TEST(Wear, IsNotCountedWithoutAPeriodOrWithoutCells)
 
 TEST(Wear, ComesToYearsLevelledAndInPlace)
 {
-    const auto project = perAddressProject({{LW, 0, 10}});
     const std::pair<const char*, QString> endurance = {"endurance-cycles", "1000"};
-    const Report unknown = wear(*project, {changesPerHour(10), endurance});
+    const Report unknown = wear({changesPerHour(10), endurance});
     EXPECT_THAT(dayValue(unknown, "even", "levelled_years"), DoubleEq(-1)) << "the capacity is not known";
     EXPECT_THAT(dayValue(unknown, "even", "in_place_years"), DoubleNear(1000 / 240.0 / 365.25, 1e-9));
-    const Report known = wear(*project, {changesPerHour(10), endurance, {"capacity", "1G"}});
+    const Report known = wear({changesPerHour(10), endurance, {"capacity", "1G"}});
     EXPECT_THAT(dayValue(known, "even", "levelled_years"),
                 DoubleNear(1000.0 * (1 << 30) / (240 * 5 * 4096.0) / 365.25, 1e-6));
 }
 
 TEST(Wear, AnswersHowOftenCellsMayChange)
 {
-    const auto project = perAddressProject({{LW, 0, 10}});
-    const Report emmc = wear(*project, {{"medium", "emmc"}});
+    const Report emmc = wear({{"medium", "emmc"}});
     const double writes =
         3000.0 * 4 * (1 << 30) / (4 * 16384.0); // pages of 16 KiB: its own and three of the file system
     EXPECT_THAT(valueIn(emmc, "limits", "worst", "levelled_limit"),
                 DoubleNear(writes / (10 * 365.25 * 24), 1e-6));
     EXPECT_EQ(factText(emmc, "answer"), "for 10 years: at most 2,242 changes an hour");
     // As many as that wear it out in just those years.
-    const Report at = wear(*project, {{"medium", "emmc"}, changesPerHour(2242)});
+    const Report at = wear({{"medium", "emmc"}, changesPerHour(2242)});
     EXPECT_THAT(at.findings, IsEmpty());
     EXPECT_THAT(dayValue(at, "worst", "levelled_years"), DoubleNear(10, 0.01));
-    EXPECT_THAT(wear(*project, {{"medium", "emmc"}, changesPerHour(2250)}).findings, SizeIs(1));
-    const Report direct = wear(*project, {{"endurance-cycles", "10000"}});
+    EXPECT_THAT(wear({{"medium", "emmc"}, changesPerHour(2250)}).findings, SizeIs(1));
+    const Report direct = wear({{"endurance-cycles", "10000"}});
     EXPECT_EQ(factText(direct, "answer"), "for 10 years: at most 1 in 8.8 hours");
     const Report images = wear(*wholeAreaProject(1, 5), {{"medium", "sd"}});
     EXPECT_EQ(factText(images, "answer"), "for 10 years: Save Time at least 1 min");
@@ -156,8 +160,7 @@ TEST(Wear, AnswersHowOftenCellsMayChange)
 
 TEST(Wear, SaysWhatItAssumesOfAMedium)
 {
-    const auto project = perAddressProject({{LW, 0, 10}});
-    const Report report = wear(*project, {{"medium", "nor"}, {"capacity", "32 MiB"}});
+    const Report report = wear({{"medium", "nor"}, {"capacity", "32 MiB"}});
     EXPECT_EQ(factText(report, "medium"),
               "serial NOR flash with UBIFS; read \"levelled\": UBI spreads the erasures");
     EXPECT_EQ(factText(report, "page"), "256 bytes");
@@ -169,8 +172,7 @@ TEST(Wear, SaysWhatItAssumesOfAMedium)
 
 TEST(Wear, CountsTheErasuresOfSync)
 {
-    const auto project = perAddressProject({{LW, 0, 10}});
-    const Report report = wear(*project, {{"medium", "nor"}, changesPerHour(10)});
+    const Report report = wear({{"medium", "nor"}, changesPerHour(10)});
     const double each = 1 + 7 * 256 / 65536.0; // of the log's erase block, and the pages' share
     EXPECT_THAT(dayValue(report, "worst", "erasures_levelled"), DoubleNear(240 * each, 1e-6));
     EXPECT_THAT(dayValue(report, "worst", "levelled_years"),
@@ -237,9 +239,8 @@ TEST(Wear, MeasuresTheDeviceThatHoldsADirectory)
 
 TEST(Wear, UnderstandsSizesAndRatesAsPeopleWriteThem)
 {
-    const auto project = perAddressProject({{LW, 0, 10}});
     const auto capacity = [&](const char* text) {
-        const Report report = wear(*project, {changesPerHour(1), {"capacity", QString::fromLatin1(text)}});
+        const Report report = wear({changesPerHour(1), {"capacity", QString::fromLatin1(text)}});
         for (const Fact& fact : report.facts)
             if (qstrcmp(fact.key, "capacity") == 0)
                 return fact.value.data.toDouble();
@@ -255,7 +256,7 @@ TEST(Wear, UnderstandsSizesAndRatesAsPeopleWriteThem)
     for (const char* bad : {"", "G", "4X", "-4K", "4 G i B", "1e30"})
         EXPECT_THROW(capacity(bad), Refusal) << bad;
     const auto rate = [&](const char* text) {
-        return dayValue(wear(*project, {{"changes-per-hour", QString::fromLatin1(text)}}), "even", "writes");
+        return dayValue(wear({{"changes-per-hour", QString::fromLatin1(text)}}), "even", "writes");
     };
     EXPECT_EQ(rate("60"), 1440);
     EXPECT_EQ(rate("0.5"), 12);
@@ -267,19 +268,17 @@ TEST(Wear, UnderstandsSizesAndRatesAsPeopleWriteThem)
 
 TEST(Wear, RoundsNoFractionAway)
 {
-    const auto project = perAddressProject({{LW, 0, 10}});
-    const std::string text = reportText(wear(*project, {{"changes-per-hour", "0.25"}})).toStdString();
+    const std::string text = reportText(wear({{"changes-per-hour", "0.25"}})).toStdString();
     EXPECT_THAT(text, HasSubstr("Changes an hour       0.25\n"));
     EXPECT_THAT(text, HasSubstr("0.9375")) << "6 x 20 KiB / 128 KiB";
 }
 
 TEST(Wear, ThatIsTooMuchIsAFinding)
 {
-    const auto project = perAddressProject({{LW, 0, 10}});
     const std::pair<const char*, QString> endurance = {"endurance-cycles", "3000"};
-    EXPECT_THAT(wear(*project, {changesPerHour(3600)}).findings, IsEmpty()) << "no endurance is given";
-    EXPECT_THAT(wear(*project, {changesPerHour(3600), endurance}).findings, SizeIs(1));
-    EXPECT_THAT(wear(*project, {changesPerHour(3600), endurance, {"capacity", "8G"}}).findings, IsEmpty());
+    EXPECT_THAT(wear({changesPerHour(3600)}).findings, IsEmpty()) << "no endurance is given";
+    EXPECT_THAT(wear({changesPerHour(3600), endurance}).findings, SizeIs(1));
+    EXPECT_THAT(wear({changesPerHour(3600), endurance, {"capacity", "8G"}}).findings, IsEmpty());
 }
 
 } // namespace
