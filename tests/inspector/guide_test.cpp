@@ -1,80 +1,52 @@
 // The guide, the man page and the completion hold what the tool does today.
 // SPDX-License-Identifier: MIT
-#include "tests/support/module_test.h"
-#include "tests/support/run_tool.h"
+#include "tests/support/tool_test.h"
 #include "tools/retention_inspector/command.h"
 
-#include <QtCore/QDir>
-#include <QtCore/QFileInfo>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-#include <QtCore/QTemporaryDir>
-
-#include <algorithm>
+#include <QtCore/QRegularExpression>
 
 namespace {
 
 using testing::HasSubstr;
 
-QString contents(const char* path)
-{
-    QFile file(QStringLiteral(SOURCE_DIR "/") + QLatin1String(path));
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path;
-    return QString::fromUtf8(file.readAll());
-}
-
-class InspectorGuide : public testing::Test
+class InspectorGuide : public ToolTest
 {
 protected:
-    InspectorGuide() { QDir::setCurrent(QStringLiteral(SOURCE_DIR)); }
+    InspectorGuide() : ToolTest(RETENTION_INSPECTOR_PATH) {}
 
-    static ToolRun run(const QStringList& words)
-    {
-        return runTool(QStringLiteral(RETENTION_INSPECTOR_PATH), words);
-    }
-};
+    static QString contents(const QString& path) { return QString::fromUtf8(read(SOURCE_DIR "/" + path)); }
 
-/// A folder in which the guide's commands are typed one after the other, with the tools on the PATH.
-class Desk
-{
-public:
-    Desk()
+    /// Puts the tools on the path of the commands that are typed.
+    static void makeDesk()
     {
-        QDir(scratch.path()).mkdir("bin");
-        QFile::link(QStringLiteral(SOURCE_DIR "/examples"), scratch.filePath("examples"));
-        for (const char* tool : {RETENTION_INSPECTOR_PATH, PANEL_SIMULATOR_PATH}) {
-            const QString path = QString::fromLatin1(tool);
-            QFile wrapper(scratch.filePath("bin/" + QFileInfo(path).fileName()));
-            EXPECT_TRUE(wrapper.open(QIODevice::WriteOnly));
-            wrapper.write("#!/bin/sh\nexec " + qgetenv("TEST_EMULATOR") + " '" + QFile::encodeName(path) +
-                          "' \"$@\"\n");
-            wrapper.setPermissions(wrapper.permissions() | QFile::ExeOwner);
+        for (const char* const tool : {RETENTION_INSPECTOR_PATH, PANEL_SIMULATOR_PATH}) {
+            const QString wrapper = "bin/" + QFileInfo(tool).fileName();
+            write(wrapper,
+                  "#!/bin/sh\nexec " + qgetenv("TEST_EMULATOR") + " '" + QByteArray(tool) + "' \"$@\"\n");
+            QFile::setPermissions(wrapper, QFile::permissions(wrapper) | QFile::ExeOwner);
         }
         qunsetenv("TEST_EMULATOR"); // the shell is this machine's own
     }
 
     /// What a terminal would show after the command, but for the simulator's notice on paths that it maps.
-    QString type(const QString& command) const
+    static QString type(const QString& command)
     {
-        const QString line =
-            QStringLiteral("cd '%1'; PATH=%1/bin:$PATH; exec 2>&1; ").arg(scratch.path()) + command;
+        const QByteArray all = runTool("/bin/bash", {"-c", "PATH=$PWD/bin:$PATH; exec 2>&1; " + command}).out;
         QString out;
-        for (const QString& shown :
-             QString::fromUtf8(runTool("/bin/bash", {"-c", line}).out).split(QLatin1Char('\n')))
+        for (const QString& shown : QString::fromUtf8(all).split(QLatin1Char('\n')))
             if (!shown.startsWith(QLatin1String("panel_simulator: mapping paths ")))
                 out += shown + QLatin1Char('\n');
         out.chop(1);
         return out;
     }
-
-private:
-    QTemporaryDir scratch;
 };
 
 TEST_F(InspectorGuide, ShowsWhatTheToolsPrint)
 {
-    const Desk desk;
+    makeDesk();
     int commands = 0;
     const QStringList parts = contents("docs/retention_inspector.md").split(QLatin1String("```console\n"));
     for (const QString& part : parts.mid(1)) {
@@ -84,7 +56,7 @@ TEST_F(InspectorGuide, ShowsWhatTheToolsPrint)
         for (const QString& line : block.split(QLatin1Char('\n'))) {
             if (!line.startsWith(QLatin1String("$ ")))
                 continue;
-            shown += line + QLatin1Char('\n') + desk.type(line.mid(2));
+            shown += line + QLatin1Char('\n') + type(line.mid(2));
             ++commands;
         }
         EXPECT_EQ(shown.toStdString(), block.toStdString());
@@ -94,12 +66,8 @@ TEST_F(InspectorGuide, ShowsWhatTheToolsPrint)
 
 TEST_F(InspectorGuide, ShowsThePictureThatTheToolDraws)
 {
-    const QTemporaryDir scratch;
-    const QString picture = scratch.filePath("map.svg");
-    run({"map", "examples/overlapping_ranges.xml", "--output", picture});
-    QFile drawn(picture);
-    ASSERT_TRUE(drawn.open(QIODevice::ReadOnly));
-    EXPECT_EQ(drawn.readAll(), contents("docs/images/retention_map.svg").toUtf8())
+    output("map examples/overlapping_ranges.xml --output map.svg", 1);
+    EXPECT_EQ(QString::fromUtf8(read("map.svg")), contents("docs/images/retention_map.svg"))
         << "draw both anew: retention_inspector map examples/overlapping_ranges.xml --force "
            "-o docs/images/retention_map.svg; rsvg-convert docs/images/retention_map.svg -o "
            "docs/images/retention_map.png";
@@ -117,55 +85,40 @@ QStringList keysOf(const QJsonObject& object)
 
 TEST_F(InspectorGuide, NamesEveryKey)
 {
-    QTemporaryDir scratch;
-    const QString directory = scratch.filePath("files");
-    QDir().mkdir(directory);
-    QFile words(directory + "/maintenance-word.dat");
-    ASSERT_TRUE(words.open(QIODevice::WriteOnly) && words.write("\1\2\3") == 3);
-    words.close();
-    const QString ranges = "examples/overlapping_ranges.xml";
-    const QString areas = "examples/whole_areas.xml";
-    const QString migrated = scratch.filePath("migrated");
-    const QString picture = scratch.filePath("map.svg");
-    const QString table = scratch.filePath("values.csv");
-    const QString tags = "examples/address_ranges_tags.csv";
-    const QString page = scratch.filePath("panel.html");
-    const QString edited = scratch.filePath("edited.csv");
-    QFile edit(edited);
-    ASSERT_TRUE(edit.open(QIODevice::WriteOnly) && edit.write("area,address,value\nLW,100,1\n") > 0);
-    edit.close();
-    const QString endurance = "--endurance-cycles=3000";
-    const QList<QStringList> calls = {
-        {"layout", ranges},
-        {"layout", areas},
-        {"show", ranges, directory},
-        {"check", ranges, directory},
-        {"migrate", ranges, areas, directory, "--move=LW:200=LW:7", "--force", "-o", migrated},
-        {"diff", ranges, directory, migrated},
-        {"wear", ranges, "--changes-per-hour=60", "--medium=emmc", endurance},
-        {"wear", areas, endurance},
-        {"wear", ranges, "--medium=nor"},
-        {"map", ranges, "-o", picture},
-        {"show", ranges, directory, "--tags", tags},
-        {"diff", ranges, directory, migrated, "--tags", tags},
-        {"export", ranges, directory, "-o", table, "--nonzero"},
-        {"report", ranges, directory, "-o", page},
-        {"compare", areas, migrated, migrated, directory},
-        {"import", ranges, edited, "-o", scratch.filePath("imported")}};
+    write("files/maintenance-word.dat", "\1\2\3");
+    write("edited.csv", "area,address,value\nLW,100,1\n");
+    QFile::link("examples/overlapping_ranges.xml", "overlapping.xml");
+    QFile::link("examples/address_ranges_tags.csv", "tags.csv");
+    const QStringList calls = {
+        "layout overlapping.xml",
+        "layout areas.xml",
+        "show overlapping.xml files",
+        "check overlapping.xml files",
+        "migrate overlapping.xml areas.xml files --move=LW:200=LW:7 --force -o new",
+        "diff overlapping.xml files new",
+        "wear overlapping.xml --changes-per-hour=60 --medium=emmc --endurance-cycles=3000",
+        "wear areas.xml --endurance-cycles=3000",
+        "wear overlapping.xml --medium=nor",
+        "map overlapping.xml -o map.svg",
+        "show overlapping.xml files --tags tags.csv",
+        "diff overlapping.xml files new --tags tags.csv",
+        "export overlapping.xml files -o values.csv --nonzero",
+        "report overlapping.xml files -o panel.html",
+        "compare areas.xml new new files",
+        "import overlapping.xml edited.csv -o imported"};
     for (const Command* command : commands())
-        EXPECT_TRUE(std::any_of(
-            calls.begin(), calls.end(),
-            [command](const QStringList& call) { return call.first() == QLatin1String(command->name); }))
+        EXPECT_FALSE(calls.filter(QRegularExpression("^" + QString(command->name) + " ")).isEmpty())
             << "call it here: " << command->name;
     const std::string guide = contents("docs/retention_inspector.md").toStdString();
-    for (const QStringList& call : calls) {
-        const ToolRun run = InspectorGuide::run(call + QStringList("--format=json"));
-        const QJsonObject root = QJsonDocument::fromJson(run.out).object();
-        EXPECT_EQ(root.value("command").toString(), call.first()) << run.err.toStdString();
+    for (const QString& call : calls) {
+        const ToolRun made = run(call + " --format=json");
+        const QJsonObject root = QJsonDocument::fromJson(made.out).object();
+        EXPECT_EQ(root.value("command").toString(), call.section(QLatin1Char(' '), 0, 0))
+            << made.err.toStdString();
         for (const QString& key : keysOf(root))
             EXPECT_NE(guide.find('`' + key.toStdString() + '`'), std::string::npos)
                 << "docs/retention_inspector.md lacks the key " << key.toStdString() << " of "
-                << call.join(QLatin1Char(' ')).toStdString();
+                << call.toStdString();
     }
 }
 
@@ -190,14 +143,14 @@ TEST_F(InspectorGuide, CompletionOffersEveryCommandAndOption)
 {
     qunsetenv("TEST_EMULATOR"); // the shell is this machine's own
     const auto offered = [](const QStringList& words) {
-        const ToolRun run = runTool(
-            "/bin/bash",
-            QStringList({"-c",
-
-                         "source tools/retention_inspector/completion.bash; COMP_WORDS=(\"$0\" \"$@\"); "
-                         "COMP_CWORD=$#; _retention_inspector; echo \"${COMPREPLY[@]}\"",
-                         "retention_inspector"}) +
-                words);
+        const ToolRun run =
+            runTool("/bin/bash",
+                    QStringList({"-c",
+                                 "source " SOURCE_DIR
+                                 "/tools/retention_inspector/completion.bash; COMP_WORDS=(\"$0\" \"$@\"); "
+                                 "COMP_CWORD=$#; _retention_inspector; echo \"${COMPREPLY[@]}\"",
+                                 "retention_inspector"}) +
+                        words);
         return QString::fromUtf8(run.out).simplified().split(QLatin1Char(' '));
     };
     for (const Command* form : commands()) {

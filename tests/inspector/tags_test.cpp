@@ -1,11 +1,9 @@
 // Tags: what their file may say, and what is found about the values that they name.
 // SPDX-License-Identifier: MIT
 #include "tests/inspector/layout_of.h"
+#include "tests/support/tool_test.h"
 #include "tools/retention_core/refusal.h"
 #include "tools/retention_core/tags.h"
-
-#include <QtCore/QFile>
-#include <QtCore/QTemporaryDir>
 
 namespace {
 
@@ -15,17 +13,15 @@ using testing::IsEmpty;
 
 const char* const header = "area,address,type,name,unit\n";
 
-class TagsFile : public testing::Test
+class TagsFile : public ToolTest
 {
 protected:
-    Tags tags(const QByteArray& text)
+    TagsFile() : ToolTest(RETENTION_INSPECTOR_PATH) {}
+
+    static Tags tags(const QByteArray& text)
     {
-        const QString path = scratch.filePath("tags.csv");
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
-        file.close();
-        return readTags(path);
+        write("tags.csv", text);
+        return readTags("tags.csv");
     }
 
     std::string refusal(const QByteArray& text)
@@ -33,7 +29,7 @@ protected:
         try {
             tags(text);
         } catch (const Refusal& refusal) {
-            return refusal.message().remove(scratch.path()).toStdString();
+            return refusal.message().toStdString();
         }
         return "none";
     }
@@ -48,8 +44,6 @@ protected:
                             finding.cells.text().toStdString());
         return texts;
     }
-
-    QTemporaryDir scratch;
 };
 
 TEST_F(TagsFile, NamesValuesInAnyOrderAndWithFurtherColumns)

@@ -63,10 +63,7 @@ double dayValue(const Report& report, const char* of, const char* key)
 
 std::string factText(const Report& report, const char* key)
 {
-    for (const Fact& fact : report.facts)
-        if (qstrcmp(fact.key, key) == 0)
-            return fact.value.text.toStdString();
-    return "no such fact";
+    return factOf(report, key).text.toStdString();
 }
 
 TEST(Wear, CountsPagesThatAWriteTouches)
@@ -241,10 +238,7 @@ TEST(Wear, UnderstandsSizesAndRatesAsPeopleWriteThem)
 {
     const auto capacity = [&](const char* text) {
         const Report report = wear({changesPerHour(1), {"capacity", QString::fromLatin1(text)}});
-        for (const Fact& fact : report.facts)
-            if (qstrcmp(fact.key, "capacity") == 0)
-                return fact.value.data.toDouble();
-        return -1.0;
+        return factOf(report, "capacity").data.toDouble();
     };
     EXPECT_EQ(capacity("4G"), 4.0 * (1 << 30));
     EXPECT_EQ(capacity("4 GiB"), 4.0 * (1 << 30));
