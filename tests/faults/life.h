@@ -103,3 +103,10 @@ testing::AssertionResult isReached(int faults, int known);
 
 /// Lives through it. When the module is not even created, nothing else happens.
 LifeRecord live(Mode mode, const StepRunner& run);
+
+/// Room for the description of the life in progress.
+extern char currentLife[200];
+
+/// From now on a crash prints currentLife on standard error before it ends the program, and so does an
+/// alarm().
+void tellLifeOnCrash();

@@ -1,7 +1,6 @@
 // Every allocation of the module fails in turn: at most that file, block or change is left out, and all else
 // is exactly as it should be.
 // SPDX-License-Identifier: MIT
-#include "tests/faults/current_life.h"
 #include "tests/faults/life.h"
 #include "tests/faults/memory_faults.h"
 #include "tests/faults/storage_oracle.h"

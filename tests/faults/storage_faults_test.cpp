@@ -1,7 +1,6 @@
 // Every call to storage fails in turn, alone, with a second one, or before the power goes: what a life leaves
 // must be exactly what the account of it says.
 // SPDX-License-Identifier: MIT
-#include "tests/faults/current_life.h"
 #include "tests/faults/life.h"
 #include "tests/faults/storage_faults.h"
 #include "tests/faults/storage_oracle.h"
