@@ -168,8 +168,7 @@ TEST_F(PanelSimulator, SaysWhatAnEndLosesOfWholeAreas)
         run("areas.xml", "set LW 5 1\ncycle\nset LW 5 2\nset RWI 7 1\nrestart\nset LB 1 1\n");
     EXPECT_THAT(result.out.constData(),
                 HasSubstr("stopped, unsaved changes lost in 2 cells: LW 5, RWI 7\nstarted"));
-    EXPECT_THAT(result.out.constData(),
-                HasSubstr("stopped, unsaved changes lost in 1 cell: LB 1\n"));
+    EXPECT_THAT(result.out.constData(), HasSubstr("stopped, unsaved changes lost in 1 cell: LB 1\n"));
     EXPECT_THAT(run("areas.xml", "set LW 5 3\ncycle\n").out.constData(), HasSubstr("areas saved\nstopped\n"));
 }
 
@@ -393,8 +392,7 @@ TEST_F(PanelSimulatorOnATerminal, DrawsNothingWhereTheCursorCannotBeMoved)
         GTEST_SKIP() << "needs a program of this machine, to set TERM";
     const ToolRun run = runToolOnTerminal("env", {"TERM=dumb", tool, "areas.xml", "--project-dir", "data"},
                                           "live\r", {{"cannot position the cursor\r\n", "get LW 5\rstop\r"}});
-    EXPECT_THAT(run.out.constData(),
-                HasSubstr("live: this terminal (TERM) cannot position the cursor\r\n"));
+    EXPECT_THAT(run.out.constData(), HasSubstr("live: this terminal (TERM) cannot position the cursor\r\n"));
     EXPECT_THAT(run.out.constData(), HasSubstr("LW 5: 0\r\n"));
     EXPECT_THAT(run.out.constData(), Not(HasSubstr("watched")));
 }

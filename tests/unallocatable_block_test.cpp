@@ -1,5 +1,5 @@
-// Tests a word block whose size in bytes wraps to a negative number: it is left alone, and everything else goes
-// on. What a block costs when memory runs out is tested in faults/memory_faults_test.cpp.
+// Tests a word block whose size in bytes wraps to a negative number: it is left alone, and everything else
+// goes on. What a block costs when memory runs out is tested in faults/memory_faults_test.cpp.
 // SPDX-License-Identifier: MIT
 #include "tests/support/module_test.h"
 #include "tests/support/storage.h"

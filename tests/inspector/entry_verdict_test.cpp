@@ -125,7 +125,7 @@ TEST(EntryFinding, OfAnEntryThatLeavesTheAreaTellsTheLengthThatFits)
 
 TEST(EntryFinding, TellsHowAnAreaNameIsWritten)
 {
-    EXPECT_THAT(findingTexts({{" lb ", 0, 1}}), 
+    EXPECT_THAT(findingTexts({{" lb ", 0, 1}}),
                 ElementsAre(HasSubstr("to LB, in upper case and without spaces")));
     EXPECT_THAT(findingTexts({{"XY", 0, 1}}), ElementsAre(HasSubstr("to LB, LW or RWI")));
 }

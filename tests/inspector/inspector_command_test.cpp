@@ -193,7 +193,8 @@ TEST_F(Inspector, SaysBeforeItShowsValuesThatTheFilesDoNotFit)
                                  .value("cells")
                                  .toArray();
     EXPECT_EQ(cells.at(0).toObject().value("state").toString(), "kept") << "LB 20, in a file that fits";
-    EXPECT_EQ(cells.at(12).toObject().value("state").toString(), "doubtful") << "LW 100, in one that does not";
+    EXPECT_EQ(cells.at(12).toObject().value("state").toString(), "doubtful")
+        << "LW 100, in one that does not";
 }
 
 TEST_F(Inspector, DoesNotTakeAFolderThatItMayNotSearchForAnEmptyOne)

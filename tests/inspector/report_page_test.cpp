@@ -65,7 +65,8 @@ TEST_F(ReportPageOfFiles, HasEveryPart)
          {"<h1>Line:3</h1>", "Tuesday", "No findings.", "<svg", ">fully retained<", ">temperature<", ">21.5<",
           ">rpm<", ">address_ranges_tags.csv<", "<dt>Panel's files</dt>", ">Mix 7<", "for 10 years: at most"})
         EXPECT_THAT(text, HasSubstr(part));
-    EXPECT_THAT(page(), HasSubstr("Not calculated: the page was created without --medium and --changes-per-hour."));
+    EXPECT_THAT(page(),
+                HasSubstr("Not calculated: the page was created without --medium and --changes-per-hour."));
 }
 
 TEST_F(ReportPageOfFiles, SaysThatFilesDoNotFit)

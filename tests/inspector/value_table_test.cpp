@@ -320,7 +320,8 @@ TEST_F(ValueTableCommands, TagsMakeOneLineOfAValue)
     EXPECT_THAT(tool.out.toStdString(), HasSubstr("\nLW,109,half[0],uint16,0,kept\nLW,200,"));
     EXPECT_THAT(tool.err.toStdString(),
                 HasSubstr("tags.csv:6: \"half\", LW 109 to 110: only LW 109 is retained"));
-    EXPECT_THAT(tool.err.toStdString(), HasSubstr("tags.csv:5: \"broken\", LW 105: its cells do not hold a valid bcd"));
+    EXPECT_THAT(tool.err.toStdString(),
+                HasSubstr("tags.csv:5: \"broken\", LW 105: its cells do not hold a valid bcd"));
     EXPECT_THAT(tool.err.simplified().toStdString(),
                 HasSubstr("tags.csv: the project retains no cell of \"elsewhere\" (LW 1000 to 1001)."));
 }

@@ -25,8 +25,7 @@ TEST_F(WritingCommands, MigrateMakesTheFilesOfTheNewProject)
 {
     const ToolRun tool = migrate("new");
     EXPECT_EQ(tool.status, 0) << tool.err.toStdString();
-    EXPECT_THAT(tool.out.toStdString(),
-                HasSubstr("LW     carried over      15   100 to 109, 200 to 204"));
+    EXPECT_THAT(tool.out.toStdString(), HasSubstr("LW     carried over      15   100 to 109, 200 to 204"));
     EXPECT_THAT(tool.out.toStdString(), HasSubstr("one byte per bit was assumed"));
     const QByteArray image = read("new/maintenance-word.dat");
     EXPECT_EQ(image.size(), 131072);
@@ -78,7 +77,8 @@ TEST_F(WritingCommands, MigrateRefusesFilesThatWereNotWrittenUnderTheOldProject)
 TEST_F(WritingCommands, MigrateRefusesADirectoryWithoutFiles)
 {
     QDir().mkdir("none");
-    EXPECT_THAT(errors("migrate ranges.xml areas.xml none --output new"), HasSubstr("has none of the three files"));
+    EXPECT_THAT(errors("migrate ranges.xml areas.xml none --output new"),
+                HasSubstr("has none of the three files"));
     EXPECT_FALSE(QFile::exists("new"));
 }
 
