@@ -1,19 +1,13 @@
 // Tests panel_simulator as its user sees it: commands, answers, exit status, and values across a power cut.
 // SPDX-License-Identifier: MIT
-#include "tests/support/module_test.h"
-#include "tests/support/run_tool.h"
+#include "tests/support/storage.h"
+#include "tests/support/tool_test.h"
 #include "tools/panel_simulator/command.h"
 #include "tools/panel_simulator/line_source.h"
 #include "tools/panel_simulator/live_content.h"
 
-#include <QtCore/QDir>
-#include <QtCore/QFile>
-#include <QtCore/QTemporaryDir>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <csignal>
+#include <optional>
 #include <sstream>
 #include <unistd.h>
 
@@ -31,19 +25,19 @@ std::string errorOf(const char* line)
 
 TEST(Command, UnderstandsCellsAndValues)
 {
-    const Command get = parseCommand(QStringLiteral("  get  LW 0x10 3 "));
+    const Command get = parseCommand("  get  LW 0x10 3 ");
     EXPECT_EQ(get.kind, Command::Kind::Get);
-    EXPECT_EQ(get.area, QStringLiteral("LW"));
+    EXPECT_EQ(get.area, "LW");
     EXPECT_EQ(get.address, 16);
     EXPECT_EQ(get.count, 3);
-    EXPECT_EQ(parseCommand(QStringLiteral("get LB 65535")).count, 1);
-    EXPECT_THAT(parseCommand(QStringLiteral("set RWI 5 1 -1 0xffff -32768")).values,
+    EXPECT_EQ(parseCommand("get LB 65535").count, 1);
+    EXPECT_THAT(parseCommand("set RWI 5 1 -1 0xffff -32768").values,
                 testing::ElementsAre(1, 65535, 65535, 32768));
     EXPECT_EQ(parseCommand(QString()).kind, Command::Kind::Nothing);
-    EXPECT_EQ(parseCommand(QStringLiteral("# set")).kind, Command::Kind::Nothing);
-    EXPECT_EQ(parseCommand(QStringLiteral("power-cut")).kind, Command::Kind::PowerCut);
-    EXPECT_EQ(parseCommand(QStringLiteral("restart # after the change")).kind, Command::Kind::Restart);
-    EXPECT_THAT(parseCommand(QStringLiteral("expect LW 5 7 # speed")).values, testing::ElementsAre(7));
+    EXPECT_EQ(parseCommand("# set").kind, Command::Kind::Nothing);
+    EXPECT_EQ(parseCommand("power-cut").kind, Command::Kind::PowerCut);
+    EXPECT_EQ(parseCommand("restart # after the change").kind, Command::Kind::Restart);
+    EXPECT_THAT(parseCommand("expect LW 5 7 # speed").values, testing::ElementsAre(7));
 }
 
 TEST(Command, CompletesCommandsAndAreas)
@@ -77,19 +71,15 @@ TEST(Command, SaysWhatItExpected)
                 StartsWith("unknown command \"halt\": expected one of get, set, expect, cycle"));
 }
 
-/// Runs the simulator in a scratch folder.
-class PanelSimulator : public testing::Test
+class PanelSimulator : public ToolTest
 {
 protected:
+    PanelSimulator() : ToolTest(PANEL_SIMULATOR_PATH) {}
+
     /// Removes the line about mapped paths, which is only printed where they are mapped.
-    ToolRun run(const char* example, const QByteArray& commands, const QStringList& more = QStringList())
+    ToolRun run(const QString& project, const QByteArray& commands, const QString& more = {})
     {
-        const QString project = QStringLiteral(EXAMPLES_DIR "/%1.xml").arg(QLatin1String(example));
-        ToolRun result = runTool(
-            QStringLiteral(PANEL_SIMULATOR_PATH),
-            QStringList{project, QStringLiteral("--project-dir"), scratch.filePath(QStringLiteral("data"))} +
-                more,
-            commands);
+        ToolRun result = ToolTest::run(project + " --project-dir data" + more, commands);
         saidNotice = result.err.startsWith(notice());
         result.err.remove(0, saidNotice ? notice().size() : 0);
         return result;
@@ -101,29 +91,19 @@ protected:
                                              : "panel_simulator: " + pathMappingNotice().toUtf8() + '\n';
     }
     bool saidNotice = false;
-
-    QString writeScript(const QByteArray& text)
-    {
-        QFile file(scratch.filePath(QStringLiteral("script")));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
-        return file.fileName();
-    }
-
-    QTemporaryDir scratch;
 };
 
 TEST_F(PanelSimulator, KeepsAddressRangesOverAPowerCut)
 {
     const ToolRun first =
-        run("address_ranges", "set LW 203 7 8\nset LB 20 1 0 1\nset LW 300 9\npower-cut\nget LW 0\n");
+        run("ranges.xml", "set LW 203 7 8\nset LB 20 1 0 1\nset LW 300 9\npower-cut\nget LW 0\n");
     EXPECT_EQ(first.status, -SIGKILL);
     EXPECT_EQ(first.out, "started: per-address entries (2)\n"
                          "set 2 cells, 2 reported to the module\n"
                          "set 3 cells, 3 reported to the module\n"
                          "set 1 cell, 0 reported to the module\n"
                          "power cut\n");
-    const ToolRun second = run("address_ranges", "get LW 200 5\nget LB 20 4\nget LW 300\nstop\n");
+    const ToolRun second = run("ranges.xml", "get LW 200 5\nget LB 20 4\nget LW 300\nstop\n");
     EXPECT_EQ(second.status, 0);
     EXPECT_EQ(second.out,
               "started: per-address entries (2)\nLW 200: 0 0 0 7 8\nLB 20: 1 0 1 0\nLW 300: 0\nstopped\n");
@@ -131,20 +111,20 @@ TEST_F(PanelSimulator, KeepsAddressRangesOverAPowerCut)
 
 TEST_F(PanelSimulator, KeepsTheLastSaveOfWholeAreas)
 {
-    EXPECT_EQ(run("whole_areas", "set RWI 1 5\ncycle\nset RWI 1 6\npower-cut\n").status, -SIGKILL);
-    EXPECT_THAT(run("whole_areas", "get RWI 1\n").out.constData(), HasSubstr("RWI 1: 5\n"));
+    EXPECT_EQ(run("areas.xml", "set RWI 1 5\ncycle\nset RWI 1 6\npower-cut\n").status, -SIGKILL);
+    EXPECT_THAT(run("areas.xml", "get RWI 1\n").out.constData(), HasSubstr("RWI 1: 5\n"));
 }
 
 TEST_F(PanelSimulator, ShowsWhatIsWatched)
 {
-    EXPECT_THAT(run("address_ranges", "watch\n").out.constData(),
+    EXPECT_THAT(run("ranges.xml", "watch\n").out.constData(),
                 HasSubstr("LB 20 to 31\nLW 100 to 109\nLW 200 to 204\n"));
-    EXPECT_THAT(run("whole_areas", "watch\n").out.constData(), HasSubstr("no cells are watched\n"));
+    EXPECT_THAT(run("areas.xml", "watch\n").out.constData(), HasSubstr("no cells are watched\n"));
 }
 
 TEST_F(PanelSimulator, ShowsModePeriodSyncsAndFiles)
 {
-    const std::string out = run("whole_areas", "cycle\ncycle\nstatus\n").out.constData();
+    const std::string out = run("areas.xml", "cycle\ncycle\nstatus\n").out.constData();
     EXPECT_THAT(out, HasSubstr("mode       whole areas (1)\n"));
     EXPECT_THAT(out, HasSubstr("period     cyclic call every 300000 ms, next in "));
     EXPECT_THAT(out, HasSubstr("ready      yes\nsyncs run  2\n"));
@@ -154,7 +134,7 @@ TEST_F(PanelSimulator, ShowsModePeriodSyncsAndFiles)
 
 TEST_F(PanelSimulator, EndsAPipeAtItsFirstBadCommandWithTheLineNumber)
 {
-    const ToolRun result = run("address_ranges", "get LW 101\nget LW\nget LW 100\n");
+    const ToolRun result = run("ranges.xml", "get LW 101\nget LW\nget LW 100\n");
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.err, "standard input:2: expected: get AREA ADDRESS [COUNT]\n");
     EXPECT_THAT(result.out.constData(), HasSubstr("LW 101: 0\nstopped\n"));
@@ -162,10 +142,10 @@ TEST_F(PanelSimulator, EndsAPipeAtItsFirstBadCommandWithTheLineNumber)
 
 TEST_F(PanelSimulator, ComparesCellsForTesters)
 {
-    const ToolRun good = run("address_ranges", "set LW 100 7 8\nexpect LW 100 7 0x8\n");
+    const ToolRun good = run("ranges.xml", "set LW 100 7 8\nexpect LW 100 7 0x8\n");
     EXPECT_EQ(good.status, 0);
     EXPECT_THAT(good.out.constData(), HasSubstr("LW 100: 7 8 as expected\n"));
-    const ToolRun bad = run("address_ranges", "expect LW 100 7 9\nexpect LW 100 7\n");
+    const ToolRun bad = run("ranges.xml", "expect LW 100 7 9\nexpect LW 100 7\n");
     EXPECT_EQ(bad.status, 1);
     EXPECT_EQ(bad.err, "standard input:1: LW 100: expected 7 9, found 7 8\n");
     EXPECT_THAT(bad.out.constData(), HasSubstr("LW 100: 7 as expected\n")) << "it goes on";
@@ -173,8 +153,8 @@ TEST_F(PanelSimulator, ComparesCellsForTesters)
 
 TEST_F(PanelSimulator, StartsAgainWithWhatIsKept)
 {
-    EXPECT_EQ(run("address_ranges", "set LW 100 7\nset LW 0 8\nrestart\nget LW 100\nget LW 0\nset LW 101 9\n"
-                                    "restart\nexpect LW 100 7 9\n")
+    EXPECT_EQ(run("ranges.xml", "set LW 100 7\nset LW 0 8\nrestart\nget LW 100\nget LW 0\nset LW 101 9\n"
+                                "restart\nexpect LW 100 7 9\n")
                   .out,
               "started: per-address entries (2)\n"
               "set 1 cell, 1 reported to the module\nset 1 cell, 0 reported to the module\n"
@@ -186,18 +166,17 @@ TEST_F(PanelSimulator, StartsAgainWithWhatIsKept)
 TEST_F(PanelSimulator, SaysWhatAnEndLosesOfWholeAreas)
 {
     const ToolRun result =
-        run("whole_areas", "set LW 5 1\ncycle\nset LW 5 2\nset RWI 7 1\nrestart\nset LB 1 1\n");
-    EXPECT_THAT(result.out.constData(), HasSubstr("stopped, unsaved changes lost in 2 cells: LW 5, RWI 7\n"
-                                                  "started"));
+        run("areas.xml", "set LW 5 1\ncycle\nset LW 5 2\nset RWI 7 1\nrestart\nset LB 1 1\n");
+    EXPECT_THAT(result.out.constData(),
+                HasSubstr("stopped, unsaved changes lost in 2 cells: LW 5, RWI 7\nstarted"));
     EXPECT_THAT(result.out.constData(), HasSubstr("stopped, unsaved changes lost in 1 cell: LB 1\n"));
-    EXPECT_THAT(run("whole_areas", "set LW 5 3\ncycle\n").out.constData(), HasSubstr("areas saved\n"
-                                                                                     "stopped\n"));
+    EXPECT_THAT(run("areas.xml", "set LW 5 3\ncycle\n").out.constData(), HasSubstr("areas saved\nstopped\n"));
 }
 
 TEST_F(PanelSimulator, SaysSavedOnlyWhenItWasWritten)
 {
-    QDir().mkpath(scratch.filePath(QStringLiteral("data/maintenance-word.dat")));
-    const ToolRun result = run("whole_areas", "cycle\nset RWI 1 2\nset LW 1 2\ncycle\nstatus\n");
+    QDir().mkpath("data/maintenance-word.dat");
+    const ToolRun result = run("areas.xml", "cycle\nset RWI 1 2\nset LW 1 2\ncycle\nstatus\n");
     EXPECT_EQ(result.err, "maintenance-word.dat is not a regular file; LW is not retained\n");
     EXPECT_THAT(result.out.constData(),
                 HasSubstr("cyclic call: not saved: LW (maintenance-word.dat is not a regular file)\nset"))
@@ -212,15 +191,19 @@ class PanelSimulatorOfAnOrdinaryUser : public PanelSimulator
 protected:
     PanelSimulatorOfAnOrdinaryUser() { QFile::setPermissions(scratch.path(), everything); }
 
-    ToolRun runAsNobody(const char* example, const QByteArray& commands)
+    ToolRun runAsNobody(const QString& project, const QByteArray& commands)
     {
-        return runTool(QStringLiteral("setpriv"),
-                       {QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"),
-                        QStringLiteral("--clear-groups"), QStringLiteral(PANEL_SIMULATOR_PATH),
-                        QStringLiteral(EXAMPLES_DIR "/%1.xml").arg(QLatin1String(example)),
-                        QStringLiteral("--project-dir"), scratch.filePath(QStringLiteral("data"))},
-                       commands);
+        if (geteuid() != 0 || !qEnvironmentVariableIsEmpty("TEST_EMULATOR"))
+            return {127, {}, {}};
+        return runTool(
+            "setpriv",
+            {"--reuid=65534", "--regid=65534", "--clear-groups", tool, project, "--project-dir", "data"},
+            commands);
     }
+
+    static bool couldNotRun(const ToolRun& run) { return run.status == 126 || run.status == 127; }
+    static constexpr const char* needed =
+        "needs root that can become somebody else, and a build folder that they reach";
 
     static constexpr auto everything = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner |
                                        QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
@@ -229,36 +212,29 @@ protected:
 
 TEST_F(PanelSimulatorOfAnOrdinaryUser, HeedsTheModesOfFilesAndTellsOfThem)
 {
-    if (geteuid() != 0 || !qEnvironmentVariableIsEmpty("TEST_EMULATOR"))
-        GTEST_SKIP() << "needs root, to become somebody else";
-    const QString data = scratch.filePath(QStringLiteral("data"));
-    const ToolRun first = runAsNobody("address_ranges", "set LW 100 7\nexpect LW 100 7\n");
-    if (first.status == 126 || first.status == 127)
-        GTEST_SKIP() << "needs root that can become somebody else, and a build folder that they reach";
+    const ToolRun first = runAsNobody("ranges.xml", "set LW 100 7\nexpect LW 100 7\n");
+    if (couldNotRun(first))
+        GTEST_SKIP() << needed;
     ASSERT_EQ(first.status, 0) << first.err.constData();
-    QFile::setPermissions(data + QStringLiteral("/maintenance-word.dat"), QFile::ReadOwner);
-    const ToolRun second = runAsNobody("address_ranges", "set LW 100 8\n");
+    QFile::setPermissions("data/maintenance-word.dat", QFile::ReadOwner);
+    const ToolRun second = runAsNobody("ranges.xml", "set LW 100 8\n");
     EXPECT_THAT(second.err.constData(),
                 HasSubstr("maintenance-word.dat cannot be written: Permission denied; LW is not retained\n"));
     EXPECT_THAT(second.out.constData(),
                 HasSubstr("set 1 cell, 1 reported to the module, but only 0 written\n"));
     EXPECT_THAT(second.out.constData(), HasSubstr("stopped, 1 of 1 reported changes were not written\n"));
-    QFile word(data + QStringLiteral("/maintenance-word.dat"));
-    ASSERT_TRUE(word.open(QIODevice::ReadOnly));
-    EXPECT_EQ(word.read(2), QByteArray("\7\0", 2));
+    EXPECT_EQ(read("data/maintenance-word.dat").left(2), QByteArray("\7\0", 2));
     EXPECT_THAT(
-        run("address_ranges", "set LW 100 8\n").err.constData(),
+        run("ranges.xml", "set LW 100 8\n").err.constData(),
         HasSubstr("maintenance-word.dat is read-only but written anyway, because root ignores file modes\n"));
 }
 
 TEST_F(PanelSimulatorOfAnOrdinaryUser, TellsOfAFolderWhereNothingCanBeMade)
 {
-    if (geteuid() != 0 || !qEnvironmentVariableIsEmpty("TEST_EMULATOR"))
-        GTEST_SKIP() << "needs root, to become somebody else";
-    QDir().mkpath(scratch.filePath(QStringLiteral("data")));
-    const ToolRun tool = runAsNobody("whole_areas", "set LW 1 2\ncycle\n");
-    if (tool.status == 126 || tool.status == 127)
-        GTEST_SKIP() << "needs root that can become somebody else, and a build folder that they reach";
+    QDir().mkdir("data");
+    const ToolRun tool = runAsNobody("areas.xml", "set LW 1 2\ncycle\n");
+    if (couldNotRun(tool))
+        GTEST_SKIP() << needed;
     EXPECT_THAT(tool.err.constData(),
                 HasSubstr("maintenance-word.dat cannot be created: Permission denied; LW is not retained\n"));
     EXPECT_THAT(tool.out.constData(),
@@ -268,65 +244,60 @@ TEST_F(PanelSimulatorOfAnOrdinaryUser, TellsOfAFolderWhereNothingCanBeMade)
 
 TEST_F(PanelSimulator, EndsAScriptAtItsFirstBadCommandWithTheLineNumber)
 {
-    const QString script = writeScript("# comment\n\nget LW 100\nget LW\nget LW 101\n");
-    const ToolRun result = run("address_ranges", "", {QStringLiteral("--script"), script});
+    write("script", "# comment\n\nget LW 100\nget LW\nget LW 101\n");
+    const ToolRun result = run("ranges.xml", "", " --script script");
     EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.err.constData(), script.toStdString() + ":4: expected: get AREA ADDRESS [COUNT]\n");
+    EXPECT_EQ(result.err, "script:4: expected: get AREA ADDRESS [COUNT]\n");
     EXPECT_THAT(result.out.constData(), testing::Not(HasSubstr("LW 101")));
 }
 
 TEST_F(PanelSimulator, RunsAScriptToItsEndAlsoWithoutAFinalLineFeed)
 {
-    const ToolRun result =
-        run("address_ranges", "", {QStringLiteral("--script"), writeScript("set LW 100 3\nget LW 100")});
+    write("script", "set LW 100 3\nget LW 100");
+    const ToolRun result = run("ranges.xml", "", " --script script");
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out.constData(), HasSubstr("LW 100: 3\nstopped\n"));
 }
 
 TEST_F(PanelSimulator, NamesWhatIsWrongWithItsArguments)
 {
-    const QString tool = QStringLiteral(PANEL_SIMULATOR_PATH);
     EXPECT_EQ(runTool(tool, {}).status, 2);
     EXPECT_THAT(runTool(tool, {}).err.constData(), HasSubstr("expected one project file"));
-    EXPECT_THAT(runTool(tool, {QStringLiteral("/nowhere.xml")}).err.constData(),
-                HasSubstr("/nowhere.xml: cannot be read"));
-    EXPECT_EQ(runTool(tool, {QStringLiteral("--wrong")}).status, 2);
-    const ToolRun noModule =
-        run("address_ranges", "", {QStringLiteral("--module"), QStringLiteral("/nowhere.so")});
+    EXPECT_THAT(errors("/nowhere.xml"), HasSubstr("/nowhere.xml: cannot be read"));
+    errors("--wrong", 2);
+    const ToolRun noModule = run("ranges.xml", "", " --module /nowhere.so");
     EXPECT_EQ(noModule.status, 2);
     EXPECT_EQ(noModule.err,
               "panel_simulator: /nowhere.so: no such module library; build it, or name another one\n");
-    const ToolRun noScript =
-        run("address_ranges", "", {QStringLiteral("--script"), QStringLiteral("/nowhere")});
-    EXPECT_EQ(runTool(tool, {QStringLiteral("--version")}).out.left(16), "panel_simulator ");
+    const ToolRun noScript = run("ranges.xml", "", " --script /nowhere");
     EXPECT_EQ(noScript.status, 2);
     EXPECT_THAT(noScript.err.constData(), HasSubstr("/nowhere: cannot be read"));
+    EXPECT_THAT(output("--version"), StartsWith("panel_simulator "));
 }
 
 TEST_F(PanelSimulator, ExplainsItselfOnRequest)
 {
-    const ToolRun help = runTool(QStringLiteral(PANEL_SIMULATOR_PATH), {QStringLiteral("--help")});
+    const ToolRun help = ToolTest::run("--help");
     EXPECT_EQ(help.status, 0);
     EXPECT_THAT(help.out.constData(), HasSubstr("power-cut"));
     const QString text = QString::fromUtf8(help.out).replace(QLatin1Char(','), QLatin1Char(' '));
     for (const QString& word : text.simplified().split(QLatin1Char(' ')))
         if (word.startsWith(QLatin1String("--help"))) {
-            EXPECT_EQ(runTool(QStringLiteral(PANEL_SIMULATOR_PATH), {word}).status, 0) << word.toStdString();
+            EXPECT_EQ(ToolTest::run(word).status, 0) << word.toStdString();
         }
-    EXPECT_THAT(run("address_ranges", "help\n").out.constData(), HasSubstr("get AREA ADDRESS [COUNT]"));
+    EXPECT_THAT(run("ranges.xml", "help\n").out.constData(), HasSubstr("get AREA ADDRESS [COUNT]"));
 }
 
 TEST_F(PanelSimulator, IsDescribedWholeByItsManPage)
 {
-    QFile file(QStringLiteral(EXAMPLES_DIR "/../docs/man/panel_simulator.1"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const std::string page = QString::fromUtf8(file.readAll()).remove(QLatin1Char('\\')).toStdString();
+    const QString manual = QString::fromUtf8(read(EXAMPLES_DIR "/../docs/man/panel_simulator.1"));
+    const std::string page = QString(manual).remove(QLatin1Char('\\')).toStdString();
     for (const QString& line : commandHelp().trimmed().split(QLatin1Char('\n'))) {
         const std::string word = line.simplified().section(QLatin1Char(' '), 0, 0).toStdString();
         EXPECT_THAT(page,
                     testing::AnyOf(HasSubstr("\n.B " + word + "\n"), HasSubstr("\n.BI \"" + word + " ")));
     }
-    const ToolRun help = runTool(QStringLiteral(PANEL_SIMULATOR_PATH), {QStringLiteral("--help")});
+    const ToolRun help = ToolTest::run("--help");
     const QString words = QString::fromUtf8(help.out).replace(QLatin1Char(','), QLatin1Char(' '));
     for (const QString& word : words.simplified().split(QLatin1Char(' ')))
         if (word.startsWith(QLatin1String("--"))) {
@@ -336,14 +307,10 @@ TEST_F(PanelSimulator, IsDescribedWholeByItsManPage)
 
 TEST_F(PanelSimulator, SaysThatAZeroPeriodMeansNoCyclicCalls)
 {
-    QFile project(scratch.filePath(QStringLiteral("zero.xml")));
-    ASSERT_TRUE(project.open(QIODevice::WriteOnly));
-    project.write(
-        "<object name='p'><object name='DataRetention'><property name='open Save all' type='uint32'>1"
-        "</property><property name='Save Time' type='uint32'>0</property></object></object>");
-    project.close();
-    const ToolRun result = runTool(QStringLiteral(PANEL_SIMULATOR_PATH),
-                                   {project.fileName(), QStringLiteral("--project-dir"), scratch.path()});
+    write("zero.xml",
+          "<object name='p'><object name='DataRetention'><property name='open Save all' type='uint32'>1"
+          "</property><property name='Save Time' type='uint32'>0</property></object></object>");
+    const ToolRun result = run("zero.xml", "");
     EXPECT_THAT(result.out.constData(), HasSubstr("no cyclic calls: the period is 0 ms\n"));
 }
 
@@ -352,19 +319,16 @@ class PanelSimulatorOnATerminal : public PanelSimulator
 protected:
     PanelSimulatorOnATerminal() { qputenv("XDG_STATE_HOME", QFile::encodeName(scratch.path())); }
 
-    ToolRun type(const char* example, const QByteArray& keys, const std::vector<Typing>& later = {})
+    ToolRun type(const QString& project, const QByteArray& keys, const std::vector<Typing>& later = {})
     {
-        return runToolOnTerminal(QStringLiteral(PANEL_SIMULATOR_PATH),
-                                 {QStringLiteral(EXAMPLES_DIR "/%1.xml").arg(QLatin1String(example)),
-                                  QStringLiteral("--project-dir"), scratch.filePath(QStringLiteral("data"))},
-                                 keys, later);
+        return runToolOnTerminal(tool, {project, "--project-dir", "data"}, keys, later);
     }
 };
 
 TEST_F(PanelSimulatorOnATerminal, EditsLinesAndRecallsThem)
 {
     // A wrong digit deleted, then the line again from the history with another last digit.
-    const ToolRun run = type("address_ranges", "set LW 203 8\b7\r\x1b[A\b9\rget LW 203\rstop\r");
+    const ToolRun run = type("ranges.xml", "set LW 203 8\b7\r\x1b[A\b9\rget LW 203\rstop\r");
     EXPECT_EQ(run.status, 0);
     EXPECT_THAT(run.out.constData(), HasSubstr("panel> "));
     EXPECT_THAT(run.out.constData(), HasSubstr("LW 203: 9\r\n"));
@@ -372,14 +336,14 @@ TEST_F(PanelSimulatorOnATerminal, EditsLinesAndRecallsThem)
 
 TEST_F(PanelSimulatorOnATerminal, RecallsLinesOfEarlierStarts)
 {
-    type("address_ranges", "set LW 203 8\rpower-cut\r");
-    const ToolRun run = type("address_ranges", "\x1b[A\x1b[A\rget LW 203\rstop\r");
+    type("ranges.xml", "set LW 203 8\rpower-cut\r");
+    const ToolRun run = type("ranges.xml", "\x1b[A\x1b[A\rget LW 203\rstop\r");
     EXPECT_THAT(run.out.constData(), HasSubstr("set 1 cell, 1 reported to the module\r\n"));
 }
 
 TEST_F(PanelSimulatorOnATerminal, CompletesWithTab)
 {
-    const ToolRun run = type("address_ranges", "exp\tRW\t5 0\rsto\t\r");
+    const ToolRun run = type("ranges.xml", "exp\tRW\t5 0\rsto\t\r");
     EXPECT_EQ(run.status, 0);
     EXPECT_THAT(run.out.constData(), HasSubstr("RWI 5: 0 as expected\r\n"));
     EXPECT_THAT(run.out.constData(), HasSubstr("stopped\r\n"));
@@ -387,7 +351,7 @@ TEST_F(PanelSimulatorOnATerminal, CompletesWithTab)
 
 TEST_F(PanelSimulatorOnATerminal, GoesOnAfterABadCommand)
 {
-    const ToolRun run = type("address_ranges", "get LW\rget LW 100\rstop\r");
+    const ToolRun run = type("ranges.xml", "get LW\rget LW 100\rstop\r");
     EXPECT_EQ(run.status, 0);
     EXPECT_THAT(run.out.constData(), HasSubstr("expected: get AREA ADDRESS [COUNT]\r\n"));
     EXPECT_THAT(run.out.constData(), HasSubstr("LW 100: 0\r\n"));
@@ -397,13 +361,10 @@ TEST_F(PanelSimulatorOnATerminal, ShowsTheRunningPanelLive)
 {
     // What was typed in the view stays readable. Type more only then, or the terminal would show it in
     // between.
-    const QByteArray left = "\x1b>panel> set RWI 7 1234\r\n"
-                            "set 1 cell, 0 reported to the module\r\n"
-                            "panel> cycle\r\n"
-                            "cyclic call: areas saved\r\n"
-                            "panel> set LW 5 1\r\n"
-                            "set 1 cell";
-    const std::string out = type("whole_areas", "live\rset RWI 7 1234\rcyc\t\rset LW 5 1\r",
+    const QByteArray left =
+        "\x1b>panel> set RWI 7 1234\r\nset 1 cell, 0 reported to the module\r\npanel> cycle\r\n"
+        "cyclic call: areas saved\r\npanel> set LW 5 1\r\nset 1 cell";
+    const std::string out = type("areas.xml", "live\rset RWI 7 1234\rcyc\t\rset LW 5 1\r",
                                  {{"set 1 cell", "\x03"}, {left, "get RWI 7\rcycle\rstop\r"}})
                                 .out.constData();
     EXPECT_THAT(out, HasSubstr("\x1b[?1049h")) << "a screen of its own";
@@ -417,11 +378,11 @@ TEST_F(PanelSimulatorOnATerminal, ShowsTheRunningPanelLive)
 TEST_F(PanelSimulatorOnATerminal, GivesTheTerminalBackBeforeAPowerCut)
 {
     const std::string out =
-        type("address_ranges", "live\rset LW 203 8\r", {{"set 1 cell", "power-cut\r"}}).out.constData();
+        type("ranges.xml", "live\rset LW 203 8\r", {{"set 1 cell", "power-cut\r"}}).out.constData();
     const std::size_t left = out.find("\x1b[?1049l");
     ASSERT_NE(left, std::string::npos) << "the view is still there";
     EXPECT_THAT(out.substr(left), HasSubstr("set 1 cell, 1 reported to the module\r\npower cut\r\n"));
-    EXPECT_THAT(type("address_ranges", "\x1b[A\x1b[A\rget LW 203\rstop\r").out.constData(),
+    EXPECT_THAT(type("ranges.xml", "\x1b[A\x1b[A\rget LW 203\rstop\r").out.constData(),
                 HasSubstr("LW 203: 8\r\n"))
         << "what was typed in the view is in the history";
 }
@@ -430,12 +391,8 @@ TEST_F(PanelSimulatorOnATerminal, DrawsNothingWhereTheCursorCannotBeMoved)
 {
     if (!qEnvironmentVariableIsEmpty("TEST_EMULATOR"))
         GTEST_SKIP() << "needs a program of this machine, to set TERM";
-    const ToolRun run =
-        runToolOnTerminal(QStringLiteral("env"),
-                          {QStringLiteral("TERM=dumb"), QStringLiteral(PANEL_SIMULATOR_PATH),
-                           QStringLiteral(EXAMPLES_DIR "/whole_areas.xml"), QStringLiteral("--project-dir"),
-                           scratch.filePath(QStringLiteral("data"))},
-                          "live\r", {{"cannot position the cursor\r\n", "get LW 5\rstop\r"}});
+    const ToolRun run = runToolOnTerminal("env", {"TERM=dumb", tool, "areas.xml", "--project-dir", "data"},
+                                          "live\r", {{"cannot position the cursor\r\n", "get LW 5\rstop\r"}});
     EXPECT_THAT(run.out.constData(), HasSubstr("live: this terminal (TERM) cannot position the cursor\r\n"));
     EXPECT_THAT(run.out.constData(), HasSubstr("LW 5: 0\r\n"));
     EXPECT_THAT(run.out.constData(), Not(HasSubstr("watched")));
@@ -443,25 +400,20 @@ TEST_F(PanelSimulatorOnATerminal, DrawsNothingWhereTheCursorCannotBeMoved)
 
 TEST_F(PanelSimulatorOnATerminal, StopsALongScriptAtCtrlC)
 {
-    QFile project(scratch.filePath(QStringLiteral("large.xml")));
-    ASSERT_TRUE(project.open(QIODevice::WriteOnly));
-    project.write("<object name='p'><object name='DataRetention'><object name='all'>"
-                  "<property name='addressLength' type='int32'>65536</property><object name='sourceAddress'>"
-                  "<property name='Block' type='string'>LW</property>"
-                  "<property name='index' type='int32'>0</property></object></object></object></object>");
-    project.close();
-    const QString script = writeScript("set LW 0" + QByteArray(" 1").repeated(65536) + '\n');
-    const ToolRun run =
-        runToolOnTerminal(QStringLiteral(PANEL_SIMULATOR_PATH),
-                          {project.fileName(), QStringLiteral("--project-dir"),
-                           scratch.filePath(QStringLiteral("data")), QStringLiteral("--script"), script},
-                          "", {{"cells reported", "\x03"}});
+    write("large.xml",
+          "<object name='p'><object name='DataRetention'><object name='all'>"
+          "<property name='addressLength' type='int32'>65536</property><object name='sourceAddress'>"
+          "<property name='Block' type='string'>LW</property>"
+          "<property name='index' type='int32'>0</property></object></object></object></object>");
+    write("script", "set LW 0" + QByteArray(" 1").repeated(65536) + '\n');
+    const ToolRun run = runToolOnTerminal(tool, {"large.xml", "--project-dir", "data", "--script", "script"},
+                                          "", {{"cells reported", "\x03"}});
     EXPECT_EQ(run.status, -SIGINT) << "it goes on, because a \"sync\" runs nearly always";
 }
 
 TEST_F(PanelSimulatorOnATerminal, SaysAlsoAfterCtrlCWhatIsLost)
 {
-    const ToolRun run = type("whole_areas", "set LW 5 1\r", {{"set 1 cell", "\x03"}});
+    const ToolRun run = type("areas.xml", "set LW 5 1\r", {{"set 1 cell", "\x03"}});
     EXPECT_EQ(run.status, 0);
     EXPECT_THAT(run.out.toStdString(), HasSubstr("stopped, unsaved changes lost in 1 cell: LW 5\r\n"));
 }
@@ -470,128 +422,115 @@ TEST_F(PanelSimulatorOnATerminal, SaysAlsoAfterCtrlCWhatIsLost)
 class LiveContentTest : public ModuleTest
 {
 protected:
-    static std::string joined(const QStringList& lines)
+    void start(std::unique_ptr<object> configured)
     {
-        return lines.join(QLatin1String("\n")).toStdString();
+        project = std::move(configured);
+        session.emplace(moduleLibrary(), project.get(), "/data");
+        session->start(out, out);
+        content.emplace(*session);
     }
+
+    void run(const char* command) { session->run(parseCommand(command), out, out); }
+
+    std::string shown(int width = 80) { return lines(content->lines(width)); }
+
+    std::unique_ptr<object> project;
+    std::ostringstream out;
+    std::optional<Session> session;
+    std::optional<LiveContent> content;
 };
 
 TEST_F(LiveContentTest, FitsIntoEveryWidth)
 {
-    const auto project = wholeAreaProject(1, 5);
-    Session session(moduleLibrary(), project.get(), QStringLiteral("/data"));
-    std::ostringstream out;
-    session.start(out, out);
-    LiveContent content(session);
-    session.run(parseCommand(QStringLiteral("set LW 60000 65535 65535 65535 65535 65535 65535 65535 65535")),
-                out, out);
+    start(wholeAreaProject(1, 5));
+    run("set LW 60000 65535 65535 65535 65535 65535 65535 65535 65535");
     for (const int width : {20, 40, 60, 80, 120, 200})
-        for (const QString& line : content.lines(width))
+        for (const QString& line : content->lines(width))
             EXPECT_LE(line.size(), width) << line.toStdString();
     EXPECT_THAT(
-        joined(content.lines(80)),
+        shown(),
         HasSubstr("changed since the last save:  LW 60000  LW 60001  LW 60002  LW 60003  and 4 more"));
-    EXPECT_THAT(joined(content.lines(40)), HasSubstr("unsaved:  LW 60000  LW 60001  and 6 more"));
+    EXPECT_THAT(shown(40), HasSubstr("unsaved:  LW 60000  LW 60001  and 6 more"));
 }
 
 TEST_F(LiveContentTest, IsToldHowFarALongCommandIs)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 101, 2}});
-    Session session(moduleLibrary(), project.get(), QStringLiteral("/data"));
-    std::ostringstream out;
-    session.start(out, out);
+    start(perAddressProject({{LW, 101, 2}}));
     std::vector<std::pair<int, int>> told;
-    session.progress = [&told](int done, int all) { told.emplace_back(done, all); };
-    session.run(parseCommand(QStringLiteral("set LW 100 1 2 3 4")), out, out);
+    session->progress = [&told](int done, int all) { told.emplace_back(done, all); };
+    run("set LW 100 1 2 3 4");
     EXPECT_THAT(told, testing::ElementsAre(std::pair(1, 4), std::pair(2, 4))) << "before each watched cell";
 }
 
 TEST_F(LiveContentTest, FollowsThePanel)
 {
-    const auto project = wholeAreaProject(1, 5);
-    Session session(moduleLibrary(), project.get(), QStringLiteral("/data"));
-    std::ostringstream out;
-    session.start(out, out);
-    LiveContent content(session);
-    session.run(parseCommand(QStringLiteral("set RWI 7 1234")), out, out);
-    EXPECT_THAT(joined(content.lines(80)), ContainsRegex("changed:  RWI 7 = 1234 \\([0-9] s ago\\)"));
-    EXPECT_THAT(joined(content.lines(80)), HasSubstr("changed since the last save:  RWI 7"));
-    EXPECT_THAT(joined(content.lines(80)), ContainsRegex("maintenance-RWI.dat   131072  [0-9] s ago"));
-    session.run(parseCommand(QStringLiteral("cycle")), out, out);
-    EXPECT_THAT(joined(content.lines(80)), HasSubstr("changed since the last save: nothing"));
-    EXPECT_THAT(joined(content.lines(80)),
-                HasSubstr("syncs " + std::to_string(commandsRun(QStringLiteral("sync")))));
-    session.advance(60000);
-    EXPECT_THAT(joined(content.lines(80)), HasSubstr("cyclic call in 4:00 of 5:00"));
+    start(wholeAreaProject(1, 5));
+    run("set RWI 7 1234");
+    EXPECT_THAT(shown(), ContainsRegex("changed:  RWI 7 = 1234 \\([0-9] s ago\\)"));
+    EXPECT_THAT(shown(), HasSubstr("changed since the last save:  RWI 7"));
+    EXPECT_THAT(shown(), ContainsRegex("maintenance-RWI.dat   131072  [0-9] s ago"));
+    run("cycle");
+    EXPECT_THAT(shown(), HasSubstr("changed since the last save: nothing"));
+    EXPECT_THAT(shown(), HasSubstr("syncs " + std::to_string(commandsRun("sync"))));
+    session->advance(60000);
+    EXPECT_THAT(shown(), HasSubstr("cyclic call in 4:00 of 5:00"));
 }
 
 TEST_F(LiveContentTest, LeavesOutWholeWordsOnANarrowTerminal)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 100, 9}});
-    Session session(moduleLibrary(), project.get(), QStringLiteral("/data"));
-    std::ostringstream out;
-    session.start(out, out);
-    LiveContent content(session);
-    EXPECT_EQ(content.lines(45).front(), QStringLiteral("per-address entries (2)  no cyclic calls"));
-    session.run(parseCommand(QStringLiteral("set LW 9 1")), out, out);
-    content.lines(45);
-    session.run(parseCommand(QStringLiteral("set LW 60000 60000 60001")), out, out);
-    EXPECT_THAT(joined(content.lines(55)), ContainsRegex("changed:  LW 60001 = 60001 \\([0-9] s ago\\)"));
-    EXPECT_THAT(joined(content.lines(55)), Not(HasSubstr("LW 9 = 1")))
-        << "an older one, without one in between";
+    start(perAddressProject({{LW, 100, 9}}));
+    EXPECT_EQ(content->lines(45).front(), "per-address entries (2)  no cyclic calls");
+    run("set LW 9 1");
+    content->lines(45);
+    run("set LW 60000 60000 60001");
+    EXPECT_THAT(shown(55), ContainsRegex("changed:  LW 60001 = 60001 \\([0-9] s ago\\)"));
+    EXPECT_THAT(shown(55), Not(HasSubstr("LW 9 = 1"))) << "an older one, without one in between";
 }
 
 TEST_F(LiveContentTest, IsToldWhatATimedSaveCouldNotSave)
 {
-    const auto project = wholeAreaProject(1, 5);
-    Session session(moduleLibrary(), project.get(), QStringLiteral("/data"));
-    std::ostringstream out;
-    session.start(out, out);
-    const QString word = retentionPath(QString::fromLatin1(wordFileName));
-    session.run(parseCommand(QStringLiteral("set LW 5 1")), out, out);
-    EXPECT_EQ(session.advance(299999), QString()) << "not yet";
-    ASSERT_TRUE(QFile::rename(word, word + QLatin1Char('x')));
-    EXPECT_EQ(session.advance(1),
-              QStringLiteral("timed save: not saved: LW (maintenance-word.dat is missing)"));
-    EXPECT_EQ(session.advance(300000), QString()) << "known already";
-    ASSERT_TRUE(QFile::rename(word + QLatin1Char('x'), word));
-    EXPECT_EQ(session.advance(300000), QStringLiteral("timed save: areas saved again"));
-    EXPECT_EQ(session.advance(300000), QString());
+    start(wholeAreaProject(1, 5));
+    const QString word = retentionPath(wordFileName);
+    run("set LW 5 1");
+    EXPECT_EQ(session->advance(299999), "") << "not yet";
+    ASSERT_TRUE(QFile::rename(word, word + "x"));
+    EXPECT_EQ(session->advance(1), "timed save: not saved: LW (maintenance-word.dat is missing)");
+    EXPECT_EQ(session->advance(300000), "") << "known already";
+    ASSERT_TRUE(QFile::rename(word + "x", word));
+    EXPECT_EQ(session->advance(300000), "timed save: areas saved again");
+    EXPECT_EQ(session->advance(300000), "");
 }
 
 TEST_F(LiveContentTest, IsToldOfATimedSaveWhileItWaitsForALine)
 {
-    const auto project = wholeAreaProject(1, 5);
-    Session session(moduleLibrary(), project.get(), QStringLiteral("/data"));
-    std::ostringstream out;
-    session.start(out, out);
-    session.run(parseCommand(QStringLiteral("set RWI 5 1")), out, out);
-    ASSERT_TRUE(QFile::remove(retentionPath(QString::fromLatin1(rwiFileName))));
+    start(wholeAreaProject(1, 5));
+    run("set RWI 5 1");
+    ASSERT_TRUE(QFile::remove(retentionPath(rwiFileName)));
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
     ASSERT_EQ(write(ends[1], "stop\n", 5), 5);
-    LineSource source(ends[0], session);
-    session.panel().model->cycleRemainingMs = 0;
+    LineSource source(ends[0], *session);
+    session->panel().model->cycleRemainingMs = 0;
     testing::internal::CaptureStderr();
     QString line;
     EXPECT_TRUE(source.next(line));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "timed save: not saved: RWI (maintenance-RWI.dat is missing)\n");
-    EXPECT_EQ(line, QStringLiteral("stop"));
+    EXPECT_EQ(line, "stop");
     close(ends[0]);
     close(ends[1]);
 }
 
 TEST_F(PanelSimulator, SaysInOneLineWhenPathsAreMapped)
 {
-    const ToolRun tool = run("whole_areas", "stop\n");
+    const ToolRun tool = run("areas.xml", "stop\n");
     EXPECT_TRUE(saidNotice) << "expected: " << notice().constData();
     EXPECT_EQ(tool.err, "");
 }
 
 TEST_F(PanelSimulator, ShowsNothingLiveWithoutATerminal)
 {
-    const ToolRun tool = run("whole_areas", "live\nstop\n");
+    const ToolRun tool = run("areas.xml", "live\nstop\n");
     EXPECT_EQ(tool.status, 2);
     EXPECT_EQ(tool.err, "standard input:1: live needs a terminal\n");
 }

@@ -7,10 +7,10 @@
 //   arm-linux-gnueabihf-g++ -shared -fPIC -I INCLUDE $(pkg-config --cflags Qt5Core)
 //       -o libpoweroff_protect.so dump_project.cpp
 //
-// where INCLUDE holds the installed headers, such as /usr/include/poweroff_protect. With Qt 4, QtCore takes the
-// place of Qt5Core. It writes /usr/tavrin/project/dumped_project.xml. The functions
-// do not return names of objects, so entries are called "entry 1" and so on, and only properties that the
-// module knows are written.
+// where INCLUDE holds the installed headers, such as /usr/include/poweroff_protect. With Qt 4, QtCore takes
+// the place of Qt5Core. It writes /usr/tavrin/project/dumped_project.xml. The functions do not return names
+// of objects, so entries are called "entry 1" and so on, and only properties that the module knows are
+// written.
 #include "host_interface/host_interface.h"
 
 #include <QtCore/QFile>

@@ -6,6 +6,11 @@
 #include "tests/support/storage.h"
 
 #include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <initializer_list>
+
+#include <unistd.h>
 
 const std::array<LifeArea, 3> lifeAreas = {{{"LB", bitFileName, true, 65536},
                                             {"LW", wordFileName, false, 131072},
@@ -190,4 +195,26 @@ void lay(const Files& files, bool withDirectory)
     removeDirectory(QStringLiteral("/usr/tavrin"));
     if (withDirectory && QDir().mkpath(QLatin1String(fixedProjectDirectory)))
         layFiles(files);
+}
+
+char currentLife[200];
+
+extern "C" {
+
+static void tellLife(int signal)
+{
+    const char intro[] = "\nwhile: ";
+    (void)!write(STDERR_FILENO, intro, sizeof intro - 1);
+    (void)!write(STDERR_FILENO, currentLife, strnlen(currentLife, sizeof currentLife));
+    (void)!write(STDERR_FILENO, "\n", 1);
+    std::signal(signal, SIG_DFL);
+    raise(signal);
+}
+
+} // extern "C"
+
+void tellLifeOnCrash()
+{
+    for (const int signal : {SIGSEGV, SIGABRT, SIGALRM})
+        std::signal(signal, tellLife);
 }

@@ -103,3 +103,9 @@ testing::AssertionResult isReached(int faults, int known);
 
 /// Runs the life. If the module is not created, nothing else happens.
 LifeRecord live(Mode mode, const StepRunner& run);
+
+/// Room for the description of the life in progress.
+extern char currentLife[200];
+
+/// From now on a crash or an alarm() prints currentLife on standard error before it ends the program.
+void tellLifeOnCrash();

@@ -1,7 +1,6 @@
 // Fails every allocation of the module in turn: at most that file, block or change is left out, and
 // everything else is as it should be.
 // SPDX-License-Identifier: MIT
-#include "tests/faults/current_life.h"
 #include "tests/faults/life.h"
 #include "tests/faults/memory_faults.h"
 #include "tests/faults/storage_oracle.h"

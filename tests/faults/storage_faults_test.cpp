@@ -1,7 +1,6 @@
 // Fails every call to storage in turn, alone, with a second one, or before a stop: what a life leaves must be
 // exactly what the model says.
 // SPDX-License-Identifier: MIT
-#include "tests/faults/current_life.h"
 #include "tests/faults/life.h"
 #include "tests/faults/storage_faults.h"
 #include "tests/faults/storage_oracle.h"

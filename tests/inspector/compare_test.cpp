@@ -1,12 +1,9 @@
 // Tests "compare" on many panels against a count that keeps all values.
 // SPDX-License-Identifier: MIT
+#include "tests/inspector/layout_of.h"
 #include "tests/inspector/report_of.h"
-#include "tests/support/module_test.h"
 #include "tests/support/random_source.h"
-
-#include <QtCore/QDir>
-#include <QtCore/QFile>
-#include <QtCore/QTemporaryDir>
+#include "tests/support/tool_test.h"
 
 #include <map>
 
@@ -15,34 +12,25 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-class Fleet : public testing::Test
+class Fleet : public ToolTest
 {
 protected:
+    Fleet() : ToolTest(RETENTION_INSPECTOR_PATH) {}
+
     /// A panel with these words; LB and RWI keep nothing.
-    QString panel(const QString& name, const std::vector<ushort>& words)
+    void panel(const QString& name, const std::vector<ushort>& words)
     {
         QByteArray bytes;
         for (const ushort word : words)
             bytes.append(static_cast<char>(word)).append(static_cast<char>(word >> 8));
-        const QString directory = scratch.filePath(name);
-        QDir().mkpath(directory);
-        for (const auto& [file, contents] : {std::pair(wordFileName, bytes),
-                                             {bitFileName, QByteArray(1, '\0')},
-                                             {rwiFileName, QByteArray()}}) {
-            QFile made(directory + QLatin1Char('/') + QLatin1String(file));
-            EXPECT_TRUE(made.open(QIODevice::WriteOnly));
-            made.write(contents);
-        }
-        panels.append(directory);
-        return directory;
+        writeFiles(name, bytes, QByteArray(1, '\0'));
+        panels.append(name);
     }
 
-    static Layout layoutOf(int cells)
+    Report compare(int cells) const
     {
-        return makeLayout(readSettings(perAddressProject({{QStringLiteral("LW"), 100, cells}}).get()));
+        return reportOf("compare", {layoutOf({{LW, 100, cells}})}, {}, {}, panels);
     }
-
-    Report compare(int cells) const { return reportOf("compare", {layoutOf(cells)}, {}, {}, panels); }
 
     /// Such as "2 105 7": number of the panel, address and value.
     std::vector<std::string> differences(const Report& report) const
@@ -54,30 +42,22 @@ protected:
         return texts;
     }
 
-    static QString fact(const Report& report, const char* key)
-    {
-        for (const Fact& fact : report.facts)
-            if (qstrcmp(fact.key, key) == 0)
-                return fact.value.text;
-        return {};
-    }
-
-    QTemporaryDir scratch;
     QStringList panels;
 };
 
 TEST_F(Fleet, HasTheValuesOfMoreThanHalfOfItsPanels)
 {
-    panel(QStringLiteral("a"), {1, 2, 3});
-    panel(QStringLiteral("b"), {1, 2, 4});
-    panel(QStringLiteral("c"), {7, 2, 5});
-    panel(QStringLiteral("d"), {1, 9, 6});
+    panel("a", {1, 2, 3});
+    panel("b", {1, 2, 4});
+    panel("c", {7, 2, 5});
+    panel("d", {1, 9, 6});
     const Report report = compare(3);
     EXPECT_THAT(differences(report), testing::ElementsAre("2 100 7", "3 101 9"));
-    EXPECT_EQ(fact(report, "undecided"), QStringLiteral("1"));
-    EXPECT_EQ(fact(report, "deviating"), QStringLiteral("2"));
+    EXPECT_EQ(factOf(report, "undecided").text, "1");
+    EXPECT_EQ(factOf(report, "deviating").text, "2");
     EXPECT_FALSE(report.isClean());
-    EXPECT_THAT(reportText(report).toStdString(), HasSubstr("/c   yes           0           1   LW 100\n"));
+    EXPECT_THAT(reportText(report).toStdString(),
+                HasSubstr("  c       yes           0           1   LW 100\n"));
     EXPECT_THAT(reportText(report).toStdString(),
                 HasSubstr("  LW         101      2                    1   9\n"));
 }
@@ -91,16 +71,17 @@ TEST_F(Fleet, IsCleanWhenAllPanelsAreAlike)
 
 TEST_F(Fleet, LeavesPanelsOutWhoseFilesDoNotFit)
 {
-    panel(QStringLiteral("a"), {1, 2, 3});
-    panel(QStringLiteral("b"), {1, 2, 3});
-    panel(QStringLiteral("longer"), {5, 5, 5, 5});
-    panel(QStringLiteral("shorter"), {5, 5});
-    QFile::remove(panel(QStringLiteral("none"), {}) + QStringLiteral("/maintenance-word.dat"));
-    panels.append(scratch.filePath(QStringLiteral("nowhere")));
-    panel(QStringLiteral("z"), {1, 2, 4});
+    panel("a", {1, 2, 3});
+    panel("b", {1, 2, 3});
+    panel("longer", {5, 5, 5, 5});
+    panel("shorter", {5, 5});
+    panel("none", {});
+    QFile::remove("none/maintenance-word.dat");
+    panels.append("nowhere");
+    panel("z", {1, 2, 4});
     const Report report = compare(3);
     EXPECT_THAT(differences(report), testing::ElementsAre("6 102 4"));
-    EXPECT_EQ(fact(report, "fitting"), QStringLiteral("3"));
+    EXPECT_EQ(factOf(report, "fitting").text, "3");
     ASSERT_EQ(report.findings.size(), 4U);
     EXPECT_STREQ(report.findings[3].kind, "no-directory");
     const std::string text = reportText(report).toStdString();
@@ -138,7 +119,7 @@ TEST_F(Fleet, IsComparedAsByCountingAllValues)
         }
         const Report report = compare(cells);
         ASSERT_THAT(differences(report), testing::UnorderedElementsAreArray(expected)) << "round " << round;
-        ASSERT_EQ(fact(report, "undecided"), QString::number(undecided));
+        ASSERT_EQ(factOf(report, "undecided").text, QString::number(undecided));
         differing += static_cast<int>(expected.size());
     }
     EXPECT_GT(differing, 200);
@@ -146,17 +127,14 @@ TEST_F(Fleet, IsComparedAsByCountingAllValues)
 
 TEST_F(Fleet, NamesCellsByTags)
 {
-    QFile tags(scratch.filePath(QStringLiteral("tags.csv")));
-    ASSERT_TRUE(tags.open(QIODevice::WriteOnly));
-    tags.write("area,address,type,name\nLW,101,int32,pressure\n");
-    tags.close();
-    panel(QStringLiteral("a"), {1, 2, 3});
-    panel(QStringLiteral("b"), {1, 2, 3});
-    panel(QStringLiteral("c"), {1, 2, 9});
-    const Report report = reportOf("compare", {layoutOf(3)}, {}, {{"tags", tags.fileName()}}, panels);
+    write("tags.csv", "area,address,type,name\nLW,101,int32,pressure\n");
+    panel("a", {1, 2, 3});
+    panel("b", {1, 2, 3});
+    panel("c", {1, 2, 9});
+    const Report report = reportOf("compare", {layoutOf({{LW, 100, 3}})}, {}, {{"tags", "tags.csv"}}, panels);
     EXPECT_THAT(reportText(report).toStdString(),
                 HasSubstr("  LW         102   pressure      3                    1   9\n"));
-    EXPECT_THAT(reportCsv(report).toStdString(), HasSubstr("/c,yes,0,1,,102,\n"));
+    EXPECT_THAT(reportCsv(report).toStdString(), HasSubstr("\nc,yes,0,1,,102,\n"));
 }
 
 } // namespace

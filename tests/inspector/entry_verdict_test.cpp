@@ -1,6 +1,6 @@
 // Tests what becomes of each entry: verdicts, lost cells, and findings with their remedies.
 // SPDX-License-Identifier: MIT
-#include "tests/support/module_test.h"
+#include "tests/inspector/layout_of.h"
 #include "tools/retention_core/findings.h"
 
 namespace {
@@ -9,14 +9,9 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-Layout layoutOf(const std::vector<Entry>& entries)
-{
-    return makeLayout(readSettings(perAddressProject(entries).get()));
-}
-
 Entry lw(int index, int length)
 {
-    return {QStringLiteral("LW"), index, length};
+    return {LW, index, length};
 }
 
 /// Each as "verdict" or "verdict less CELLS".
@@ -91,21 +86,21 @@ TEST(EntryVerdict, NamesCellsOutsideTheArea)
 
 TEST(EntryVerdict, NamesTheBitThatIsNeverWritten)
 {
-    EXPECT_THAT(verdictsOf({{QStringLiteral("LB"), 60098, 5}, {QStringLiteral("RWI"), 60098, 5}}),
+    EXPECT_THAT(verdictsOf({{LB, 60098, 5}, {RWI, 60098, 5}}),
                 ElementsAre("partly retained less 60100", "fully retained"));
-    EXPECT_THAT(verdictsOf({{QStringLiteral("LB"), 60100, 1}}), ElementsAre("not retained less 60100"));
+    EXPECT_THAT(verdictsOf({{LB, 60100, 1}}), ElementsAre("not retained less 60100"));
 }
 
 TEST(EntryVerdict, OfBadAreasAndLengthsIsNotRetained)
 {
-    EXPECT_THAT(verdictsOf({{QStringLiteral("lw"), 0, 4}, {QString(), 0, 4}, lw(0, 0), lw(5, -2)}),
+    EXPECT_THAT(verdictsOf({{"lw", 0, 4}, {QString(), 0, 4}, lw(0, 0), lw(5, -2)}),
                 ElementsAre("not retained", "not retained", "not retained", "not retained"));
 }
 
 TEST(EntryVerdict, OfEntriesNextToANegativeLengthIsNotRetained)
 {
     EXPECT_THAT(verdictsOf({lw(5, -2), lw(6, 3)}), ElementsAre("not retained", "not retained less 6 to 8"));
-    EXPECT_THAT(verdictsOf({lw(0, 4), lw(5, -2), {QStringLiteral("RWI"), 0, 4}}),
+    EXPECT_THAT(verdictsOf({lw(0, 4), lw(5, -2), {RWI, 0, 4}}),
                 ElementsAre("not retained less 0 to 3", "not retained", "fully retained"));
 }
 
@@ -130,9 +125,9 @@ TEST(EntryFinding, OfAnEntryThatLeavesTheAreaTellsTheLengthThatFits)
 
 TEST(EntryFinding, TellsHowAnAreaNameIsWritten)
 {
-    EXPECT_THAT(findingTexts({{QStringLiteral(" lb "), 0, 1}}),
+    EXPECT_THAT(findingTexts({{" lb ", 0, 1}}),
                 ElementsAre(HasSubstr("to LB, in upper case and without spaces")));
-    EXPECT_THAT(findingTexts({{QStringLiteral("XY"), 0, 1}}), ElementsAre(HasSubstr("to LB, LW or RWI")));
+    EXPECT_THAT(findingTexts({{"XY", 0, 1}}), ElementsAre(HasSubstr("to LB, LW or RWI")));
 }
 
 TEST(EntryFinding, NamesEntriesWithoutEffect)
@@ -156,9 +151,8 @@ TEST(EntryFinding, NamesZeroAndNegativeLengthsAndWhatTheyBreak)
 TEST(EntryFinding, NamesDoubleWordsKeptByHalf)
 {
     const auto project = perAddressProject({lw(5, 3)});
-    project->children.front()->children.front()->setText(QStringLiteral("addressType"),
-                                                         QStringLiteral("Double Word"));
-    const std::vector<Finding> findings = entryFindings(makeLayout(readSettings(project.get())));
+    project->children.front()->children.front()->setText("addressType", "Double Word");
+    const std::vector<Finding> findings = entryFindings(layoutOf(*project));
     ASSERT_EQ(findings.size(), 1U);
     EXPECT_STREQ(findings.front().kind, "half-double-word");
 }
@@ -189,8 +183,8 @@ TEST(SettingsFinding, NamesWhatIsWithoutEffect)
     EXPECT_THAT(settingsKinds(*wholeAreaProject(0, 5)), ElementsAre("nothing-retained"));
     const auto both = perAddressProject({lw(0, 1)});
     both->children.front()->properties.clear();
-    both->children.front()->setNumber(QStringLiteral("open Save all"), 1);
-    both->addChild(QStringLiteral("DataRetention"));
+    both->children.front()->setNumber("open Save all", 1);
+    both->addChild("DataRetention");
     EXPECT_THAT(settingsKinds(*both), ElementsAre("second-retention-object", "entries-without-effect"));
 }
 

@@ -1,7 +1,7 @@
 // Runs the worked examples of docs/file_format.md through the module and compares the files byte by byte.
 // SPDX-License-Identifier: MIT
+#include "tests/inspector/layout_of.h"
 #include "tests/inspector/memory_file.h"
-#include "tests/support/module_test.h"
 #include "tools/retention_core/kept_values.h"
 
 #include "project_tree/project_reader.h"
@@ -97,7 +97,7 @@ protected:
         QBuffer buffer;
         buffer.setData(example.project);
         buffer.open(QIODevice::ReadOnly);
-        ProjectReading reading = readProject(buffer, QStringLiteral("file_format.md"));
+        ProjectReading reading = readProject(buffer, "file_format.md");
         EXPECT_EQ(reading.error, QString());
         return std::move(reading.project);
     }
@@ -126,7 +126,7 @@ TEST_F(FileFormat, ExamplesAreReadBackAsTheyWereWritten)
 {
     for (const Example& example : examplesOfThePage()) {
         const auto project = projectOf(example);
-        const Layout layout = makeLayout(readSettings(project.get()));
+        const Layout layout = layoutOf(*project);
         for (const CellValues& cells : example.written) {
             const AreaFacts& area = *areaNamed(cells.area);
             const AreaValues values =

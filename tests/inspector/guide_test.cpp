@@ -1,81 +1,52 @@
 // Checks that guide, man page and completion match the tool.
 // SPDX-License-Identifier: MIT
-#include "tests/support/module_test.h"
-#include "tests/support/run_tool.h"
+#include "tests/support/tool_test.h"
 #include "tools/retention_inspector/command.h"
 
-#include <QtCore/QDir>
-#include <QtCore/QFileInfo>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-#include <QtCore/QTemporaryDir>
-
-#include <algorithm>
+#include <QtCore/QRegularExpression>
 
 namespace {
 
 using testing::HasSubstr;
 
-QString contents(const char* path)
-{
-    QFile file(QStringLiteral(SOURCE_DIR "/") + QLatin1String(path));
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path;
-    return QString::fromUtf8(file.readAll());
-}
-
-class InspectorGuide : public testing::Test
+class InspectorGuide : public ToolTest
 {
 protected:
-    InspectorGuide() { QDir::setCurrent(QStringLiteral(SOURCE_DIR)); }
+    InspectorGuide() : ToolTest(RETENTION_INSPECTOR_PATH) {}
 
-    static ToolRun run(const QStringList& words)
-    {
-        return runTool(QStringLiteral(RETENTION_INSPECTOR_PATH), words);
-    }
-};
+    static QString contents(const QString& path) { return QString::fromUtf8(read(SOURCE_DIR "/" + path)); }
 
-/// A folder in which the guide's commands run one after the other, with the tools on the PATH.
-class Desk
-{
-public:
-    Desk()
+    /// Puts the tools on the PATH of the guide's commands.
+    static void makeDesk()
     {
-        QDir(scratch.path()).mkdir(QStringLiteral("bin"));
-        QFile::link(QStringLiteral(SOURCE_DIR "/examples"), scratch.filePath(QStringLiteral("examples")));
-        for (const char* tool : {RETENTION_INSPECTOR_PATH, PANEL_SIMULATOR_PATH}) {
-            const QString path = QString::fromLatin1(tool);
-            QFile wrapper(scratch.filePath(QStringLiteral("bin/") + QFileInfo(path).fileName()));
-            EXPECT_TRUE(wrapper.open(QIODevice::WriteOnly));
-            wrapper.write("#!/bin/sh\nexec " + qgetenv("TEST_EMULATOR") + " '" + QFile::encodeName(path) +
-                          "' \"$@\"\n");
-            wrapper.setPermissions(wrapper.permissions() | QFile::ExeOwner);
+        for (const char* const tool : {RETENTION_INSPECTOR_PATH, PANEL_SIMULATOR_PATH}) {
+            const QString wrapper = "bin/" + QFileInfo(tool).fileName();
+            write(wrapper,
+                  "#!/bin/sh\nexec " + qgetenv("TEST_EMULATOR") + " '" + QByteArray(tool) + "' \"$@\"\n");
+            QFile::setPermissions(wrapper, QFile::permissions(wrapper) | QFile::ExeOwner);
         }
         qunsetenv("TEST_EMULATOR"); // the shell runs natively
     }
 
     /// What a terminal would show after the command, without the simulator's notice about mapped paths.
-    QString type(const QString& command) const
+    static QString type(const QString& command)
     {
-        const QString line =
-            QStringLiteral("cd '%1'; PATH=%1/bin:$PATH; exec 2>&1; ").arg(scratch.path()) + command;
+        const QByteArray all = runTool("/bin/bash", {"-c", "PATH=$PWD/bin:$PATH; exec 2>&1; " + command}).out;
         QString out;
-        for (const QString& shown :
-             QString::fromUtf8(runTool(QStringLiteral("/bin/bash"), {QStringLiteral("-c"), line}).out)
-                 .split(QLatin1Char('\n')))
+        for (const QString& shown : QString::fromUtf8(all).split(QLatin1Char('\n')))
             if (!shown.startsWith(QLatin1String("panel_simulator: mapping paths ")))
                 out += shown + QLatin1Char('\n');
         out.chop(1);
         return out;
     }
-
-private:
-    QTemporaryDir scratch;
 };
 
 TEST_F(InspectorGuide, ShowsWhatTheToolsPrint)
 {
-    const Desk desk;
+    makeDesk();
     int commands = 0;
     const QStringList parts = contents("docs/retention_inspector.md").split(QLatin1String("```console\n"));
     for (const QString& part : parts.mid(1)) {
@@ -85,7 +56,7 @@ TEST_F(InspectorGuide, ShowsWhatTheToolsPrint)
         for (const QString& line : block.split(QLatin1Char('\n'))) {
             if (!line.startsWith(QLatin1String("$ ")))
                 continue;
-            shown += line + QLatin1Char('\n') + desk.type(line.mid(2));
+            shown += line + QLatin1Char('\n') + type(line.mid(2));
             ++commands;
         }
         EXPECT_EQ(shown.toStdString(), block.toStdString());
@@ -95,13 +66,8 @@ TEST_F(InspectorGuide, ShowsWhatTheToolsPrint)
 
 TEST_F(InspectorGuide, ShowsThePictureThatTheToolDraws)
 {
-    const QTemporaryDir scratch;
-    const QString picture = scratch.filePath(QStringLiteral("map.svg"));
-    run({QStringLiteral("map"), QStringLiteral("examples/overlapping_ranges.xml"), QStringLiteral("--output"),
-         picture});
-    QFile drawn(picture);
-    ASSERT_TRUE(drawn.open(QIODevice::ReadOnly));
-    EXPECT_EQ(drawn.readAll(), contents("docs/images/retention_map.svg").toUtf8())
+    output("map examples/overlapping_ranges.xml --output map.svg", 1);
+    EXPECT_EQ(QString::fromUtf8(read("map.svg")), contents("docs/images/retention_map.svg"))
         << "redraw both: retention_inspector map examples/overlapping_ranges.xml --force "
            "-o docs/images/retention_map.svg; rsvg-convert docs/images/retention_map.svg -o "
            "docs/images/retention_map.png";
@@ -119,59 +85,40 @@ QStringList keysOf(const QJsonObject& object)
 
 TEST_F(InspectorGuide, NamesEveryKey)
 {
-    QTemporaryDir scratch;
-    const QString directory = scratch.filePath(QStringLiteral("files"));
-    QDir().mkdir(directory);
-    QFile words(directory + QStringLiteral("/maintenance-word.dat"));
-    ASSERT_TRUE(words.open(QIODevice::WriteOnly) && words.write("\1\2\3") == 3);
-    words.close();
-    const QString ranges = QStringLiteral("examples/overlapping_ranges.xml");
-    const QString areas = QStringLiteral("examples/whole_areas.xml");
-    const QString migrated = scratch.filePath(QStringLiteral("migrated"));
-    const QString picture = scratch.filePath(QStringLiteral("map.svg"));
-    const QString table = scratch.filePath(QStringLiteral("values.csv"));
-    const QString tags = QStringLiteral("examples/address_ranges_tags.csv");
-    const QString page = scratch.filePath(QStringLiteral("panel.html"));
-    const QString edited = scratch.filePath(QStringLiteral("edited.csv"));
-    QFile edit(edited);
-    ASSERT_TRUE(edit.open(QIODevice::WriteOnly) && edit.write("area,address,value\nLW,100,1\n") > 0);
-    edit.close();
-    const QString endurance = QStringLiteral("--endurance-cycles=3000");
-    const QList<QStringList> calls = {
-        {QStringLiteral("layout"), ranges},
-        {QStringLiteral("layout"), areas},
-        {QStringLiteral("show"), ranges, directory},
-        {QStringLiteral("check"), ranges, directory},
-        {QStringLiteral("migrate"), ranges, areas, directory, QStringLiteral("--move=LW:200=LW:7"),
-         QStringLiteral("--force"), QStringLiteral("-o"), migrated},
-        {QStringLiteral("diff"), ranges, directory, migrated},
-        {QStringLiteral("wear"), ranges, QStringLiteral("--changes-per-hour=60"),
-         QStringLiteral("--medium=emmc"), endurance},
-        {QStringLiteral("wear"), areas, endurance},
-        {QStringLiteral("wear"), ranges, QStringLiteral("--medium=nor")},
-        {QStringLiteral("map"), ranges, QStringLiteral("-o"), picture},
-        {QStringLiteral("show"), ranges, directory, QStringLiteral("--tags"), tags},
-        {QStringLiteral("diff"), ranges, directory, migrated, QStringLiteral("--tags"), tags},
-        {QStringLiteral("export"), ranges, directory, QStringLiteral("-o"), table,
-         QStringLiteral("--nonzero")},
-        {QStringLiteral("report"), ranges, directory, QStringLiteral("-o"), page},
-        {QStringLiteral("compare"), areas, migrated, migrated, directory},
-        {QStringLiteral("import"), ranges, edited, QStringLiteral("-o"),
-         scratch.filePath(QStringLiteral("imported"))}};
+    write("files/maintenance-word.dat", "\1\2\3");
+    write("edited.csv", "area,address,value\nLW,100,1\n");
+    QFile::link("examples/overlapping_ranges.xml", "overlapping.xml");
+    QFile::link("examples/address_ranges_tags.csv", "tags.csv");
+    const QStringList calls = {
+        "layout overlapping.xml",
+        "layout areas.xml",
+        "show overlapping.xml files",
+        "check overlapping.xml files",
+        "migrate overlapping.xml areas.xml files --move=LW:200=LW:7 --force -o new",
+        "diff overlapping.xml files new",
+        "wear overlapping.xml --changes-per-hour=60 --medium=emmc --endurance-cycles=3000",
+        "wear areas.xml --endurance-cycles=3000",
+        "wear overlapping.xml --medium=nor",
+        "map overlapping.xml -o map.svg",
+        "show overlapping.xml files --tags tags.csv",
+        "diff overlapping.xml files new --tags tags.csv",
+        "export overlapping.xml files -o values.csv --nonzero",
+        "report overlapping.xml files -o panel.html",
+        "compare areas.xml new new files",
+        "import overlapping.xml edited.csv -o imported"};
     for (const Command* command : commands())
-        EXPECT_TRUE(std::any_of(
-            calls.begin(), calls.end(),
-            [command](const QStringList& call) { return call.first() == QLatin1String(command->name); }))
+        EXPECT_FALSE(calls.filter(QRegularExpression("^" + QString(command->name) + " ")).isEmpty())
             << "call it here: " << command->name;
     const std::string guide = contents("docs/retention_inspector.md").toStdString();
-    for (const QStringList& call : calls) {
-        const ToolRun run = InspectorGuide::run(call + QStringList(QStringLiteral("--format=json")));
-        const QJsonObject root = QJsonDocument::fromJson(run.out).object();
-        EXPECT_EQ(root.value(QStringLiteral("command")).toString(), call.first()) << run.err.toStdString();
+    for (const QString& call : calls) {
+        const ToolRun made = run(call + " --format=json");
+        const QJsonObject root = QJsonDocument::fromJson(made.out).object();
+        EXPECT_EQ(root.value("command").toString(), call.section(QLatin1Char(' '), 0, 0))
+            << made.err.toStdString();
         for (const QString& key : keysOf(root))
             EXPECT_NE(guide.find('`' + key.toStdString() + '`'), std::string::npos)
                 << "docs/retention_inspector.md lacks the key " << key.toStdString() << " of "
-                << call.join(QLatin1Char(' ')).toStdString();
+                << call.toStdString();
     }
 }
 
@@ -195,27 +142,27 @@ TEST_F(InspectorGuide, CompletionOffersEveryCommandAndOption)
 {
     qunsetenv("TEST_EMULATOR"); // the shell runs natively
     const auto offered = [](const QStringList& words) {
-        const ToolRun run = runTool(
-            QStringLiteral("/bin/bash"),
-            QStringList({QStringLiteral("-c"),
-                         QStringLiteral(
-                             "source tools/retention_inspector/completion.bash; COMP_WORDS=(\"$0\" \"$@\"); "
-                             "COMP_CWORD=$#; _retention_inspector; echo \"${COMPREPLY[@]}\""),
-                         QStringLiteral("retention_inspector")}) +
-                words);
+        const ToolRun run =
+            runTool("/bin/bash",
+                    QStringList({"-c",
+                                 "source " SOURCE_DIR
+                                 "/tools/retention_inspector/completion.bash; COMP_WORDS=(\"$0\" \"$@\"); "
+                                 "COMP_CWORD=$#; _retention_inspector; echo \"${COMPREPLY[@]}\"",
+                                 "retention_inspector"}) +
+                        words);
         return QString::fromUtf8(run.out).simplified().split(QLatin1Char(' '));
     };
     for (const Command* form : commands()) {
         const QString name = QString::fromLatin1(form->name);
         EXPECT_TRUE(offered({QString()}).contains(name)) << form->name;
-        const QStringList options = offered({name, QStringLiteral("--")});
+        const QStringList options = offered({name, "--"});
         for (const Option& option : form->options)
             EXPECT_TRUE(options.contains(QLatin1String("--") + QLatin1String(option.name)))
                 << form->name << ' ' << option.name;
         EXPECT_EQ(options.size(), static_cast<int>(form->options.size()) + 4) << form->name;
     }
-    EXPECT_THAT(offered({QStringLiteral("layout"), QStringLiteral("examples/over")}),
-                testing::ElementsAre(QStringLiteral("examples/overlapping_ranges.xml")));
+    EXPECT_THAT(offered({"layout", "examples/over"}),
+                testing::ElementsAre("examples/overlapping_ranges.xml"));
 }
 
 } // namespace

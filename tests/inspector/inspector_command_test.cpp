@@ -1,60 +1,36 @@
 // Tests retention_inspector as its user sees it: output, exit status and error texts.
 // SPDX-License-Identifier: MIT
-#include "tests/support/module_test.h"
-#include "tests/support/run_tool.h"
+#include "tests/support/tool_test.h"
 #include "tools/retention_inspector/command.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QProcess>
-#include <QtCore/QTemporaryDir>
 
 namespace {
 
 using testing::HasSubstr;
 using testing::Not;
 
-class Inspector : public testing::Test
+class Inspector : public ToolTest
 {
 protected:
-    static ToolRun run(const QStringList& words)
-    {
-        return runTool(QStringLiteral(RETENTION_INSPECTOR_PATH), words);
-    }
+    Inspector() : ToolTest(RETENTION_INSPECTOR_PATH) { QDir().mkdir("dir"); }
 
-    static QString example(const char* name)
+    /// Writes the files of "ranges.xml": LW 203 is `value`, LB 25 is 1, all else 0.
+    static void writeExampleFiles(char value = 7)
     {
-        return QStringLiteral(EXAMPLES_DIR "/%1.xml").arg(QLatin1String(name));
+        writeFiles("dir", QByteArray(26, '\0') + value + QByteArray(3, '\0'), QByteArray("\x20\0", 2));
     }
-
-    QString write(const char* name, const QByteArray& bytes)
-    {
-        QFile file(scratch.filePath(QString::fromLatin1(name)));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        return file.fileName();
-    }
-
-    /// The files of the example of address ranges: LW 203 is 7, LB 25 is 1, all else 0.
-    void writeExampleFiles()
-    {
-        QByteArray words(30, '\0');
-        words[26] = 7;
-        write(wordFileName, words);
-        write(bitFileName, QByteArray("\x20\0", 2));
-        write(rwiFileName, QByteArray());
-    }
-
-    QTemporaryDir scratch;
 };
 
 TEST_F(Inspector, ShowsTheLayoutOfAProject)
 {
-    const ToolRun run = Inspector::run({QStringLiteral("layout"), example("address_ranges")});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.err, "");
-    EXPECT_EQ(run.out.toStdString(),
+    const ToolRun tool = run("layout ranges.xml");
+    EXPECT_EQ(tool.status, 0);
+    EXPECT_EQ(tool.err, "");
+    EXPECT_EQ(tool.out.toStdString(),
               "Mode   per-address entries\n"
               "\n"
               "Files\n"
@@ -85,174 +61,139 @@ TEST_F(Inspector, ShowsTheLayoutOfAProject)
 
 TEST_F(Inspector, ShowsTheSavePeriodOfWholeAreas)
 {
-    const ToolRun run = Inspector::run({QStringLiteral("layout"), example("whole_areas")});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("Mode     whole areas\nPeriod   5 minutes (300000 ms)\n"));
-    EXPECT_THAT(run.out.toStdString(), Not(HasSubstr("Entries")));
+    const std::string layout = output("layout areas.xml");
+    EXPECT_THAT(layout, HasSubstr("Mode     whole areas\nPeriod   5 minutes (300000 ms)\n"));
+    EXPECT_THAT(layout, Not(HasSubstr("Entries")));
 }
 
 TEST_F(Inspector, EndsWithStatusOneForFindings)
 {
-    const QString project =
-        write("odd.xml", "<object name='p'><object name='DataRetention'><object name='e'/>"
-                         "</object></object>");
-    const ToolRun run = Inspector::run({QStringLiteral("layout"), project});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("1. error: entry 1 \"e\": it has no \"sourceAddress\""));
+    write("odd.xml", "<object name='p'><object name='DataRetention'><object name='e'/></object></object>");
+    EXPECT_THAT(output("layout odd.xml", 1),
+                HasSubstr("1. error: entry 1 \"e\": it has no \"sourceAddress\""));
 }
 
 TEST_F(Inspector, GivesScriptsJson)
 {
-    const ToolRun run = Inspector::run({QStringLiteral("layout"), example("address_ranges"),
-                                        QStringLiteral("--format"), QStringLiteral("json")});
-    const QJsonObject root = QJsonDocument::fromJson(run.out).object();
-    EXPECT_EQ(root.value(QStringLiteral("version")).toInt(), 2);
-    EXPECT_EQ(root.value(QStringLiteral("mode")).toString(), QStringLiteral("per-address"));
-    const QJsonObject block = root.value(QStringLiteral("blocks")).toArray().at(2).toObject();
-    EXPECT_EQ(block.value(QStringLiteral("first")).toInt(), 200);
-    EXPECT_EQ(block.value(QStringLiteral("byte")).toInt(), 20);
-    EXPECT_TRUE(root.value(QStringLiteral("findings")).toArray().isEmpty());
+    const auto root = QJsonDocument::fromJson(run("layout ranges.xml --format json").out).object();
+    EXPECT_EQ(root.value("version").toInt(), 2);
+    EXPECT_EQ(root.value("mode").toString(), "per-address");
+    const QJsonObject block = root.value("blocks").toArray().at(2).toObject();
+    EXPECT_EQ(block.value("first").toInt(), 200);
+    EXPECT_EQ(block.value("byte").toInt(), 20);
+    EXPECT_TRUE(root.value("findings").toArray().isEmpty());
 }
 
 TEST_F(Inspector, GivesScriptsCsv)
 {
     writeExampleFiles();
-    const ToolRun run = Inspector::run({QStringLiteral("show"), example("address_ranges"), scratch.path(),
-                                        QStringLiteral("--address"), QStringLiteral("203-204"),
-                                        QStringLiteral("--format=csv")});
-    EXPECT_EQ(run.out.toStdString(), "area,address,value,state\nLW,203,7,kept\nLW,204,0,kept\n");
-    EXPECT_EQ(run.err, "");
+    const ToolRun tool = run("show ranges.xml dir --address 203-204 --format=csv");
+    EXPECT_EQ(tool.out, "area,address,value,state\nLW,203,7,kept\nLW,204,0,kept\n");
+    EXPECT_EQ(tool.err, "");
 }
 
 TEST_F(Inspector, GivesFindingsBesideATable)
 {
-    const QStringList check = {QStringLiteral("check"), example("address_ranges"), scratch.path(),
-                               QStringLiteral("--format=csv")};
-    const ToolRun files = run(check);
+    const ToolRun files = run("check ranges.xml dir --format=csv");
     EXPECT_EQ(files.status, 1);
     EXPECT_EQ(files.out.count('\n'), 4) << "a line of names and three files: " << files.out.toStdString();
     EXPECT_THAT(files.err.toStdString(), HasSubstr("the file does not exist."));
-    const ToolRun findings = run(check + QStringList(QStringLiteral("--table=findings")));
+    const ToolRun findings = run("check ranges.xml dir --format=csv --table=findings");
     EXPECT_THAT(findings.out.toStdString(),
                 HasSubstr("severity,kind,entry,area,cells,place,problem,remedy\nerror,missing,,LB,"));
     EXPECT_EQ(findings.err, "");
-    const ToolRun all = run(check + QStringList(QStringLiteral("--table=all")));
-    EXPECT_THAT(all.out.toStdString(), HasSubstr("record,file,bytes,"));
-    EXPECT_THAT(all.out.toStdString(), HasSubstr("\nfact,mode,per-address\n"));
-    const ToolRun none = run(check + QStringList(QStringLiteral("--table=blocks")));
-    EXPECT_EQ(none.status, 2);
-    EXPECT_THAT(none.err.toStdString(),
+    const std::string all = output("check ranges.xml dir --format=csv --table=all", 1);
+    EXPECT_THAT(all, HasSubstr("record,file,bytes,"));
+    EXPECT_THAT(all, HasSubstr("\nfact,mode,per-address\n"));
+    EXPECT_THAT(errors("check ranges.xml dir --format=csv --table=blocks"),
                 HasSubstr("--table \"blocks\": expected one of files, findings, facts, or all"));
 }
 
 TEST_F(Inspector, SaysNothingWhenQuiet)
 {
-    const ToolRun run = Inspector::run(
-        {QStringLiteral("check"), example("address_ranges"), scratch.path(), QStringLiteral("--quiet")});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(output("check ranges.xml dir --quiet", 1) + errors("check ranges.xml dir --quiet", 1), "");
 }
 
 TEST_F(Inspector, ColoursSeveritiesOnATerminalOnly)
 {
-    const QStringList layout = {QStringLiteral("layout"), example("overlapping_ranges")};
-    const QString tool = QStringLiteral(RETENTION_INSPECTOR_PATH);
+    const auto onTerminal = [this] {
+        return runToolOnTerminal(tool, {"layout", "examples/overlapping_ranges.xml"}, "").out.toStdString();
+    };
     qunsetenv("NO_COLOR");
-    EXPECT_THAT(runToolOnTerminal(tool, layout, "").out.toStdString(),
-                HasSubstr("1. \x1b[1;31merror\x1b[0m: "));
-    EXPECT_FALSE(run(layout).out.contains('\x1b'));
+    EXPECT_THAT(onTerminal(), HasSubstr("1. \x1b[1;31merror\x1b[0m: "));
+    EXPECT_THAT(output("layout examples/overlapping_ranges.xml", 1), Not(HasSubstr("\x1b")));
     qputenv("NO_COLOR", "1");
-    EXPECT_FALSE(runToolOnTerminal(tool, layout, "").out.contains('\x1b'));
+    EXPECT_THAT(onTerminal(), Not(HasSubstr("\x1b")));
     qunsetenv("NO_COLOR");
 }
 
 TEST_F(Inspector, ShowsTheValuesThatAreAskedFor)
 {
     writeExampleFiles();
-    const auto cells = [this](const QStringList& more) {
-        return run(QStringList{QStringLiteral("show"), example("address_ranges"), scratch.path(),
-                               QStringLiteral("--format=csv")} +
-                   more)
-            .out.toStdString();
-    };
+    const QString show = "show ranges.xml dir --format=csv ";
     const std::string names = "area,address,value,state\n";
-    EXPECT_EQ(cells({QStringLiteral("--nonzero")}), names + "LB,25,1,kept\nLW,203,7,kept\n");
-    EXPECT_EQ(cells({QStringLiteral("--nonzero"), QStringLiteral("--hex"), QStringLiteral("--entry"),
-                     QStringLiteral("counters")}),
-              names + "LW,203,0x0007,kept\n");
-    EXPECT_EQ(cells({QStringLiteral("--address=0xcb")}), names + "LW,203,7,kept\n");
-    const ToolRun unknown = run({QStringLiteral("show"), example("address_ranges"), scratch.path(),
-                                 QStringLiteral("--entry=nobody")});
-    EXPECT_EQ(unknown.status, 2);
-    EXPECT_THAT(unknown.err.toStdString(),
+    EXPECT_EQ(output(show + "--nonzero"), names + "LB,25,1,kept\nLW,203,7,kept\n");
+    EXPECT_EQ(output(show + "--nonzero --hex --entry counters"), names + "LW,203,0x0007,kept\n");
+    EXPECT_EQ(output(show + "--address=0xcb"), names + "LW,203,7,kept\n");
+    EXPECT_THAT(errors(show + "--entry=nobody"),
                 HasSubstr("--entry \"nobody\": expected one of recipe, counters, switches"));
 }
 
 TEST_F(Inspector, WatchesTheFiles)
 {
     writeExampleFiles();
-    QProcess tool;
+    QProcess watching;
     const QStringList call =
         qEnvironmentVariable("TEST_EMULATOR").split(QLatin1Char(' '), Qt::SkipEmptyParts) +
-        QStringList{QStringLiteral(RETENTION_INSPECTOR_PATH), QStringLiteral("show"),
-                    example("address_ranges"), scratch.path(), QStringLiteral("--watch")};
-    tool.start(call.first(), call.mid(1));
-    const auto waitFor = [&tool](const QByteArray& text) {
+        QStringList{tool, "show", "ranges.xml", "dir", "--watch"};
+    watching.start(call.first(), call.mid(1));
+    const auto waitFor = [&](const QByteArray& text) {
         QByteArray out;
-        while (!out.contains(text) && tool.waitForReadyRead(20000))
-            out += tool.readAllStandardOutput();
-        return out;
+        while (!out.contains(text) && watching.waitForReadyRead(20000))
+            out += watching.readAllStandardOutput();
+        return out.toStdString();
     };
-    EXPECT_THAT(waitFor("No findings").toStdString(), HasSubstr("0     0     0     7     0"));
-    QByteArray words(30, '\0');
-    words[26] = 9;
-    write(wordFileName, words);
-    EXPECT_THAT(waitFor("->").toStdString(), HasSubstr("  LW 203: 7 -> 9\n"));
-    QFile::remove(scratch.filePath(QString::fromLatin1(wordFileName)));
-    const std::string out = waitFor("204: no value").toStdString();
+    EXPECT_THAT(waitFor("No findings"), HasSubstr("0     0     0     7     0"));
+    writeExampleFiles(9);
+    EXPECT_THAT(waitFor("->"), HasSubstr("  LW 203: 7 -> 9\n"));
+    QFile::remove("dir/maintenance-word.dat");
+    const std::string out = waitFor("204: no value");
     EXPECT_THAT(out, HasSubstr("maintenance-word.dat: the file does not exist.\n"));
     EXPECT_THAT(out, HasSubstr("  LW 100 to 109: no value\n"));
     EXPECT_THAT(out, HasSubstr("  LW 200 to 204: no value\n"));
-    tool.kill();
-    tool.waitForFinished();
+    watching.kill();
+    watching.waitForFinished();
 }
 
 TEST_F(Inspector, ShowsKeptValuesByAddress)
 {
     writeExampleFiles();
-    const ToolRun run = Inspector::run({QStringLiteral("show"), example("address_ranges"), scratch.path()});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("  LB     20 to 29     0 0 0 0 0 1 0 0 0 0\n"
-                                                 "  LB     30 to 31     0 0\n"));
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("  LW     200 to 204       0     0     0     7     0\n"));
-    const ToolRun narrow = Inspector::run({QStringLiteral("show"), example("address_ranges"), scratch.path(),
-                                           QStringLiteral("--area"), QStringLiteral("LB"),
-                                           QStringLiteral("--address"), QStringLiteral("25")});
-    EXPECT_THAT(narrow.out.toStdString(), HasSubstr("  LB     25          1\n"));
-    EXPECT_THAT(narrow.out.toStdString(), Not(HasSubstr("LW")));
+    const std::string all = output("show ranges.xml dir");
+    EXPECT_THAT(all, HasSubstr("  LB     20 to 29     0 0 0 0 0 1 0 0 0 0\n  LB     30 to 31     0 0\n"));
+    EXPECT_THAT(all, HasSubstr("  LW     200 to 204       0     0     0     7     0\n"));
+    const std::string narrow = output("show ranges.xml dir --area LB --address 25");
+    EXPECT_THAT(narrow, HasSubstr("  LB     25          1\n"));
+    EXPECT_THAT(narrow, Not(HasSubstr("LW")));
 }
 
 TEST_F(Inspector, SaysBeforeItShowsValuesThatTheFilesDoNotFit)
 {
     writeExampleFiles();
-    write(wordFileName, QByteArray(131072, '\1'));
-    const ToolRun run = Inspector::run({QStringLiteral("show"), example("address_ranges"), scratch.path()});
-    EXPECT_EQ(run.status, 1);
-    const QByteArray finding = "length of a whole-area image, but the project retains address ranges";
-    EXPECT_GE(run.out.simplified().indexOf(finding), 0) << run.out.toStdString();
-    EXPECT_LT(run.out.indexOf("Findings"), run.out.indexOf("Retained values"));
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("  Area   Addresses    Values"));
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("  257   257   257   257   257   doubtful\n"));
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("  LB     30 to 31     0 0\n")) << "in a file that fits";
-    EXPECT_EQ(run.out.count("No findings."), 0);
-    const QByteArray json = Inspector::run({QStringLiteral("show"), example("address_ranges"), scratch.path(),
-                                            QStringLiteral("--format=json")})
-                                .out;
-    const QJsonArray cells = QJsonDocument::fromJson(json).object().value(QStringLiteral("cells")).toArray();
-    EXPECT_EQ(cells.at(0).toObject().value(QStringLiteral("state")).toString(), QStringLiteral("kept"))
-        << "LB 20, in a file that fits";
-    EXPECT_EQ(cells.at(12).toObject().value(QStringLiteral("state")).toString(), QStringLiteral("doubtful"))
+    write("dir/maintenance-word.dat", QByteArray(131072, '\1'));
+    const std::string shown = output("show ranges.xml dir", 1);
+    EXPECT_THAT(QByteArray::fromStdString(shown).simplified().toStdString(),
+                HasSubstr("length of a whole-area image, but the project retains address ranges"));
+    EXPECT_LT(shown.find("Findings"), shown.find("Retained values"));
+    EXPECT_THAT(shown, HasSubstr("  Area   Addresses    Values"));
+    EXPECT_THAT(shown, HasSubstr("  257   257   257   257   257   doubtful\n"));
+    EXPECT_THAT(shown, HasSubstr("  LB     30 to 31     0 0\n")) << "in a file that fits";
+    EXPECT_THAT(shown, Not(HasSubstr("No findings.")));
+    const QJsonArray cells = QJsonDocument::fromJson(run("show ranges.xml dir --format=json").out)
+                                 .object()
+                                 .value("cells")
+                                 .toArray();
+    EXPECT_EQ(cells.at(0).toObject().value("state").toString(), "kept") << "LB 20, in a file that fits";
+    EXPECT_EQ(cells.at(12).toObject().value("state").toString(), "doubtful")
         << "LW 100, in one that does not";
 }
 
@@ -260,120 +201,93 @@ TEST_F(Inspector, DoesNotTakeAFolderThatItMayNotSearchForAnEmptyOne)
 {
     if (!qEnvironmentVariableIsEmpty("TEST_EMULATOR"))
         GTEST_SKIP() << "needs root of this machine, to become somebody else";
-    writeExampleFiles();
     const bool isRoot = geteuid() == 0;
-    QFile::setPermissions(scratch.path(), isRoot ? QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner
-                                                 : QFile::Permissions());
-    QStringList call = {QStringLiteral("setpriv"),
-                        QStringLiteral("--reuid=65534"),
-                        QStringLiteral("--regid=65534"),
-                        QStringLiteral("--clear-groups"),
-                        QStringLiteral(RETENTION_INSPECTOR_PATH),
-                        QStringLiteral("check"),
-                        example("address_ranges"),
-                        scratch.path()};
+    const auto own = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    QFile::setPermissions(scratch.path(), own | QFile::ReadOther | QFile::ExeOther);
+    QFile::setPermissions("dir", isRoot ? own : QFile::Permissions());
+    QStringList call = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups",
+                        tool,      "check",         "ranges.xml",    "dir"};
     call = isRoot ? call : call.mid(4);
-    const ToolRun run = runTool(call.first(), call.mid(1));
-    QFile::setPermissions(scratch.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    if (run.status == 126 || run.status == 127)
+    const ToolRun refused = runTool(call.first(), call.mid(1));
+    QFile::setPermissions("dir", own);
+    if (refused.status == 126 || refused.status == 127)
         GTEST_SKIP() << "needs root that can become somebody else, and a build folder that they reach";
-    EXPECT_EQ(run.status, 2);
-    EXPECT_THAT(run.err.toStdString(), HasSubstr(scratch.path().toStdString() + ": Permission denied"));
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_THAT(refused.err.toStdString(), HasSubstr("dir: Permission denied"));
 }
 
 TEST_F(Inspector, SaysThatTheProjectHasFindings)
 {
     writeExampleFiles();
-    const ToolRun run =
-        Inspector::run({QStringLiteral("show"), example("overlapping_ranges"), scratch.path()});
-    EXPECT_THAT(run.out.toStdString(),
+    EXPECT_THAT(output("show examples/overlapping_ranges.xml dir", 1),
                 HasSubstr("The project itself has 4 findings; run \"layout\" to see them."));
 }
 
 TEST_F(Inspector, TakesNoByteForABitThatIsNeither0Nor1)
 {
-    write(bitFileName, QByteArray(65536, '\3'));
-    write(wordFileName, QByteArray(131072, '\0'));
-    write(rwiFileName, QByteArray(131072, '\0'));
-    const ToolRun shown = Inspector::run({QStringLiteral("show"), example("whole_areas"), scratch.path()});
-    EXPECT_EQ(shown.status, 1);
-    EXPECT_THAT(shown.out.simplified().toStdString(), HasSubstr("65536 bytes are neither 0 nor 1"));
-    EXPECT_THAT(shown.out.toStdString(), HasSubstr("1 1 1 1 1 1 1 1 1 1   doubtful\n"));
-    const ToolRun differing =
-        Inspector::run({QStringLiteral("diff"), example("whole_areas"), scratch.path(), scratch.path()});
-    EXPECT_EQ(differing.status, 1);
-    EXPECT_THAT(differing.out.simplified().toStdString(), HasSubstr("65536 bytes are neither 0 nor 1"));
+    const QByteArray words(131072, '\0');
+    writeFiles("dir", words, QByteArray(65536, '\3'), words);
+    for (const char* const command : {"show areas.xml dir", "diff areas.xml dir dir"})
+        EXPECT_THAT(QByteArray::fromStdString(output(command, 1)).simplified().toStdString(),
+                    HasSubstr("65536 bytes are neither 0 nor 1"));
+    EXPECT_THAT(output("show areas.xml dir", 1), HasSubstr("1 1 1 1 1 1 1 1 1 1   doubtful\n"));
 }
 
 TEST_F(Inspector, SaysBeforeItShowsThatThereAreNoFiles)
 {
-    const ToolRun run = Inspector::run({QStringLiteral("show"), example("address_ranges"), scratch.path()});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("maintenance-word.dat: the file does not exist."));
-    EXPECT_LT(run.out.indexOf("Findings"), run.out.indexOf("Retained values"));
+    const std::string shown = output("show ranges.xml dir", 1);
+    EXPECT_THAT(shown, HasSubstr("maintenance-word.dat: the file does not exist."));
+    EXPECT_LT(shown.find("Findings"), shown.find("Retained values"));
 }
 
 TEST_F(Inspector, CollapsesCellsWithoutValue)
 {
-    const ToolRun run = Inspector::run({QStringLiteral("show"), example("whole_areas"), scratch.path()});
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("  LW     0 to 65535   no value\n"));
-    EXPECT_LT(run.out.count('\n'), 40);
+    const std::string shown = output("show areas.xml dir", 1);
+    EXPECT_THAT(shown, HasSubstr("  LW     0 to 65535   no value\n"));
+    EXPECT_LT(std::count(shown.begin(), shown.end(), '\n'), 40);
 }
 
 TEST_F(Inspector, ChecksFiles)
 {
     writeExampleFiles();
-    EXPECT_EQ(Inspector::run({QStringLiteral("check"), example("address_ranges"), scratch.path()}).status, 0);
-    const ToolRun run = Inspector::run({QStringLiteral("check"), example("whole_areas"), scratch.path()});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("emptied and filled with zeros"));
+    output("check ranges.xml dir", 0);
+    EXPECT_THAT(output("check areas.xml dir", 1), HasSubstr("emptied and filled with zeros"));
 }
 
 TEST_F(Inspector, NamesWhatIsWrongWithItsInput)
 {
-    const auto errorOf = [](const QStringList& words) {
-        const ToolRun run = Inspector::run(words);
-        EXPECT_EQ(run.status, 2);
-        EXPECT_EQ(run.out, "");
-        return run.err.toStdString();
-    };
-    const QString layout = QStringLiteral("layout");
-    EXPECT_THAT(errorOf({}), HasSubstr("expected one of layout, show, check"));
-    EXPECT_THAT(errorOf({QStringLiteral("lay")}), HasSubstr("unknown command \"lay\""));
-    EXPECT_THAT(errorOf({layout}),
-                HasSubstr("expected: layout PROJECT.xml (see retention_inspector layout --help)"));
-    EXPECT_THAT(errorOf({layout, QStringLiteral("/nowhere.xml")}), HasSubstr("/nowhere.xml: cannot be read"));
-    EXPECT_THAT(errorOf({layout, scratch.path()}), HasSubstr("is not a file"));
-    EXPECT_THAT(errorOf({layout, write("bad.xml", "<object name='p'>\n<object/></object>")}),
-                HasSubstr("bad.xml:2:"));
-    EXPECT_THAT(errorOf({layout, example("whole_areas"), QStringLiteral("--format=xml")}),
-                HasSubstr("--format \"xml\": expected text, json or csv"));
-    EXPECT_THAT(errorOf({layout, example("whole_areas"), QStringLiteral("--wrong")}), HasSubstr("wrong"));
-    const QString show = QStringLiteral("show");
-    EXPECT_THAT(errorOf({show, example("whole_areas"), QStringLiteral("/nowhere")}),
-                HasSubstr("/nowhere: no such directory"));
-    EXPECT_THAT(errorOf({show, example("whole_areas"), example("whole_areas")}),
-                HasSubstr("whole_areas.xml: is not a directory"));
-    EXPECT_THAT(errorOf({show, example("whole_areas"), scratch.path(), QStringLiteral("--area=lb")}),
-                HasSubstr("--area \"lb\": expected LB, LW or RWI"));
-    EXPECT_THAT(errorOf({show, example("whole_areas"), scratch.path(), QStringLiteral("--address=9-5")}),
-                HasSubstr("--address \"9-5\": expected an address"));
+    write("bad.xml", "<object name='p'>\n<object/></object>");
+    EXPECT_THAT(runTool(tool, {}).err.toStdString(), HasSubstr("expected one of layout, show, check"));
+    const char* const errorsOf[][2] = {
+        {"lay", "unknown command \"lay\""},
+        {"layout", "expected: layout PROJECT.xml (see retention_inspector layout --help)"},
+        {"layout /nowhere.xml", "/nowhere.xml: cannot be read"},
+        {"layout dir", "is not a file"},
+        {"layout bad.xml", "bad.xml:2:"},
+        {"layout areas.xml --format=xml", "--format \"xml\": expected text, json or csv"},
+        {"layout areas.xml --wrong", "wrong"},
+        {"show areas.xml /nowhere", "/nowhere: no such directory"},
+        {"show areas.xml areas.xml", "areas.xml: is not a directory"},
+        {"show areas.xml dir --area=lb", "--area \"lb\": expected LB, LW or RWI"},
+        {"show areas.xml dir --address=9-5", "--address \"9-5\": expected an address"}};
+    for (const auto& [words, error] : errorsOf) {
+        EXPECT_THAT(errors(words), HasSubstr(error));
+        EXPECT_EQ(output(words, 2), "");
+    }
 }
 
 TEST_F(Inspector, ExplainsEveryCommandWithExamples)
 {
-    const std::string general = Inspector::run({QStringLiteral("--help")}).out.toStdString();
-    EXPECT_EQ(Inspector::run({QStringLiteral("help"), QStringLiteral("check")}).out,
-              Inspector::run({QStringLiteral("check"), QStringLiteral("--help")}).out);
-    EXPECT_EQ(Inspector::run({QStringLiteral("help"), QStringLiteral("chek")}).status, 2);
+    const std::string general = output("--help");
+    EXPECT_EQ(output("help check"), output("check --help"));
+    errors("help chek");
     for (const Command* form : commands()) {
-        EXPECT_THAT(general, HasSubstr(std::string("  ") + form->name + ' '));
-        const ToolRun run = Inspector::run({QString::fromLatin1(form->name), QStringLiteral("--help")});
-        EXPECT_EQ(run.status, 0);
-        EXPECT_THAT(run.out.toStdString(),
-                    HasSubstr("Examples:\n  retention_inspector " + std::string(form->name)));
+        const std::string name = form->name;
+        EXPECT_THAT(general, HasSubstr("  " + name + ' '));
+        const std::string help = output(QString::fromStdString(name + " --help"));
+        EXPECT_THAT(help, HasSubstr("Examples:\n  retention_inspector " + name));
         for (const Option& option : form->options)
-            EXPECT_THAT(run.out.toStdString(), HasSubstr(std::string("--") + option.name));
+            EXPECT_THAT(help, HasSubstr(std::string("--") + option.name));
     }
 }
 

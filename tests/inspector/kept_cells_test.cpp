@@ -1,26 +1,19 @@
 // Tests, for any project, that the cells which the tool calls kept are those that the module restores.
 // SPDX-License-Identifier: MIT
-#include "tests/support/module_test.h"
-#include "tools/retention_core/layout.h"
+#include "tests/inspector/layout_of.h"
+#include "tests/support/random_source.h"
 
 #include <QtCore/QFile>
 
-#include <random>
-
 namespace {
 
-std::vector<Entry> randomEntries(std::mt19937& random, int lowestLength)
+std::vector<Entry> randomEntries(RandomSource& random, int lowestLength)
 {
-    const QString areas[] = {QStringLiteral("LB"), QStringLiteral("LW"), QStringLiteral("RWI"),
-                             QStringLiteral("lw")};
-    const int bases[] = {-5, 0, 60085, 65500};
-    std::vector<Entry> entries(std::uniform_int_distribution<std::size_t>(1, 12)(random));
-    for (Entry& entry : entries) {
-        entry.area = areas[std::uniform_int_distribution<std::size_t>(0, 12)(random) % 4];
-        entry.index = bases[std::uniform_int_distribution<std::size_t>(0, 3)(random)] +
-                      std::uniform_int_distribution<int>(0, 40)(random);
-        entry.length = std::uniform_int_distribution<int>(lowestLength, 20)(random);
-    }
+    std::vector<Entry> entries(static_cast<std::size_t>(random.between(1, 12)));
+    for (Entry& entry : entries)
+        entry = {random.oneOf<QString>({LB, LW, RWI, "lw"}),
+                 random.oneOf<int>({-5, 0, 60085, 65500}) + random.between(0, 40),
+                 random.between(lowestLength, 20)};
     return entries;
 }
 
@@ -68,13 +61,13 @@ std::string describe(const std::vector<Entry>& entries)
 
 TEST_F(KeptCells, AreThoseThatComeBackThroughTheModule)
 {
-    std::mt19937 random(8);
+    RandomSource random(printedSeed());
     qint64 kept = 0;
     qint64 lost = 0;
     for (int round = 0; round < 300; ++round) {
         const std::vector<Entry> entries = randomEntries(random, 0);
         const auto project = perAddressProject(entries);
-        const Layout layout = makeLayout(readSettings(project.get()));
+        const Layout layout = layoutOf(*project);
         const auto back = cellsThatComeBack(*project, entries);
         for (std::size_t i = 0; i < 3; ++i) {
             ASSERT_EQ(layout.areas[i].kept.text(), back[i].text()) << describe(entries);
@@ -93,12 +86,12 @@ TEST_F(KeptCells, AreThoseThatComeBackThroughTheModule)
 
 TEST_F(KeptCells, ComeBackAlsoWhenEntriesHaveNegativeLengths)
 {
-    std::mt19937 random(9);
+    RandomSource random(printedSeed());
     qint64 kept = 0;
     for (int round = 0; round < 300; ++round) {
         const std::vector<Entry> entries = randomEntries(random, -4);
         const auto project = perAddressProject(entries);
-        const Layout layout = makeLayout(readSettings(project.get()));
+        const Layout layout = layoutOf(*project);
         const auto back = cellsThatComeBack(*project, entries);
         for (std::size_t i = 0; i < 3; ++i) {
             ASSERT_EQ(layout.areas[i].kept.minus(back[i]).text(), QString()) << describe(entries);
@@ -112,11 +105,11 @@ TEST_F(KeptCells, ComeBackAlsoWhenEntriesHaveNegativeLengths)
 TEST_F(KeptCells, AreAllCellsInWholeAreaMode)
 {
     const auto project = wholeAreaProject(1, 5);
-    const Layout layout = makeLayout(readSettings(project.get()));
+    const Layout layout = layoutOf(*project);
     const auto before = startPanel(project.get());
     for (const AreaFacts& area : areaFacts) {
         const AreaLayout& areaLayout = layout.of(area);
-        EXPECT_EQ(areaLayout.kept.text(), QStringLiteral("0 to 65535"));
+        EXPECT_EQ(areaLayout.kept.text(), "0 to 65535");
         EXPECT_EQ(areaLayout.fileLength, retentionFile(QString::fromLatin1(area.fileName))->size());
         for (const int cell : {0, ignoredBitAddress, 65535})
             before->setCells(QString::fromLatin1(area.name), cell, {1});
@@ -132,12 +125,12 @@ TEST_F(KeptCells, StayInBoundsForHugeAndWrappingEntries)
 {
     const int largest = std::numeric_limits<int>::max();
     const int lowest = std::numeric_limits<int>::min();
-    for (const QString& area : {QStringLiteral("LB"), QStringLiteral("LW"), QStringLiteral("RWI")}) {
+    for (const QString& area : {LB, LW, RWI}) {
         for (const int index : {lowest, -1, 0, 100, 65535, 65536, largest}) {
             for (const int length : {lowest, -1, 1, 65536, largest / 2, largest / 2 + 1, largest}) {
                 const auto project = perAddressProject(
                     {{area, index, length}, {area, 100, 10}, {area, largest, 5}, {area, 3, 4}});
-                const Layout layout = makeLayout(readSettings(project.get()));
+                const Layout layout = layoutOf(*project);
                 for (const AreaLayout& of : layout.areas) {
                     EXPECT_TRUE(of.kept.minus(CellRanges({{0, 65535}})).isEmpty());
                     EXPECT_GE(of.fileLength, 0);
@@ -149,11 +142,10 @@ TEST_F(KeptCells, StayInBoundsForHugeAndWrappingEntries)
 
 TEST_F(KeptCells, OfABlockTooLargeForTheModuleAreNone)
 {
-    const auto project = perAddressProject(
-        {{QStringLiteral("LW"), 100, std::numeric_limits<int>::max()}, {QStringLiteral("RWI"), 0, 4}});
-    const Layout layout = makeLayout(readSettings(project.get()));
+    const auto project = perAddressProject({{LW, 100, std::numeric_limits<int>::max()}, {RWI, 0, 4}});
+    const Layout layout = layoutOf(*project);
     EXPECT_TRUE(layout.areas[1].kept.isEmpty());
-    EXPECT_EQ(layout.areas[2].kept.text(), QStringLiteral("0 to 3"));
+    EXPECT_EQ(layout.areas[2].kept.text(), "0 to 3");
 }
 
 } // namespace

@@ -1,21 +1,12 @@
 // Tests that the tool reads by address what the module wrote.
 // SPDX-License-Identifier: MIT
+#include "tests/inspector/layout_of.h"
 #include "tests/inspector/memory_file.h"
-#include "tests/support/module_test.h"
 #include "tools/retention_core/kept_values.h"
 
 namespace {
 
-Layout layoutOf(const std::vector<Entry>& entries)
-{
-    return makeLayout(readSettings(perAddressProject(entries).get()));
-}
-
-const std::vector<Entry> someEntries = {{QStringLiteral("LB"), 3, 7},
-                                        {QStringLiteral("LB"), 100, 12},
-                                        {QStringLiteral("LW"), 0, 4},
-                                        {QStringLiteral("LW"), 2, 8},
-                                        {QStringLiteral("RWI"), 65530, 6}};
+const std::vector<Entry> someEntries = {{LB, 3, 7}, {LB, 100, 12}, {LW, 0, 4}, {LW, 2, 8}, {RWI, 65530, 6}};
 
 class KeptValuesOfModule : public ModuleTest
 {
@@ -25,12 +16,12 @@ TEST_F(KeptValuesOfModule, AreReadFromPackedBlocks)
 {
     const auto project = perAddressProject(someEntries);
     const auto panel = startPanel(project.get());
-    panel->setCells(QStringLiteral("LB"), 3, {1, 0, 1, 1, 0, 0, 1});
-    panel->setCells(QStringLiteral("LB"), 100, {0, 1, 1, 0, 1, 1, 1, 0, 0, 0, 1, 1});
-    panel->setCells(QStringLiteral("LW"), 0, {1, 0x1234, 0xffff, 4, 5, 6, 7, 8, 9, 10});
-    panel->setCells(QStringLiteral("RWI"), 65530, {0, 0, 3, 0, 0, 9});
+    panel->setCells(LB, 3, {1, 0, 1, 1, 0, 0, 1});
+    panel->setCells(LB, 100, {0, 1, 1, 0, 1, 1, 1, 0, 0, 0, 1, 1});
+    panel->setCells(LW, 0, {1, 0x1234, 0xffff, 4, 5, 6, 7, 8, 9, 10});
+    panel->setCells(RWI, 65530, {0, 0, 3, 0, 0, 9});
     const Layout layout = layoutOf(someEntries);
-    const RetentionFiles files = openRetentionFiles(QLatin1String(fixedProjectDirectory));
+    const RetentionFiles files = openRetentionFiles(fixedProjectDirectory);
     for (std::size_t i = 0; i < 3; ++i) {
         const AreaValues values = areaValues(layout, files[i]);
         const MemoryArea& memory = panel->areas.all()[i];
@@ -46,11 +37,11 @@ TEST_F(KeptValuesOfModule, AreReadFromImages)
 {
     const auto project = wholeAreaProject(1, 5);
     const auto panel = startPanel(project.get());
-    panel->setCells(QStringLiteral("LB"), 60100, {1});
-    panel->setCells(QStringLiteral("LW"), 65535, {0xabcd});
+    panel->setCells(LB, 60100, {1});
+    panel->setCells(LW, 65535, {0xabcd});
     panel->model->cyclicRun();
-    const Layout layout = makeLayout(readSettings(project.get()));
-    const RetentionFiles files = openRetentionFiles(QLatin1String(fixedProjectDirectory));
+    const Layout layout = layoutOf(*project);
+    const RetentionFiles files = openRetentionFiles(fixedProjectDirectory);
     const AreaValues bits = areaValues(layout, files[0]);
     const AreaValues words = areaValues(layout, files[1]);
     EXPECT_EQ(bits.values[60100], 1);
@@ -61,28 +52,28 @@ TEST_F(KeptValuesOfModule, AreReadFromImages)
 
 TEST(KeptValues, OfShortFilesEndWhereTheFileEnds)
 {
-    const Layout layout = layoutOf({{QStringLiteral("LW"), 10, 4}, {QStringLiteral("LB"), 0, 20}});
+    const Layout layout = layoutOf({{LW, 10, 4}, {LB, 0, 20}});
     const AreaValues words = areaValues(layout, memoryFile(areaFacts[1], QByteArray("\1\0\2\0\3", 5)));
-    EXPECT_EQ(words.cellsIn(CellState::Kept).text(), QStringLiteral("10 to 11"));
-    EXPECT_EQ(words.cellsIn(CellState::HalfWord).text(), QStringLiteral("12"));
+    EXPECT_EQ(words.cellsIn(CellState::Kept).text(), "10 to 11");
+    EXPECT_EQ(words.cellsIn(CellState::HalfWord).text(), "12");
     EXPECT_EQ(words.values[12], 3);
-    EXPECT_EQ(words.cellsIn(CellState::NoValue).text(), QStringLiteral("13"));
+    EXPECT_EQ(words.cellsIn(CellState::NoValue).text(), "13");
     const AreaValues bits = areaValues(layout, memoryFile(areaFacts[0], QByteArray("\0\1", 2)));
-    EXPECT_EQ(bits.cellsIn(CellState::StartValue).text(), QStringLiteral("0 to 7"));
-    EXPECT_EQ(bits.cellsIn(CellState::Kept).text(), QStringLiteral("8 to 15"));
-    EXPECT_EQ(bits.cellsIn(CellState::NoValue).text(), QStringLiteral("16 to 19"));
+    EXPECT_EQ(bits.cellsIn(CellState::StartValue).text(), "0 to 7");
+    EXPECT_EQ(bits.cellsIn(CellState::Kept).text(), "8 to 15");
+    EXPECT_EQ(bits.cellsIn(CellState::NoValue).text(), "16 to 19");
 }
 
 TEST(KeptValues, OfAnImageThatIsTooShortAreNone)
 {
-    const Layout layout = makeLayout(readSettings(wholeAreaProject(1, 5).get()));
+    const Layout layout = layoutOf(*wholeAreaProject(1, 5));
     const AreaValues words = areaValues(layout, memoryFile(areaFacts[1], QByteArray(131071, '\1')));
     EXPECT_EQ(words.cellsIn(CellState::NoValue).count(), 65536);
 }
 
 TEST(KeptValues, CountBytesOfABitImageThatAreNoBits)
 {
-    const Layout layout = makeLayout(readSettings(wholeAreaProject(1, 5).get()));
+    const Layout layout = layoutOf(*wholeAreaProject(1, 5));
     const AreaValues bits = areaValues(layout, memoryFile(areaFacts[0], QByteArray(65536, '\1') + '\7'));
     EXPECT_EQ(bits.oddBytes, 0);
     EXPECT_EQ(areaValues(layout, memoryFile(areaFacts[0], QByteArray(65536, '\3'))).oddBytes, 65536);
@@ -90,13 +81,13 @@ TEST(KeptValues, CountBytesOfABitImageThatAreNoBits)
 
 TEST(KeptValues, AreReadFromBlocksThatLeaveTheArea)
 {
-    const Layout layout = layoutOf({{QStringLiteral("LW"), -2, 4}, {QStringLiteral("LW"), 65535, 3}});
+    const Layout layout = layoutOf({{LW, -2, 4}, {LW, 65535, 3}});
     const QByteArray bytes("\1\0\2\0\3\0\4\0\5\0\6\0\7\0", 14);
     const AreaValues words = areaValues(layout, memoryFile(areaFacts[1], bytes));
     EXPECT_EQ(words.values[0], 3);
     EXPECT_EQ(words.values[1], 4);
     EXPECT_EQ(words.values[65535], 5);
-    EXPECT_EQ(words.cellsIn(CellState::Kept).text(), QStringLiteral("0 to 1, 65535"));
+    EXPECT_EQ(words.cellsIn(CellState::Kept).text(), "0 to 1, 65535");
 }
 
 TEST(KeptValues, OfAProjectWithoutRetentionAreNone)
@@ -111,7 +102,7 @@ TEST(KeptValues, OfAProjectWithoutRetentionAreNone)
 
 TEST(StrayBits, AreCountedAfterTheLastCell)
 {
-    const Layout layout = layoutOf({{QStringLiteral("LB"), 0, 12}});
+    const Layout layout = layoutOf({{LB, 0, 12}});
     const AreaFacts& lb = areaFacts[0];
     EXPECT_EQ(strayBits(layout, memoryFile(lb, QByteArray("\xff\x0f", 2))), 0);
     EXPECT_EQ(strayBits(layout, memoryFile(lb, QByteArray("\xff\x9f", 2))), 2);

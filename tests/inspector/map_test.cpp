@@ -1,16 +1,11 @@
 // Tests that the map is well-formed and shows every block and every lost cell.
 // SPDX-License-Identifier: MIT
-#include "tests/support/module_test.h"
+#include "tests/inspector/layout_of.h"
 #include "tools/retention_inspector/report/map_picture.h"
 
 #include <QtCore/QXmlStreamReader>
 
 namespace {
-
-Layout layoutOf(const std::vector<Entry>& entries)
-{
-    return makeLayout(readSettings(perAddressProject(entries).get()));
-}
 
 struct Box
 {
@@ -44,8 +39,7 @@ std::vector<Box> boxesOf(const QByteArray& svg)
 
 TEST(Map, ShowsBlocksAndLostCellsInTheOrderOfAddresses)
 {
-    const Layout layout =
-        layoutOf({{QStringLiteral("LW"), 2, 4}, {QStringLiteral("LW"), 0, 4}, {QStringLiteral("LW"), 8, 1}});
+    const Layout layout = layoutOf({{LW, 2, 4}, {LW, 0, 4}, {LW, 8, 1}});
     const AreaMap map = areaMap(layout, areaFacts[1]);
     ASSERT_EQ(map.items.size(), 3U);
     EXPECT_EQ(map.items[0].kind, MapItem::Kind::Folded);
@@ -56,17 +50,17 @@ TEST(Map, ShowsBlocksAndLostCellsInTheOrderOfAddresses)
 
 TEST(Map, ShowsLostCellsInsideABlock)
 {
-    const AreaMap map = areaMap(layoutOf({{QStringLiteral("LB"), 60095, 10}}), areaFacts[0]);
+    const AreaMap map = areaMap(layoutOf({{LB, 60095, 10}}), areaFacts[0]);
     ASSERT_EQ(map.items.size(), 1U);
-    EXPECT_EQ(map.items[0].lost.text(), QStringLiteral("60100"));
+    EXPECT_EQ(map.items[0].lost.text(), "60100");
 }
 
 TEST(Map, KeepsThreeHundredBoxesOnThePageAndApart)
 {
     std::vector<Entry> entries;
     for (int i = 0; i < 300; ++i)
-        entries.push_back({QStringLiteral("LW"), 200 * i, 1 + i % 150});
-    const std::vector<Box> boxes = boxesOf(mapPicture(layoutOf(entries), QStringLiteral("300")));
+        entries.push_back({LW, 200 * i, 1 + i % 150});
+    const std::vector<Box> boxes = boxesOf(mapPicture(layoutOf(entries), "300"));
     ASSERT_EQ(boxes.size(), 300U);
     for (std::size_t i = 0; i < boxes.size(); ++i) {
         EXPECT_GE(boxes[i].x, 0);
@@ -81,15 +75,12 @@ TEST(Map, KeepsThreeHundredBoxesOnThePageAndApart)
 TEST(Map, IsWellFormedWhateverTheNamesAndNumbers)
 {
     const int largest = std::numeric_limits<int>::max();
-    const auto project = perAddressProject({{QStringLiteral("LW"), -5, largest},
-                                            {QStringLiteral("LB"), 100, largest},
-                                            {QStringLiteral("RWI"), 7, -3},
-                                            {QStringLiteral("RWI"), 9, 3}});
-    project->children.front()->children.front()->name = QStringLiteral("<&\"']]>");
-    EXPECT_EQ(boxesOf(mapPicture(makeLayout(readSettings(project.get())), QStringLiteral("<&>"))).size(), 3U);
+    const auto project =
+        perAddressProject({{LW, -5, largest}, {LB, 100, largest}, {RWI, 7, -3}, {RWI, 9, 3}});
+    project->children.front()->children.front()->name = "<&\"']]>";
+    EXPECT_EQ(boxesOf(mapPicture(layoutOf(*project), "<&>")).size(), 3U);
     EXPECT_TRUE(boxesOf(mapPicture(makeLayout(readSettings(nullptr)), QString())).empty());
-    EXPECT_EQ(boxesOf(mapPicture(makeLayout(readSettings(wholeAreaProject(1, 5).get())), QString())).size(),
-              3U);
+    EXPECT_EQ(boxesOf(mapPicture(layoutOf(*wholeAreaProject(1, 5)), QString())).size(), 3U);
 }
 
 } // namespace

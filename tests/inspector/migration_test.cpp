@@ -1,12 +1,11 @@
 // Tests migration: from the new files, the module restores what the old project kept.
 // SPDX-License-Identifier: MIT
+#include "tests/inspector/layout_of.h"
 #include "tests/inspector/report_of.h"
-#include "tests/support/module_test.h"
+#include "tests/support/random_source.h"
 #include "tools/retention_core/refusal.h"
 
 #include <QtCore/QTemporaryDir>
-
-#include <random>
 
 namespace {
 
@@ -24,7 +23,7 @@ protected:
         for (MemoryArea& area : panel->areas.all()) {
             std::vector<ushort> values(MemoryArea::cellCount);
             for (ushort& value : values)
-                value = static_cast<ushort>(area.isBits() ? random() % 2 : random());
+                value = static_cast<ushort>(random.below(area.isBits() ? 2 : 65536));
             panel->setCells(area.name(), 0, values);
         }
         panel->model->cyclicRun();
@@ -32,15 +31,15 @@ protected:
     }
 
     /// Carries over the files of the fixed directory and replaces them with the new ones.
-    Report migrate(const Layout& from, const Layout& to,
+    Report migrate(const object& from, const object& to,
                    std::initializer_list<std::pair<const char*, QString>> more = {})
     {
         QTemporaryDir scratch;
-        const QString target = scratch.filePath(QStringLiteral("new"));
+        const QString target = scratch.filePath("new");
         std::vector<std::pair<const char*, QString>> options = more;
         options.emplace_back("output", target);
-        const Report report = reportOf("migrate", {from, to},
-                                       {openRetentionFiles(QLatin1String(fixedProjectDirectory))}, options);
+        const Report report = reportOf("migrate", {layoutOf(from), layoutOf(to)},
+                                       {openRetentionFiles(fixedProjectDirectory)}, options);
         for (const char* name : {bitFileName, wordFileName, rwiFileName}) {
             QFile made(target + QLatin1Char('/') + QLatin1String(name));
             EXPECT_TRUE(made.open(QIODevice::ReadOnly));
@@ -62,9 +61,9 @@ protected:
     void expectValuesComeBack(object& oldProject, object& newProject)
     {
         const auto before = usedPanel(oldProject);
-        const Layout from = makeLayout(readSettings(&oldProject));
-        const Layout to = makeLayout(readSettings(&newProject));
-        const Report report = migrate(from, to);
+        const Layout from = layoutOf(oldProject);
+        const Layout to = layoutOf(newProject);
+        const Report report = migrate(oldProject, newProject);
         const auto after = startPanel(&newProject);
         for (std::size_t i = 0; i < 3; ++i) {
             EXPECT_EQ(to.areas[i].fileLength,
@@ -81,19 +80,17 @@ protected:
         }
     }
 
-    std::mt19937 random{88};
+    RandomSource random{printedSeed()};
     qint64 carried = 0;
 };
 
 const std::vector<Entry> oldEntries = {
-    {QStringLiteral("LB"), 3, 21},   {QStringLiteral("LB"), 30, 9},      {QStringLiteral("LB"), 60095, 10},
-    {QStringLiteral("LW"), 100, 10}, {QStringLiteral("LW"), 104, 12},    {QStringLiteral("LW"), 200, 5},
-    {QStringLiteral("RWI"), 0, 50},  {QStringLiteral("RWI"), 65530, 10},
+    {LB, 3, 21},   {LB, 30, 9},  {LB, 60095, 10}, {LW, 100, 10},
+    {LW, 104, 12}, {LW, 200, 5}, {RWI, 0, 50},    {RWI, 65530, 10},
 };
 const std::vector<Entry> newEntries = {
-    {QStringLiteral("LB"), 0, 10},  {QStringLiteral("LB"), 12, 40},  {QStringLiteral("LB"), 60090, 20},
-    {QStringLiteral("LW"), 90, 20}, {QStringLiteral("LW"), 110, 3},  {QStringLiteral("LW"), 199, 4},
-    {QStringLiteral("LW"), 203, 9}, {QStringLiteral("RWI"), 25, 50}, {QStringLiteral("RWI"), 65500, 33},
+    {LB, 0, 10},  {LB, 12, 40}, {LB, 60090, 20}, {LW, 90, 20},     {LW, 110, 3},
+    {LW, 199, 4}, {LW, 203, 9}, {RWI, 25, 50},   {RWI, 65500, 33},
 };
 
 TEST_F(MigrationTest, CarriesValuesFromEntriesToOtherEntries)
@@ -119,21 +116,19 @@ TEST_F(MigrationTest, CarriesWholeAreasUnchanged)
     const ProjectPointer project = wholeAreaProject(1, 5);
     const auto before = usedPanel(*project);
     // A layout other than one bit per byte stays as it is.
-    writeRetentionFile(QString::fromLatin1(bitFileName), QByteArray(65536, '\x5a'));
-    const Layout layout = makeLayout(readSettings(project.get()));
-    const auto words = retentionFile(QString::fromLatin1(wordFileName));
-    migrate(layout, layout);
-    EXPECT_EQ(retentionFile(QString::fromLatin1(bitFileName)), QByteArray(65536, '\x5a'));
-    EXPECT_EQ(retentionFile(QString::fromLatin1(wordFileName)), words);
+    writeRetentionFile(bitFileName, QByteArray(65536, '\x5a'));
+    const auto words = retentionFile(wordFileName);
+    migrate(*project, *project);
+    EXPECT_EQ(retentionFile(bitFileName), QByteArray(65536, '\x5a'));
+    EXPECT_EQ(retentionFile(wordFileName), words);
 }
 
 TEST_F(MigrationTest, CarriesRandomProjects)
 {
     const auto randomProject = [this] {
-        const QString areas[] = {QStringLiteral("LB"), QStringLiteral("LW"), QStringLiteral("RWI")};
-        std::vector<Entry> entries(1 + random() % 20);
+        std::vector<Entry> entries(static_cast<std::size_t>(random.between(1, 20)));
         for (Entry& entry : entries)
-            entry = {areas[random() % 3], static_cast<int>(random() % 120), static_cast<int>(random() % 30)};
+            entry = {random.oneOf<QString>({LB, LW, RWI}), random.below(120), random.below(30)};
         return perAddressProject(entries);
     };
     for (int round = 0; round < 8; ++round) {
@@ -149,44 +144,34 @@ TEST_F(MigrationTest, CarriesNoBitsOutOfAnImageThatIsNotOneBitAByte)
     const ProjectPointer images = wholeAreaProject(1, 5);
     const ProjectPointer entries = perAddressProject(newEntries);
     usedPanel(*images);
-    writeRetentionFile(QString::fromLatin1(bitFileName), QByteArray(65536, '\x5a'));
-    const Layout from = makeLayout(readSettings(images.get()));
-    const Layout to = makeLayout(readSettings(entries.get()));
-    const Report report = migrate(from, to);
+    writeRetentionFile(bitFileName, QByteArray(65536, '\x5a'));
+    const Report report = migrate(*images, *entries);
     EXPECT_EQ(cellsOf(report, 0, "carried"), QString());
     EXPECT_NE(cellsOf(report, 1, "carried"), QString());
     EXPECT_STREQ(report.findings.front().kind, "foreign-bit-image");
-    EXPECT_EQ(retentionFile(QString::fromLatin1(bitFileName))->count('\0'), 9)
-        << "70 cells: 9 bytes of zeros";
+    EXPECT_EQ(retentionFile(bitFileName)->count('\0'), 9) << "70 cells: 9 bytes of zeros";
 }
 
 TEST_F(MigrationTest, SaysWhatHadNoValue)
 {
-    const ProjectPointer oldProject = perAddressProject({{QStringLiteral("LW"), 0, 4}});
-    const ProjectPointer newProject =
-        perAddressProject({{QStringLiteral("LW"), 1, 2}, {QStringLiteral("RWI"), 5, 1}});
-    writeRetentionFile(QString::fromLatin1(wordFileName), QByteArray("\1\0\2\0", 4));
-    const Layout from = makeLayout(readSettings(oldProject.get()));
-    const Layout to = makeLayout(readSettings(newProject.get()));
-    const Report report = migrate(from, to, {{"force", QString()}});
-    EXPECT_EQ(cellsOf(report, 1, "carried"), QStringLiteral("1"));
-    EXPECT_EQ(cellsOf(report, 1, "without-value"), QStringLiteral("2"));
-    EXPECT_EQ(cellsOf(report, 1, "dropped"), QStringLiteral("0, 3"));
-    EXPECT_EQ(cellsOf(report, 2, "new"), QStringLiteral("5"));
+    const ProjectPointer oldProject = perAddressProject({{LW, 0, 4}});
+    const ProjectPointer newProject = perAddressProject({{LW, 1, 2}, {RWI, 5, 1}});
+    writeRetentionFile(wordFileName, QByteArray("\1\0\2\0", 4));
+    const Report report = migrate(*oldProject, *newProject, {{"force", QString()}});
+    EXPECT_EQ(cellsOf(report, 1, "carried"), "1");
+    EXPECT_EQ(cellsOf(report, 1, "without-value"), "2");
+    EXPECT_EQ(cellsOf(report, 1, "dropped"), "0, 3");
+    EXPECT_EQ(cellsOf(report, 2, "new"), "5");
     ASSERT_EQ(report.findings.size(), 1U) << "the old file is too short for the old project";
     EXPECT_STREQ(report.findings.front().kind, "shorter");
 }
 
 TEST_F(MigrationTest, MovesCellsAwayFromTheirAddresses)
 {
-    const ProjectPointer oldProject =
-        perAddressProject({{QStringLiteral("LW"), 100, 10}, {QStringLiteral("LB"), 5, 2}});
-    const ProjectPointer newProject = perAddressProject(
-        {{QStringLiteral("LW"), 105, 5}, {QStringLiteral("RWI"), 300, 6}, {QStringLiteral("LB"), 20, 2}});
+    const ProjectPointer oldProject = perAddressProject({{LW, 100, 10}, {LB, 5, 2}});
+    const ProjectPointer newProject = perAddressProject({{LW, 105, 5}, {RWI, 300, 6}, {LB, 20, 2}});
     const auto before = usedPanel(*oldProject);
-    const Report report =
-        migrate(makeLayout(readSettings(oldProject.get())), makeLayout(readSettings(newProject.get())),
-                {{"move", QStringLiteral("LW:100-105=RWI:300,LB:5-6=20-21")}});
+    const Report report = migrate(*oldProject, *newProject, {{"move", "LW:100-105=RWI:300,LB:5-6=20-21"}});
     const auto after = startPanel(newProject.get());
     const auto& words = before->areas.all()[1];
     for (int i = 0; i < 6; ++i)
@@ -194,18 +179,17 @@ TEST_F(MigrationTest, MovesCellsAwayFromTheirAddresses)
     EXPECT_EQ(after->areas.all()[1].cell(105), ushort(0)) << "its value moved away";
     EXPECT_EQ(after->areas.all()[1].cell(106), words.cell(106));
     EXPECT_EQ(after->areas.all()[0].cell(21), before->areas.all()[0].cell(6));
-    EXPECT_EQ(cellsOf(report, 1, "carried"), QStringLiteral("106 to 109"));
-    EXPECT_EQ(cellsOf(report, 1, "new"), QStringLiteral("105"));
+    EXPECT_EQ(cellsOf(report, 1, "carried"), "106 to 109");
+    EXPECT_EQ(cellsOf(report, 1, "new"), "105");
     EXPECT_EQ(cellsOf(report, 1, "dropped"), QString::fromLatin1(""));
-    EXPECT_EQ(cellsOf(report, 2, "carried"), QStringLiteral("300 to 305"));
+    EXPECT_EQ(cellsOf(report, 2, "carried"), "300 to 305");
 }
 
 TEST_F(MigrationTest, SwapsCellsThatMoveToEachOther)
 {
-    const ProjectPointer project = perAddressProject({{QStringLiteral("LW"), 0, 20}});
+    const ProjectPointer project = perAddressProject({{LW, 0, 20}});
     const auto before = usedPanel(*project);
-    const Layout layout = makeLayout(readSettings(project.get()));
-    migrate(layout, layout, {{"move", QStringLiteral("LW:0-4=10,LW:10-14=0")}});
+    migrate(*project, *project, {{"move", "LW:0-4=10,LW:10-14=0"}});
     const auto after = startPanel(project.get());
     for (int i = 0; i < 5; ++i) {
         EXPECT_EQ(after->areas.all()[1].cell(10 + i), before->areas.all()[1].cell(i));
@@ -215,45 +199,39 @@ TEST_F(MigrationTest, SwapsCellsThatMoveToEachOther)
 
 TEST_F(MigrationTest, ListsAsDroppedWhatAMoveOverwrites)
 {
-    const ProjectPointer project = perAddressProject({{QStringLiteral("LW"), 0, 4}});
+    const ProjectPointer project = perAddressProject({{LW, 0, 4}});
     const auto panel = startPanel(project.get());
-    panel->setCells(QStringLiteral("LW"), 0, {1, 2, 3, 4});
-    const Layout layout = makeLayout(readSettings(project.get()));
-    const Report report = migrate(layout, layout, {{"move", QStringLiteral("LW:0=LW:2")}});
-    EXPECT_EQ(cellsOf(report, 1, "dropped"), QStringLiteral("2"));
+    panel->setCells(LW, 0, {1, 2, 3, 4});
+    const Report report = migrate(*project, *project, {{"move", "LW:0=LW:2"}});
+    EXPECT_EQ(cellsOf(report, 1, "dropped"), "2");
     ASSERT_EQ(report.tables.at(3).rows.size(), 1U);
-    EXPECT_EQ(report.tables.at(3).rows[0][4].text, QStringLiteral("3"));
-    EXPECT_EQ(retentionFile(QString::fromLatin1(wordFileName)), QByteArray("\0\0\2\0\1\0\4\0", 8));
+    EXPECT_EQ(report.tables.at(3).rows[0][4].text, "3");
+    EXPECT_EQ(retentionFile(wordFileName), QByteArray("\0\0\2\0\1\0\4\0", 8));
 }
 
 TEST_F(MigrationTest, FindsMovedRangesByTheNamesOfTheirEntries)
 {
     // perAddressProject() names entries "entry0", "entry1" and so on.
-    const ProjectPointer oldProject =
-        perAddressProject({{QStringLiteral("LW"), 100, 10}, {QStringLiteral("LW"), 200, 5}});
-    const ProjectPointer newProject =
-        perAddressProject({{QStringLiteral("LW"), 400, 8}, {QStringLiteral("LW"), 200, 5}});
+    const ProjectPointer oldProject = perAddressProject({{LW, 100, 10}, {LW, 200, 5}});
+    const ProjectPointer newProject = perAddressProject({{LW, 400, 8}, {LW, 200, 5}});
     for (const auto& project : {oldProject.get(), newProject.get()}) {
         int number = 0;
-        for (const auto& entry : project->findChild(QStringLiteral("DataRetention"))->children)
+        for (const auto& entry : project->findChild("DataRetention")->children)
             entry->name = QStringLiteral("entry%1").arg(number++);
     }
     const auto before = usedPanel(*oldProject);
-    const Report report = migrate(makeLayout(readSettings(oldProject.get())),
-                                  makeLayout(readSettings(newProject.get())), {{"by-name", QString()}});
+    const Report report = migrate(*oldProject, *newProject, {{"by-name", QString()}});
     const auto after = startPanel(newProject.get());
     for (int i = 0; i < 8; ++i)
         EXPECT_EQ(after->areas.all()[1].cell(400 + i), before->areas.all()[1].cell(100 + i));
-    EXPECT_EQ(cellsOf(report, 1, "carried"), QStringLiteral("200 to 204, 400 to 407"));
-    EXPECT_EQ(cellsOf(report, 1, "dropped"), QStringLiteral("108 to 109"));
+    EXPECT_EQ(cellsOf(report, 1, "carried"), "200 to 204, 400 to 407");
+    EXPECT_EQ(cellsOf(report, 1, "dropped"), "108 to 109");
 }
 
 TEST_F(MigrationTest, RefusesMovesThatCannotBe)
 {
-    const ProjectPointer project =
-        perAddressProject({{QStringLiteral("LW"), 0, 20}, {QStringLiteral("LB"), 0, 8}});
+    const ProjectPointer project = perAddressProject({{LW, 0, 20}, {LB, 0, 8}});
     usedPanel(*project);
-    const Layout layout = makeLayout(readSettings(project.get()));
     const struct
     {
         const char* move;
@@ -268,7 +246,7 @@ TEST_F(MigrationTest, RefusesMovesThatCannotBe)
                  {"LW:0-4=LW:6,LW:5=LW:10", "overlap"}};
     for (const auto& [move, problem] : moves) {
         try {
-            migrate(layout, layout, {{"move", QString::fromLatin1(move)}});
+            migrate(*project, *project, {{"move", QString::fromLatin1(move)}});
             ADD_FAILURE() << move;
         } catch (const Refusal& refusal) {
             EXPECT_THAT(refusal.message().toStdString(), HasSubstr(problem)) << move;
@@ -280,11 +258,10 @@ TEST_F(MigrationTest, MovesNoBitsOutOfAnImageThatIsNotOneBitAByte)
 {
     const ProjectPointer images = wholeAreaProject(1, 5);
     usedPanel(*images);
-    writeRetentionFile(QString::fromLatin1(bitFileName), QByteArray(65536, '\x5a'));
-    const Layout layout = makeLayout(readSettings(images.get()));
-    EXPECT_THROW(migrate(layout, layout, {{"move", QStringLiteral("LB:1=LB:2")}}), Refusal);
-    migrate(layout, layout, {{"move", QStringLiteral("LW:1=LW:2")}});
-    EXPECT_EQ(retentionFile(QString::fromLatin1(bitFileName)), QByteArray(65536, '\x5a'));
+    writeRetentionFile(bitFileName, QByteArray(65536, '\x5a'));
+    EXPECT_THROW(migrate(*images, *images, {{"move", "LB:1=LB:2"}}), Refusal);
+    migrate(*images, *images, {{"move", "LW:1=LW:2"}});
+    EXPECT_EQ(retentionFile(bitFileName), QByteArray(65536, '\x5a'));
 }
 
 class OutputPlace : public MigrationTest
@@ -294,7 +271,7 @@ protected:
     QString write(const QString& target)
     {
         const ProjectPointer project = wholeAreaProject(1, 5);
-        const Layout layout = makeLayout(readSettings(project.get()));
+        const Layout layout = layoutOf(*project);
         try {
             reportOf("migrate", {layout, layout}, {openRetentionFiles(scratch.path())},
                      {{"output", target}, {"force", QString()}});
@@ -315,24 +292,22 @@ protected:
 
 TEST_F(OutputPlace, MayBeNewOrAnEmptyDirectory)
 {
-    EXPECT_EQ(write(scratch.filePath(QStringLiteral("a"))), QString());
-    QDir(scratch.path()).mkdir(QStringLiteral("b"));
-    EXPECT_EQ(write(scratch.filePath(QStringLiteral("b/"))), QString());
-    EXPECT_EQ(leftOver(), QStringList({QStringLiteral("a"), QStringLiteral("b")}));
-    EXPECT_EQ(QDir(scratch.filePath(QStringLiteral("b"))).entryList(QDir::Files).size(), 3);
+    EXPECT_EQ(write(scratch.filePath("a")), QString());
+    QDir(scratch.path()).mkdir("b");
+    EXPECT_EQ(write(scratch.filePath("b/")), QString());
+    EXPECT_EQ(leftOver(), QStringList({"a", "b"}));
+    EXPECT_EQ(QDir(scratch.filePath("b")).entryList(QDir::Files).size(), 3);
 }
 
 TEST_F(OutputPlace, IsNeverOverwritten)
 {
-    ASSERT_EQ(write(scratch.filePath(QStringLiteral("a"))), QString());
-    EXPECT_THAT(write(scratch.filePath(QStringLiteral("a"))).toStdString(),
-                HasSubstr("nothing is overwritten"));
-    ASSERT_TRUE(QFile(scratch.filePath(QStringLiteral("file"))).open(QIODevice::WriteOnly));
-    EXPECT_THAT(write(scratch.filePath(QStringLiteral("file"))).toStdString(), HasSubstr("already exists"));
-    QFile::link(QStringLiteral("nowhere"), scratch.filePath(QStringLiteral("link")));
-    EXPECT_THAT(write(scratch.filePath(QStringLiteral("link"))).toStdString(), HasSubstr("already exists"));
-    EXPECT_THAT(write(scratch.filePath(QStringLiteral("no/where"))).toStdString(),
-                HasSubstr("there is no directory"));
+    ASSERT_EQ(write(scratch.filePath("a")), QString());
+    EXPECT_THAT(write(scratch.filePath("a")).toStdString(), HasSubstr("nothing is overwritten"));
+    ASSERT_TRUE(QFile(scratch.filePath("file")).open(QIODevice::WriteOnly));
+    EXPECT_THAT(write(scratch.filePath("file")).toStdString(), HasSubstr("already exists"));
+    QFile::link("nowhere", scratch.filePath("link"));
+    EXPECT_THAT(write(scratch.filePath("link")).toStdString(), HasSubstr("already exists"));
+    EXPECT_THAT(write(scratch.filePath("no/where")).toStdString(), HasSubstr("there is no directory"));
     EXPECT_EQ(leftOver().size(), 3) << leftOver().join(QLatin1Char(' ')).toStdString();
 }
 

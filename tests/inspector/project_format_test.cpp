@@ -14,20 +14,20 @@ namespace {
 
 using testing::HasSubstr;
 
-const QString xmllint = QStringLiteral("/usr/bin/xmllint");
+const QString xmllint = "/usr/bin/xmllint";
 
 class ProjectFormat : public ModuleTest
 {
 protected:
     ToolRun validate(const QString& file) const
     {
-        return runTool(xmllint, {QStringLiteral("--noout"), QStringLiteral("--schema"),
-                                 QStringLiteral(SOURCE_DIR "/project_tree/project.xsd"), file});
+        return runTool(xmllint,
+                       {"--noout", "--schema", QStringLiteral(SOURCE_DIR "/project_tree/project.xsd"), file});
     }
 
     QString write(const QByteArray& text) const
     {
-        QFile file(scratch.filePath(QStringLiteral("project.xml")));
+        QFile file(scratch.filePath("project.xml"));
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(text);
         return file.fileName();
@@ -45,8 +45,7 @@ protected:
 
 TEST_F(ProjectFormat, SchemaTakesEveryExample)
 {
-    const QFileInfoList examples =
-        QDir(QStringLiteral(EXAMPLES_DIR)).entryInfoList({QStringLiteral("*.xml")});
+    const QFileInfoList examples = QDir(QStringLiteral(EXAMPLES_DIR)).entryInfoList({"*.xml"});
     EXPECT_GE(examples.size(), 3);
     for (const QFileInfo& example : examples) {
         const ToolRun run = validate(example.filePath());
@@ -60,11 +59,10 @@ TEST_F(ProjectFormat, SchemaTakesEveryProjectInTheDocs)
     for (const char* page : {"docs/file_format.md", "docs/project_format.md"}) {
         QFile file(QStringLiteral(SOURCE_DIR "/") + QLatin1String(page));
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        for (const QString& part :
-             QString::fromUtf8(file.readAll()).split(QStringLiteral("```xml\n")).mid(1)) {
-            const ToolRun run = validate(write(part.section(QStringLiteral("```"), 0, 0).toUtf8()));
+        for (const QString& part : QString::fromUtf8(file.readAll()).split("```xml\n").mid(1)) {
+            const ToolRun run = validate(write(part.section("```", 0, 0).toUtf8()));
             EXPECT_EQ(run.status, 0) << page << ": " << run.err.toStdString();
-            EXPECT_TRUE(readProjectFile(scratch.filePath(QStringLiteral("project.xml"))).project) << page;
+            EXPECT_TRUE(readProjectFile(scratch.filePath("project.xml")).project) << page;
             ++projects;
         }
     }
@@ -101,23 +99,19 @@ TEST_F(ProjectFormat, IsWrittenFromATableByTheCommandsOfThePage)
 {
     QFile page(QStringLiteral(SOURCE_DIR "/docs/project_format.md"));
     ASSERT_TRUE(page.open(QIODevice::ReadOnly));
-    const QString commands = QString::fromUtf8(page.readAll())
-                                 .section(QStringLiteral("```sh\n"), 1)
-                                 .section(QStringLiteral("```"), 0, 0);
-    QFile table(scratch.filePath(QStringLiteral("ranges.csv")));
+    const QString commands = QString::fromUtf8(page.readAll()).section("```sh\n", 1).section("```", 0, 0);
+    QFile table(scratch.filePath("ranges.csv"));
     ASSERT_TRUE(table.open(QIODevice::WriteOnly));
     table.write("name,area,first,cells\r\nrecipe,LW,100,10\r\nlamps & \\ \"signs\" < 5,LB,20,12");
     table.close();
-    const ToolRun run =
-        runTool(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("cd '") + scratch.path() +
-                                                                      QStringLiteral("'\n") + commands});
+    const ToolRun run = runTool("/bin/sh", {"-c", "cd '" + scratch.path() + "'\n" + commands});
     EXPECT_EQ(run.status, 0) << run.err.toStdString();
-    const QString file = scratch.filePath(QStringLiteral("my_project.xml"));
+    const QString file = scratch.filePath("my_project.xml");
     EXPECT_EQ(validate(file).status, 0);
     const ProjectSettings settings = readSettings(file);
     ASSERT_EQ(settings.entries.size(), 2U);
-    EXPECT_EQ(settings.entries[1].name, QStringLiteral("lamps & \\ \"signs\" < 5"));
-    EXPECT_EQ(settings.entries[1].areaName(), QStringLiteral("LB"));
+    EXPECT_EQ(settings.entries[1].name, "lamps & \\ \"signs\" < 5");
+    EXPECT_EQ(settings.entries[1].areaName(), LB);
     EXPECT_EQ(settings.entries[1].first(), 20);
     EXPECT_EQ(settings.entries[1].length(), 12);
 }
@@ -148,23 +142,22 @@ protected:
     /// Makes a panel with this project load the dumping model, and reads what that wrote.
     std::string toldByDump(object& project)
     {
-        writeRetentionFile(QStringLiteral("dumped_project.xml"), {});
+        writeRetentionFile("dumped_project.xml", {});
         const ModuleLibrary library(QStringLiteral(DUMP_PROJECT_PATH));
         EXPECT_TRUE(library.isLoaded()) << library.error().toStdString();
         {
             Panel panel(library, &project);
             panel.start();
         }
-        const QString file = retentionPath(QStringLiteral("dumped_project.xml"));
-        EXPECT_EQ(validate(write(*retentionFile(QStringLiteral("dumped_project.xml")))).status, 0);
+        const QString file = retentionPath("dumped_project.xml");
+        EXPECT_EQ(validate(write(*retentionFile("dumped_project.xml"))).status, 0);
         return toldOf(readSettings(file));
     }
 };
 
 TEST_F(DumpedProject, SaysOfEveryExampleWhatTheModuleIsTold)
 {
-    for (const QFileInfo& example :
-         QDir(QStringLiteral(EXAMPLES_DIR)).entryInfoList({QStringLiteral("*.xml")})) {
+    for (const QFileInfo& example : QDir(QStringLiteral(EXAMPLES_DIR)).entryInfoList({"*.xml"})) {
         const ProjectReading reading = readProjectFile(example.filePath());
         ASSERT_TRUE(reading.project);
         EXPECT_EQ(toldByDump(*reading.project), toldOf(readSettings(reading.project.get())))
@@ -183,20 +176,19 @@ TEST_F(DumpedProject, SaysOfOddProjectsWhatTheModuleIsTold)
                 node.setNumber(QLatin1String(name),
                                random.between(0, 2) == 0 ? random.extreme() : random.between(0, 2));
             else if (random.oneIn(2))
-                node.setText(QLatin1String(name),
-                             random.oneIn(3) ? QStringLiteral("<a> & \"b\" ä") : QStringLiteral("LW"));
+                node.setText(QLatin1String(name), random.oneIn(3) ? "<a> & \"b\" ä" : LW);
         }
     };
     std::string all;
     for (int round = 0; round < 100; ++round) {
         object project;
-        object& retention = project.addChild(QStringLiteral("DataRetention"));
+        object& retention = project.addChild("DataRetention");
         setSome(retention, {"open Save all", "Save Time"});
         for (int entries = random.between(0, 4); entries > 0; --entries) {
-            object& entry = retention.addChild(QStringLiteral("any"));
+            object& entry = retention.addChild("any");
             setSome(entry, {"addressLength", "addressType"});
             if (!random.oneIn(4))
-                setSome(entry.addChild(QStringLiteral("sourceAddress")),
+                setSome(entry.addChild("sourceAddress"),
                         {"Link", "Block", "No", "index", "station", "length", "Bit_or_Word"});
         }
         const std::string told = toldOf(readSettings(&project));

@@ -19,7 +19,7 @@ std::vector<std::string> findingsOf(const QByteArray& insideDataRetention, const
                      "</object></object>";
     QBuffer device(&xml);
     device.open(QIODevice::ReadOnly);
-    const ProjectReading reading = readProject(device, QStringLiteral("project.xml"));
+    const ProjectReading reading = readProject(device, "project.xml");
     EXPECT_TRUE(reading.project) << reading.error.toStdString();
     std::vector<std::string> texts;
     for (const Finding& finding : propertyFindings(readSettings(reading.project.get())))

@@ -24,3 +24,12 @@ inline Report reportOf(const char* command, const std::vector<Layout>& projects,
         inputs.options.insert(QLatin1String(name), value);
     return known.run(inputs);
 }
+
+/// The value of the fact `key`; empty where there is none.
+inline Value factOf(const Report& report, const char* key)
+{
+    for (const Fact& fact : report.facts)
+        if (qstrcmp(fact.key, key) == 0)
+            return fact.value;
+    return QString();
+}

@@ -1,11 +1,9 @@
 // Tests tags: what their file may contain, and the findings about the values that they name.
 // SPDX-License-Identifier: MIT
-#include "tests/support/module_test.h"
+#include "tests/inspector/layout_of.h"
+#include "tests/support/tool_test.h"
 #include "tools/retention_core/refusal.h"
 #include "tools/retention_core/tags.h"
-
-#include <QtCore/QFile>
-#include <QtCore/QTemporaryDir>
 
 namespace {
 
@@ -15,17 +13,15 @@ using testing::IsEmpty;
 
 const char* const header = "area,address,type,name,unit\n";
 
-class TagsFile : public testing::Test
+class TagsFile : public ToolTest
 {
 protected:
-    Tags tags(const QByteArray& text)
+    TagsFile() : ToolTest(RETENTION_INSPECTOR_PATH) {}
+
+    static Tags tags(const QByteArray& text)
     {
-        const QString path = scratch.filePath(QStringLiteral("tags.csv"));
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
-        file.close();
-        return readTags(path);
+        write("tags.csv", text);
+        return readTags("tags.csv");
     }
 
     std::string refusal(const QByteArray& text)
@@ -33,7 +29,7 @@ protected:
         try {
             tags(text);
         } catch (const Refusal& refusal) {
-            return refusal.message().remove(scratch.path()).toStdString();
+            return refusal.message().toStdString();
         }
         return "none";
     }
@@ -43,14 +39,11 @@ protected:
     {
         const auto project = entries.empty() ? wholeAreaProject(1, 5) : perAddressProject(entries);
         std::vector<std::string> texts;
-        for (const Finding& finding :
-             tagFindings(makeLayout(readSettings(project.get())), tags(header + lines)))
+        for (const Finding& finding : tagFindings(layoutOf(*project), tags(header + lines)))
             texts.push_back(std::string(finding.kind) + ' ' + finding.area.toStdString() + ' ' +
                             finding.cells.text().toStdString());
         return texts;
     }
-
-    QTemporaryDir scratch;
 };
 
 TEST_F(TagsFile, NamesValuesInAnyOrderAndWithFurtherColumns)
@@ -61,19 +54,18 @@ TEST_F(TagsFile, NamesValuesInAnyOrderAndWithFurtherColumns)
                            "lamp,,bit,LB,60100,\n"
                            "level,,float:high-first,LW,3,mm\n");
     ASSERT_EQ(read.tags.size(), 4U);
-    EXPECT_EQ(read.tags[1].name, QStringLiteral("level"));
-    EXPECT_EQ(read.tags[1].type.text(), QStringLiteral("float:high-first"));
-    EXPECT_EQ(valueTypeOf(QStringLiteral("int32:low-first")).text(), QStringLiteral("int32"))
-        << "the usual order";
-    EXPECT_THROW(valueTypeOf(QStringLiteral("int32:low-first:high-first")), Refusal);
-    EXPECT_THROW(valueTypeOf(QStringLiteral("int32:middle-first")), Refusal);
+    EXPECT_EQ(read.tags[1].name, "level");
+    EXPECT_EQ(read.tags[1].type.text(), "float:high-first");
+    EXPECT_EQ(valueTypeOf("int32:low-first").text(), "int32") << "the usual order";
+    EXPECT_THROW(valueTypeOf("int32:low-first:high-first"), Refusal);
+    EXPECT_THROW(valueTypeOf("int32:middle-first"), Refusal);
     EXPECT_EQ(read.tags[1].line, 5);
     EXPECT_EQ(read.of(areaFacts[1], 4), &read.tags[1]);
     EXPECT_EQ(read.of(areaFacts[1], 5), nullptr);
     EXPECT_EQ(read.of(areaFacts[1], 11), &read.tags[2]);
     EXPECT_EQ(read.of(areaFacts[1], 12), nullptr);
-    EXPECT_EQ(read.of(areaFacts[2], 7)->unit, QStringLiteral("pcs"));
-    EXPECT_EQ(read.of(areaFacts[0], 60100)->name, QStringLiteral("lamp"));
+    EXPECT_EQ(read.of(areaFacts[2], 7)->unit, "pcs");
+    EXPECT_EQ(read.of(areaFacts[0], 60100)->name, "lamp");
 }
 
 TEST_F(TagsFile, ErrorsNameTheLineAndWhatToDo)
@@ -102,7 +94,7 @@ TEST_F(TagsFile, ErrorsNameTheLineAndWhatToDo)
           "tags.csv:12: LW 103 already belongs to \"text\" of line 11; correct one of the two"})
         EXPECT_THAT(all, HasSubstr(message));
     EXPECT_THAT(refusal("area,address,name\n"), HasSubstr("tags.csv:1: there is no column \"type\""));
-    EXPECT_THROW(readTags(QStringLiteral("/nowhere.csv")), Refusal);
+    EXPECT_THROW(readTags("/nowhere.csv"), Refusal);
 }
 
 TEST_F(TagsFile, FindsValuesAcrossTheSectorsOfTheirFile)
@@ -110,10 +102,8 @@ TEST_F(TagsFile, FindsValuesAcrossTheSectorsOfTheirFile)
     // Word 256 of a file begins at byte 512.
     const QByteArray pairs = "LW,254,int32,below,\nLW,256,int32,above,\nLW,511,float,across,\n";
     EXPECT_THAT(findings({}, pairs), ElementsAre("crosses-sector LW 511 to 512"));
-    EXPECT_THAT(findings({{QStringLiteral("LW"), 1, 600}}, pairs),
-                ElementsAre("crosses-sector LW 256 to 257"));
-    EXPECT_THAT(findings({{QStringLiteral("LW"), 0, 10}, {QStringLiteral("LW"), 100, 600}}, pairs),
-                IsEmpty());
+    EXPECT_THAT(findings({{LW, 1, 600}}, pairs), ElementsAre("crosses-sector LW 256 to 257"));
+    EXPECT_THAT(findings({{LW, 0, 10}, {LW, 100, 600}}, pairs), IsEmpty());
     EXPECT_THAT(findings({}, "RWI,0,string:512,fits,\nRWI,256,string:513,long,\n"),
                 ElementsAre("crosses-sector RWI 256 to 512"));
     EXPECT_THAT(findings({}, "LB,511,bit,a,\nLB,512,bit,b,\n"), IsEmpty());
@@ -121,7 +111,7 @@ TEST_F(TagsFile, FindsValuesAcrossTheSectorsOfTheirFile)
 
 TEST_F(TagsFile, FindsValuesThatAreRetainedByHalf)
 {
-    const std::vector<Entry> entries = {{QStringLiteral("LW"), 100, 10}, {QStringLiteral("LW"), 110, 5}};
+    const std::vector<Entry> entries = {{LW, 100, 10}, {LW, 110, 5}};
     EXPECT_THAT(
         findings(entries, "LW,99,int32,head,\nLW,114,float,tail,\nLW,103,int32,whole,\nLW,300,int32,none,\n"),
         ElementsAre("half-retained LW 99 to 100", "half-retained LW 114 to 115"));
@@ -129,7 +119,7 @@ TEST_F(TagsFile, FindsValuesThatAreRetainedByHalf)
 
 TEST_F(TagsFile, FindsValuesInTwoBlocks)
 {
-    const std::vector<Entry> entries = {{QStringLiteral("LW"), 100, 10}, {QStringLiteral("LW"), 110, 5}};
+    const std::vector<Entry> entries = {{LW, 100, 10}, {LW, 110, 5}};
     EXPECT_THAT(findings(entries, "LW,109,int32,seam,\nLW,111,int32,next,\n"),
                 ElementsAre("split-over-blocks LW 109 to 110"));
 }

@@ -1,16 +1,9 @@
 // Tests values as a table: from the files, into new files, and back to the panel.
 // SPDX-License-Identifier: MIT
+#include "tests/inspector/layout_of.h"
 #include "tests/inspector/report_of.h"
-#include "tests/support/module_test.h"
 #include "tests/support/random_source.h"
-#include "tests/support/run_tool.h"
-#include "tools/retention_core/refusal.h"
-
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
-#include <QtCore/QTemporaryDir>
-
-#include <algorithm>
+#include "tests/support/tool_test.h"
 
 namespace {
 
@@ -19,36 +12,16 @@ using testing::Not;
 
 const std::array<const char*, 3> fileNames = {bitFileName, wordFileName, rwiFileName};
 
-class ValueTable : public ModuleTest
+class ValueTable : public ToolTest
 {
 protected:
-    QString path(const char* name) const { return scratch.filePath(QString::fromLatin1(name)); }
-
-    QString write(const char* name, const QByteArray& bytes) const
-    {
-        QFile file(path(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        return file.fileName();
-    }
-
-    static QByteArray read(const QString& path)
-    {
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
-        return file.readAll();
-    }
-
-    static ToolRun run(const QStringList& words, const QByteArray& input = {})
-    {
-        return runTool(QStringLiteral(RETENTION_INSPECTOR_PATH), words, input);
-    }
+    ValueTable() : ToolTest(RETENTION_INSPECTOR_PATH) {}
 
     /// A running panel with random values in the first cells of each area, written to the fixed directory.
     std::unique_ptr<Panel> usedPanel(object& project, std::size_t cells = 200)
     {
         for (const char* name : fileNames)
-            QFile::remove(retentionPath(QString::fromLatin1(name)));
+            QFile::remove(retentionPath(name));
         auto panel = startPanel(&project);
         for (MemoryArea& area : panel->areas.all()) {
             std::vector<ushort> values(cells);
@@ -62,7 +35,7 @@ protected:
     }
 
     /// A tags file that covers everything used here.
-    QString randomTags()
+    void writeRandomTags()
     {
         QByteArray tags = "area,address,type,name,unit\n";
         const std::array<const char*, 10> types = {
@@ -77,16 +50,15 @@ protected:
                 address += cells[type];
             }
         }
-        return write("tags.csv", tags);
+        write("tags.csv", tags);
     }
 
-    QTemporaryDir scratch;
     RandomSource random{printedSeed()};
 };
 
 TEST_F(ValueTable, RoundTripIsTheIdentity)
 {
-    const std::array<QString, 3> names = {QStringLiteral("LB"), QStringLiteral("LW"), QStringLiteral("RWI")};
+    const std::array<QString, 3> names = {LB, LW, RWI};
     qint64 values = 0;
     for (int round = 0; round < 60; ++round) {
         std::vector<Entry> entries(static_cast<std::size_t>(random.between(1, 15)));
@@ -95,144 +67,117 @@ TEST_F(ValueTable, RoundTripIsTheIdentity)
                      random.between(0, 40)};
         const auto project = round == 7 ? wholeAreaProject(1, 5) : perAddressProject(entries);
         const auto before = usedPanel(*project, round == 7 ? 65536 : 200);
-        const Layout layout = makeLayout(readSettings(project.get()));
-        const auto files = openRetentionFiles(QLatin1String(fixedProjectDirectory));
-        const QString table = path("values.csv");
-        const QString made = path("made");
-        QFile::remove(table);
-        QDir(made).removeRecursively();
-        QDir(path("edited")).removeRecursively();
-        const Report out = round % 2 == 0 ? reportOf("export", {layout}, {files}, {{"output", table}})
-                                          : reportOf("export", {layout}, {files},
-                                                     {{"output", table}, {"tags", randomTags()}});
-        values += read(table).count('\n') - 1;
-
-        const Report in = reportOf("import", {layout}, {}, {{"output", made}}, {table});
-        EXPECT_TRUE(in.findings.empty());
-        const Report again = reportOf("import", {layout}, {files}, {{"output", path("edited")}}, {table});
-        EXPECT_TRUE(again.tables.front().rows.empty()) << "a change where nothing changed";
-        for (const char* name : fileNames) {
-            const QString file = QString::fromLatin1(name);
-            ASSERT_EQ(read(made + QLatin1Char('/') + file), *retentionFile(file))
-                << name << ", round " << round;
-            ASSERT_EQ(read(path("edited/") + file), *retentionFile(file)) << name << ", round " << round;
+        const Layout layout = layoutOf(*project);
+        const auto files = openRetentionFiles(fixedProjectDirectory);
+        QFile::remove("values.csv");
+        for (const char* const folder : {"made", "edited"})
+            QDir(folder).removeRecursively();
+        std::vector<std::pair<const char*, QString>> options = {{"output", "values.csv"}};
+        if (round % 2 == 1) {
+            writeRandomTags();
+            options.emplace_back("tags", "tags.csv");
         }
+        reportOf("export", {layout}, {files}, options);
+        values += read("values.csv").count('\n') - 1;
+
+        const Report in = reportOf("import", {layout}, {}, {{"output", "made"}}, {"values.csv"});
+        EXPECT_TRUE(in.findings.empty());
+        const Report again = reportOf("import", {layout}, {files}, {{"output", "edited"}}, {"values.csv"});
+        EXPECT_TRUE(again.tables.front().rows.empty()) << "a change where nothing changed";
+        for (const QString folder : {"made/", "edited/"})
+            for (const QString name : fileNames)
+                ASSERT_EQ(read(folder + name), *retentionFile(name))
+                    << folder.toStdString() << name.toStdString() << ", round " << round;
     }
     EXPECT_GT(values, 200000) << "the projects keep too little to tell";
 }
 
 TEST_F(ValueTable, SetsWhatItSaysAndThePanelStartsWithIt)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 100, 10}, {QStringLiteral("LB"), 8, 16}});
+    const auto project = perAddressProject({{LW, 100, 10}, {LB, 8, 16}});
     const auto before = usedPanel(*project);
-    const Layout layout = makeLayout(readSettings(project.get()));
-    const QString table =
-        write("values.csv", "area,address,value,type\r\nLW,104,-1.5,float:high-first\r\nLW,100,0x1F,\r\n"
-                            "LB,9,1,bit\r\nLW,107,'=b,string:4\r\n");
+    write("values.csv", "area,address,value,type\r\nLW,104,-1.5,float:high-first\r\nLW,100,0x1F,\r\n"
+                        "LB,9,1,bit\r\nLW,107,'=b,string:4\r\n");
     const Report report =
-        reportOf("import", {layout}, {openRetentionFiles(QLatin1String(fixedProjectDirectory))},
-                 {{"output", path("new")}}, {table});
+        reportOf("import", {layoutOf(*project)}, {openRetentionFiles(fixedProjectDirectory)},
+                 {{"output", "new"}}, {"values.csv"});
     EXPECT_THAT(reportText(report).toStdString(), HasSubstr("31\n"));
-    for (const char* name : fileNames)
-        writeRetentionFile(QString::fromLatin1(name), read(path("new/") + QLatin1String(name)));
+    for (const QString name : fileNames)
+        writeRetentionFile(name, read("new/" + name));
     const auto after = startPanel(project.get());
-    const auto word = [](const Panel& panel, int cell) {
-        return *panel.areas.named(QStringLiteral("LW"))->cell(cell);
-    };
-    EXPECT_EQ(word(*after, 100), 31);
-    EXPECT_EQ(word(*after, 104), 0xbfc0);
-    EXPECT_EQ(word(*after, 105), 0);
-    EXPECT_EQ(word(*after, 107), '=' + 256 * 'b');
-    EXPECT_EQ(word(*after, 108), 0);
+    const MemoryArea& words = *after->areas.named(LW);
+    const std::pair<int, int> set[] = {{100, 31}, {104, 0xbfc0}, {105, 0}, {107, '=' + 256 * 'b'}, {108, 0}};
+    for (const auto& [cell, value] : set)
+        EXPECT_EQ(words.cell(cell), value) << cell;
     for (const int cell : {101, 102, 103, 106, 109})
-        EXPECT_EQ(word(*after, cell), word(*before, cell)) << cell;
-    EXPECT_EQ(*after->areas.named(QStringLiteral("LB"))->cell(9), 1);
+        EXPECT_EQ(words.cell(cell), before->areas.named(LW)->cell(cell)) << cell;
+    EXPECT_EQ(after->areas.named(LB)->cell(9), 1);
 }
 
 TEST_F(ValueTable, ReportsEachChangeOldToNew)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 100, 4}});
-    startPanel(project.get())->setCells(QStringLiteral("LW"), 100, {1, 2, 3, 4});
-    const Layout layout = makeLayout(readSettings(project.get()));
-    const QString table = write("values.csv", "area;address;name;value\nLW;101;speed;7\nLW;102;same;3\n");
+    const auto project = perAddressProject({{LW, 100, 4}});
+    startPanel(project.get())->setCells(LW, 100, {1, 2, 3, 4});
+    write("values.csv", "area;address;name;value\nLW;101;speed;7\nLW;102;same;3\n");
     const Report report =
-        reportOf("import", {layout}, {openRetentionFiles(QLatin1String(fixedProjectDirectory))},
-                 {{"output", path("new")}}, {table});
+        reportOf("import", {layoutOf(*project)}, {openRetentionFiles(fixedProjectDirectory)},
+                 {{"output", "new"}}, {"values.csv"});
     ASSERT_EQ(report.tables.front().rows.size(), 1U);
     EXPECT_THAT(reportText(report).toStdString(), HasSubstr("LW         101   speed   uint16   2     7\n"));
 }
 
+const QByteArray bits("\x20\0", 2);
+
 class ValueTableCommands : public ValueTable
 {
 protected:
-    ValueTableCommands()
+    ValueTableCommands() { writeFiles("dir", QByteArray(26, '\0') + QByteArray("\7\0\0\0", 4), bits); }
+
+    std::string refusal(const QByteArray& table, const QString& more = {}) const
     {
-        QDir(scratch.path()).mkdir(QStringLiteral("dir"));
-        QByteArray words(30, '\0');
-        words[26] = 7;
-        write("dir/maintenance-word.dat", words);
-        write("dir/maintenance-bit.dat", QByteArray("\x20\0", 2));
-        write("dir/maintenance-RWI.dat", QByteArray());
+        write("bad.csv", table);
+        const std::string said = errors("import ranges.xml bad.csv" + more + " -o refused");
+        EXPECT_FALSE(QFile::exists("refused"));
+        return said;
     }
 
-    std::string refusal(const QByteArray& table, const QStringList& more = {}) const
-    {
-        const ToolRun run =
-            ValueTable::run(QStringList{QStringLiteral("import"), ranges, write("bad.csv", table)} + more +
-                            QStringList{QStringLiteral("-o"), path("refused")});
-        EXPECT_EQ(run.status, 2) << run.out.toStdString();
-        EXPECT_FALSE(QFile::exists(path("refused")));
-        return run.err.toStdString();
-    }
-
-    ToolRun exported(const QStringList& more) const
-    {
-        return run(QStringList{QStringLiteral("export"), ranges, path("dir"), QStringLiteral("-o"),
-                               QStringLiteral("-")} +
-                   more);
-    }
-
-    const QString ranges = QStringLiteral(EXAMPLES_DIR "/address_ranges.xml");
+    ToolRun exported(const QString& more = {}) const { return run("export ranges.xml dir -o -" + more); }
 };
 
 TEST_F(ValueTableCommands, StandsOnStandardOutput)
 {
-    const ToolRun run = exported({});
-    EXPECT_EQ(run.status, 0) << run.err.toStdString();
-    const std::string table = run.out.toStdString();
+    const ToolRun all = exported();
+    EXPECT_EQ(all.status, 0) << all.err.toStdString();
+    const std::string table = all.out.toStdString();
     EXPECT_EQ(
         table.substr(0, table.find("LB,22")),
         "area,address,name,type,value,state\nLB,20,switches[0],bit,0,kept\nLB,21,switches[1],bit,0,kept\n");
     EXPECT_THAT(table, HasSubstr("LB,28,switches[8],bit,0,start-value\n"));
     EXPECT_THAT(table, HasSubstr("\nLW,203,counters[3],uint16,7,kept\n"));
-    EXPECT_THAT(run.err.toStdString(), HasSubstr("Values       27\n"));
-    EXPECT_EQ(exported({QStringLiteral("--nonzero")}).out.toStdString(),
+    EXPECT_THAT(all.err.toStdString(), HasSubstr("Values       27\n"));
+    EXPECT_EQ(exported(" --nonzero").out.toStdString(),
               "area,address,name,type,value,state\nLB,25,switches[5],bit,1,kept\nLW,203,counters[3],uint16,7,"
               "kept\n");
 }
 
 TEST_F(ValueTableCommands, GoesThroughAPipe)
 {
-    const ToolRun run = ValueTable::run(
-        {QStringLiteral("import"), ranges, QStringLiteral("-"), QStringLiteral("-o"), path("new")},
-        exported({QStringLiteral("--nonzero")}).out);
-    EXPECT_EQ(run.status, 0) << run.err.toStdString();
-    EXPECT_EQ(read(path("new/maintenance-word.dat")), read(path("dir/maintenance-word.dat")));
-    EXPECT_EQ(read(path("new/maintenance-bit.dat")), read(path("dir/maintenance-bit.dat")));
+    const ToolRun tool = run("import ranges.xml - -o new", exported(" --nonzero").out);
+    EXPECT_EQ(tool.status, 0) << tool.err.toStdString();
+    for (const char* const name : {wordFileName, bitFileName})
+        EXPECT_EQ(read(QLatin1String("new/") + name), read(QLatin1String("dir/") + name));
 }
 
 TEST_F(ValueTableCommands, IsNotWrittenOverAnotherUnlessAsked)
 {
-    const QString table = write("values.csv", "mine");
-    const QStringList words = {QStringLiteral("export"), ranges, path("dir"), QStringLiteral("-o"), table};
-    EXPECT_EQ(run(words).status, 2);
-    EXPECT_EQ(read(table), "mine");
-    EXPECT_EQ(run(words + QStringList(QStringLiteral("--force"))).status, 0);
-    EXPECT_THAT(read(table).toStdString(), HasSubstr("LW,203"));
-    const QStringList import = {QStringLiteral("import"), ranges, table, QStringLiteral("-o"), path("dir")};
-    EXPECT_EQ(run(import).status, 2) << "the directory has files";
-    EXPECT_EQ(run(import.mid(0, 3)).status, 2);
-    EXPECT_EQ(run(words.mid(0, 3)).status, 2);
+    write("values.csv", "mine");
+    errors("export ranges.xml dir -o values.csv", 2);
+    EXPECT_EQ(read("values.csv"), "mine");
+    output("export ranges.xml dir -o values.csv --force", 0);
+    EXPECT_THAT(read("values.csv").toStdString(), HasSubstr("LW,203"));
+    errors("import ranges.xml values.csv -o dir", 2); // the directory has files
+    errors("import ranges.xml values.csv", 2);
+    errors("export ranges.xml dir", 2);
 }
 
 TEST_F(ValueTableCommands, NamesEveryLineThatCannotBeKept)
@@ -276,91 +221,76 @@ TEST_F(ValueTableCommands, NamesEveryLineThatCannotBeKept)
 
 TEST_F(ValueTableCommands, NamesWhatIsNoTable)
 {
-    EXPECT_THAT(refusal(""), HasSubstr("bad.csv:1: the table is empty"));
-    EXPECT_THAT(refusal("area,address\nLW,100\n"), HasSubstr("bad.csv:1: there is no column \"value\""));
-    EXPECT_THAT(refusal("area,address,value,VALUE\n"),
-                HasSubstr("bad.csv:1: there are two columns \"value\""));
-    EXPECT_THAT(refusal("area,address,value\nLW,100,1,5\n"), HasSubstr("bad.csv:2: the line has 4 fields"));
-    EXPECT_THAT(refusal("area,address,value\nLW,10\"0,1\n"),
-                HasSubstr("bad.csv:2: there is a quotation mark"));
-    EXPECT_THAT(refusal("area,address,value\nLW,100,\"1\n"),
-                HasSubstr("the file ends inside a quoted field"));
-    EXPECT_THAT(refusal("area,address,value\nLW,100,\xff\n"), HasSubstr("bad.csv:2: not UTF-8"));
-    EXPECT_THAT(refusal(QByteArray("area,address,value\nLW,100,\0\n", 28)),
-                HasSubstr("bad.csv:2: not UTF-8"));
+    const std::pair<QByteArray, const char*> tables[] = {
+        {"", "bad.csv:1: the table is empty"},
+        {"area,address\nLW,100\n", "bad.csv:1: there is no column \"value\""},
+        {"area,address,value,VALUE\n", "bad.csv:1: there are two columns \"value\""},
+        {"area,address,value\nLW,100,1,5\n", "bad.csv:2: the line has 4 fields"},
+        {"area,address,value\nLW,10\"0,1\n", "bad.csv:2: there is a quotation mark"},
+        {"area,address,value\nLW,100,\"1\n", "the file ends inside a quoted field"},
+        {"area,address,value\nLW,100,\xff\n", "bad.csv:2: not UTF-8"},
+        {QByteArray("area,address,value\nLW,100,\0\n", 28), "bad.csv:2: not UTF-8"}};
+    for (const auto& [table, message] : tables)
+        EXPECT_THAT(refusal(table), HasSubstr(message));
 }
 
 TEST_F(ValueTableCommands, NeverShowsADoubtfulValueAsAGoodOne)
 {
-    write("dir/maintenance-bit.dat", QByteArray("\x20\xff", 2)); // bits after the last cell
-    write("dir/maintenance-word.dat", QByteArray(28, '\5'));     // one word too short
-    const ToolRun run = exported({});
-    EXPECT_EQ(run.status, 1);
-    const std::string table = run.out.toStdString();
+    // Bits after the last cell, and one word too short.
+    writeFiles("dir", QByteArray(28, '\5'), QByteArray("\x20\xff", 2));
+    const ToolRun tool = exported();
+    EXPECT_EQ(tool.status, 1);
+    const std::string table = tool.out.toStdString();
     EXPECT_THAT(table, HasSubstr("LB,25,switches[5],bit,1,doubtful\n"));
     EXPECT_THAT(table,
                 HasSubstr("LW,203,counters[3],uint16,1285,doubtful\nLW,204,counters[4],uint16,,no-value\n"));
     EXPECT_THAT(table, Not(HasSubstr("kept")));
-    EXPECT_THAT(run.err.toStdString(), HasSubstr("bits are set after the last cell"));
-    EXPECT_THAT(refusal(run.out), HasSubstr("bad.csv:2: the value is doubtful"));
-    EXPECT_THAT(refusal("area,address,value\nLW,100,1\n", {path("dir")}),
+    EXPECT_THAT(tool.err.toStdString(), HasSubstr("bits are set after the last cell"));
+    EXPECT_THAT(refusal(tool.out), HasSubstr("bad.csv:2: the value is doubtful"));
+    EXPECT_THAT(refusal("area,address,value\nLW,100,1\n", " dir"),
                 HasSubstr("dir/maintenance-bit.dat: 4 bits are set after the last cell"));
 }
 
 TEST_F(ValueTableCommands, TakesTheHalfOfAWordForDoubtful)
 {
     write("dir/maintenance-word.dat", QByteArray(29, '\5'));
-    const ToolRun run = exported({});
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("LW,204,counters[4],uint16,5,doubtful\n"));
-    EXPECT_THAT(run.err.simplified().toStdString(),
+    const ToolRun tool = exported();
+    EXPECT_THAT(tool.out.toStdString(), HasSubstr("LW,204,counters[4],uint16,5,doubtful\n"));
+    EXPECT_THAT(tool.err.simplified().toStdString(),
                 HasSubstr("only the low byte of LW 204, which therefore starts at 5."));
 }
 
 TEST_F(ValueTableCommands, SpeaksOfDoubtfulValuesOnlyWhenThereAreAny)
 {
     write("dir/maintenance-word.dat", QByteArray());
-    const ToolRun run = exported({});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("LW,204,counters[4],uint16,,no-value\n"));
-    EXPECT_THAT(run.err.toStdString(), Not(HasSubstr("doubtful")));
+    const ToolRun tool = exported();
+    EXPECT_EQ(tool.status, 1);
+    EXPECT_THAT(tool.out.toStdString(), HasSubstr("LW,204,counters[4],uint16,,no-value\n"));
+    EXPECT_THAT(tool.err.toStdString(), Not(HasSubstr("doubtful")));
 }
 
 TEST_F(ValueTableCommands, DoesNotGuessWhichByteOfAForeignImageIsABit)
 {
-    QDir(scratch.path()).mkdir(QStringLiteral("image"));
-    write("image/maintenance-bit.dat", QByteArray(65536, '\x5a'));
-    write("image/maintenance-word.dat", QByteArray(131072, '\1'));
-    write("image/maintenance-RWI.dat", QByteArray(131072, '\1'));
-    const QString areas = QStringLiteral(EXAMPLES_DIR "/whole_areas.xml");
-    const ToolRun run =
-        ValueTable::run({QStringLiteral("export"), areas, path("image"), QStringLiteral("-o-")});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("\nLB,0,,bit,1,doubtful\n"));
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("\nLW,0,,uint16,257,kept\n"));
-    const QString word = write("word.csv", "area,address,value\nLW,5,9\n");
-    EXPECT_EQ(ValueTable::run(
-                  {QStringLiteral("import"), areas, word, path("image"), QStringLiteral("-o"), path("new")})
-                  .status,
-              0);
-    EXPECT_EQ(read(path("new/maintenance-bit.dat")), QByteArray(65536, '\x5a'));
-    EXPECT_EQ(read(path("new/maintenance-word.dat")).mid(8, 4), QByteArray("\1\1\t\0", 4));
-    const QString bit = write("bit.csv", "area,address,value\nLB,5,0\n");
-    const ToolRun refused = ValueTable::run(
-        {QStringLiteral("import"), areas, bit, path("image"), QStringLiteral("-o"), path("refused")});
-    EXPECT_EQ(refused.status, 2);
-    EXPECT_THAT(refused.err.toStdString(),
+    const QByteArray words(131072, '\1');
+    writeFiles("image", words, QByteArray(65536, '\x5a'), words);
+    const std::string table = output("export areas.xml image -o-", 1);
+    EXPECT_THAT(table, HasSubstr("\nLB,0,,bit,1,doubtful\n"));
+    EXPECT_THAT(table, HasSubstr("\nLW,0,,uint16,257,kept\n"));
+    write("word.csv", "area,address,value\nLW,5,9\n");
+    output("import areas.xml word.csv image -o new", 0);
+    EXPECT_EQ(read("new/maintenance-bit.dat"), QByteArray(65536, '\x5a'));
+    EXPECT_EQ(read("new/maintenance-word.dat").mid(8, 4), QByteArray("\1\1\t\0", 4));
+    write("bit.csv", "area,address,value\nLB,5,0\n");
+    EXPECT_THAT(errors("import areas.xml bit.csv image -o refused"),
                 HasSubstr("bit.csv:2: the LB image contains bytes other than 0 and 1"));
 }
 
 TEST_F(ValueTableCommands, SimulatorStartsWithTheImportedValues)
 {
-    const QString table = write("values.csv", "area,address,value,type\nLW,200,-7,int32\nLB,31,1,bit\n");
-    ASSERT_EQ(
-        run({QStringLiteral("import"), ranges, table, path("dir"), QStringLiteral("-o"), path("new")}).status,
-        0);
+    write("values.csv", "area,address,value,type\nLW,200,-7,int32\nLB,31,1,bit\n");
+    output("import ranges.xml values.csv dir -o new", 0);
     const ToolRun simulator =
-        runTool(QStringLiteral(PANEL_SIMULATOR_PATH), {ranges, QStringLiteral("--project-dir"), path("new")},
-                "get LW 200 5\nget LB 31\n");
+        runTool(PANEL_SIMULATOR_PATH, {"ranges.xml", "--project-dir", "new"}, "get LW 200 5\nget LB 31\n");
     EXPECT_THAT(simulator.out.toStdString(), HasSubstr("65529 65535 0 7 0"));
     EXPECT_THAT(simulator.out.toStdString(), HasSubstr("LB 31: 1"));
 }
@@ -373,26 +303,26 @@ TEST_F(ValueTableCommands, TagsMakeOneLineOfAValue)
     words.replace(6, 4, "=A1 ");                        // LW 103
     words.replace(10, 2, "\x34\x1a");                   // LW 105: no decimal digits
     write("dir/maintenance-word.dat", words);
-    const QString tags = write("tags.csv", "area,address,type,name,unit\n"
-                                           "LW,100,int16,count,pcs\n"
-                                           "LW,101,float,\"temperature, set\",C\n"
-                                           "LW,103,string:4,recipe,\n"
-                                           "LW,105,bcd,broken,\n"
-                                           "LW,109,int32,half,\n"
-                                           "LW,1000,int32,elsewhere,\n");
-    const ToolRun run = exported({QStringLiteral("--tags"), tags});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("\nLW,100,count,int16,1234,kept\n"
-                                                 "LW,101,\"temperature, set\",float,21.5,kept\n"
-                                                 "LW,103,recipe,string:4,\"'=A1 \",kept\n"
-                                                 "LW,105,broken,uint16,6708,kept\n"
-                                                 "LW,106,recipe[6],uint16,0,kept\n"));
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("\nLW,109,half[0],uint16,0,kept\nLW,200,"));
-    EXPECT_THAT(run.err.toStdString(),
+    write("tags.csv", "area,address,type,name,unit\n"
+                      "LW,100,int16,count,pcs\n"
+                      "LW,101,float,\"temperature, set\",C\n"
+                      "LW,103,string:4,recipe,\n"
+                      "LW,105,bcd,broken,\n"
+                      "LW,109,int32,half,\n"
+                      "LW,1000,int32,elsewhere,\n");
+    const ToolRun tool = exported(" --tags tags.csv");
+    EXPECT_EQ(tool.status, 1);
+    EXPECT_THAT(tool.out.toStdString(), HasSubstr("\nLW,100,count,int16,1234,kept\n"
+                                                  "LW,101,\"temperature, set\",float,21.5,kept\n"
+                                                  "LW,103,recipe,string:4,\"'=A1 \",kept\n"
+                                                  "LW,105,broken,uint16,6708,kept\n"
+                                                  "LW,106,recipe[6],uint16,0,kept\n"));
+    EXPECT_THAT(tool.out.toStdString(), HasSubstr("\nLW,109,half[0],uint16,0,kept\nLW,200,"));
+    EXPECT_THAT(tool.err.toStdString(),
                 HasSubstr("tags.csv:6: \"half\", LW 109 to 110: only LW 109 is retained"));
-    EXPECT_THAT(run.err.toStdString(),
+    EXPECT_THAT(tool.err.toStdString(),
                 HasSubstr("tags.csv:5: \"broken\", LW 105: its cells do not hold a valid bcd"));
-    EXPECT_THAT(run.err.simplified().toStdString(),
+    EXPECT_THAT(tool.err.simplified().toStdString(),
                 HasSubstr("tags.csv: the project retains no cell of \"elsewhere\" (LW 1000 to 1001)."));
 }
 
@@ -401,27 +331,19 @@ TEST_F(ValueTableCommands, ShowAndDiffKnowTags)
     QByteArray words(30, '\0');
     words.replace(0, 2, "\x2e\xfb");                    // LW 100: -1234
     words.replace(2, 4, QByteArray("\0\0\xac\x41", 4)); // LW 101: 21.5
-    write("dir/maintenance-word.dat", words);
-    QDir(scratch.path()).mkdir(QStringLiteral("later"));
+    writeFiles("dir", words, bits);
     words.replace(2, 4, QByteArray("\0\0\xad\x41", 4)); // 21.625
     words[28] = 9;                                      // LW 204
-    write("later/maintenance-word.dat", words);
-    write("later/maintenance-bit.dat", QByteArray("\x20\0", 2));
-    write("later/maintenance-RWI.dat", QByteArray());
-    const QString tags = write(
-        "tags.csv", "area,address,type,name,unit\nLW,100,int16,count,pcs\nLW,101,float,temperature,C\n");
-    const ToolRun show = run({QStringLiteral("show"), ranges, path("dir"), QStringLiteral("--tags"), tags});
-    EXPECT_EQ(show.status, 0) << show.err.toStdString();
-    EXPECT_THAT(show.out.toStdString(),
-                HasSubstr("  LW         100   count         -1234   pcs    int16   kept\n"
-                          "  LW         101   temperature    21.5   C      float   kept\n"));
-    EXPECT_THAT(show.out.toStdString(), Not(HasSubstr("204")));
-    const ToolRun diff =
-        run({QStringLiteral("diff"), ranges, path("dir"), path("later"), QStringLiteral("--tags"), tags});
-    EXPECT_EQ(diff.status, 1);
-    EXPECT_THAT(diff.out.toStdString(), HasSubstr("  LW         101    21.5   21.625   temperature   C\n"
-                                                  "  LW         204       0        9\n"));
-    EXPECT_THAT(diff.out.toStdString(), HasSubstr("Different        2\n"));
+    writeFiles("later", words, bits);
+    write("tags.csv", "area,address,type,name,unit\nLW,100,int16,count,pcs\nLW,101,float,temperature,C\n");
+    const std::string show = output("show ranges.xml dir --tags tags.csv");
+    EXPECT_THAT(show, HasSubstr("  LW         100   count         -1234   pcs    int16   kept\n"
+                                "  LW         101   temperature    21.5   C      float   kept\n"));
+    EXPECT_THAT(show, Not(HasSubstr("204")));
+    const std::string diff = output("diff ranges.xml dir later --tags tags.csv", 1);
+    EXPECT_THAT(diff, HasSubstr("  LW         101    21.5   21.625   temperature   C\n"
+                                "  LW         204       0        9\n"));
+    EXPECT_THAT(diff, HasSubstr("Different        2\n"));
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // Tests the wear model: what a write touches, and what a day of writes adds up to.
 // SPDX-License-Identifier: MIT
+#include "tests/inspector/layout_of.h"
 #include "tests/inspector/report_of.h"
-#include "tests/support/module_test.h"
 #include "tools/retention_core/device_writes.h"
 #include "tools/retention_core/refusal.h"
 
@@ -26,7 +26,13 @@ using Options = std::initializer_list<std::pair<const char*, QString>>;
 
 Report wear(const object& project, Options options)
 {
-    return reportOf("wear", {makeLayout(readSettings(const_cast<object*>(&project)))}, {}, options);
+    return reportOf("wear", {layoutOf(project)}, {}, options);
+}
+
+/// The wear of a project of ten words.
+Report wear(Options options)
+{
+    return wear(*perAddressProject({{LW, 0, 10}}), options);
 }
 
 std::pair<const char*, QString> changesPerHour(int changes)
@@ -57,26 +63,21 @@ double dayValue(const Report& report, const char* of, const char* key)
 
 std::string factText(const Report& report, const char* key)
 {
-    for (const Fact& fact : report.facts)
-        if (qstrcmp(fact.key, key) == 0)
-            return fact.value.text.toStdString();
-    return "no such fact";
+    return factOf(report, key).text.toStdString();
 }
 
 TEST(Wear, CountsPagesThatAWriteTouches)
 {
     // The second block, two words, crosses byte 4096 of its file; the first one lies before it.
-    const auto project =
-        perAddressProject({{QStringLiteral("LW"), 0, 2047}, {QStringLiteral("LW"), 2047, 2}});
-    const Report report = wear(*project, {changesPerHour(1), {"file-system-pages", QStringLiteral("0")}});
+    const auto project = perAddressProject({{LW, 0, 2047}, {LW, 2047, 2}});
+    const Report report = wear(*project, {changesPerHour(1), {"file-system-pages", "0"}});
     const double each = (2047.0 * 1 + 2 * 2) / 2049; // of the cells, each with its block
     EXPECT_THAT(dayValue(report, "even", "flash_bytes"), DoubleNear(24 * 4096 * each, 1e-6));
 }
 
 TEST(Wear, FindsTheWorstCaseInASmallBlockThatCrossesIntoAnotherPage)
 {
-    const auto project =
-        perAddressProject({{QStringLiteral("LW"), 0, 2047}, {QStringLiteral("LW"), 2047, 2}});
+    const auto project = perAddressProject({{LW, 0, 2047}, {LW, 2047, 2}});
     const Report report = wear(*project, {changesPerHour(1)});
     EXPECT_THAT(dayValue(report, "worst", "file_bytes"), DoubleEq(24 * 4));
     EXPECT_THAT(dayValue(report, "worst", "flash_bytes"), DoubleEq(24 * 6 * 4096))
@@ -87,7 +88,7 @@ TEST(Wear, FindsTheWorstCaseInASmallBlockThatCrossesIntoAnotherPage)
 
 TEST(Wear, OfABitIsOneByteAndOfAWordItsBlock)
 {
-    const auto project = perAddressProject({{QStringLiteral("LB"), 0, 10}, {QStringLiteral("LW"), 0, 10}});
+    const auto project = perAddressProject({{LB, 0, 10}, {LW, 0, 10}});
     const Report report = wear(*project, {changesPerHour(100)});
     EXPECT_THAT(dayValue(report, "even", "writes"), DoubleEq(2400));
     EXPECT_THAT(dayValue(report, "even", "file_bytes"), DoubleEq(2400 * (1.0 + 20.0) / 2));
@@ -98,13 +99,11 @@ TEST(Wear, OfABitIsOneByteAndOfAWordItsBlock)
 
 TEST(Wear, LeavesOutTheBitThatIsNeverWritten)
 {
-    const Report beside =
-        wear(*perAddressProject({{QStringLiteral("LB"), 60099, 3}, {QStringLiteral("LW"), 0, 2}}),
-             {changesPerHour(1)});
+    const Report beside = wear(*perAddressProject({{LB, 60099, 3}, {LW, 0, 2}}), {changesPerHour(1)});
     EXPECT_THAT(dayValue(beside, "even", "file_bytes"), DoubleEq(24 * (2 * 1 + 2 * 4) / 4.0))
         << "two bits, two words";
     EXPECT_THAT(reportText(beside).toStdString(), HasSubstr("60099, 60101 "));
-    const Report alone = wear(*perAddressProject({{QStringLiteral("LB"), 60100, 1}}), {changesPerHour(1)});
+    const Report alone = wear(*perAddressProject({{LB, 60100, 1}}), {changesPerHour(1)});
     for (const Table& table : alone.tables)
         EXPECT_THAT(table.rows, IsEmpty()) << table.key;
 }
@@ -120,7 +119,7 @@ TEST(Wear, OfWholeAreasIsTheThreeImagesEachPeriod)
 
 TEST(Wear, IsNotCountedWithoutAPeriodOrWithoutCells)
 {
-    const auto withoutCells = perAddressProject({{QStringLiteral("LW"), 0, 0}});
+    const auto withoutCells = perAddressProject({{LW, 0, 0}});
     EXPECT_THAT(wear(*wholeAreaProject(1, 0), {}).tables.front().rows, IsEmpty());
     EXPECT_THAT(wear(*wholeAreaProject(0, 5), {}).tables.front().rows, IsEmpty());
     EXPECT_THAT(wear(*withoutCells, {changesPerHour(1)}).tables.front().rows, IsEmpty());
@@ -128,42 +127,37 @@ TEST(Wear, IsNotCountedWithoutAPeriodOrWithoutCells)
 
 TEST(Wear, ComesToYearsLevelledAndInPlace)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 10}});
-    const std::pair<const char*, QString> endurance = {"endurance-cycles", QStringLiteral("1000")};
-    const Report unknown = wear(*project, {changesPerHour(10), endurance});
+    const std::pair<const char*, QString> endurance = {"endurance-cycles", "1000"};
+    const Report unknown = wear({changesPerHour(10), endurance});
     EXPECT_THAT(dayValue(unknown, "even", "levelled_years"), DoubleEq(-1)) << "the capacity is not known";
     EXPECT_THAT(dayValue(unknown, "even", "in_place_years"), DoubleNear(1000 / 240.0 / 365.25, 1e-9));
-    const Report known = wear(*project, {changesPerHour(10), endurance, {"capacity", QStringLiteral("1G")}});
+    const Report known = wear({changesPerHour(10), endurance, {"capacity", "1G"}});
     EXPECT_THAT(dayValue(known, "even", "levelled_years"),
                 DoubleNear(1000.0 * (1 << 30) / (240 * 5 * 4096.0) / 365.25, 1e-6));
 }
 
 TEST(Wear, AnswersHowOftenCellsMayChange)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 10}});
-    const Report emmc = wear(*project, {{"medium", QStringLiteral("emmc")}});
+    const Report emmc = wear({{"medium", "emmc"}});
     const double writes =
         3000.0 * 4 * (1 << 30) / (4 * 16384.0); // pages of 16 KiB: its own and three of the file system
     EXPECT_THAT(valueIn(emmc, "limits", "worst", "levelled_limit"),
                 DoubleNear(writes / (10 * 365.25 * 24), 1e-6));
     EXPECT_EQ(factText(emmc, "answer"), "for 10 years: at most 2,242 changes per hour");
     // That number of changes wears it out in exactly those years.
-    const Report at = wear(*project, {{"medium", QStringLiteral("emmc")}, changesPerHour(2242)});
+    const Report at = wear({{"medium", "emmc"}, changesPerHour(2242)});
     EXPECT_THAT(at.findings, IsEmpty());
     EXPECT_THAT(dayValue(at, "worst", "levelled_years"), DoubleNear(10, 0.01));
-    EXPECT_THAT(wear(*project, {{"medium", QStringLiteral("emmc")}, changesPerHour(2250)}).findings,
-                SizeIs(1));
-    const Report direct = wear(*project, {{"endurance-cycles", QStringLiteral("10000")}});
+    EXPECT_THAT(wear({{"medium", "emmc"}, changesPerHour(2250)}).findings, SizeIs(1));
+    const Report direct = wear({{"endurance-cycles", "10000"}});
     EXPECT_EQ(factText(direct, "answer"), "for 10 years: at most 1 change every 8.8 hours");
-    const Report images = wear(*wholeAreaProject(1, 5), {{"medium", QStringLiteral("sd")}});
+    const Report images = wear(*wholeAreaProject(1, 5), {{"medium", "sd"}});
     EXPECT_EQ(factText(images, "answer"), "for 10 years: Save Time at least 1 min");
 }
 
 TEST(Wear, SaysWhatItAssumesOfAMedium)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 10}});
-    const Report report =
-        wear(*project, {{"medium", QStringLiteral("nor")}, {"capacity", QStringLiteral("32 MiB")}});
+    const Report report = wear({{"medium", "nor"}, {"capacity", "32 MiB"}});
     EXPECT_EQ(factText(report, "medium"),
               "serial NOR flash with UBIFS; the \"levelled\" figures apply, because UBI levels the wear");
     EXPECT_EQ(factText(report, "page"), "256 bytes");
@@ -175,8 +169,7 @@ TEST(Wear, SaysWhatItAssumesOfAMedium)
 
 TEST(Wear, CountsTheErasuresOfSync)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 10}});
-    const Report report = wear(*project, {{"medium", QStringLiteral("nor")}, changesPerHour(10)});
+    const Report report = wear({{"medium", "nor"}, changesPerHour(10)});
     const double each = 1 + 7 * 256 / 65536.0; // of the log's erase block, and the pages' share
     EXPECT_THAT(dayValue(report, "worst", "erasures_levelled"), DoubleNear(240 * each, 1e-6));
     EXPECT_THAT(dayValue(report, "worst", "levelled_years"),
@@ -186,9 +179,8 @@ TEST(Wear, CountsTheErasuresOfSync)
 TEST(Wear, OnUbifsWritesTheWholeBlockOfTheFile)
 {
     // Ten words at the head of a file of 6000 bytes, and ten at its end.
-    const auto project = perAddressProject(
-        {{QStringLiteral("LW"), 0, 10}, {QStringLiteral("LW"), 20, 2980}, {QStringLiteral("LW"), 5000, 10}});
-    const Report report = wear(*project, {{"medium", QStringLiteral("nor")}});
+    const auto project = perAddressProject({{LW, 0, 10}, {LW, 20, 2980}, {LW, 5000, 10}});
+    const Report report = wear(*project, {{"medium", "nor"}});
     for (const Table& table : report.tables)
         if (qstrcmp(table.key, "blocks") == 0) {
             ASSERT_THAT(table.rows, SizeIs(3));
@@ -210,7 +202,7 @@ double measuredBytes(const char* storage)
 
 TEST(Wear, AgreesWithWhatWasMeasured)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 100, 10}});
+    const auto project = perAddressProject({{LW, 100, 10}});
     const std::pair<const char*, const char*> media[] = {{"emmc", "ext4"}, {"sd", "ext4"}, {"nor", "ubifs"}};
     for (const auto& [medium, storage] : media) {
         const Report report = wear(*project, {{"medium", QString::fromLatin1(medium)}});
@@ -230,9 +222,9 @@ TEST(Wear, MeasuresTheDeviceThatHoldsADirectory)
                                .arg(major(status.st_dev))
                                .arg(minor(status.st_dev));
     EXPECT_THROW(deviceWrites(folder.path(), folder.path()), Refusal) << "nothing counts for it";
-    EXPECT_THROW(deviceWrites(folder.filePath(QStringLiteral("missing"))), Refusal);
+    EXPECT_THROW(deviceWrites(folder.filePath("missing")), Refusal);
     ASSERT_TRUE(QDir().mkpath(device));
-    QFile counts(device + QStringLiteral("/stat"));
+    QFile counts(device + "/stat");
     ASSERT_TRUE(counts.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
     counts.write("   12    3   400   5   60   7   8000  9 0 1 2\n");
     const DeviceWrites writes = deviceWrites(folder.path(), folder.path());
@@ -244,13 +236,9 @@ TEST(Wear, MeasuresTheDeviceThatHoldsADirectory)
 
 TEST(Wear, UnderstandsSizesAndRatesAsPeopleWriteThem)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 10}});
     const auto capacity = [&](const char* text) {
-        const Report report = wear(*project, {changesPerHour(1), {"capacity", QString::fromLatin1(text)}});
-        for (const Fact& fact : report.facts)
-            if (qstrcmp(fact.key, "capacity") == 0)
-                return fact.value.data.toDouble();
-        return -1.0;
+        const Report report = wear({changesPerHour(1), {"capacity", QString::fromLatin1(text)}});
+        return factOf(report, "capacity").data.toDouble();
     };
     EXPECT_EQ(capacity("4G"), 4.0 * (1 << 30));
     EXPECT_EQ(capacity("4 GiB"), 4.0 * (1 << 30));
@@ -262,7 +250,7 @@ TEST(Wear, UnderstandsSizesAndRatesAsPeopleWriteThem)
     for (const char* bad : {"", "G", "4X", "-4K", "4 G i B", "1e30"})
         EXPECT_THROW(capacity(bad), Refusal) << bad;
     const auto rate = [&](const char* text) {
-        return dayValue(wear(*project, {{"changes-per-hour", QString::fromLatin1(text)}}), "even", "writes");
+        return dayValue(wear({{"changes-per-hour", QString::fromLatin1(text)}}), "even", "writes");
     };
     EXPECT_EQ(rate("60"), 1440);
     EXPECT_EQ(rate("0.5"), 12);
@@ -274,22 +262,17 @@ TEST(Wear, UnderstandsSizesAndRatesAsPeopleWriteThem)
 
 TEST(Wear, RoundsNoFractionAway)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 10}});
-    const std::string text =
-        reportText(wear(*project, {{"changes-per-hour", QStringLiteral("0.25")}})).toStdString();
+    const std::string text = reportText(wear({{"changes-per-hour", "0.25"}})).toStdString();
     EXPECT_THAT(text, HasSubstr("Changes per hour    0.25\n"));
     EXPECT_THAT(text, HasSubstr("0.9375")) << "6 x 20 KiB / 128 KiB";
 }
 
 TEST(Wear, ThatIsTooMuchIsAFinding)
 {
-    const auto project = perAddressProject({{QStringLiteral("LW"), 0, 10}});
-    const std::pair<const char*, QString> endurance = {"endurance-cycles", QStringLiteral("3000")};
-    EXPECT_THAT(wear(*project, {changesPerHour(3600)}).findings, IsEmpty()) << "no endurance is given";
-    EXPECT_THAT(wear(*project, {changesPerHour(3600), endurance}).findings, SizeIs(1));
-    EXPECT_THAT(
-        wear(*project, {changesPerHour(3600), endurance, {"capacity", QStringLiteral("8G")}}).findings,
-        IsEmpty());
+    const std::pair<const char*, QString> endurance = {"endurance-cycles", "3000"};
+    EXPECT_THAT(wear({changesPerHour(3600)}).findings, IsEmpty()) << "no endurance is given";
+    EXPECT_THAT(wear({changesPerHour(3600), endurance}).findings, SizeIs(1));
+    EXPECT_THAT(wear({changesPerHour(3600), endurance, {"capacity", "8G"}}).findings, IsEmpty());
 }
 
 } // namespace

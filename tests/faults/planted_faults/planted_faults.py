@@ -2,8 +2,8 @@
 """Plants faults in copies of the module's sources: the sweeps must find each one with its own message.
 
     planted_faults.py write SOURCE COPY    copies one source with its faults, which PLANTED_FAULT then names
-    planted_faults.py try MODULE STORAGE_TEST MEMORY_TEST HOSTILE_TEST
-                                           runs the sweeps over the library of those copies
+    planted_faults.py try MODULE STORAGE_TEST MEMORY_TEST HOSTILE_TEST LIFE_TEST
+                                           runs the sweeps, and random lives, over the library of those copies
 """
 # SPDX-License-Identifier: MIT
 import os
@@ -13,7 +13,7 @@ import subprocess
 import sys
 import unittest
 
-STORAGE, MEMORY, HOSTILE = "storage", "memory", "hostile"
+STORAGE, MEMORY, HOSTILE, LIFE = "storage", "memory", "hostile", "life"
 ONE, PAIRS, STOPS = ".LeaveExactly*", ".InPairs*", ".BeforeTheProcessStops*"
 
 # (name, sweep, its test and life, the expected message, [(source, text, the text with the fault)]). The faulty text uses
@@ -53,6 +53,17 @@ FAULTS = [
        "        if (FAULT && area.wholeAreaCode == areaCode)\n"
        "            truncate(projectPath(QLatin1String(area.fileName)).constData(), 0);\n"
        "    file.seekp(0);")]),
+    ("every second change syncs for both", STORAGE, "OfASync*PerAddressLifeWithKeptFiles", r"stops\.size\(\)",
+     [("change_tracking.cpp", '    sys_base_do_system("sync");',
+       "    static int owed = 0;\n"
+       "    if (FAULT && ++owed % 2 != 0)\n"
+       "        return;\n"
+       "    if (FAULT)\n"
+       '        (sys_base_do_system)("sync");\n'
+       '    sys_base_do_system("sync");')]),
+    ("a file is opened without need", STORAGE, ONE + "WholeAreaLifeWithKeptFiles", "faults were reached, not 538",
+     [("file_access.cpp", "    struct stat found;",
+       "    if (FAULT)\n        close(open(path.constData(), O_RDONLY));\n    struct stat found;")]),
     ("a failed sync ends the keeping", STORAGE, "OfSync*PerAddressLifeWithKeptFiles", r"files\[a\]",
      [("change_tracking.cpp", '    sys_base_do_system("sync");',
        '    if (sys_base_do_system("sync") != 0 && FAULT)\n        blocks.clear();')]),
@@ -96,7 +107,35 @@ FAULTS = [
        "    failed = !ranWithMemory([&] {\n        for (int k = 0")]),
     ("without memory a block is watched in part", MEMORY, "*PerAddressLifeWithKeptFiles", "as watched",
      [("change_tracking.cpp", "while (!complete &&", "while (!FAULT && !complete &&")]),
+    ("a second opening without memory closes the file", MEMORY, "InASecondOpening*", r"openFiles\(\)\.size\(\)",
+     [("file_access.cpp", "if (!wasOpen) //", "if (FAULT || !wasOpen) //")]),
 
+    ("a change of another name syncs", LIFE, "Life*", r"\d+ syncs, not",
+     [("change_tracking.cpp", "    for (const AreaFields& area : AreaFields::of(*this))\n        if (std::strcmp",
+       '    if (FAULT && std::strcmp(msg->areaName, "lw") == 0)\n'
+       '        (sys_base_do_system)("sync");\n'
+       "    for (const AreaFields& area : AreaFields::of(*this))\n        if (std::strcmp")]),
+    ("a cell is read without need", LIFE, "Life*", r"calls:(.|\n)*they must be:",
+     [("change_tracking.cpp", "            checkFile(file, fileName);",
+       "            ushort value = 0;\n"
+       "            if (FAULT)\n"
+       "                interfaceComm->readRegisterValues(QLatin1String(areaName), QLatin1String(areaName),\n"
+       "                                                  address, 0, 1, &value);\n"
+       "            checkFile(file, fileName);")]),
+
+    ("a save ends at what is no file", HOSTILE, ".StopNoWholeAreaLife*/3", r"retentionFile\(",
+     [("calling_sequence.cpp", "    for (const AreaFields& area : AreaFields::of(*this))\n        writeFile",
+       "    for (const AreaFields& area : AreaFields::of(*this))\n"
+       "        if (FAULT && !area.file.is_open())\n            break;\n        else\n            writeFile")]),
+    ("a save that finds no file does not sync", HOSTILE, ".StopNoWholeAreaLife*/3", r"syncs\(\)",
+     [("calling_sequence.cpp", "    if (!saveAllEnabled)\n        return 0;\n",
+       "    if (!saveAllEnabled)\n        return 0;\n"
+       "    for (const AreaFields& area : AreaFields::of(*this))\n"
+       "        if (FAULT && !area.file.is_open()) {\n"
+       "            for (const AreaFields& each : AreaFields::of(*this))\n"
+       "                (writeFile)(each.file, each.facts.wholeAreaCode);\n"
+       "            return 0;\n"
+       "        }\n")]),
     ("what is no file makes room for one", HOSTILE, ".StopNoWholeAreaLife*/0", "identityOf(.|\n)*mode",
      [("whole_areas.cpp", "    if (look.missing ||",
        "    if (FAULT && !look.regular)\n"
@@ -107,6 +146,7 @@ FAULTS = [
 PRELUDE = """#include "poweroff_protect/file_access.h"
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <unistd.h>
 inline bool isPlanted(const char* name)
 {
@@ -166,5 +206,5 @@ if __name__ == "__main__":
         write_copy(pathlib.Path(sys.argv[2]), pathlib.Path(sys.argv[3]))
     else:
         PlantedFaults.module = sys.argv[2]
-        PlantedFaults.tests = dict(zip((STORAGE, MEMORY, HOSTILE), sys.argv[3:]))
+        PlantedFaults.tests = dict(zip((STORAGE, MEMORY, HOSTILE, LIFE), sys.argv[3:]))
         unittest.main(argv=sys.argv[:1], verbosity=2)

@@ -20,6 +20,7 @@
 #include "project_tree/project_reader.h"
 #include "simulated_host/panel.h"
 #include "tests/power_cut/support/retained_cells.h"
+#include "tests/support/random_source.h"
 
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QFile>
@@ -34,7 +35,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <random>
 #include <vector>
 
 namespace {
@@ -184,7 +184,7 @@ class Load
 public:
     explicit Load(unsigned seed) : random(seed) {}
 
-    int below(int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); }
+    int below(int end) { return random.below(end); }
 
     /// A series of 1 to `mostCells` cells within the given ones.
     Change changeWithin(const Cells& cells, int mostCells)
@@ -193,12 +193,12 @@ public:
         const int count = std::min(1 + below(mostCells), cells.count - skipped);
         return {++number,
                 {cells.area, cells.first + skipped, count},
-                static_cast<ushort>(random()),
-                static_cast<ushort>(random())};
+                static_cast<ushort>(below(65536)),
+                static_cast<ushort>(below(65536))};
     }
 
 private:
-    std::mt19937 random;
+    RandomSource random;
     int number = 0;
 };
 

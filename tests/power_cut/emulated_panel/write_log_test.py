@@ -100,6 +100,23 @@ class RetentionFilesTest(unittest.TestCase):
         with self.assertRaises(DamagedStorage):
             retention_files(image)
 
+    def debugfs(self, *commands):
+        run = subprocess.run(["debugfs", "-w", "-f", "-", self.image], input="\n".join(commands), text=True, check=True,
+                             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        return run.stdout.splitlines()[-1]
+
+    def test_a_name_that_leads_nowhere_is_damage(self):
+        self.debugfs("clri maintenance-word.dat")
+        with self.assertRaises(DamagedStorage):
+            retention_files(self.image.read_bytes())
+
+    def test_what_only_the_journal_has_is_there(self):
+        block = self.debugfs("blocks maintenance-word.dat").split()[-1]
+        late = self.image.with_name("late")
+        late.write_bytes(b"later".ljust(1024, b"\0"))
+        self.debugfs("journal_open", f"journal_write -b {block} {late}", "journal_close")
+        self.assertEqual(retention_files(self.image.read_bytes()), {"maintenance-word.dat": b"later"})
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -290,6 +290,10 @@ private:
 
     void keep(const Block& block, int address)
     {
+        for (const Block& other : blocks)
+            if (planted("change 1000 clears a word of another block") && changes == 1000 && other.area != 0 &&
+                &other != &block)
+                write(other.area, 2 * other.place, QByteArray(2, '\0'));
         if (block.area == 0)
             keepBit(block, address);
         else
