@@ -107,8 +107,6 @@ FAULTS = [
        "    failed = !ranWithMemory([&] {\n        for (int k = 0")]),
     ("without memory a block is watched in part", MEMORY, "*PerAddressLifeWithKeptFiles", "as watched",
      [("change_tracking.cpp", "while (!complete &&", "while (!FAULT && !complete &&")]),
-    ("a second opening without memory closes the file", MEMORY, "InASecondOpening*", r"openFiles\(\)\.size\(\)",
-     [("file_access.cpp", "if (!wasOpen) //", "if (FAULT || !wasOpen) //")]),
 
     ("a change of another name syncs", LIFE, "Life*", r"\d+ syncs, not",
      [("change_tracking.cpp", "    for (const AreaFields& area : AreaFields::of(*this))\n        if (std::strcmp",
