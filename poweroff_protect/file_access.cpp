@@ -38,15 +38,15 @@ void makeZeroFile(const QByteArray& path, qint64 length)
 
 void openRetentionFile(std::fstream& file, const QByteArray& path)
 {
-    const bool wasOpen = file.is_open();
     // Without a buffer, a read transfers only the requested bytes; with one, reading a single bit would fetch
     // thousands. It must be removed before the file is opened.
     file.rdbuf()->pubsetbuf(nullptr, 0);
     if (ranWithMemory(
             [&file, &path] { file.open(path.constData(), std::ios::in | std::ios::out | std::ios::binary); }))
         return;
-    if (!wasOpen) // after a failed allocation the stream may hold the file but can neither read nor write
-        file.close();
+    // Now the stream may hold the file but can neither read nor write. It was closed before: an open one
+    // fails without an allocation, and keeps what it holds.
+    file.close();
     file.setstate(std::ios::failbit);
 }
 

@@ -88,8 +88,8 @@ FAULTS = [
        "                interfaceComm->writeRegisterValues(address.link, address.block, address.index + j, -1, 1, &zero);\n"
        "            if (words) {")]),
     ("a file that there is no memory to open is emptied", MEMORY, "*WholeAreaLifeWithKeptFiles", "with 0 bytes",
-     [("file_access.cpp", "    if (!wasOpen) //",
-       "    if (FAULT)\n        truncate(path.constData(), 0);\n    if (!wasOpen) //")]),
+     [("file_access.cpp", "    // Now the stream may hold",
+       "    if (FAULT)\n        truncate(path.constData(), 0);\n    // Now the stream may hold")]),
     ("a start without memory makes the file anew", MEMORY, "*PerAddressLifeWithKeptFiles", "with 10 bytes",
      [("calling_sequence.cpp",
        "            ranWithMemory([this, &area] {", "            if (!ranWithMemory([this, &area] {"),
