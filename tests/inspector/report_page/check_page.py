@@ -148,7 +148,7 @@ def main():
     sample = make(arguments, "sample", examples / "address_ranges.xml", examples / "address_ranges_tags.csv",
                   examples / "address_ranges_values.csv")
     check(arguments, sample, 10, [("temp", 1), ("LW pcs", 2), ("nothing of this", 0), ("BIT", 3), ("", 10)],
-          ["temperature", "21.5", "Mix 7", "Wear of the flash", "123456"])
+          ["temperature", "21.5", "Mix 7", "Flash wear", "123456"])
     hostile_inputs(arguments.scratch)
     hostile = make(arguments, "hostile", arguments.scratch / LONG_NAME, arguments.scratch / "hostile_tags.csv",
                    arguments.scratch / "hostile_values.csv")
