@@ -2,15 +2,15 @@
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/area_facts.h"
 
+#include <cstring>
+
 const AreaFacts areaFacts[areaCount] = {
     {"LB", "maintenance-bit.dat", 1, 1, 65536, true, true},
     {"LW", "maintenance-word.dat", 0, 2, 131072, false, true},
     {"RWI", "maintenance-RWI.dat", 2, 5, 131072, false, false},
 };
 
-namespace {
-
-template <typename Text> const AreaFacts* findArea(const Text& name)
+const AreaFacts* areaNamed(const QString& name)
 {
     for (const AreaFacts& area : areaFacts)
         if (name == QLatin1String(area.name))
@@ -18,14 +18,10 @@ template <typename Text> const AreaFacts* findArea(const Text& name)
     return nullptr;
 }
 
-} // namespace
-
-const AreaFacts* areaNamed(const QString& name)
+const AreaFacts* areaNamed(const char* name)
 {
-    return findArea(name);
-}
-
-const AreaFacts* areaNamed(QLatin1String name)
-{
-    return findArea(name);
+    for (const AreaFacts& area : areaFacts)
+        if (std::strcmp(name, area.name) == 0)
+            return &area;
+    return nullptr;
 }

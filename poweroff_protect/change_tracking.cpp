@@ -43,14 +43,16 @@ void writeWordsThrough(poweroff_protect& module, InterfaceComm& comm, std::fstre
 
 /// Writes what changed of `block`, an area's, to the file; nothing for an unknown area.
 void writeThrough(poweroff_protect& module, InterfaceComm& comm, std::fstream& file,
-                  const MaintenanceFileInfo& block, QLatin1String areaName, int address)
+                  const MaintenanceFileInfo& block, const char* areaName, int address)
 {
     const AreaFacts* const area = areaNamed(areaName);
     if (!area)
         return;
-    // The block's own text is shared where it is the same: making another takes an allocation.
+    // Where the block's own text is the same, it is passed on: another would take an allocation, and even a
+    // copy two locked instructions.
     const QString& own = block.address.block;
-    const QString text = own == areaName ? own : QString(areaName);
+    const QString other = own == QLatin1String(areaName) ? QString() : QString(QLatin1String(areaName));
+    const QString& text = other.isNull() ? own : other;
     if (area->bits)
         writeBitThrough(module, comm, file, block, text, address);
     else
@@ -92,9 +94,11 @@ void poweroff_protect::addrOptChangeMsg(const _ExtendTriggerMsg_t* msg)
 {
     if (!msg || !modelReady)
         return;
-    for (const AreaFields& area : AreaFields::of(*this))
-        if (std::strcmp(msg->areaName, area.facts.name) == 0 && !isIgnoredBit(area.facts, msg->address))
-            poweroffMaintenance(area.file, area.blocks, area.facts.name, msg->address, area.facts.fileName);
+    const AreaFacts* const facts = areaNamed(msg->areaName);
+    if (!facts || isIgnoredBit(*facts, msg->address))
+        return;
+    const AreaFields area = AreaFields::of(*this)[facts - areaFacts];
+    poweroffMaintenance(area.file, area.blocks, facts->name, msg->address, facts->fileName);
 }
 
 void poweroff_protect::poweroffMaintenance(std::basic_fstream<char>& file, QList<MaintenanceFileInfo>& blocks,
@@ -108,7 +112,7 @@ void poweroff_protect::poweroffMaintenance(std::basic_fstream<char>& file, QList
             if (!contains(blocks.at(k), address))
                 continue;
             checkFile(file, fileName);
-            writeThrough(*this, *interfaceComm, file, blocks.at(k), QLatin1String(areaName), address);
+            writeThrough(*this, *interfaceComm, file, blocks.at(k), areaName, address);
         }
     });
     sys_base_do_system("sync");

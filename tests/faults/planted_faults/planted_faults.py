@@ -109,10 +109,10 @@ FAULTS = [
      [("change_tracking.cpp", "while (!complete &&", "while (!FAULT && !complete &&")]),
 
     ("a change of another name syncs", LIFE, "Life*", r"\d+ syncs, not",
-     [("change_tracking.cpp", "    for (const AreaFields& area : AreaFields::of(*this))\n        if (std::strcmp",
+     [("change_tracking.cpp", "    const AreaFacts* const facts = areaNamed(",
        '    if (FAULT && std::strcmp(msg->areaName, "lw") == 0)\n'
        '        (sys_base_do_system)("sync");\n'
-       "    for (const AreaFields& area : AreaFields::of(*this))\n        if (std::strcmp")]),
+       "    const AreaFacts* const facts = areaNamed(")]),
     ("a cell is read without need", LIFE, "Life*", r"calls:(.|\n)*they must be:",
      [("change_tracking.cpp", "            checkFile(file, fileName);",
        "            ushort value = 0;\n"
