@@ -73,10 +73,6 @@ foreach(component DEV TOOLS)
     set(CPACK_DEBIAN_${component}_PACKAGE_BREAKS "poweroff-protect (<< 1.1.0)")
     set(CPACK_DEBIAN_${component}_PACKAGE_REPLACES "poweroff-protect (<< 1.1.0)")
 endforeach()
-# The tables among the examples were in -dev. Only -dev of the same version fits anyway.
-foreach(field BREAKS REPLACES)
-    string(APPEND CPACK_DEBIAN_TOOLS_PACKAGE_${field} ", poweroff-protect-dev (<< ${PROJECT_VERSION})")
-endforeach()
 
 set(CPACK_DEBIAN_DBGSYM_PACKAGE_NAME poweroff-protect-dbgsym)
 set(CPACK_DEBIAN_DBGSYM_PACKAGE_SECTION debug)
