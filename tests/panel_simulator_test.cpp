@@ -415,7 +415,7 @@ TEST_F(PanelSimulatorOnATerminal, SaysAlsoAfterCtrlCWhatIsLost)
 {
     const ToolRun run = type("areas.xml", "set LW 5 1\r", {{"set 1 cell", "\x03"}});
     EXPECT_EQ(run.status, 0);
-    EXPECT_THAT(run.out.toStdString(), HasSubstr("stopped, unsaved changes lost in 1 cell: LW 5\r\n"));
+    EXPECT_THAT(run.out.constData(), HasSubstr("stopped, unsaved changes lost in 1 cell: LW 5\r\n"));
 }
 
 /// The live view's text about a panel, without a terminal.

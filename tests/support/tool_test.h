@@ -35,16 +35,16 @@ protected:
     std::string output(const QString& words, int status = 0) const
     {
         const ToolRun made = run(words);
-        EXPECT_EQ(made.status, status) << made.err.toStdString();
-        return made.out.toStdString();
+        EXPECT_EQ(made.status, status) << made.err.constData();
+        return {made.out.begin(), made.out.end()};
     }
 
     /// The standard error of such a run, which must end with `status`.
     std::string errors(const QString& words, int status = 2) const
     {
         const ToolRun made = run(words);
-        EXPECT_EQ(made.status, status) << made.out.toStdString();
-        return made.err.toStdString();
+        EXPECT_EQ(made.status, status) << made.out.constData();
+        return {made.err.begin(), made.err.end()};
     }
 
     /// Creates or replaces the file, and creates its folder where there is none.
