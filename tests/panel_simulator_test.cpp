@@ -546,6 +546,28 @@ TEST_F(PanelSimulator, SaysInOneLineWhenPathsAreMapped)
     EXPECT_EQ(tool.err, "");
 }
 
+TEST_F(PanelSimulator, SaysWhyPathsAreMappedAndThatNothingNeedsToBeDone)
+{
+    ToolRun refused = ToolTest::run("ranges.xml --project-dir data");
+    if (pathMappingNotice().isEmpty()) {
+        const QByteArray emulator = qgetenv("TEST_EMULATOR");
+        qunsetenv("TEST_EMULATOR"); // the shell runs natively
+        refused = runTool("unshare", {"--map-root-user", "sh", "-c",
+                                      "echo 0 >/proc/sys/user/max_mnt_namespaces; exec " + emulator +
+                                          " \"$0\" ranges.xml --project-dir data",
+                                      tool});
+        qputenv("TEST_EMULATOR", emulator);
+    }
+    if (refused.err.startsWith("unshare: "))
+        GTEST_SKIP() << "needs root or a user who can make a user namespace, to forbid mounts there";
+    EXPECT_EQ(refused.status, 0);
+    EXPECT_THAT(
+        refused.err.constData(),
+        ContainsRegex("^panel_simulator: mapping paths to /usr/tavrin inside this process, because "
+                      "nothing can be mounted here \\([^()]+\\); this changes no result, and nothing needs "
+                      "to be done\n$"));
+}
+
 TEST_F(PanelSimulator, ShowsNothingLiveWithoutATerminal)
 {
     const ToolRun tool = run("areas.xml", "live\nstop\n");
