@@ -43,7 +43,8 @@ QString map(const QString& from, const QString& to)
 {
     return mapPath(QFile::encodeName(from).constData(), QFile::encodeName(to).constData())
                ? QString()
-               : QStringLiteral("cannot map %1 to %2: the path is too long").arg(from, to);
+               : QStringLiteral("cannot map %1 to %2: the path is too long; choose a shorter one")
+                     .arg(from, to);
 }
 
 } // namespace
@@ -55,7 +56,8 @@ QString enterPrivateUsr()
         return enterNamespaceWithOwnUsr();
     scratch = makeScratchDirectory();
     if (scratch.isEmpty())
-        return QStringLiteral("%1, and a temporary directory cannot be created in %2")
+        return QStringLiteral("a temporary directory is needed because nothing can be mounted here (%1), but "
+                              "cannot be created in %2; set TMPDIR to a directory that you may write to")
             .arg(refusal, QDir::tempPath());
     return map(QStringLiteral("/usr/tavrin"), mappedUsrTavrin());
 }
@@ -71,7 +73,11 @@ QString mapProjectDirectory(const QString& directory)
 
 QString pathMappingNotice()
 {
-    return refusal.isEmpty() ? QString() : QStringLiteral("mapping paths to /usr/tavrin (%1)").arg(refusal);
+    return refusal.isEmpty()
+               ? QString()
+               : QStringLiteral("mapping paths to /usr/tavrin inside this process, because nothing can be "
+                                "mounted here (%1); this changes no result, and nothing needs to be done")
+                     .arg(refusal);
 }
 
 QString mappedUsrTavrin()
