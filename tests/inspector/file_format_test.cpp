@@ -1,7 +1,7 @@
 // Runs the worked examples of docs/file_format.md through the module and compares the files byte by byte.
 // SPDX-License-Identifier: MIT
 #include "tests/inspector/layout_of.h"
-#include "tests/inspector/memory_file.h"
+#include "tests/support/memory_file.h"
 #include "tools/retention_core/kept_values.h"
 
 #include "project_tree/project_reader.h"

@@ -1,7 +1,7 @@
 // Tests that the tool reads by address what the module wrote.
 // SPDX-License-Identifier: MIT
 #include "tests/inspector/layout_of.h"
-#include "tests/inspector/memory_file.h"
+#include "tests/support/memory_file.h"
 #include "tools/retention_core/kept_values.h"
 
 namespace {

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "tests/power_cut/disk_states/findings.h"
 #include "tests/power_cut/disk_states/life.h"
-#include "tests/power_cut/support/findings.h"
-#include "tests/power_cut/support/panel_project.h"
+#include "tests/power_cut/disk_states/panel_project.h"
 
 #include <unordered_set>
 

@@ -4,7 +4,7 @@
 
 #include "simulated_host/module_library.h"
 #include "tests/power_cut/disk_states/disk.h"
-#include "tests/power_cut/support/load.h"
+#include "tests/power_cut/disk_states/load.h"
 
 #include <functional>
 

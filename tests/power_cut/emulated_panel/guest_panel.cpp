@@ -3,10 +3,10 @@
 // SPDX-License-Identifier: MIT
 //
 // Lines, each beginning with "panel", in this order:
-//   length FILE BYTES                               a retention file before the start; -1 when it is missing
-//   cells AREA ADDRESS VALUE...                     cells that the project retains, as the start left them
-//                                                   (hexadecimal), only in per-address mode
-//   others AREA COUNT                               so many other cells are not 0, only in per-address mode
+//   lengths BYTES BYTES BYTES                       of the retention files before the start; -1: it is
+//   missing cell AREA ADDRESS VALUE                         a cell that is not 0 after the start, only in
+//   per-address
+//                                                   mode
 //   sectors AREA SECTOR DIGEST...                   sectors as the start left them, only in whole-area mode
 //   restored                                        nothing more was restored
 //   change NUMBER AREA ADDRESS COUNT START STEP     is about to be made; cell i gets the low bits of
@@ -19,8 +19,9 @@
 // between which lines each write happened.
 #include "project_tree/project_reader.h"
 #include "simulated_host/panel.h"
-#include "tests/power_cut/support/retained_cells.h"
+#include "tests/support/expected_project.h"
 #include "tests/support/random_source.h"
+#include "tests/support/retention_files.h"
 
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QFile>
@@ -31,10 +32,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <vector>
 
 namespace {
@@ -52,17 +51,9 @@ public:
             fail(device);
     }
 
-    /// Prints a part of a line; end() ends the line.
-    [[gnu::format(printf, 2, 3)]] void say(const char* format, ...)
+    void say(const QByteArray& line)
     {
-        std::va_list words;
-        va_start(words, format);
-        std::vprintf(format, words);
-        va_end(words);
-    }
-    void end()
-    {
-        std::printf("\n");
+        std::printf("panel %s\n", line.constData());
         ++lines;
     }
 
@@ -91,6 +82,59 @@ private:
     int lines = 0;
 };
 
+/// Each number after a blank.
+QByteArray numbers(const std::vector<long long>& values)
+{
+    QByteArray text;
+    for (const long long value : values)
+        text += ' ' + QByteArray::number(value);
+    return text;
+}
+
+/// -1 for a missing file.
+QByteArray fileLengths()
+{
+    std::vector<long long> lengths;
+    for (std::size_t area = 0; area < 3; ++area) {
+        const QFile file(pathOfFile(area));
+        lengths.push_back(file.exists() ? file.size() : -1);
+    }
+    return numbers(lengths);
+}
+
+void sayCells(Story& story, const Panel& panel)
+{
+    for (std::size_t area = 0; area < 3; ++area)
+        for (int address = 0; address < MemoryArea::cellCount; ++address)
+            if (const int value = *panel.areas.all()[area].cell(address))
+                story.say(QByteArray("cell ") + areaNames[area] + numbers({address, value}));
+}
+
+void saySectors(Story& story, const Panel& panel)
+{
+    constexpr int sectorsInLine = 16;
+    for (std::size_t area = 0; area < 3; ++area) {
+        const auto& memory = panel.areas.all()[area].memory();
+        const auto* const bytes = reinterpret_cast<const char*>(memory.data());
+        const int sectors = static_cast<int>(memory.size()) / sectorBytes;
+        for (int first = 0; first < sectors; first += sectorsInLine) {
+            QByteArray line = QByteArray("sectors ") + areaNames[area] + numbers({first});
+            for (int sector = first; sector < first + sectorsInLine; ++sector)
+                line += ' ' + QCryptographicHash::hash(
+                                  QByteArray::fromRawData(bytes + sector * sectorBytes, sectorBytes),
+                                  QCryptographicHash::Md5)
+                                  .toHex();
+            story.say(line);
+        }
+    }
+}
+
+void saySynced(Story& story, int number)
+{
+    story.say("synced" + numbers({number}) + fileLengths());
+    story.publish();
+}
+
 /// Consecutive cells of one area.
 struct Cells
 {
@@ -98,6 +142,15 @@ struct Cells
     int first;
     int count;
 };
+
+std::vector<Cells> retainedCells(const ExpectedProject& project)
+{
+    std::vector<Cells> cells;
+    for (std::size_t area = 0; area < 3; ++area)
+        for (const ExpectedBlock& block : project.blocks[area])
+            cells.push_back({area, block.entry.index, block.count});
+    return cells;
+}
 
 /// Cells that get an ascending or descending series of values.
 struct Change
@@ -107,76 +160,6 @@ struct Change
     ushort start;
     ushort step;
 };
-
-std::vector<Cells> cellsOf(const RetainedCells& retained)
-{
-    std::vector<Cells> cells;
-    for (std::size_t area = 0; area < 3; ++area)
-        for (const Block& block : retained.blocks[area])
-            cells.push_back({area, block.first, block.count});
-    return cells;
-}
-
-long long retentionFileLength(const char* name)
-{
-    const QFile file(QLatin1String("/usr/tavrin/project/") + QLatin1String(name));
-    return file.exists() ? file.size() : -1;
-}
-
-void sayLengths(Story& story)
-{
-    for (const char* const name : retentionFileNames) {
-        story.say("panel length %s %lld", name, retentionFileLength(name));
-        story.end();
-    }
-}
-
-void sayCells(Story& story, const Panel& panel, const RetainedCells& retained)
-{
-    constexpr int cellsInLine = 64;
-    for (const Cells& cells : cellsOf(retained)) {
-        const MemoryArea& area = panel.areas.all()[cells.area];
-        for (int i = 0; i < cells.count; ++i) {
-            if (i % cellsInLine == 0)
-                story.say("panel cells %s %d", areaNames[cells.area], cells.first + i);
-            story.say(" %x", *area.cell(cells.first + i));
-            if (i % cellsInLine == cellsInLine - 1 || i == cells.count - 1)
-                story.end();
-        }
-    }
-    for (std::size_t area = 0; area < 3; ++area) {
-        int others = 0;
-        for (int address = 0; address < MemoryArea::cellCount; ++address)
-            others += *panel.areas.all()[area].cell(address) != 0 && !retained.blockOf(area, address);
-        story.say("panel others %s %d", areaNames[area], others);
-        story.end();
-    }
-}
-
-void saySectors(Story& story, const Panel& panel)
-{
-    constexpr int sectorsInLine = 16;
-    for (const MemoryArea& area : panel.areas.all()) {
-        const auto* const bytes = reinterpret_cast<const char*>(area.memory().data());
-        const int sectors = static_cast<int>(area.memory().size()) / sectorBytes;
-        for (int sector = 0; sector < sectors; ++sector) {
-            if (sector % sectorsInLine == 0)
-                story.say("panel sectors %s %d", area.name().toLatin1().constData(), sector);
-            const QByteArray content = QByteArray::fromRawData(bytes + sector * sectorBytes, sectorBytes);
-            story.say(" %s", QCryptographicHash::hash(content, QCryptographicHash::Md5).toHex().constData());
-            if (sector % sectorsInLine == sectorsInLine - 1)
-                story.end();
-        }
-    }
-}
-
-void saySynced(Story& story, int number)
-{
-    story.say("panel synced %d %lld %lld %lld", number, retentionFileLength(retentionFileNames[0]),
-              retentionFileLength(retentionFileNames[1]), retentionFileLength(retentionFileNames[2]));
-    story.end();
-    story.publish();
-}
 
 /// Random changes, the same ones for the same seed.
 class Load
@@ -205,11 +188,9 @@ private:
 /// Announces the changes, then makes them in the areas.
 void makeChanges(Story& story, Panel& panel, const std::vector<Change>& changes)
 {
-    for (const Change& change : changes) {
-        story.say("panel change %d %s %d %d %u %u", change.number, areaNames[change.cells.area],
-                  change.cells.first, change.cells.count, change.start, change.step);
-        story.end();
-    }
+    for (const Change& change : changes)
+        story.say("change" + numbers({change.number}) + " " + areaNames[change.cells.area] +
+                  numbers({change.cells.first, change.cells.count, change.start, change.step}));
     story.publish();
     for (const Change& change : changes) {
         MemoryArea& area = panel.areas.all()[change.cells.area];
@@ -260,30 +241,25 @@ int run(const char* libraryPath, const char* projectPath, unsigned seed, const c
         std::fprintf(stderr, "%s\n", reason.toLocal8Bit().constData());
         return 2;
     }
-    const RetainedCells retained = retainedCellsOf(*reading.project);
-    const std::vector<Cells> retainedCells = cellsOf(retained);
-    if (!retained.wholeAreas && retainedCells.empty()) {
-        std::fprintf(stderr, "%s: nothing is retained\n", projectPath);
-        return 2;
-    }
+    const ExpectedProject project = expectedOf(*reading.project);
+    const std::vector<Cells> retained = retainedCells(project);
 
     Story story(markDevice);
-    sayLengths(story);
+    story.say("lengths" + fileLengths());
     Panel panel(library, reading.project.get());
     panel.start();
-    if (retained.wholeAreas)
+    if (project.saveAll)
         saySectors(story, panel);
     else
-        sayCells(story, panel, retained);
-    story.say("panel restored");
-    story.end();
+        sayCells(story, panel);
+    story.say("restored");
 
     Load load(seed);
     while (true) {
-        if (retained.wholeAreas)
+        if (project.saveAll)
             changeAreas(story, panel, load);
         else
-            changeCells(story, panel, load, retainedCells);
+            changeCells(story, panel, load, retained);
     }
 }
 

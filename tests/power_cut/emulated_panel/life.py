@@ -41,14 +41,14 @@ class Counts:
 class Life:
     """Begins with an empty file system. `parameters` go to guest_init."""
 
-    def __init__(self, machine, project_file, project, seed, parts, folder, parameters):
+    def __init__(self, machine, project, seed, parts, folder, parameters):
         self.folder = folder
         self._machine = machine
         self._project = project
         self._seed = seed
         self._parts = parts
         self._image = folder / f"{machine.medium}.img"
-        self._parameters = {"PANEL_PROJECT": project_file, "PANEL_MODULE": SHIPPED_MODULE, **parameters}
+        self._parameters = {"PANEL_PROJECT": project.file, "PANEL_MODULE": SHIPPED_MODULE, **parameters}
         self._account = Account(project)
         self._starts = 0
         self._start_seconds = None  # that the first start took

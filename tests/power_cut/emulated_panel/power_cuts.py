@@ -14,10 +14,8 @@ from pathlib import Path
 from emulator import CACHED_DISK, DISK, FLASH, EmulatorFailure
 from life import Counts, Life
 from planted_faults import PLANTED_FAULTS
-from project import Project
+from project import PROJECTS
 
-ROOM = Path(__file__).resolve().parent
-PROJECTS = {"retained_cells.xml": "retained cells", "whole_areas.xml": "whole areas"}
 LONGEST_LIFE = 20  # cuts that one storage image goes through
 REPLAYS_OF_START = 10  # cuts made of one start with a disk that has a volatile cache
 REPLAYS_OF_FAULT = 40
@@ -34,7 +32,7 @@ class Run:
 
     def live(self, machine, project, cuts, number):
         """Runs a separate panel; returns its folder and its findings, or None."""
-        counts = self.counts[machine.medium, PROJECTS[project]]
+        counts = self.counts[machine.medium, project.name]
         life = self._life(machine, project, f"{machine.medium}_{number}", {})
         if machine is CACHED_DISK:
             steps = [lambda n=n: life.start_and_replay(counts, min(REPLAYS_OF_START, cuts - n))
@@ -42,7 +40,7 @@ class Run:
         else:
             steps = [lambda left=left: life.start(counts, cut=left > 0) for left in range(cuts, -1, -1)]
         for step in steps:
-            progress(f"{machine.medium} {number}, {PROJECTS[project]}: {counts}")
+            progress(f"{machine.medium} {number}, {project.name}: {counts}")
             findings = step()
             if findings:
                 return life.folder, findings
@@ -60,15 +58,14 @@ class Run:
         return life.folder, [f"planted: {fault.text}, and \"{fault.message}\" was not found but this:", *findings]
 
     def _life(self, machine, project, name, parameters):
-        return Life(machine, project, Project(ROOM / project), self._options.seed, self._options.parts,
-                    self._folder / name, parameters)
+        return Life(machine, project, self._options.seed, self._options.parts, self._folder / name, parameters)
 
 
 def lives(machine, cuts, first_project):
     """The machine, project and number of cuts of each life; the modes take turns."""
     longest = min(LONGEST_LIFE, max(-(-cuts // len(PROJECTS)), REPLAYS_OF_START if machine is CACHED_DISK else 1))
     for number, done in enumerate(range(0, cuts, longest)):
-        project = list(PROJECTS)[(first_project + number) % len(PROJECTS)]
+        project = PROJECTS[(first_project + number) % len(PROJECTS)]
         yield machine, project, min(longest, cuts - done)
 
 

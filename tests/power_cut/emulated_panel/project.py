@@ -1,7 +1,11 @@
 # SPDX-License-Identifier: MIT
-"""Works out which cells a project retains and what retention files say about them, without the module and the guest."""
-import xml.etree.ElementTree as ElementTree
+"""The projects of the emulated panel, and what retention files say about their cells, without the module and the guest.
+
+    project.py FOLDER    writes the project files
+"""
+import sys
 from hashlib import md5
+from pathlib import Path
 
 from serial_log import FILES, StartLog
 
@@ -10,19 +14,36 @@ CELLS = 65536
 BYTES_PER_CELL = {"LB": 1, "LW": 2, "RWI": 2}  # of an area's memory and of its image in a file
 AREAS = tuple(BYTES_PER_CELL)
 
+ENTRY = """<object name="entry">
+ <property name="addressLength" type="int32">{count}</property>
+ <object name="sourceAddress">
+  <property name="Block" type="string">{area}</property>
+  <property name="index" type="int32">{first}</property>
+ </object>
+</object>"""
+PROJECT = """<?xml version="1.0" encoding="UTF-8"?>
+<object name="project"><object name="DataRetention">
+<property name="open Save all" type="uint32">{whole_areas}</property>
+<property name="Save Time" type="uint32">1</property>
+{entries}
+</object></object>
+"""
+
 
 class Project:
-    """`places`: (area, address) of every retained cell in the order of its file; None with whole areas."""
+    """`ranges`, each (area, first cell, number of cells), are sorted and do not overlap; without any, whole areas are retained.
+    `places`: (area, address) of every retained cell in the order of its file; None with whole areas."""
 
-    def __init__(self, path):
-        retention = ElementTree.parse(path).find("object[@name='DataRetention']")
-        self.places = None
-        if int(retention.find("property[@name='open Save all']").text) == 0:
-            self.places = {area: [] for area in AREAS}
-            for area, first, count in sorted(map(_entry, retention.findall("object"))):
-                if self.places[area] and first <= self.places[area][-1][1]:
-                    raise ValueError(f"{path}: entries that overlap have rules of their own, which are not kept here")
-                self.places[area] += [(area, address) for address in range(first, first + count)]
+    def __init__(self, name, ranges=()):
+        self.name = name
+        self.file = name.replace(" ", "_") + ".xml"
+        self._ranges = ranges
+        self.places = {area: [(area, address) for name, first, count in ranges if name == area
+                              for address in range(first, first + count)] for area in AREAS} if ranges else None
+
+    def xml(self):
+        entries = "\n".join(ENTRY.format(area=area, first=first, count=count) for area, first, count in self._ranges)
+        return PROJECT.format(whole_areas=int(self.places is None), entries=entries)
 
     def cells(self):
         """Every retained cell."""
@@ -48,16 +69,21 @@ def digests(area, image):
             for at in range(0, len(image), SECTOR_BYTES)}
 
 
-def _entry(entry):
-    source = entry.find("object[@name='sourceAddress']")
-    return (source.find("property[@name='Block']").text,
-            int(source.find("property[@name='index']").text),
-            int(entry.find("property[@name='addressLength']").text))
-
-
 def _values(area, stored, count):
     """The first values of a file of packed cells; what lies past its end is 0."""
     stored += bytes(max(0, 2 * count - len(stored)))
     if area == "LB":
         return [stored[i // 8] >> i % 8 & 1 for i in range(count)]
     return [int.from_bytes(stored[2 * i : 2 * i + 2], "little") for i in range(count)]
+
+
+RETAINED_CELLS = Project("retained cells", (
+    ("LB", 3, 61), ("LB", 100, 7), ("LB", 2040, 900),  # bit blocks that share bytes
+    ("LW", 10, 10), ("LW", 500, 3000), ("LW", 65530, 6),  # a block of several pages, and the end of the area
+    ("RWI", 0, 1), ("RWI", 1000, 700)))
+WHOLE_AREAS = Project("whole areas")
+PROJECTS = (RETAINED_CELLS, WHOLE_AREAS)
+
+if __name__ == "__main__":
+    for each in PROJECTS:
+        (Path(sys.argv[1]) / each.file).write_text(each.xml(), encoding="ascii")

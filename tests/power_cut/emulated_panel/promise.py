@@ -38,20 +38,18 @@ class RetainedCells:
         self._changed = set()
 
     def check(self, log):
-        lost = [f"{area} {address}, which the project does not name, is listed as retained"
-                for area, address in log.cells.keys() - self._given]
-        for (area, address), value in log.cells.items():
-            possible = [given for _, given in self._given.get((area, address), [(0, value)])]
+        lost = [f"{area} {address} is not retained and came back as {value}"
+                for (area, address), value in log.cells.items() if (area, address) not in self._given]
+        judged = self._given.keys() if log.restored else self._given.keys() & log.cells.keys()
+        for area, address in judged:
+            value = log.cells.get((area, address), 0)
+            possible = [given for _, given in self._given[area, address]]
             if value not in possible:
                 lost.append(f"{area} {address} came back as {value}, possible were {possible}")
-        if log.restored:
-            lost += [f"{area} {address} is not listed as retained" for area, address in self._given.keys() - log.cells]
-        lost += [f"{count} cells of {area} that are not retained were touched"
-                 for area, count in log.others.items() if count]
-        return Verdict(len(log.cells), len(self._changed & log.cells.keys()), lost)
+        return Verdict(len(judged), len(self._changed & judged), lost)
 
     def take(self, log):
-        self._given = {cell: [(0, value)] for cell, value in log.cells.items()}
+        self._given = {cell: [(0, log.cells.get(cell, 0))] for cell in self._given}
         for change in log.changes:
             for i, value in enumerate(change.values()):
                 self._given[change.area, change.address + i].append((change.number, value))

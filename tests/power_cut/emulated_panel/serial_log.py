@@ -31,8 +31,7 @@ class StartLog:
 
     lines: list = field(default_factory=list)  # of the panel, as they came
     lengths: dict = field(default_factory=dict)  # file name: bytes before the start, -1 when missing
-    cells: dict = field(default_factory=dict)  # (area, address): restored value
-    others: dict = field(default_factory=dict)  # area: how many cells that are not retained are not 0
+    cells: dict = field(default_factory=dict)  # (area, address): restored value; of those not named, 0
     sectors: dict = field(default_factory=dict)  # (area, sector): digest of the restored bytes
     restored: bool = False  # everything restored was listed
     changes: list = field(default_factory=list)
@@ -60,13 +59,10 @@ class StartLog:
 
     def _take(self, words):
         kind, rest = words[0], words[1:]
-        if kind == "length":
-            self.lengths[FILES[FILES.index(rest[0])]] = int(rest[1])
-        elif kind == "cells":
-            for i, value in enumerate(rest[2:]):
-                self.cells[rest[0], int(rest[1]) + i] = int(value, 16)
-        elif kind == "others":
-            self.others[rest[0]] = int(rest[1])
+        if kind == "lengths":
+            self.lengths = _lengths(rest)
+        elif kind == "cell":
+            self.cells[rest[0], int(rest[1])] = int(rest[2])
         elif kind == "sectors":
             for i, digest in enumerate(rest[2:]):
                 self.sectors[rest[0], int(rest[1]) + i] = digest
@@ -79,8 +75,12 @@ class StartLog:
             self.changes.append(change)
         elif kind == "synced":
             self.synced = int(rest[0])
-            self.synced_lengths = dict(zip(FILES, map(int, rest[1:4]), strict=True))
+            self.synced_lengths = _lengths(rest[1:])
         elif kind == "failed:":
             self.failure = " ".join(rest)
         else:
             raise ValueError("unknown kind of line")
+
+
+def _lengths(words):
+    return dict(zip(FILES, map(int, words), strict=True))

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "project_tree/project_tree.h"
-#include "tests/power_cut/support/retained_cells.h"
+#include "tests/power_cut/disk_states/retained_cells.h"
 #include "tests/support/random_source.h"
 
 #include <QtCore/QByteArray>

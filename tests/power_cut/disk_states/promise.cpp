@@ -1,6 +1,6 @@
 // Compares what files say with what was promised.
 // SPDX-License-Identifier: MIT
-#include "tests/power_cut/support/promise.h"
+#include "tests/power_cut/disk_states/promise.h"
 
 #include <cstring>
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tests/power_cut/support/retained_cells.h"
+#include "tests/power_cut/disk_states/retained_cells.h"
 
 #include <QtCore/QStringList>
 

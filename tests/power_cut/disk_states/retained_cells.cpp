@@ -1,6 +1,6 @@
 // Derives cells and files from the model of a project.
 // SPDX-License-Identifier: MIT
-#include "tests/power_cut/support/retained_cells.h"
+#include "tests/power_cut/disk_states/retained_cells.h"
 
 #include "tests/support/kept_files_model.h"
 

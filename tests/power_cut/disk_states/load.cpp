@@ -1,6 +1,6 @@
 // Makes random changes and saves.
 // SPDX-License-Identifier: MIT
-#include "tests/power_cut/support/load.h"
+#include "tests/power_cut/disk_states/load.h"
 
 #include "simulated_host/shell.h"
 

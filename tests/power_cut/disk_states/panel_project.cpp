@@ -1,6 +1,6 @@
 // Writes random entries as XML.
 // SPDX-License-Identifier: MIT
-#include "tests/power_cut/support/panel_project.h"
+#include "tests/power_cut/disk_states/panel_project.h"
 
 #include "project_tree/project_reader.h"
 

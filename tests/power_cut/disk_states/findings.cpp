@@ -1,6 +1,6 @@
 // Writes folders of evidence.
 // SPDX-License-Identifier: MIT
-#include "tests/power_cut/support/findings.h"
+#include "tests/power_cut/disk_states/findings.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>

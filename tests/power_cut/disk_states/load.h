@@ -3,7 +3,7 @@
 #pragma once
 
 #include "simulated_host/panel.h"
-#include "tests/power_cut/support/promise.h"
+#include "tests/power_cut/disk_states/promise.h"
 #include "tests/support/random_source.h"
 
 /// Is told of events as they happen.
