@@ -41,13 +41,12 @@ void openRetentionFile(std::fstream& file, const QByteArray& path)
     // Without a buffer, a read transfers only the requested bytes; with one, reading a single bit would fetch
     // thousands. It must be removed before the file is opened.
     file.rdbuf()->pubsetbuf(nullptr, 0);
-    if (ranWithMemory(
-            [&file, &path] { file.open(path.constData(), std::ios::in | std::ios::out | std::ios::binary); }))
-        return;
-    // Now the stream may hold the file but can neither read nor write. It was closed before: an open one
+    const bool ended = ranWithMemory(
+        [&file, &path] { file.open(path.constData(), std::ios::in | std::ios::out | std::ios::binary); });
+    // Otherwise the stream may hold the file but can neither read nor write. It was closed before: an open one
     // fails without an allocation, and keeps what it holds.
-    file.close();
-    file.setstate(std::ios::failbit);
+    if (!ended)
+        file.close();
 }
 
 void poweroff_protect::checkFile(std::basic_fstream<char>& file, const char* fileName)

@@ -47,6 +47,9 @@ TEST_F(HostileCalls, AnUnknownAreaCodeMakesAnEmptyFileAndMovesNothing)
         module.writeFile(file, code);
         EXPECT_EQ(retentionFile(QStringLiteral("%1.dat").arg(code)),
                   QByteArray(code == 7 ? 0 : 131072, '\x22'));
+        std::fstream closed;
+        module.writeFile(closed, code);
+        EXPECT_EQ(closed.good(), code == 7) << "only a stream that is written to fails";
     }
 }
 

@@ -43,10 +43,10 @@ FAULTS = [
     ("a second failed opening empties the file", STORAGE, PAIRS + "PerAddressLifeWithKeptFiles",
      r"files\[a\](.|\n)*file call .*, file call ",
      [("module_object.cpp", "    const QDir directory", "    plantedCount() = 0;\n    const QDir directory"),
-      ("file_access.cpp", "std::ios::binary); }))\n        return;",
-       "std::ios::binary); })) {\n        if (FAULT && !file.is_open() && ++plantedCount() == 2)\n"
-       "            truncate(path.constData(), 0);\n"
-       "        return;\n    }")]),
+      ("file_access.cpp", "    if (!ended)\n",
+       "    if (FAULT && ended && !file.is_open() && ++plantedCount() == 2)\n"
+       "        truncate(path.constData(), 0);\n"
+       "    if (!ended)\n")]),
     ("a save empties its file first", STORAGE, STOPS + "WholeAreaLifeWithKeptFiles", "when the process stops in step",
      [("whole_areas.cpp", "    file.seekp(0);",
        "    for (const AreaFacts& area : areaFacts)\n"
@@ -88,8 +88,8 @@ FAULTS = [
        "                interfaceComm->writeRegisterValues(address.link, address.block, address.index + j, -1, 1, &zero);\n"
        "            if (words) {")]),
     ("a file that there is no memory to open is emptied", MEMORY, "*WholeAreaLifeWithKeptFiles", "with 0 bytes",
-     [("file_access.cpp", "    // Now the stream may hold",
-       "    if (FAULT)\n        truncate(path.constData(), 0);\n    // Now the stream may hold")]),
+     [("file_access.cpp", "    // Otherwise the stream may hold",
+       "    if (FAULT && !ended)\n        truncate(path.constData(), 0);\n    // Otherwise the stream may hold")]),
     ("a start without memory makes the file anew", MEMORY, "*PerAddressLifeWithKeptFiles", "with 10 bytes",
      [("calling_sequence.cpp",
        "            ranWithMemory([this, &area] {", "            if (!ranWithMemory([this, &area] {"),
