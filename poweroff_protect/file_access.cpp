@@ -43,8 +43,8 @@ void openRetentionFile(std::fstream& file, const QByteArray& path)
     file.rdbuf()->pubsetbuf(nullptr, 0);
     const bool ended = ranWithMemory(
         [&file, &path] { file.open(path.constData(), std::ios::in | std::ios::out | std::ios::binary); });
-    // Otherwise the stream may hold the file but can neither read nor write. It was closed before: an open one
-    // fails without an allocation, and keeps what it holds.
+    // Otherwise the stream may hold the file but can neither read nor write. It was closed before: an open
+    // one fails without an allocation, and keeps what it holds.
     if (!ended)
         file.close();
 }
