@@ -139,6 +139,40 @@ TEST_F(Inspector, ShowsTheValuesThatAreAskedFor)
                 HasSubstr("--entry \"nobody\": expected one of recipe, counters, switches"));
 }
 
+TEST_F(Inspector, SaysWhyCellsThatAreAskedForAreNotRetained)
+{
+    writeFiles("dir", QByteArray(40, '\0'), QByteArray(3, '\0'), QByteArray(20, '\0'));
+    const struct
+    {
+        const char* cells;
+        const char* finding;
+    } lost[] = {
+        {"--address 60100", "entry 5 \"alarms\", LB 60100: the module never writes changes of this bit."},
+        {"--area LW --address 115", "LW 115: the entries overlap and are folded into block 1"},
+        {"--area LW --address 110-120", "LW 115: the entries overlap and are folded into block 1"},
+        {"--entry batch", "RWI 65536 to 65539: the area ends at 65535"},
+        {"--entry operator", "entry 7 \"operator\": the area name \"lw\" is not exactly \"LW\""},
+        {"--area LW --address 50", "error: LW 50: no entry contains this cell, so it is not retained."},
+        {"--address 50-51", "error: LB, LW, RWI 50 to 51: no entry contains these cells, so they are not"}};
+    for (const auto& [cells, finding] : lost) {
+        const QString show =
+            QStringLiteral("show examples/overlapping_ranges.xml dir %1").arg(QLatin1String(cells));
+        const std::string shown = output(show, 1);
+        EXPECT_THAT(QByteArray::fromStdString(shown).simplified().toStdString(), HasSubstr(finding)) << cells;
+        EXPECT_THAT(shown, Not(HasSubstr("\n  2. "))) << "one cause, one finding: " << cells;
+        EXPECT_THAT(shown, Not(HasSubstr("No findings."))) << cells;
+    }
+    for (const char* const cells : {"", " --address 100", " --area LB --address 25", " --entry counters",
+                                    " --area LW --address 200-300", " --area RWI"})
+        EXPECT_THAT(
+            output(QStringLiteral("show examples/overlapping_ranges.xml dir%1").arg(QLatin1String(cells))),
+            HasSubstr("No findings."))
+            << cells;
+    write("none.xml", "<object name='p'/>");
+    EXPECT_THAT(output("show none.xml dir --area LB --address 5", 1),
+                HasSubstr("error: LB 5: the project retains nothing.\n"));
+}
+
 TEST_F(Inspector, WatchesTheFiles)
 {
     writeExampleFiles();

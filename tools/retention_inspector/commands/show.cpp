@@ -7,6 +7,7 @@
 #include "tools/retention_inspector/report/named_values.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -168,14 +169,22 @@ CellRanges entryCells(const Inputs& inputs, const AreaFacts& area)
     return CellRanges(std::move(cells));
 }
 
-CellRanges wantedCells(const Inputs& inputs, const AreaValues& values)
+/// The cells that the user asked for in one area, retained or not.
+CellRanges askedCells(const Inputs& inputs, const AreaFacts& area)
 {
-    const AreaFacts* const area = wantedArea(inputs);
-    if (area && area != values.area)
+    const AreaFacts* const only = wantedArea(inputs);
+    if (only && only != &area)
         return {};
-    CellRanges wanted = inputs.layout().of(*values.area).kept.within(wantedAddresses(inputs));
-    if (inputs.has("entry"))
-        wanted = both(wanted, entryCells(inputs, *values.area));
+    if (!inputs.has("entry"))
+        return CellRanges({wantedAddresses(inputs)});
+    const CellRanges cells = entryCells(inputs, area);
+    return inputs.has("address") ? cells.within(wantedAddresses(inputs)) : cells;
+}
+
+/// Of these, the cells to show.
+CellRanges wantedCells(const Inputs& inputs, const AreaValues& values, const CellRanges& asked)
+{
+    CellRanges wanted = both(inputs.layout().of(*values.area).kept, asked);
     if (!inputs.has("nonzero"))
         return wanted;
     std::vector<CellRange> set;
@@ -184,6 +193,60 @@ CellRanges wantedCells(const Inputs& inputs, const AreaValues& values)
             if (values.values[static_cast<std::size_t>(cell)] != 0)
                 set.push_back({cell, cell});
     return CellRanges(std::move(set));
+}
+
+/// In the order of areaFacts.
+using AskedCells = std::array<CellRanges, areaCount>;
+
+/// Whether an error of the project is why cells that the user asked for are not retained.
+bool concerns(const Finding& finding, const AskedCells& asked, const Inputs& inputs)
+{
+    const Layout& layout = inputs.layout();
+    if (finding.severity != Finding::Severity::Error)
+        return false;
+    const AreaFacts* const area = areaNamed(finding.area);
+    if (area && !finding.cells.isEmpty())
+        return !both(finding.cells, asked[static_cast<std::size_t>(area - areaFacts)])
+                    .minus(layout.of(*area).kept)
+                    .isEmpty();
+    return finding.entry > 0 && inputs.has("entry") &&
+           layout.settings.entries[static_cast<std::size_t>(finding.entry) - 1].name ==
+               inputs.option("entry");
+}
+
+/// About addresses of which no cell is retained, and none is in an entry.
+Finding notRetained(const Inputs& inputs)
+{
+    const AreaFacts* const area = wantedArea(inputs);
+    const CellRanges cells({wantedAddresses(inputs)});
+    const QString name = QString::fromLatin1(area ? area->name : "");
+    return {Finding::Severity::Error,
+            "not-retained",
+            (area ? name : QStringLiteral("LB, LW, RWI")) + QLatin1Char(' ') + cells.text(),
+            QString::fromLatin1(
+                inputs.layout().settings.mode == RetentionMode::None ? "the project retains nothing."
+                : cells.count() == 1 ? "no entry contains this cell, so it is not retained."
+                                     : "no entry contains these cells, so they are not retained."),
+            QStringLiteral("Check area and address; to retain a cell, add an entry that contains it."),
+            name,
+            cells};
+}
+
+/// Why cells that the user named are not retained; none when they are, or when no cells were named.
+std::vector<Finding> lossFindings(const Inputs& inputs, const AskedCells& asked)
+{
+    std::vector<Finding> findings;
+    if (!inputs.has("address") && !inputs.has("entry"))
+        return findings;
+    for (Finding& finding : projectFindings(inputs.layout()))
+        if (concerns(finding, asked, inputs))
+            findings.push_back(std::move(finding));
+    bool anyRetained = false;
+    for (std::size_t i = 0; i < asked.size(); ++i)
+        anyRetained = anyRetained || !both(inputs.layout().areas[i].kept, asked[i]).isEmpty();
+    if (findings.empty() && !anyRetained && !inputs.has("entry"))
+        findings.push_back(notRetained(inputs));
+    return findings;
 }
 
 Report run(const Inputs& inputs)
@@ -201,17 +264,21 @@ Report run(const Inputs& inputs)
     Table cells{"cells", "cell", nullptr, {{"area"}, {"address"}, {"value"}, {"state"}}};
     const std::optional<Tags> tags = tagsOf(inputs);
     Table named = namedValues();
+    AskedCells asked;
     for (std::size_t i = 0; i < readings.size(); ++i) {
-        const CellRanges wanted = wantedCells(inputs, readings[i].values);
+        asked[i] = askedCells(inputs, areaFacts[i]);
+        const CellRanges wanted = wantedCells(inputs, readings[i].values, asked[i]);
         addArea(readings[i], wanted, digits, rows, cells);
         addNotes(readings[i].values, wanted, inputs.files.front()[i], report);
         if (tags)
             addNamedValues(inputs.layout(), readings[i], *tags, wanted, false, named, report.findings);
     }
-    if (cells.rows.empty())
+    std::vector<Finding> losses = lossFindings(inputs, asked);
+    if (cells.rows.empty() && (losses.empty() || inputs.has("nonzero")))
         report.notes.append(inputs.has("nonzero")
                                 ? QStringLiteral("None of the selected cells has a value other than 0.")
                                 : QStringLiteral("The project retains none of the selected cells."));
+    std::move(losses.begin(), losses.end(), std::back_inserter(report.findings));
     report.addNote(projectNote(inputs.layout()));
     report.tables = {std::move(rows), std::move(cells)};
     if (tags) {
@@ -228,7 +295,8 @@ extern const Command showCommand = {
     {{"PROJECT.xml", Argument::Kind::Project}, {"DIR", Argument::Kind::Files}},
     "retained values by address",
     "Shows the values in the files of DIR by address, after the findings of \"check\": values in files that\n"
-    "do not fit the project belong to other cells.",
+    "do not fit the project belong to other cells. When --address or --entry names cells that are not\n"
+    "retained, a finding says why.",
     "project.xml /usr/tavrin/project\nproject.xml copy --area LW --address 100-109 --hex\n"
     "project.xml copy --entry recipe --watch",
     {{"area", "AREA", "Only this area: LB, LW or RWI"},
