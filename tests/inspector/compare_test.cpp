@@ -69,6 +69,22 @@ TEST_F(Fleet, IsCleanWhenAllPanelsAreAlike)
     EXPECT_TRUE(compare(3).isClean());
 }
 
+TEST_F(Fleet, OfTwoPanelsThatDifferLeavesTheCellsToDiff)
+{
+    panel("a", {1, 2, 3});
+    panel("b", {1, 5, 4});
+    const Report two = compare(3);
+    EXPECT_FALSE(two.isClean()) << "values differ";
+    ASSERT_EQ(two.notes.size(), 1) << two.notes.join(QLatin1Char('\n')).toStdString();
+    EXPECT_THAT(
+        two.notes.front().toStdString(),
+        HasSubstr("2 cells differ between two panels, of which neither is the majority; \"diff\" with"));
+    panel("c", {1, 6, 5});
+    const Report three = compare(3);
+    EXPECT_TRUE(three.isClean()) << "such as counters";
+    EXPECT_THAT(three.notes.join(QLatin1Char('\n')).toStdString(), Not(HasSubstr("diff\"")));
+}
+
 TEST_F(Fleet, LeavesPanelsOutWhoseFilesDoNotFit)
 {
     panel("a", {1, 2, 3});

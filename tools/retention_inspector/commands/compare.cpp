@@ -235,20 +235,29 @@ Report run(const Inputs& inputs)
         });
 
     qint64 undecided = 0;
+    qint64 betweenTwo = 0; // of these, in areas that two panels have
     for (const AreaVote& area : areas)
-        for (std::size_t place = 0; place < area.votes.size(); ++place)
-            undecided += area.panels > 0 && !area.hasMajority(place);
+        for (std::size_t place = 0; place < area.votes.size(); ++place) {
+            const bool open = area.panels > 0 && !area.hasMajority(place);
+            undecided += open;
+            betweenTwo += open && area.panels == 2;
+        }
     const auto count = [&](auto is) { return qint64(std::count_if(panels.begin(), panels.end(), is)); };
     report.facts.push_back({"compared", "Panels", qint64(panels.size())});
     report.facts.push_back({"fitting", "Fit", count([](const Panel& panel) { return panel.findings == 0; })});
     report.facts.push_back(
         {"deviating", "Differ", count([](const Panel& panel) { return panel.cells > 0; })});
     report.facts.push_back({"undecided", "Cells without a majority", undecided});
-    report.differs = count([](const Panel& panel) { return panel.cells > 0; }) > 0;
+    report.differs = betweenTwo > 0 || count([](const Panel& panel) { return panel.cells > 0; }) > 0;
     const Tags* const names = tags ? &*tags : nullptr;
     report.tables = {panelTable(panels), cellTable(areas, names), differenceTable(panels, areas, names)};
     report.findingsFirst = true;
-    if (undecided > 0)
+    if (betweenTwo > 0)
+        report.notes.append(
+            QStringLiteral("%1 %2 between two panels, of which neither is the majority; "
+                           "\"diff\" with their two directories lists the differences.")
+                .arg(countText(betweenTwo, "cell"), QLatin1String(betweenTwo == 1 ? "differs" : "differ")));
+    if (undecided > betweenTwo)
         report.notes.append(QStringLiteral("Cells for which no value is shared by more than half of the "
                                            "panels, such as counters, do not count as differences."));
     return report;
@@ -264,7 +273,9 @@ extern const Command compareCommand = {
     "cell\n"
     "by cell, with the value that more than half of the panels have. One line per panel. The exit status is "
     "1\n"
-    "if files do not fit or values differ.",
+    "if files do not fit or values differ. Of two panels neither is the majority: \"diff\" lists their "
+    "differences,\n"
+    "and those between two states of one panel.",
     "project.xml backups/*\nproject.xml backups/* --tags tags.csv --format csv",
     {{"tags", "TAGS.csv", "Names of the cells"}},
     run};
