@@ -185,6 +185,29 @@ TEST_F(PanelSimulator, SaysSavedOnlyWhenItWasWritten)
     EXPECT_THAT(result.out.constData(), testing::Not(HasSubstr("areas saved")));
 }
 
+TEST_F(PanelSimulator, NamesTheCellsThatWereNotWrittenAndSaysWhy)
+{
+    const ToolRun alarms = run("examples/overlapping_ranges.xml", "set LB 60096 1 1 1 1 1 1 1 1\n");
+    EXPECT_THAT(
+        alarms.out.constData(),
+        HasSubstr("set 8 cells, 8 reported to the module, but only 7 written: not LB 60100, because the "
+                  "module never writes changes of this bit\n"));
+    QFile::remove("data/maintenance-word.dat");
+    QDir().mkpath("data/maintenance-word.dat");
+    EXPECT_THAT(
+        run("ranges.xml", "set LW 99 1 2 3\n").out.constData(),
+        HasSubstr("set 3 cells, 2 reported to the module, but only 0 written: not LW 100, LW 101, because "
+                  "maintenance-word.dat is not a regular file\n"));
+    EXPECT_THAT(run("ranges.xml", "set LW 200 1 2 3 4 5\n").out.constData(),
+                HasSubstr("not LW 200, LW 201, LW 202, LW 203 and 1 more, because "));
+    QFile::remove("data/maintenance-bit.dat");
+    QDir().mkpath("data/maintenance-bit.dat");
+    EXPECT_THAT(
+        run("examples/overlapping_ranges.xml", "set LB 60099 1 1\n").out.constData(),
+        HasSubstr("not LB 60100, because the module never writes changes of this bit; and not LB 60099, "
+                  "because maintenance-bit.dat is not a regular file\n"));
+}
+
 /// Tries an ordinary user's panel as such a user, if root runs the tests.
 class PanelSimulatorOfAnOrdinaryUser : public PanelSimulator
 {
@@ -221,7 +244,8 @@ TEST_F(PanelSimulatorOfAnOrdinaryUser, HeedsTheModesOfFilesAndTellsOfThem)
     EXPECT_THAT(second.err.constData(),
                 HasSubstr("maintenance-word.dat cannot be written: Permission denied; LW is not retained\n"));
     EXPECT_THAT(second.out.constData(),
-                HasSubstr("set 1 cell, 1 reported to the module, but only 0 written\n"));
+                HasSubstr("set 1 cell, 1 reported to the module, but only 0 written: not LW 100, because "
+                          "maintenance-word.dat cannot be written: Permission denied\n"));
     EXPECT_THAT(second.out.constData(), HasSubstr("stopped, 1 of 1 reported changes were not written\n"));
     EXPECT_EQ(read("data/maintenance-word.dat").left(2), QByteArray("\7\0", 2));
     EXPECT_THAT(

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/panel_simulator/session.h"
 
+#include "poweroff_protect/area_facts.h"
 #include "simulated_host/shell.h"
 
 #include <QtCore/QStringList>
@@ -50,6 +51,16 @@ void watch(const Panel& panel, std::ostream& out)
     }
     if (ranges.empty())
         out << "no cells are watched\n";
+}
+
+const int mostNamed = 4; // cells, one by one
+
+/// The first of `count` cells, such as "LW 5, LW 6 and 3 more".
+QString firstOf(const QStringList& first, qint64 count)
+{
+    const QString names = first.join(QLatin1String(", "));
+    return count > first.size() ? QStringLiteral("%1 and %2 more").arg(names).arg(count - first.size())
+                                : names;
 }
 
 [[noreturn]] void powerCut(std::ostream& out)
@@ -120,38 +131,80 @@ std::vector<int> Session::unsaved(std::size_t area) const
 
 QString Session::unsavedText() const
 {
-    const std::size_t most = 4; // named one by one
-    QStringList names;
-    std::size_t count = 0;
+    QStringList first;
+    qint64 count = 0;
     for (std::size_t i = 0; i < retentionFileNames.size(); ++i) {
         const MemoryArea& area = current->areas.all()[i];
         for (const int cell : unsaved(i))
-            if (++count <= most)
-                names.append(QStringLiteral("%1 %2").arg(area.name()).arg(cell));
+            if (++count <= mostNamed)
+                first.append(QStringLiteral("%1 %2").arg(area.name()).arg(cell));
     }
     if (count == 0)
         return {};
-    return QStringLiteral("%1 %2: %3%4")
+    return QStringLiteral("%1 %2: %3")
         .arg(count)
-        .arg(QLatin1String(count == 1 ? "cell" : "cells"), names.join(QLatin1String(", ")),
-             count > most ? QStringLiteral(" and %1 more").arg(count - most) : QString());
+        .arg(QLatin1String(count == 1 ? "cell" : "cells"), firstOf(first, count));
 }
 
 void Session::set(const Command& command, std::ostream& out)
 {
-    const int count = static_cast<int>(command.values.size());
+    const auto count = command.values.size();
     int watched = 0;
-    for (int j = 0; j < count; ++j)
-        watched += current->watched.contains(command.area, command.address + j);
-    const int before = written.writes();
-    current->setCells(command.area, command.address, command.values, progress);
-    const int writes = std::min(watched, written.writes() - before);
+    int cell = 0; // the last one that was reported
+    int writes = 0;
+    std::vector<int> unwritten;
+    const auto endReport = [&] {
+        if (watched > 0 && written.writes() == writes)
+            unwritten.push_back(cell);
+        writes = written.writes();
+    };
+    current->setCells(command.area, command.address, command.values, [&](int done, int all) {
+        endReport();
+        ++watched;
+        cell = command.address + done;
+        if (progress)
+            progress(done, all);
+    });
+    endReport();
+    const int missed = static_cast<int>(unwritten.size());
     reported += watched;
-    lost += watched - writes;
+    lost += missed;
     out << "set " << count << (count == 1 ? " cell, " : " cells, ") << watched << " reported to the module";
-    if (writes < watched)
-        out << ", but only " << writes << " written";
+    if (missed > 0)
+        out << ", but only " << watched - missed << " written: not "
+            << text(unwrittenText(command.area, unwritten));
     out << '\n';
+}
+
+QString Session::unwrittenText(const QString& areaName, const std::vector<int>& cells) const
+{
+    const auto& areas = current->areas.all();
+    const MemoryArea* const area = current->areas.named(areaName);
+    QStringList first;
+    qint64 others = 0;
+    QStringList texts;
+    for (const int cell : cells) {
+        const QString name = QStringLiteral("%1 %2").arg(areaName).arg(cell);
+        if (area->isBits() && cell == ignoredBitAddress)
+            texts.append(name + QLatin1String(", because the module never writes changes of this bit"));
+        else if (++others <= mostNamed)
+            first.append(name);
+    }
+    if (others > 0)
+        texts.append(
+            QStringLiteral("%1, because %2")
+                .arg(firstOf(first, others), whyNotWritten(static_cast<std::size_t>(area - areas.data()))));
+    return texts.join(QLatin1String("; and not "));
+}
+
+QString Session::whyNotWritten(std::size_t area) const
+{
+    const QString problem = fileOnDisk(area).problem;
+    return QStringLiteral("%1 %2").arg(
+        QLatin1String(retentionFileNames[area]),
+        problem.isEmpty()
+            ? QStringLiteral("could not be opened or written earlier, and the module does not try again")
+            : problem);
 }
 
 QString Session::notSavedSince(const WrittenBytes& before) const
@@ -161,14 +214,7 @@ QString Session::notSavedSince(const WrittenBytes& before) const
         const MemoryArea& area = current->areas.all()[i];
         if (written.bytes()[i] - before[i] >= qint64(area.memory().size()) && unsaved(i).empty())
             continue;
-        const QString why = fileOnDisk(i).problem;
-        areas.append(
-            QStringLiteral("%1 (%2 %3)")
-                .arg(area.name(), QLatin1String(retentionFileNames[i]),
-                     why.isEmpty()
-                         ? QStringLiteral(
-                               "could not be opened or written earlier, and the module does not try again")
-                         : why));
+        areas.append(QStringLiteral("%1 (%2)").arg(area.name(), whyNotWritten(i)));
     }
     return areas.join(QLatin1String(", "));
 }

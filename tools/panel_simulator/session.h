@@ -48,6 +48,10 @@ public:
 private:
     void set(const Command& command, std::ostream& out);
     void cycle(std::ostream& out);
+    /// The cells of an area that the module was told of but did not write, at least one, with the reasons.
+    QString unwrittenText(const QString& area, const std::vector<int>& cells) const;
+    /// Why an area's file was not written.
+    QString whyNotWritten(std::size_t area) const;
     /// The areas that were not written since `before`, each with the reason; empty for none.
     QString notSavedSince(const WrittenBytes& before) const;
     void status(std::ostream& out) const;
