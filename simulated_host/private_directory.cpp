@@ -55,7 +55,8 @@ QString enterPrivateUsr()
         return enterNamespaceWithOwnUsr();
     scratch = makeScratchDirectory();
     if (scratch.isEmpty())
-        return QStringLiteral("%1, and a temporary directory cannot be created in %2")
+        return QStringLiteral("a temporary directory is needed because nothing can be mounted here (%1), but "
+                              "cannot be created in %2; set TMPDIR to a directory that you may write to")
             .arg(refusal, QDir::tempPath());
     return map(QStringLiteral("/usr/tavrin"), mappedUsrTavrin());
 }
@@ -71,7 +72,11 @@ QString mapProjectDirectory(const QString& directory)
 
 QString pathMappingNotice()
 {
-    return refusal.isEmpty() ? QString() : QStringLiteral("mapping paths to /usr/tavrin (%1)").arg(refusal);
+    return refusal.isEmpty()
+               ? QString()
+               : QStringLiteral("mapping paths to /usr/tavrin inside this process, because nothing can be "
+                                "mounted here (%1); this changes no result, and nothing needs to be done")
+                     .arg(refusal);
 }
 
 QString mappedUsrTavrin()

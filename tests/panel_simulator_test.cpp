@@ -552,6 +552,40 @@ TEST_F(PanelSimulator, SaysInOneLineWhenPathsAreMapped)
     EXPECT_EQ(tool.err, "");
 }
 
+/// Runs the panel where it cannot mount anything, with this directory for temporary files.
+ToolRun runWithoutMounts(const QString& tool, const QByteArray& temporary)
+{
+    const QByteArray emulator = qgetenv("TEST_EMULATOR");
+    const QByteArray panel =
+        "export TMPDIR=" + temporary + "; exec " + emulator + " \"$0\" ranges.xml --project-dir data";
+    qunsetenv("TEST_EMULATOR"); // the shell runs natively
+    const ToolRun run =
+        pathMappingNotice().isEmpty()
+            ? runTool("unshare", {"--map-root-user", "sh", "-c",
+                                  "echo 0 >/proc/sys/user/max_mnt_namespaces; " + panel, tool})
+            : runTool("sh", {"-c", panel, tool});
+    qputenv("TEST_EMULATOR", emulator);
+    return run;
+}
+
+TEST_F(PanelSimulator, SaysWhyPathsAreMappedAndThatNothingNeedsToBeDone)
+{
+    const ToolRun mapped = runWithoutMounts(tool, "/tmp");
+    if (mapped.err.startsWith("unshare: "))
+        GTEST_SKIP() << "needs root or a user who can make a user namespace, to forbid mounts there";
+    EXPECT_EQ(mapped.status, 0);
+    EXPECT_THAT(
+        mapped.err.constData(),
+        ContainsRegex("^panel_simulator: mapping paths to /usr/tavrin inside this process, because "
+                      "nothing can be mounted here \\([^()]+\\); this changes no result, and nothing needs "
+                      "to be done\n$"));
+    const ToolRun refused = runWithoutMounts(tool, "/proc");
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_THAT(
+        refused.err.constData(),
+        ContainsRegex("cannot be created in /proc; set TMPDIR to a directory that you may write to\n$"));
+}
+
 TEST_F(PanelSimulator, ShowsNothingLiveWithoutATerminal)
 {
     const ToolRun tool = run("areas.xml", "live\nstop\n");
