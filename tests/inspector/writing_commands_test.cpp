@@ -67,11 +67,23 @@ TEST_F(WritingCommands, MigrateRefusesFilesThatWereNotWrittenUnderTheOldProject)
         EXPECT_EQ(tool.out, "");
         for (const char* const said : {reason, "nothing was created", "--force"})
             EXPECT_THAT(tool.err.toStdString(), HasSubstr(said));
-        EXPECT_THAT(tool.err.toStdString(), Not(HasSubstr("\"migrate\""))) << "no remedy that is circular";
+        for (const char* const unsaid : {"\"migrate\"", "swapped"})
+            EXPECT_THAT(tool.err.toStdString(), Not(HasSubstr(unsaid)))
+                << "a remedy that is circular, or a guess that cannot be right";
         EXPECT_FALSE(QFile::exists("new"));
         write(file, sound);
     }
     EXPECT_EQ(migrate("new").status, 0);
+}
+
+TEST_F(WritingCommands, MigrateSaysWhenTheProjectsSeemToBeSwapped)
+{
+    const char* const guess = "They fit NEW.xml: OLD.xml and NEW.xml may be swapped";
+    EXPECT_THAT(errors("migrate areas.xml ranges.xml old --output new"), HasSubstr(guess));
+    EXPECT_FALSE(QFile::exists("new"));
+    const std::string forced = output("migrate areas.xml ranges.xml old --output new --force", 1);
+    EXPECT_THAT(QByteArray::fromStdString(forced).simplified().toStdString(), HasSubstr(guess));
+    EXPECT_THAT(output("migrate ranges.xml areas.xml old --output right"), Not(HasSubstr("swapped")));
 }
 
 TEST_F(WritingCommands, MigrateRefusesADirectoryWithoutFiles)

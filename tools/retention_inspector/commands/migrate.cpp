@@ -199,6 +199,20 @@ std::vector<CellMove> wantedMoves(const Inputs& inputs, const Layout& from, cons
     return moves;
 }
 
+/// What the user may have done when the files were not written for OLD.xml but fit NEW.xml; empty otherwise.
+QString swappedText(const Layout& from, const Layout& to, const RetentionFiles& old)
+{
+    const FileChecks underOld = checkFiles(from, old);
+    const FileChecks underNew = checkFiles(to, old);
+    const bool swapped =
+        std::any_of(underOld.begin(), underOld.end(), [](const FileCheck& check) { return check.foreign; }) &&
+        std::all_of(underNew.begin(), underNew.end(),
+                    [](const FileCheck& check) { return check.findings.empty(); });
+    return swapped ? QStringLiteral("They fit NEW.xml: OLD.xml and NEW.xml may be swapped, or the values may "
+                                    "already have been carried over")
+                   : QString();
+}
+
 /// Throws when the files show that they were written under another project, or when there are none.
 void requireWrittenUnder(const Layout& from, const Layout& to, const RetentionFiles& old)
 {
@@ -215,17 +229,16 @@ void requireWrittenUnder(const Layout& from, const Layout& to, const RetentionFi
                           .arg(QFileInfo(old.front().path).path()));
     if (foreign == checks.end())
         return;
-    const FileChecks underNew = checkFiles(to, old);
-    const bool fitNew = std::all_of(underNew.begin(), underNew.end(),
-                                    [](const FileCheck& check) { return check.findings.empty(); });
+    const QString swapped = swappedText(from, to, old);
     const Finding& finding = foreign->findings.front();
     throw Refusal(
         QStringLiteral("%1: %2 The files were therefore not written for OLD.xml; nothing was created. %3")
             .arg(finding.place, finding.problem,
-                 fitNew ? QStringLiteral("They fit NEW.xml, so they may already have been carried over")
-                        : QStringLiteral(
-                              "Name the project that they were written for; or, if a panel has been running "
-                              "with them and OLD.xml, use --force to read them as OLD.xml defines them")));
+                 !swapped.isEmpty()
+                     ? swapped
+                     : QStringLiteral(
+                           "Name the project that they were written for; or, if a panel has been running "
+                           "with them and OLD.xml, use --force to read them as OLD.xml defines them")));
 }
 
 /// The findings about files that were carried over by force.
@@ -374,6 +387,8 @@ Report run(const Inputs& inputs)
     }
     report.csvTable = QStringLiteral("cells");
     report.tables = {std::move(files), std::move(moved), std::move(cells), droppedValues(plan)};
+    if (const QString swapped = swappedText(from, to, old); !swapped.isEmpty())
+        report.notes.append(QStringLiteral("The files were not written for OLD.xml. %1.").arg(swapped));
     addNotes(from, to, report);
     return report;
 }
