@@ -209,16 +209,23 @@ TEST_F(MigrationTest, ListsAsDroppedWhatAMoveOverwrites)
     EXPECT_EQ(retentionFile(wordFileName), QByteArray("\0\0\2\0\1\0\4\0", 8));
 }
 
+/// A project of these entries with these names.
+ProjectPointer namedEntries(const std::vector<std::pair<const char*, Entry>>& entries)
+{
+    std::vector<Entry> plain;
+    for (const auto& [name, entry] : entries)
+        plain.push_back(entry);
+    ProjectPointer project = perAddressProject(plain);
+    std::size_t number = 0;
+    for (const auto& entry : project->findChild("DataRetention")->children)
+        entry->name = QString::fromLatin1(entries[number++].first);
+    return project;
+}
+
 TEST_F(MigrationTest, FindsMovedRangesByTheNamesOfTheirEntries)
 {
-    // perAddressProject() names entries "entry0", "entry1" and so on.
-    const ProjectPointer oldProject = perAddressProject({{LW, 100, 10}, {LW, 200, 5}});
-    const ProjectPointer newProject = perAddressProject({{LW, 400, 8}, {LW, 200, 5}});
-    for (const auto& project : {oldProject.get(), newProject.get()}) {
-        int number = 0;
-        for (const auto& entry : project->findChild("DataRetention")->children)
-            entry->name = QStringLiteral("entry%1").arg(number++);
-    }
+    const ProjectPointer oldProject = namedEntries({{"recipe", {LW, 100, 10}}, {"counters", {LW, 200, 5}}});
+    const ProjectPointer newProject = namedEntries({{"recipe", {LW, 400, 8}}, {"counters", {LW, 200, 5}}});
     const auto before = usedPanel(*oldProject);
     const Report report = migrate(*oldProject, *newProject, {{"by-name", QString()}});
     const auto after = startPanel(newProject.get());
@@ -226,6 +233,49 @@ TEST_F(MigrationTest, FindsMovedRangesByTheNamesOfTheirEntries)
         EXPECT_EQ(after->areas.all()[1].cell(400 + i), before->areas.all()[1].cell(100 + i));
     EXPECT_EQ(cellsOf(report, 1, "carried"), "200 to 204, 400 to 407");
     EXPECT_EQ(cellsOf(report, 1, "dropped"), "108 to 109");
+}
+
+TEST_F(MigrationTest, SaysWhyNothingMovesByName)
+{
+    const ProjectPointer oldProject = namedEntries({{"recipe", {LW, 0, 4}},
+                                                    {"twice", {LW, 10, 2}},
+                                                    {"twice", {LW, 20, 2}},
+                                                    {"lamp", {LB, 0, 2}},
+                                                    {"nowhere", {"lw", 40, 2}}});
+    const auto notesOf = [&](const ProjectPointer& newProject) {
+        for (const char* name : {bitFileName, wordFileName, rwiFileName})
+            QFile::remove(retentionPath(QString::fromLatin1(name)));
+        usedPanel(*oldProject);
+        const QStringList notes = migrate(*oldProject, *newProject, {{"by-name", QString()}}).notes;
+        return notes.join(QLatin1Char('\n')).toStdString();
+    };
+    const std::string other = notesOf(namedEntries({{"Recipe", {LW, 100, 4}},
+                                                    {"mix", {LW, 110, 2}},
+                                                    {"twice", {LW, 120, 2}},
+                                                    {"lamp", {LW, 130, 2}},
+                                                    {"nowhere", {LW, 140, 2}}}));
+    for (const char* const note :
+         {"--by-name moved nothing. Names must be equal, in upper and lower case, too: rename the entries, "
+          "or name "
+          "the cells, such as --move LW:100-109=LW:300.",
+          "Nothing moved by name to entries 1 \"Recipe\" and 2 \"mix\": OLD.xml has no entry with the same "
+          "name.",
+          "Nothing moved by name to entry 3 \"twice\": OLD.xml has several entries with the same name.",
+          "Nothing moved by name to entry 4 \"lamp\": one holds bits, the other one words.",
+          "Nothing moved by name to entry 5 \"nowhere\": its cells are not retained in both projects."})
+        EXPECT_THAT(other, HasSubstr(note));
+    const std::string same = notesOf(namedEntries({{"recipe", {LW, 0, 4}}, {"lamp", {LB, 0, 2}}}));
+    EXPECT_THAT(
+        same, HasSubstr("--by-name moved nothing: entries with the same name begin at the same cell in both "
+                        "projects, so their values stay where they are."));
+    EXPECT_THAT(same, testing::Not(HasSubstr("Names must be equal")));
+    const std::string moved = notesOf(namedEntries(
+        {{"recipe", {LW, 100, 4}}, {"mix", {LW, 110, 2}}, {"lamp", {LB, 10, 2}}, {"lamp", {LB, 20, 2}}}));
+    EXPECT_THAT(moved, testing::Not(HasSubstr("--by-name moved nothing")));
+    EXPECT_THAT(moved, HasSubstr("entry 2 \"mix\": OLD.xml has no entry with the same name."));
+    EXPECT_THAT(
+        moved,
+        HasSubstr("entries 3 \"lamp\" and 4 \"lamp\": NEW.xml has several entries with the same name."));
 }
 
 TEST_F(MigrationTest, RefusesMovesThatCannotBe)

@@ -8,6 +8,7 @@
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 namespace {
@@ -141,49 +142,81 @@ void requireMovable(const std::vector<CellMove>& moves, const Layout& from, cons
     }
 }
 
-/// Null unless exactly one entry of that name has cells of an area.
-const ProjectEntry* onlyEntry(const Layout& layout, const QString& name)
+std::vector<const ProjectEntry*> entriesNamed(const Layout& layout, const QString& name)
 {
-    const ProjectEntry* found = nullptr;
-    for (const ProjectEntry& entry : layout.settings.entries) {
-        if (entry.name != name)
-            continue;
-        if (found || !entry.area || entry.length() <= 0)
-            return nullptr;
-        found = &entry;
-    }
+    std::vector<const ProjectEntry*> found;
+    for (const ProjectEntry& entry : layout.settings.entries)
+        if (entry.name == name)
+            found.push_back(&entry);
     return found;
 }
 
-/// The ranges of entries that have the same name in both projects but begin elsewhere.
-std::vector<CellMove> movesByName(const Layout& from, const Layout& to, QStringList& notes)
+const char* const notRetainedInBoth = "its cells are not retained in both projects.";
+
+/// Why no cells move between the entries of one name; null when they can.
+const char* obstacle(const std::vector<const ProjectEntry*>& sources,
+                     const std::vector<const ProjectEntry*>& targets)
+{
+    if (sources.empty())
+        return "OLD.xml has no entry with the same name.";
+    if (sources.size() > 1)
+        return "OLD.xml has several entries with the same name.";
+    if (targets.size() > 1)
+        return "NEW.xml has several entries with the same name.";
+    const ProjectEntry& source = *sources.front();
+    const ProjectEntry& target = *targets.front();
+    if (!source.area || !target.area || source.length() <= 0 || target.length() <= 0)
+        return notRetainedInBoth;
+    return source.area->bits != target.area->bits ? "one holds bits, the other one words." : nullptr;
+}
+
+/// The cells of two entries that both projects retain, from the first entry to the second.
+std::vector<CellMove> movesBetween(const Layout& from, const ProjectEntry& source, const Layout& to,
+                                   const ProjectEntry& target)
 {
     std::vector<CellMove> moves;
+    const qint64 length = std::min(source.length(), target.length());
+    const qint64 step = target.first() - source.first();
+    for (const CellRange& range :
+         from.of(*source.area).kept.within({source.first(), source.first() + length - 1}))
+        for (const CellRange& kept : to.of(*target.area).kept.within({range.first + step, range.last + step}))
+            moves.push_back({source.area, {kept.first - step, kept.last - step}, target.area, kept.first});
+    return moves;
+}
+
+/// The ranges of entries that have the same name in both projects but begin elsewhere. The notes say why
+/// nothing moves to the others.
+std::vector<CellMove> movesByName(const Layout& from, const Layout& to, QStringList& notes)
+{
     if (from.images() || to.images())
-        throw Refusal(QStringLiteral(
-            "--by-name: expected two projects with entries, but one of them retains whole areas"));
-    for (const ProjectEntry& entry : to.settings.entries) {
-        const ProjectEntry* const target = onlyEntry(to, entry.name);
-        const ProjectEntry* const source = onlyEntry(from, entry.name);
-        if (!source || !target || source->area->bits != target->area->bits) {
-            notes.append(QStringLiteral("%1 has no unique counterpart of the same kind in the old project, "
-                                        "so nothing was moved to it by name.")
-                             .arg(entry.text()));
-            continue;
+        throw Refusal(
+            QStringLiteral("--by-name: expected two projects with entries, but one of them retains whole "
+                           "areas; name the cells with --move"));
+    std::vector<CellMove> moves;
+    std::map<QString, std::vector<const ProjectEntry*>> unmoved; // by reason
+    bool anyInPlace = false;
+    for (const ProjectEntry& target : to.settings.entries) {
+        const auto sources = entriesNamed(from, target.name);
+        const char* reason = obstacle(sources, entriesNamed(to, target.name));
+        if (!reason && sources.front()->area == target.area && sources.front()->first() == target.first()) {
+            anyInPlace = true;
+        } else if (!reason) {
+            const std::vector<CellMove> cells = movesBetween(from, *sources.front(), to, target);
+            moves.insert(moves.end(), cells.begin(), cells.end());
+            reason = cells.empty() ? notRetainedInBoth : nullptr;
         }
-        if (source->area == target->area && source->first() == target->first())
-            continue;
-        const qint64 length = std::min(source->length(), target->length());
-        // Cells of an entry that its project does not keep cannot move.
-        const CellRanges there =
-            from.of(*source->area).kept.within({source->first(), source->first() + length - 1});
-        const qint64 step = target->first() - source->first();
-        for (const CellRange& range : there)
-            for (const CellRange& kept :
-                 to.of(*target->area).kept.within({range.first + step, range.last + step}))
-                moves.push_back(
-                    {source->area, {kept.first - step, kept.last - step}, target->area, kept.first});
+        if (reason)
+            unmoved[QString::fromLatin1(reason)].push_back(&target);
     }
+    if (moves.empty())
+        notes.append(QString::fromLatin1(
+            anyInPlace
+                ? "--by-name moved nothing: entries with the same name begin at the same cell in both "
+                  "projects, so their values stay where they are."
+                : "--by-name moved nothing. Names must be equal, in upper and lower case, too: rename the "
+                  "entries, or name the cells, such as --move LW:100-109=LW:300."));
+    for (const auto& [reason, entries] : unmoved)
+        notes.append(QStringLiteral("Nothing moved by name to %1: %2").arg(entriesText(entries), reason));
     return moves;
 }
 
