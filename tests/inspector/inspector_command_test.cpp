@@ -173,6 +173,26 @@ TEST_F(Inspector, SaysWhyCellsThatAreAskedForAreNotRetained)
                 HasSubstr("error: LB 5: the project retains nothing.\n"));
 }
 
+TEST_F(Inspector, SaysOnceWhatToDoAboutSeveralFindings)
+{
+    writeFiles("dir", QByteArray(32, '\0'), QByteArray("\x20\xff\0", 3), QByteArray(2, '\0'));
+    const std::string checked = output("check ranges.xml dir", 1);
+    EXPECT_THAT(checked, HasSubstr("  1. warning: dir/maintenance-bit.dat: it has 3 bytes instead of 2"));
+    EXPECT_THAT(checked, HasSubstr("     -> If it was written for another project, carry its values over"));
+    for (const char* const later : {"\n  2. error: ", "\n  3. warning: ", "\n  4. warning: "})
+        EXPECT_THAT(checked.substr(std::min(checked.find(later), checked.size())),
+                    testing::ContainsRegex("\n     -> As for 1\\.\n"))
+            << later;
+    EXPECT_EQ(checked.find("If it was written"), checked.rfind("If it was written"));
+    for (const auto finding : QJsonDocument::fromJson(run("check ranges.xml dir --format=json").out)
+                                  .object()
+                                  .value("findings")
+                                  .toArray())
+        EXPECT_THAT(finding.toObject().value("remedy").toString().toStdString(),
+                    testing::StartsWith("If it was written for another project"))
+            << "a script sees each finding alone";
+}
+
 TEST_F(Inspector, WatchesTheFiles)
 {
     writeExampleFiles();

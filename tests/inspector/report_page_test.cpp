@@ -32,6 +32,14 @@ TEST(ReportPage, EscapesEveryText)
     EXPECT_EQ(found, 9U) << "title, heading, paragraph, fact, cell, three of the finding, note";
 }
 
+TEST(ReportPage, SaysOnceWhatToDoAboutSeveralFindings)
+{
+    const Finding first = {Finding::Severity::Error, "kind", "here", "bad", "Repair it."};
+    const Finding second = {Finding::Severity::Error, "kind", "there", "bad", "Repair it."};
+    EXPECT_THAT(htmlFindings({first, second}).toStdString(),
+                testing::ContainsRegex("Repair it\\.</span>.*\n.*there: bad .*As for 1\\.</span>"));
+}
+
 class ReportPageOfFiles : public ToolTest
 {
 protected:

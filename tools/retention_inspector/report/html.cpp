@@ -165,13 +165,14 @@ QString htmlFindings(const std::vector<Finding>& findings)
     if (findings.empty())
         return htmlParagraph(QStringLiteral("No findings."));
     QString html = QStringLiteral("<ol>\n");
-    for (const Finding& finding : findings) {
+    for (std::size_t i = 0; i < findings.size(); ++i) {
+        const Finding& finding = findings[i];
         const QString severity =
             QLatin1String(finding.severity == Finding::Severity::Error ? "error" : "warning");
         html += QLatin1String("<li><span class=\"") + severity + QLatin1String("\">") + severity +
                 QLatin1String("</span>: ") + escaped(finding.place) + QLatin1String(": ") +
                 escaped(finding.problem) + QLatin1String(" <span class=\"remedy\">&rarr; ") +
-                escaped(finding.remedy) + QLatin1String("</span></li>\n");
+                escaped(remedyText(findings, i)) + QLatin1String("</span></li>\n");
     }
     return html + QLatin1String("</ol>\n");
 }

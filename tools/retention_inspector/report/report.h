@@ -82,6 +82,9 @@ QString reportJson(const Report& report);
 /// line beginning with its kind. Throws a Refusal when there is no such table.
 QString reportCsv(const Report& report);
 
+/// What to do about a finding in a numbered list: "As for 1." when the first one has the same remedy.
+QString remedyText(const std::vector<Finding>& findings, std::size_t at);
+
 /// Findings and notes alone, for people, to accompany a table in CSV; empty when there are none.
 QString remarksText(const Report& report);
 

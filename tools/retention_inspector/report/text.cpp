@@ -103,12 +103,12 @@ void appendFindings(QString& out, const std::vector<Finding>& findings, bool col
     if (findings.empty())
         return;
     out += QLatin1String("\nFindings\n");
-    int number = 0;
-    for (const Finding& finding : findings) {
+    for (std::size_t i = 0; i < findings.size(); ++i) {
+        const Finding& finding = findings[i];
         const QString head =
-            QStringLiteral("  %1. %2: ").arg(++number).arg(severityText(finding.severity, colour));
+            QStringLiteral("  %1. %2: ").arg(i + 1).arg(severityText(finding.severity, colour));
         out += head + wrapped(finding.place + QLatin1String(": ") + finding.problem, 5) + QLatin1Char('\n');
-        out += QLatin1String("     -> ") + wrapped(finding.remedy, 8) + QLatin1Char('\n');
+        out += QLatin1String("     -> ") + wrapped(remedyText(findings, i), 8) + QLatin1Char('\n');
     }
 }
 
@@ -121,6 +121,15 @@ void appendNotes(QString& out, const QStringList& notes)
 }
 
 } // namespace
+
+QString remedyText(const std::vector<Finding>& findings, std::size_t at)
+{
+    const auto first = std::find_if(findings.begin(), findings.end(), [&](const Finding& finding) {
+        return finding.remedy == findings[at].remedy;
+    });
+    const auto number = static_cast<std::size_t>(first - findings.begin());
+    return number == at ? findings[at].remedy : QStringLiteral("As for %1.").arg(number + 1);
+}
 
 QString remarksText(const Report& report)
 {
