@@ -136,6 +136,28 @@ TEST(Wear, ComesToYearsLevelledAndInPlace)
                 DoubleNear(1000.0 * (1 << 30) / (240 * 5 * 4096.0) / 365.25, 1e-6));
 }
 
+TEST(Wear, ShowsOnlyTheLifeThatTheMediumCanHave)
+{
+    const std::pair<const char*, QString> endurance = {"endurance-cycles", "1000"};
+    for (const char* const medium : {"sd", "emmc", "nor", "nand"}) {
+        const Report levelled = wear({changesPerHour(10), {"medium", QString::fromLatin1(medium)}});
+        const std::string text = reportText(levelled).toStdString();
+        EXPECT_THAT(text, HasSubstr("Life, levelled")) << medium;
+        EXPECT_THAT(text, testing::Not(testing::ContainsRegex("[Ii]n place"))) << medium;
+        EXPECT_GT(dayValue(levelled, "even", "in_place_years"), 0) << "scripts get both";
+    }
+    const std::string given =
+        reportText(wear({changesPerHour(10), endurance, {"capacity", "1G"}})).toStdString();
+    EXPECT_THAT(given, testing::Not(testing::ContainsRegex("[Ii]n place")));
+    const std::string text = reportText(wear({changesPerHour(10), endurance})).toStdString();
+    EXPECT_THAT(text, HasSubstr("Life, in place"));
+    EXPECT_THAT(text, testing::Not(HasSubstr("Life, levelled")));
+    EXPECT_THAT(
+        QString::fromStdString(text).simplified().toStdString(),
+        HasSubstr("\"In place\" assumes that nothing levels the wear, so that each write erases the same "
+                  "block, as on NOR flash or EEPROM that FAT or ext4 writes directly."));
+}
+
 TEST(Wear, AnswersHowOftenCellsMayChange)
 {
     const Report emmc = wear({{"medium", "emmc"}});
@@ -164,7 +186,7 @@ TEST(Wear, SaysWhatItAssumesOfAMedium)
     EXPECT_EQ(factText(report, "erase_block"), "64 KiB");
     EXPECT_EQ(factText(report, "capacity"), "32 MiB") << "the user knows better";
     EXPECT_EQ(factText(report, "endurance_cycles"), "100,000");
-    EXPECT_THAT(reportText(report).toStdString(), HasSubstr("\"In place\" applies to NOR flash or EEPROM"));
+    EXPECT_THAT(reportText(report).toStdString(), HasSubstr("\"Levelled\" assumes that"));
 }
 
 TEST(Wear, CountsTheErasuresOfSync)

@@ -262,7 +262,7 @@ Table dayTable(const Layout& layout, const std::vector<WriteCase>& cases, const 
          {"flash_bytes", "To the flash"},
          {"erasures_levelled", question.flash.erasuresOfSync > 0 ? "Erase cycles" : "Erase blocks filled"},
          {"levelled_years", endurance && question.levelled() ? "Life, levelled" : nullptr},
-         {"in_place_years", endurance ? "Life, in place" : nullptr}}};
+         {"in_place_years", endurance && !question.levelled() ? "Life, in place" : nullptr}}};
     const double writes = writesPerDay(layout, question);
     if (writes <= 0)
         return table;
@@ -305,7 +305,7 @@ Table limitTable(const Layout& layout, const std::vector<WriteCase>& cases, cons
                                 : "Highest number of changes per hour for the required life",
                 {{"case", "Case"},
                  {"levelled_limit", question.levelled() ? "Levelled" : nullptr},
-                 {"in_place_limit", "In place"}}};
+                 {"in_place_limit", question.levelled() ? nullptr : "In place"}}};
     if (question.flash.enduranceCycles <= 0 || question.years <= 0)
         return table;
     for (const WriteCase& one : cases)
@@ -420,17 +420,22 @@ void addMeasurement(const Inputs& inputs, const Question& question, Report& repo
 
 void addNotes(const Layout& layout, const Question& question, Report& report)
 {
-    if (question.flash.enduranceCycles <= 0)
-        report.notes.append(QStringLiteral("To see how long the flash lasts, name its kind with --medium, or "
-                                           "give --endurance-cycles and --capacity from its data sheet."));
     if (question.medium)
         report.notes.append(QStringLiteral("The figures assumed for %1 are typical of a small device; use "
                                            "the options to replace them with those in its data sheet.")
                                 .arg(QLatin1String(question.medium->name)));
-    report.notes.append(
-        QStringLiteral("\"Levelled\" applies to SD cards and eMMC, whose controllers level the wear, and to "
-                       "NOR and NAND flash with UBIFS or JFFS2. \"In place\" applies to NOR flash or EEPROM "
-                       "that FAT or ext4 writes directly: each write erases the same block."));
+    if (question.flash.enduranceCycles <= 0)
+        report.notes.append(QStringLiteral("To see how long the flash lasts, name its kind with --medium, or "
+                                           "give --endurance-cycles and --capacity from its data sheet."));
+    else if (question.levelled())
+        report.notes.append(QStringLiteral(
+            "\"Levelled\" assumes that the writes are spread over the whole capacity, as by the "
+            "controllers of SD cards and eMMC and, on NOR and NAND flash, by UBIFS or JFFS2."));
+    else
+        report.notes.append(QStringLiteral(
+            "\"In place\" assumes that nothing levels the wear, so that each write erases the "
+            "same block, as on NOR flash or EEPROM that FAT or ext4 writes directly. For an SD "
+            "card, eMMC or UBIFS, give --medium or --capacity."));
     report.notes.append(
         QStringLiteral("These figures are a model, not a measurement: files start on a page boundary, every "
                        "write reaches the flash at once, and the file system adds its own pages. \"Sent to "
