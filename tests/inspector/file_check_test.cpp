@@ -114,10 +114,10 @@ TEST_F(FileCheckTest, FindsLongerImages)
     EXPECT_THAT(kinds(images.get()), ElementsAre("RWI longer"));
 }
 
-TEST_F(FileCheckTest, FindsBitsBehindTheLastCell)
+TEST_F(FileCheckTest, FindsBitsAfterTheLastCell)
 {
     writeRetentionFile(bitFileName, QByteArray("\xff\x1f", 2));
-    EXPECT_THAT(kinds(project.get()), ElementsAre("LB bits-behind-last"));
+    EXPECT_THAT(kinds(project.get()), ElementsAre("LB bits-after-last-cell"));
 }
 
 TEST_F(FileCheckTest, FindsWhatIsNoFileWithoutWaitingForIt)

@@ -147,7 +147,7 @@ void checkBlocks(const Layout& layout, Checking& check)
     check.result.nextStart = QString::fromLatin1(nothingKept ? "nothing to restore" : "restored");
     checkLength(layout, check);
     if (const qint64 bits = strayBits(layout, check.file))
-        check.addForeign(error, "bits-behind-last",
+        check.addForeign(error, "bits-after-last-cell",
                          QStringLiteral("%1 set after the last cell, which this project never does: the file "
                                         "was written for another project.")
                              .arg(countText(bits, "bit") + QLatin1String(bits == 1 ? " is" : " are")));
