@@ -1,224 +1,15 @@
 // Makes new files for a changed project, with the kept values carried over.
 // SPDX-License-Identifier: MIT
-#include "tools/retention_core/cell_words.h"
-#include "tools/retention_core/kept_values.h"
+#include "tools/retention_core/migration.h"
 #include "tools/retention_core/refusal.h"
 #include "tools/retention_inspector/command.h"
 
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 namespace {
-
-/// What becomes of the cells of one area.
-struct AreaMigration
-{
-    CellRanges carried;         ///< of the new project, with their values
-    CellRanges without;         ///< kept by both projects, but without a value in the old file; 0
-    CellRanges added;           ///< of the new project: neither kept by the old one nor moved to; 0
-    CellRanges dropped;         ///< of the old project: neither kept by the new one nor moved
-    qint64 oddBytes = 0;        ///< of the old image of "LB": those that are neither 0 nor 1
-    bool foreignBits = false;   ///< no bit was carried because of these bytes
-    std::vector<ushort> values; ///< for the new file
-    AreaValues old;
-};
-
-/// Whether "LB" goes from packed bits to an image or the other way, so that the panel's layout of bits
-/// matters.
-bool bitsChangeForm(const Layout& from, const Layout& to)
-{
-    return from.images() != to.images();
-}
-
-std::size_t indexOf(const AreaFacts& area)
-{
-    return static_cast<std::size_t>(&area - areaFacts);
-}
-
-using Plan = std::array<AreaMigration, areaCount>;
-
-/// Where the values of an area come from: its own cells except those that move away, and the cells that move
-/// to it.
-std::vector<CellMove> sourcesOf(const AreaFacts& area, const Layout& from, const Layout& to,
-                                const std::vector<CellMove>& moves)
-{
-    CellRanges own = both(from.of(area).kept, to.of(area).kept);
-    std::vector<CellMove> sources;
-    for (const CellMove& move : moves) {
-        if (move.from == &area)
-            own = own.minus(CellRanges({move.source}));
-        if (move.to == &area) {
-            own = own.minus(CellRanges({move.targets()}));
-            sources.push_back(move);
-        }
-    }
-    for (const CellRange& range : own)
-        sources.push_back({&area, range, &area, range.first});
-    return sources;
-}
-
-void carry(const CellMove& source, const AreaMigration& from, AreaMigration& to,
-           std::vector<CellRange>& carried, std::vector<CellRange>& without)
-{
-    for (qint64 i = 0; i <= source.source.last - source.source.first; ++i) {
-        const auto cell = static_cast<std::size_t>(source.source.first + i);
-        const qint64 target = source.target + i;
-        const bool hasValue = from.old.hasValue(cell) && !from.foreignBits;
-        (hasValue ? carried : without).push_back({target, target});
-        if (hasValue)
-            to.values[static_cast<std::size_t>(target)] = from.old.values[cell];
-    }
-}
-
-Plan planAreas(const Layout& from, const Layout& to, const RetentionFiles& old,
-               const std::vector<CellMove>& moves)
-{
-    Plan plan;
-    for (std::size_t i = 0; i < plan.size(); ++i) {
-        AreaMigration& area = plan[i];
-        area.old = areaValues(from, old[i]);
-        area.oddBytes = area.old.oddBytes;
-        area.foreignBits = bitsChangeForm(from, to) && area.oddBytes > 0;
-        area.values.resize(area.old.values.size());
-    }
-    for (const AreaFacts& facts : areaFacts) {
-        AreaMigration& area = plan[indexOf(facts)];
-        std::vector<CellRange> carried;
-        std::vector<CellRange> without;
-        std::vector<CellRange> targets;
-        for (const CellMove& source : sourcesOf(facts, from, to, moves)) {
-            carry(source, plan[indexOf(*source.from)], area, carried, without);
-            targets.push_back(source.targets());
-        }
-        area.carried = CellRanges(std::move(carried));
-        area.without = CellRanges(std::move(without));
-        area.added = to.of(facts).kept.minus(CellRanges(std::move(targets)));
-        area.dropped = from.of(facts).kept.minus(to.of(facts).kept);
-        for (const CellMove& move : moves)
-            if (move.from == &facts)
-                area.dropped = area.dropped.minus(CellRanges({move.source}));
-    }
-    // Cells of the new project whose own values moved away, or that others moved to, lost what they had.
-    for (const CellMove& move : moves) {
-        CellRanges overwritten = both(CellRanges({move.targets()}), from.of(*move.to).kept);
-        for (const CellMove& other : moves)
-            if (other.from == move.to)
-                overwritten = overwritten.minus(CellRanges({other.source}));
-        AreaMigration& area = plan[indexOf(*move.to)];
-        std::vector<CellRange> dropped(area.dropped.begin(), area.dropped.end());
-        dropped.insert(dropped.end(), overwritten.begin(), overwritten.end());
-        area.dropped = CellRanges(std::move(dropped));
-    }
-    return plan;
-}
-
-/// Cells that move must be kept on both sides, and no two may meet.
-void requireMovable(const std::vector<CellMove>& moves, const Layout& from, const Layout& to)
-{
-    for (const CellMove& move : moves) {
-        const auto require = [&move](const Layout& layout, const AreaFacts& area, const CellRange& cells,
-                                     const char* which) {
-            const CellRanges lacking = CellRanges({cells}).minus(layout.of(area).kept);
-            if (!lacking.isEmpty())
-                throw Refusal(
-                    QStringLiteral("%1: %2 does not retain %3 %4; nothing was created")
-                        .arg(moveText(move), QLatin1String(which), QLatin1String(area.name), lacking.text()));
-        };
-        require(from, *move.from, move.source, "OLD.xml");
-        require(to, *move.to, move.targets(), "NEW.xml");
-        for (const CellMove& other : moves) {
-            const bool sameSource =
-                other.from == move.from && !CellRanges({other.source}).within(move.source).isEmpty();
-            const bool sameTarget =
-                other.to == move.to && !CellRanges({other.targets()}).within(move.targets()).isEmpty();
-            if (&other != &move && (sameSource || sameTarget))
-                throw Refusal(
-                    QStringLiteral("%1 and %2 overlap, but each cell can move only once; nothing was created")
-                        .arg(moveText(move), moveText(other)));
-        }
-    }
-}
-
-std::vector<const ProjectEntry*> entriesNamed(const Layout& layout, const QString& name)
-{
-    std::vector<const ProjectEntry*> found;
-    for (const ProjectEntry& entry : layout.settings.entries)
-        if (entry.name == name)
-            found.push_back(&entry);
-    return found;
-}
-
-const char* const notRetainedInBoth = "its cells are not retained in both projects.";
-
-/// Why no cells move between the entries of one name; null when they can.
-const char* obstacle(const std::vector<const ProjectEntry*>& sources,
-                     const std::vector<const ProjectEntry*>& targets)
-{
-    if (sources.empty())
-        return "OLD.xml has no entry with the same name.";
-    if (sources.size() > 1)
-        return "OLD.xml has several entries with the same name.";
-    if (targets.size() > 1)
-        return "NEW.xml has several entries with the same name.";
-    const ProjectEntry& source = *sources.front();
-    const ProjectEntry& target = *targets.front();
-    if (!source.area || !target.area || source.length() <= 0 || target.length() <= 0)
-        return notRetainedInBoth;
-    return source.area->bits != target.area->bits ? "one holds bits, the other one words." : nullptr;
-}
-
-/// The cells of two entries that both projects retain, from the first entry to the second.
-std::vector<CellMove> movesBetween(const Layout& from, const ProjectEntry& source, const Layout& to,
-                                   const ProjectEntry& target)
-{
-    std::vector<CellMove> moves;
-    const qint64 length = std::min(source.length(), target.length());
-    const qint64 step = target.first() - source.first();
-    for (const CellRange& range :
-         from.of(*source.area).kept.within({source.first(), source.first() + length - 1}))
-        for (const CellRange& kept : to.of(*target.area).kept.within({range.first + step, range.last + step}))
-            moves.push_back({source.area, {kept.first - step, kept.last - step}, target.area, kept.first});
-    return moves;
-}
-
-/// The ranges of entries that have the same name in both projects but begin elsewhere. The notes say why
-/// nothing moves to the others.
-std::vector<CellMove> movesByName(const Layout& from, const Layout& to, QStringList& notes)
-{
-    if (from.images() || to.images())
-        throw Refusal(
-            QStringLiteral("--by-name: expected two projects with entries, but one of them retains whole "
-                           "areas; name the cells with --move"));
-    std::vector<CellMove> moves;
-    std::map<QString, std::vector<const ProjectEntry*>> unmoved; // by reason
-    bool anyInPlace = false;
-    for (const ProjectEntry& target : to.settings.entries) {
-        const auto sources = entriesNamed(from, target.name);
-        const char* reason = obstacle(sources, entriesNamed(to, target.name));
-        if (!reason && sources.front()->area == target.area && sources.front()->first() == target.first()) {
-            anyInPlace = true;
-        } else if (!reason) {
-            const std::vector<CellMove> cells = movesBetween(from, *sources.front(), to, target);
-            moves.insert(moves.end(), cells.begin(), cells.end());
-            reason = cells.empty() ? notRetainedInBoth : nullptr;
-        }
-        if (reason)
-            unmoved[QString::fromLatin1(reason)].push_back(&target);
-    }
-    if (moves.empty())
-        notes.append(QString::fromLatin1(
-            anyInPlace
-                ? "--by-name moved nothing: entries with the same name begin at the same cell in both "
-                  "projects, so their values stay where they are."
-                : "--by-name moved nothing. Names must be equal, in upper and lower case, too: rename the "
-                  "entries, or name the cells, such as --move LW:100-109=LW:300."));
-    for (const auto& [reason, entries] : unmoved)
-        notes.append(QStringLiteral("Nothing moved by name to %1: %2").arg(entriesText(entries), reason));
-    return moves;
-}
 
 std::vector<CellMove> wantedMoves(const Inputs& inputs, const Layout& from, const Layout& to,
                                   QStringList& notes)
@@ -228,7 +19,6 @@ std::vector<CellMove> wantedMoves(const Inputs& inputs, const Layout& from, cons
         moves = movesByName(from, to, notes);
     for (const QString& text : inputs.option("move").split(QLatin1Char(','), Qt::SkipEmptyParts))
         moves.push_back(cellMove(text));
-    requireMovable(moves, from, to);
     return moves;
 }
 
@@ -290,7 +80,7 @@ std::vector<Finding> forcedFindings(const Layout& from, const RetentionFiles& ol
 }
 
 /// The dropped values other than 0: adjacent cells with the same value, in one row.
-Table droppedValues(const Plan& plan)
+Table droppedValues(const Migration& plan)
 {
     Table table{"dropped",
                 "dropped",
@@ -311,17 +101,6 @@ Table droppedValues(const Plan& plan)
         }
     }
     return table;
-}
-
-bool writeArea(const AreaLayout& layout, const AreaMigration& area, const RetentionFile& old, QFile& file)
-{
-    if (!file.resize(layout.fileLength))
-        return false;
-    if (area.oddBytes > 0 && layout.image) { // from image to image the bytes stay as the panel laid them out
-        const QByteArray bytes = old.read(0, layout.fileLength);
-        return file.write(bytes) == bytes.size();
-    }
-    return writeValues(layout, area.values, file);
 }
 
 void addCells(Table& table, const AreaFacts& area, const Words& fate, const CellRanges& cells)
@@ -370,15 +149,10 @@ Report run(const Inputs& inputs)
         requireWrittenUnder(from, to, old);
     Report report;
     const std::vector<CellMove> moves = wantedMoves(inputs, from, to, report.notes);
-    const Plan plan = planAreas(from, to, old, moves);
-    for (const CellMove& move : moves)
-        if (plan[indexOf(*move.from)].oddBytes > 0)
-            throw Refusal(QStringLiteral("%1: this panel does not store one bit per byte, so it is not known "
-                                         "where its bits are; nothing was created")
-                              .arg(moveText(move)));
+    const Migration plan = planMigration(from, to, old, moves);
     makeRetentionFiles(output, [&](const AreaFacts& area, QFile& file) {
-        const std::size_t i = indexOf(area);
-        return writeArea(to.areas[i], plan[i], old[i], file);
+        const auto i = static_cast<std::size_t>(&area - areaFacts);
+        return writeMigrated(to.areas[i], plan[i], old[i], file);
     });
 
     report.facts = {{"from_mode", "From", from.settings.mode},
