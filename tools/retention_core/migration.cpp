@@ -167,8 +167,7 @@ Migration planMigration(const Layout& from, const Layout& to, const RetentionFil
     for (std::size_t i = 0; i < plan.size(); ++i) {
         AreaMigration& area = plan[i];
         area.old = areaValues(from, old[i]);
-        area.oddBytes = area.old.oddBytes;
-        area.foreignBits = bitsChangeForm(from, to) && area.oddBytes > 0;
+        area.foreignBits = bitsChangeForm(from, to) && area.old.oddBytes > 0;
         area.values.resize(area.old.values.size());
     }
     for (const AreaFacts& facts : areaFacts) {
@@ -200,7 +199,7 @@ Migration planMigration(const Layout& from, const Layout& to, const RetentionFil
         area.dropped = CellRanges(std::move(dropped));
     }
     for (const CellMove& move : moves)
-        if (plan[indexOf(*move.from)].oddBytes > 0)
+        if (plan[indexOf(*move.from)].old.oddBytes > 0)
             throw Refusal(QStringLiteral("%1: this panel does not store one bit per byte, so it is not known "
                                          "where its bits are; nothing was created")
                               .arg(moveText(move)));
@@ -211,7 +210,8 @@ bool writeMigrated(const AreaLayout& layout, const AreaMigration& area, const Re
 {
     if (!file.resize(layout.fileLength))
         return false;
-    if (area.oddBytes > 0 && layout.image) { // from image to image the bytes stay as the panel laid them out
+    // From image to image, the bytes stay as the panel laid them out.
+    if (area.old.oddBytes > 0 && layout.image) {
         const QByteArray bytes = old.read(0, layout.fileLength);
         return file.write(bytes) == bytes.size();
     }

@@ -14,7 +14,6 @@ struct AreaMigration
     CellRanges without;         ///< kept by both projects, but without a value in the old file; 0
     CellRanges added;           ///< of the new project: neither kept by the old one nor moved to; 0
     CellRanges dropped;         ///< of the old project: neither kept by the new one nor moved
-    qint64 oddBytes = 0;        ///< of the old image of "LB": those that are neither 0 nor 1
     bool foreignBits = false;   ///< no bit was carried because of these bytes
     std::vector<ushort> values; ///< for the new file
     AreaValues old;

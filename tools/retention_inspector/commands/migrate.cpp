@@ -117,7 +117,8 @@ Finding foreignBits(const RetentionFile& file, const AreaMigration& area)
         file.path,
         QStringLiteral(
             "%1 neither 0 nor 1, so this panel does not store one bit per byte; no bits were carried over.")
-            .arg(countText(area.oddBytes, "byte") + QLatin1String(area.oddBytes == 1 ? " is" : " are")),
+            .arg(countText(area.old.oddBytes, "byte") +
+                 QLatin1String(area.old.oddBytes == 1 ? " is" : " are")),
         QStringLiteral("Set the bits on the panel after the project change."),
         QString::fromLatin1(file.area->name),
         area.without};
