@@ -113,6 +113,14 @@ std::vector<WriteCase> writeCases(const Layout& layout, const Flash& flash)
              static_cast<double>(worst->sentBytes) + systemBytes, worst->block, worst->area->area}};
 }
 
+double writesPerDay(const Layout& layout, double changesPerHour)
+{
+    if (!layout.images())
+        return changesPerHour * hoursPerDay;
+    const int minutes = layout.settings.saveTimeMinutes;
+    return minutes > 0 ? hoursPerDay * minutesPerHour / minutes : 0;
+}
+
 double writesLevelled(const Flash& flash, const WriteCase& each)
 {
     const double blocks = static_cast<double>(flash.capacity) / static_cast<double>(flash.eraseBlock);
@@ -122,4 +130,14 @@ double writesLevelled(const Flash& flash, const WriteCase& each)
 double writesInPlace(const Flash& flash)
 {
     return flash.enduranceCycles;
+}
+
+double writesSurvived(const Flash& flash, const WriteCase& each)
+{
+    return flash.levelled() ? writesLevelled(flash, each) : writesInPlace(flash);
+}
+
+double yearsOf(double writes, double perDay)
+{
+    return perDay > 0 ? writes / perDay / daysPerYear : 0;
 }

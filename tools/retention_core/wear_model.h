@@ -6,6 +6,10 @@
 
 #include <vector>
 
+const double minutesPerHour = 60;
+const double hoursPerDay = 24;
+const double daysPerYear = 365.25;
+
 /// What the model assumes about the flash and the file system on it. Sizes in bytes.
 struct Flash
 {
@@ -16,6 +20,8 @@ struct Flash
     double enduranceCycles;    ///< erasures that an erase block survives; 0 when unknown
     qint64 fileSystemBytes;    ///< what the file system itself sends to the medium
     double erasuresOfSync = 0; ///< erasures that each "sync" causes, however little it writes
+
+    bool levelled() const { return capacity > 0; }
 };
 
 /// A kind of flash with its usual values.
@@ -74,8 +80,15 @@ struct WriteCase
 /// Even and Worst for a project with entries, Save for one with whole areas; none when nothing is written.
 std::vector<WriteCase> writeCases(const Layout& layout, const Flash& flash);
 
+/// Saves of whole areas, or the given changes of cells; 0 when the panel does not save.
+double writesPerDay(const Layout& layout, double changesPerHour);
+
 /// The number of writes that the flash survives if its erasures are spread over the whole capacity; 0 when
 /// too little is known.
 double writesLevelled(const Flash& flash, const WriteCase& each);
 /// The number of writes that it survives if each erases the same block; 0 when its endurance is unknown.
 double writesInPlace(const Flash& flash);
+/// The number of these that applies.
+double writesSurvived(const Flash& flash, const WriteCase& each);
+/// How many years a number of writes lasts; 0 when there are none in a day.
+double yearsOf(double writes, double perDay);

@@ -18,10 +18,7 @@
 
 namespace {
 
-const double hoursPerDay = 24;
-const double minutesPerHour = 60;
 const double secondsPerMinute = 60;
-const double daysPerYear = 365.25;
 
 /// What the user wants to know.
 struct Question
@@ -30,8 +27,6 @@ struct Question
     const Medium* medium;  ///< null when none is named
     double changesPerHour; ///< of retained cells; 0 when not given
     double years;          ///< wanted life
-
-    bool levelled() const { return flash.capacity > 0; }
 };
 
 [[noreturn]] void refuseOption(const char* option, const QString& text, const QString& expected)
@@ -206,31 +201,6 @@ Words wordsOf(const WriteCase& one)
     return {"saves", QStringLiteral("saves of whole areas")};
 }
 
-/// Writes in a day; 0 when the user did not say.
-double writesPerDay(const Layout& layout, const Question& question)
-{
-    if (!layout.images())
-        return question.changesPerHour * hoursPerDay;
-    const int minutes = layout.settings.saveTimeMinutes;
-    return minutes > 0 ? hoursPerDay * minutesPerHour / minutes : 0;
-}
-
-double levelledYears(const Question& question, const WriteCase& each, double perDay)
-{
-    return perDay > 0 ? writesLevelled(question.flash, each) / perDay / daysPerYear : 0;
-}
-
-double inPlaceYears(const Question& question, double perDay)
-{
-    return perDay > 0 ? writesInPlace(question.flash) / perDay / daysPerYear : 0;
-}
-
-/// How long the flash lasts, from the column that applies.
-double expectedYears(const Question& question, const WriteCase& each, double perDay)
-{
-    return question.levelled() ? levelledYears(question, each, perDay) : inPlaceYears(question, perDay);
-}
-
 Table writeTable(const std::vector<WriteCase>& cases, const Question& question)
 {
     Table table{"writes",
@@ -261,17 +231,17 @@ Table dayTable(const Layout& layout, const std::vector<WriteCase>& cases, const 
          {"file_bytes", "To the files"},
          {"flash_bytes", "To the flash"},
          {"erasures_levelled", question.flash.erasuresOfSync > 0 ? "Erase cycles" : "Erase blocks filled"},
-         {"levelled_years", endurance && question.levelled() ? "Life, levelled" : nullptr},
-         {"in_place_years", endurance && !question.levelled() ? "Life, in place" : nullptr}}};
-    const double writes = writesPerDay(layout, question);
+         {"levelled_years", endurance && question.flash.levelled() ? "Life, levelled" : nullptr},
+         {"in_place_years", endurance && !question.flash.levelled() ? "Life, in place" : nullptr}}};
+    const double writes = writesPerDay(layout, question.changesPerHour);
     if (writes <= 0)
         return table;
     for (const WriteCase& one : cases) {
         const double bytes = writes * one.flashBytes(question.flash);
         table.rows.push_back({wordsOf(one), figure(writes), size(writes * one.fileBytes), size(bytes),
                               figure(writes * one.erasures(question.flash)),
-                              life(levelledYears(question, one, writes)),
-                              life(inPlaceYears(question, writes))});
+                              life(yearsOf(writesLevelled(question.flash, one), writes)),
+                              life(yearsOf(writesInPlace(question.flash), writes))});
     }
     return table;
 }
@@ -304,8 +274,8 @@ Table limitTable(const Layout& layout, const std::vector<WriteCase>& cases, cons
                 layout.images() ? "Save Time for the required life"
                                 : "Highest number of changes per hour for the required life",
                 {{"case", "Case"},
-                 {"levelled_limit", question.levelled() ? "Levelled" : nullptr},
-                 {"in_place_limit", question.levelled() ? nullptr : "In place"}}};
+                 {"levelled_limit", question.flash.levelled() ? "Levelled" : nullptr},
+                 {"in_place_limit", question.flash.levelled() ? nullptr : "In place"}}};
     if (question.flash.enduranceCycles <= 0 || question.years <= 0)
         return table;
     for (const WriteCase& one : cases)
@@ -337,8 +307,10 @@ Finding wornOut(const Layout& layout, const Question& question, const WriteCase&
     return {
         Finding::Severity::Error, "worn-out-early", wordsOf(one).text,
         QStringLiteral("the flash lasts %1 %2, less than the required %3 years.")
-            .arg(life(expectedYears(question, one, writesPerDay(layout, question))).text,
-                 QLatin1String(question.levelled() ? "with wear levelling" : "without wear levelling"),
+            .arg(life(yearsOf(writesSurvived(question.flash, one),
+                              writesPerDay(layout, question.changesPerHour)))
+                     .text,
+                 QLatin1String(question.flash.levelled() ? "with wear levelling" : "without wear levelling"),
                  figureText(question.years)),
         layout.images()
             ? QStringLiteral("Increase \"Save Time\", or retain only the ranges that need it, with entries.")
@@ -377,7 +349,7 @@ std::vector<Fact> factsOf(const Layout& layout, const Question& question, const 
     const std::vector<std::vector<Value>> limits = limitTable(layout, cases, question).rows;
     if (limits.empty())
         return facts;
-    const Value& most = limits.back()[question.levelled() ? 1 : 2]; // the worst case comes last
+    const Value& most = limits.back()[question.flash.levelled() ? 1 : 2]; // the worst case comes last
     const QString answer = layout.images() ? QStringLiteral("Save Time %1").arg(most.text)
                            : most.data.toDouble() < 1
                                ? QStringLiteral("at most %1").arg(most.text)
@@ -410,10 +382,11 @@ void addMeasurement(const Inputs& inputs, const Question& question, Report& repo
         {"measured_requests", "  writes by all programs", after.requests - before.requests});
     report.facts.push_back({"measured_bytes", "  amount written", size(bytes)});
     report.facts.push_back({"measured_day_bytes", "  per day at this rate", size(day)});
-    if (question.levelled() && question.flash.enduranceCycles > 0 && day > 0)
-        report.facts.push_back({"measured_years", "  life, levelled",
-                                life(question.flash.enduranceCycles *
-                                     static_cast<double>(question.flash.capacity) / day / daysPerYear)});
+    if (question.flash.levelled() && question.flash.enduranceCycles > 0 && day > 0)
+        report.facts.push_back(
+            {"measured_years", "  life, levelled",
+             life(yearsOf(question.flash.enduranceCycles * static_cast<double>(question.flash.capacity),
+                          day))});
     report.notes.append(QStringLiteral("The measurement is what the kernel sent to the device for all "
                                        "programs; internally, the device may write several times as much."));
 }
@@ -427,7 +400,7 @@ void addNotes(const Layout& layout, const Question& question, Report& report)
     if (question.flash.enduranceCycles <= 0)
         report.notes.append(QStringLiteral("To see how long the flash lasts, name its kind with --medium, or "
                                            "give --endurance-cycles and --capacity from its data sheet."));
-    else if (question.levelled())
+    else if (question.flash.levelled())
         report.notes.append(QStringLiteral(
             "\"Levelled\" assumes that the writes are spread over the whole capacity, as by the "
             "controllers of SD cards and eMMC and, on NOR and NAND flash, by UBIFS or JFFS2."));
@@ -465,10 +438,10 @@ Report run(const Inputs& inputs)
     if (!layout.images())
         report.tables.push_back(blockTable(layout, question));
     report.findings = settingsFindings(layout.settings);
-    const double writes = writesPerDay(layout, question);
+    const double writes = writesPerDay(layout, question.changesPerHour);
     const auto tooMuch = std::find_if(cases.begin(), cases.end(), [&](const WriteCase& one) {
         return question.flash.enduranceCycles > 0 && writes > 0 &&
-               expectedYears(question, one, writes) < question.years;
+               yearsOf(writesSurvived(question.flash, one), writes) < question.years;
     });
     if (tooMuch != cases.end()) // the cases that follow are worse
         report.findings.push_back(wornOut(layout, question, *tooMuch));
