@@ -200,6 +200,12 @@ TEST_F(PanelSimulator, NamesTheCellsThatWereNotWrittenAndSaysWhy)
                   "maintenance-word.dat is not a regular file\n"));
     EXPECT_THAT(run("ranges.xml", "set LW 200 1 2 3 4 5\n").out.constData(),
                 HasSubstr("not LW 200, LW 201, LW 202, LW 203 and 1 more, because "));
+    QFile::remove("data/maintenance-bit.dat");
+    QDir().mkpath("data/maintenance-bit.dat");
+    EXPECT_THAT(
+        run("examples/overlapping_ranges.xml", "set LB 60099 1 1\n").out.constData(),
+        HasSubstr("not LB 60100, because the module never writes changes of this bit; and not LB 60099, "
+                  "because maintenance-bit.dat is not a regular file\n"));
 }
 
 /// Tries an ordinary user's panel as such a user, if root runs the tests.
@@ -546,26 +552,38 @@ TEST_F(PanelSimulator, SaysInOneLineWhenPathsAreMapped)
     EXPECT_EQ(tool.err, "");
 }
 
+/// Runs the panel where it cannot mount anything, with this directory for temporary files.
+ToolRun runWithoutMounts(const QString& tool, const QByteArray& temporary)
+{
+    const QByteArray emulator = qgetenv("TEST_EMULATOR");
+    const QByteArray panel =
+        "export TMPDIR=" + temporary + "; exec " + emulator + " \"$0\" ranges.xml --project-dir data";
+    qunsetenv("TEST_EMULATOR"); // the shell runs natively
+    const ToolRun run =
+        pathMappingNotice().isEmpty()
+            ? runTool("unshare", {"--map-root-user", "sh", "-c",
+                                  "echo 0 >/proc/sys/user/max_mnt_namespaces; " + panel, tool})
+            : runTool("sh", {"-c", panel, tool});
+    qputenv("TEST_EMULATOR", emulator);
+    return run;
+}
+
 TEST_F(PanelSimulator, SaysWhyPathsAreMappedAndThatNothingNeedsToBeDone)
 {
-    ToolRun refused = ToolTest::run("ranges.xml --project-dir data");
-    if (pathMappingNotice().isEmpty()) {
-        const QByteArray emulator = qgetenv("TEST_EMULATOR");
-        qunsetenv("TEST_EMULATOR"); // the shell runs natively
-        refused = runTool("unshare", {"--map-root-user", "sh", "-c",
-                                      "echo 0 >/proc/sys/user/max_mnt_namespaces; exec " + emulator +
-                                          " \"$0\" ranges.xml --project-dir data",
-                                      tool});
-        qputenv("TEST_EMULATOR", emulator);
-    }
-    if (refused.err.startsWith("unshare: "))
+    const ToolRun mapped = runWithoutMounts(tool, "/tmp");
+    if (mapped.err.startsWith("unshare: "))
         GTEST_SKIP() << "needs root or a user who can make a user namespace, to forbid mounts there";
-    EXPECT_EQ(refused.status, 0);
+    EXPECT_EQ(mapped.status, 0);
     EXPECT_THAT(
-        refused.err.constData(),
+        mapped.err.constData(),
         ContainsRegex("^panel_simulator: mapping paths to /usr/tavrin inside this process, because "
                       "nothing can be mounted here \\([^()]+\\); this changes no result, and nothing needs "
                       "to be done\n$"));
+    const ToolRun refused = runWithoutMounts(tool, "/proc");
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_THAT(
+        refused.err.constData(),
+        ContainsRegex("cannot be created in /proc; set TMPDIR to a directory that you may write to\n$"));
 }
 
 TEST_F(PanelSimulator, ShowsNothingLiveWithoutATerminal)

@@ -155,7 +155,8 @@ TEST_F(Inspector, SaysWhyCellsThatAreAskedForAreNotRetained)
         {"--area LW --address 50", "error: LW 50: no entry contains this cell, so it is not retained."},
         {"--address 50-51", "error: LB, LW, RWI 50 to 51: no entry contains these cells, so they are not"}};
     for (const auto& [cells, finding] : lost) {
-        const QString show = QStringLiteral("show examples/overlapping_ranges.xml dir %1").arg(cells);
+        const QString show =
+            QStringLiteral("show examples/overlapping_ranges.xml dir %1").arg(QLatin1String(cells));
         const std::string shown = output(show, 1);
         EXPECT_THAT(QByteArray::fromStdString(shown).simplified().toStdString(), HasSubstr(finding)) << cells;
         EXPECT_THAT(shown, Not(HasSubstr("\n  2. "))) << "one cause, one finding: " << cells;
@@ -163,8 +164,9 @@ TEST_F(Inspector, SaysWhyCellsThatAreAskedForAreNotRetained)
     }
     for (const char* const cells : {"", " --address 100", " --area LB --address 25", " --entry counters",
                                     " --area LW --address 200-300", " --area RWI"})
-        EXPECT_THAT(output(QLatin1String("show examples/overlapping_ranges.xml dir") + cells),
-                    HasSubstr("No findings."))
+        EXPECT_THAT(
+            output(QStringLiteral("show examples/overlapping_ranges.xml dir%1").arg(QLatin1String(cells))),
+            HasSubstr("No findings."))
             << cells;
     write("none.xml", "<object name='p'/>");
     EXPECT_THAT(output("show none.xml dir --area LB --address 5", 1),

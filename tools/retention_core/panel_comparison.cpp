@@ -74,7 +74,7 @@ void check(const Layout& layout, ComparedPanel& panel, Votes& votes, std::vector
 /// The other passes: each kept cell of the files that fit, with the number of its area.
 template <typename Take> void forEachFitting(const Layout& layout, const ComparedPanel& panel, Take take)
 {
-    if (panel.fits == std::array<bool, areaCount>())
+    if (std::find(panel.fits.begin(), panel.fits.end(), true) == panel.fits.end())
         return;
     const RetentionFiles files = openRetentionFiles(panel.directory);
     for (std::size_t i = 0; i < areaCount; ++i)

@@ -184,7 +184,7 @@ CellRanges askedCells(const Inputs& inputs, const AreaFacts& area)
 /// Of these, the cells to show.
 CellRanges wantedCells(const Inputs& inputs, const AreaValues& values, const CellRanges& asked)
 {
-    const CellRanges wanted = both(inputs.layout().of(*values.area).kept, asked);
+    CellRanges wanted = both(inputs.layout().of(*values.area).kept, asked);
     if (!inputs.has("nonzero"))
         return wanted;
     std::vector<CellRange> set;
