@@ -43,8 +43,7 @@ QString map(const QString& from, const QString& to)
 {
     return mapPath(QFile::encodeName(from).constData(), QFile::encodeName(to).constData())
                ? QString()
-               : QStringLiteral("cannot map %1 to %2: the path is too long; choose a shorter one")
-                     .arg(from, to);
+               : QStringLiteral("cannot map %1 to %2: the path is too long").arg(from, to);
 }
 
 } // namespace
