@@ -7,6 +7,7 @@
 #include "tests/fuzz/fuzz_start.h"
 #include "tests/fuzz/hostile_files.h"
 #include "tests/fuzz/project_from_bytes.h"
+#include "tests/support/areas.h"
 #include "tests/support/checked_life.h"
 
 #include <algorithm>
@@ -36,7 +37,7 @@ _ExtendTriggerMsg_t messageFrom(FuzzInput& input, int form)
     std::memset(&message, form, sizeof message); // nothing else of it may matter
     message.address = input.number();
     if (form % 4 < 3) {
-        std::strcpy(message.areaName, areaNames[form % 4]);
+        std::strcpy(message.areaName, testAreas[form % 4].name);
     } else {
         const QByteArray name = input.bytes();
         std::copy_n(name.constData(), std::min<int>(name.size(), sizeof message.areaName), message.areaName);

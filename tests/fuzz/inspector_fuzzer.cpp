@@ -6,6 +6,7 @@
 #include "tests/fuzz/hostile_files.h"
 #include "tests/fuzz/project_from_bytes.h"
 #include "tests/fuzz/report_check.h"
+#include "tests/support/areas.h"
 #include "tests/support/kept_files_model.h"
 #include "tests/support/memory_file.h"
 #include "tools/retention_core/kept_values.h"
@@ -73,7 +74,7 @@ void writeTable(FuzzInput& input)
         const int form = input.byte();
         const int address = form % 16 == 15 ? input.number() : input.byte();
         const int value = form % 16 == 14 ? input.number() : input.byte() % 2;
-        file.write(areaNames[form % 3] + (',' + QByteArray::number(address)) + ',' +
+        file.write(testAreas[form % 3].name + (',' + QByteArray::number(address)) + ',' +
                    QByteArray::number(value) + '\n');
     }
 }
@@ -94,7 +95,7 @@ QString optionValue(const Option& option, FuzzInput& input)
     if (form % 16 == 15)
         return input.text();
     if (name.startsWith(QLatin1String("AREA")))
-        return QLatin1String(areaNames[form % 3]);
+        return QLatin1String(testAreas[form % 3].name);
     if (name.startsWith(QLatin1String("A["))) // a few cells: all of them would take too long
         return QStringLiteral("%1-%2").arg(form * 8).arg(form * 8 + 40);
     return QString::number(form % 4 == 3 ? input.number() : form + 1) +
@@ -236,7 +237,7 @@ void checkShown(const QJsonObject& report, const RestoredCells& restored)
         if (cell.value(QStringLiteral("state")) != QLatin1String("kept"))
             continue;
         std::size_t a = 0;
-        while (cell.value(QStringLiteral("area")) != QLatin1String(areaNames[a]))
+        while (cell.value(QStringLiteral("area")) != QLatin1String(testAreas[a].name))
             FUZZ_CHECK(++a < 3);
         const int address = cell.value(QStringLiteral("address")).toInt(-1);
         FUZZ_CHECK(address >= 0 && address < MemoryArea::cellCount);
