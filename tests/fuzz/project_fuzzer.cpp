@@ -5,7 +5,6 @@
 #include "simulated_host/memory_areas.h"
 #include "simulated_host/simulated_comm.h"
 #include "tests/fuzz/fuzz_check.h"
-#include "tests/fuzz/fuzz_start.h"
 #include "tests/fuzz/project_from_bytes.h"
 #include "tests/support/areas.h"
 #include "tests/support/expected_project.h"
@@ -67,11 +66,6 @@ SimulatedComm& commWithoutMemory()
 }
 
 } // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    return startFuzzing();
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
