@@ -85,13 +85,6 @@ TEST_F(Restore, WritesEveryWordBlockInOneCallAndEveryBitInItsOwn)
                wrote("LW", 100, {1, 2}), wrote("LW", 200, {3, 65535}), wrote("RWI", 9, {0x1234})}));
 }
 
-TEST_F(Restore, WordsBehindTheEndOfAShortFileStartAtZero)
-{
-    writeRetentionFile(wordFileName, wordBytes("010002000300"));
-    EXPECT_EQ(restored({{LW, 0, 4}}), lines({wrote("LW", 0, {1, 2, 3, 0})})) << "one word short";
-    EXPECT_EQ(retentionFile(wordFileName)->size(), 6) << "the file keeps its length";
-}
-
 TEST_F(Restore, HalfAWordAtTheEndOfAFileComesBackWithItsLowByteAlone)
 {
     writeRetentionFile(wordFileName, wordBytes("01000200ab"));

@@ -148,14 +148,6 @@ TEST_F(SystemCalls, AChangedBitCostsTwoSeeksOneReadAndOneWriteOfOneByte)
     EXPECT_EQ(callsOfChange(LB, 177), "seek read:1 seek write:1");
 }
 
-TEST_F(SystemCalls, AChangeOfACellThatIsNotKeptCostsNone)
-{
-    start(perAddressProject({{LW, 100, 10}}));
-    panel->reportChange(LW, 100);
-    EXPECT_EQ(callsOfChange(LW, 110), "");
-    EXPECT_EQ(callsOfChange(LW, 109), "seek write:20");
-}
-
 TEST_F(SystemCalls, AWholeAreaSaveSeeksAndWritesThreeTimesStraightFromTheAreas)
 {
     start(wholeAreaProject(1, 5));

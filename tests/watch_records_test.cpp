@@ -9,7 +9,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 /// The record's 56 bytes; those of the alignment gap, which are never set, as zeros.
 QByteArray bytesOf(const RegisterValueChangeSize& record)
@@ -63,12 +62,6 @@ TEST_F(WatchRecords, NameEveryKeptCellInTheOrderOfAreasAndThenOfBlocks)
         << "the ignored bit among them";
 }
 
-TEST_F(WatchRecords, LeaveOutBlocksWithoutCellsAndTheCellThatAFoldedBlockLacks)
-{
-    EXPECT_THAT(cellsFor({{LW, 0, 2}, {LW, 1, 3}, {LW, 4, 0}, {LW, 10, -3}, {LB, 0, 0}}),
-                ElementsAre("LW 0", "LW 1", "LW 2"));
-}
-
 TEST_F(WatchRecords, HaveTheirFiftySixBytes)
 {
     for (const char* area : {"LB", "LW", "RWI"})
@@ -91,15 +84,6 @@ TEST_F(WatchRecords, AreAppendedWithEveryCall)
     panel->model->getMonitorTriggerAddr(records);
     panel->model->getMonitorTriggerAddr(records);
     EXPECT_THAT(cellsOf(records), ElementsAre("own 7", "LB 1", "LW 4", "LW 5", "LB 1", "LW 4", "LW 5"));
-}
-
-TEST_F(WatchRecords, AreNoneInWholeAreaModeAndWithoutAProject)
-{
-    const auto wholeAreas = wholeAreaProject(1, 5);
-    addEntry(*wholeAreas->findChild(QStringLiteral("DataRetention")), {LW, 5, 1});
-    EXPECT_THAT(watchedCells(*startPanel(wholeAreas.get())->model), IsEmpty());
-    EXPECT_THAT(watchedCells(*startPanel(nullptr)->model), IsEmpty());
-    EXPECT_THAT(cellsFor({{LW, 5, 1}}), ElementsAre("LW 5")) << "with the entry alone there are";
 }
 
 TEST_F(WatchRecords, CarryTheGivenNameAndNotTheBlocks)

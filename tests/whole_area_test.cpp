@@ -51,34 +51,11 @@ class WholeArea : public ModuleTest
 protected:
     void open() { module->extModelOpen(project.get(), QString(), &comm); }
 
-    void expectZeroFilesAndAreas()
-    {
-        for (const TestArea& area : testAreas) {
-            EXPECT_EQ(retentionFile(area.fileName), QByteArray(area.imageBytes, '\0')) << area.fileName;
-            EXPECT_EQ(memoryOf(areas, area), QByteArray(area.imageBytes, '\0')) << area.name;
-        }
-    }
-
     std::unique_ptr<object> project = wholeAreaProject(1, 5);
     MemoryAreas areas;
     ShyComm comm{areas};
     ModelPointer module = moduleLibrary().createModel();
 };
-
-TEST_F(WholeArea, FirstStartMakesZeroFilesAndZeroesTheAreas)
-{
-    fillMemory(areas, 1);
-    open();
-    expectZeroFilesAndAreas();
-}
-
-TEST_F(WholeArea, FilesOneByteShortAreRefilledWithZerosAndTheAreasZeroed)
-{
-    writeFiles(5, -1);
-    fillMemory(areas, 1);
-    open();
-    expectZeroFilesAndAreas();
-}
 
 TEST_F(WholeArea, FilesOfExactlyTheAreasSizeAreRestoredInFull)
 {
@@ -115,17 +92,6 @@ TEST_F(WholeArea, EveryCyclicCallSavesTheAreasAndThenSyncs)
     }
 }
 
-TEST_F(WholeArea, DestructionSavesNothing)
-{
-    open();
-    fillMemory(areas, 9);
-    module->cyclicRun();
-    fillMemory(areas, 10);
-    module.reset();
-    expectFiles(9);
-    EXPECT_EQ(syncs(), 1);
-}
-
 TEST_F(WholeArea, AnAreaThatTheHostDoesNotOfferKeepsItsFileUntilItIsOffered)
 {
     for (const TestArea& hidden : testAreas)
@@ -149,13 +115,6 @@ TEST_F(WholeArea, AnAreaThatTheHostDoesNotOfferKeepsItsFileUntilItIsOffered)
             module->cyclicRun();
             expectFiles(22);
         }
-}
-
-TEST_F(WholeArea, AnAreaThatTheHostNeverOffersStillGetsItsFile)
-{
-    comm.hidden = 2;
-    open();
-    EXPECT_EQ(retentionFile(rwiFileName), QByteArray(131072, '\0'));
 }
 
 TEST_F(WholeArea, ASecondOpenRestoresNothingAndEndsTheSaving)
