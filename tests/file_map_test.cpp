@@ -6,7 +6,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <utility>
 #include <vector>
 
@@ -50,28 +49,10 @@ TEST(FileMap, PacksBitsWithoutGaps)
                 ElementsAre(Pair(0, 0), Pair(0, 3), Pair(1, 1), Pair(2, 1), Pair(2, 1), Pair(2, 6)));
 }
 
-TEST(FileMap, GivesWordsTwoBytesEach)
-{
-    for (const char* area : {"LW", "RWI"})
-        EXPECT_THAT(placesAndEndOf(area, {4, 1, 10}),
-                    ElementsAre(Pair(0, 0), Pair(8, 0), Pair(10, 0), Pair(30, 0)))
-            << area;
-}
-
 TEST(FileMap, NegativeBitCountsMoveBackAndMayLeaveANegativeBit)
 {
     EXPECT_THAT(placesAndEndOf("LB", {-9, 10}), ElementsAre(Pair(0, 0), Pair(-1, -1), Pair(0, 1)));
     EXPECT_THAT(placesAndEndOf("LB", {-7, -7}), ElementsAre(Pair(0, 0), Pair(0, -7), Pair(0, -14)));
-}
-
-TEST(FileMap, SumsWrapAt32Bits)
-{
-    const int most = std::numeric_limits<int>::max();
-    const int least = std::numeric_limits<int>::min();
-    EXPECT_THAT(placesAndEndOf("LW", {1 << 30}), ElementsAre(Pair(0, 0), Pair(least, 0)));
-    EXPECT_THAT(placesAndEndOf("LW", {most}), ElementsAre(Pair(0, 0), Pair(-2, 0)));
-    EXPECT_THAT(placesAndEndOf("LB", {most}), ElementsAre(Pair(0, 0), Pair((1 << 28) - 1, 7)));
-    EXPECT_THAT(placesAndEndOf("LB", {least}), ElementsAre(Pair(0, 0), Pair(-(1 << 28), 0)));
 }
 
 TEST(FileMap, GoesByEachBlocksExactAreaName)

@@ -86,14 +86,14 @@ protected:
         for (std::size_t a = 0; a < 3; ++a)
             for (const ExpectedBlock& block : expected.blocks[a])
                 for (int j = 0; j < block.count; ++j)
-                    wanted.push_back(areaNames[a] + (' ' + std::to_string(block.entry.index + j)));
+                    wanted.push_back(testAreas[a].name + (' ' + std::to_string(block.entry.index + j)));
         ASSERT_EQ(watchedCells(*life->module), wanted) << situation();
     }
 
     void change()
     {
         const auto area = static_cast<std::size_t>(random.between(0, 2));
-        const QString known = QLatin1String(areaNames[area]);
+        const QString known = QLatin1String(testAreas[area].name);
         const int address = interestingAddress();
         for (int k = random.between(0, 3); k >= 0; --k)
             life->setCell(known, address + k, valueOf());

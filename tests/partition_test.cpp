@@ -6,7 +6,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -16,9 +15,6 @@ namespace {
 using testing::ElementsAre;
 using testing::Pair;
 using Ranges = std::vector<std::pair<int, int>>; ///< (index, addressLength) or (index, count)
-
-constexpr int least = std::numeric_limits<int>::min();
-constexpr int most = std::numeric_limits<int>::max();
 
 structMaintenance entryAt(int index, int addressLength, int length = 0)
 {
@@ -53,38 +49,10 @@ TEST(Partition, GivesTheWorkedExample)
                 ElementsAre(Pair(0, 5), Pair(10, 2), Pair(12, 5), Pair(20, 10)));
 }
 
-TEST(Partition, AFoldedBlockIsOneCellShortOfBothEntries)
-{
-    EXPECT_THAT(blocksOf(Ranges{{0, 4}, {2, 4}}), ElementsAre(Pair(0, 5)));
-    EXPECT_THAT(blocksOf(Ranges{{0, 10}, {4, 6}}), ElementsAre(Pair(0, 9)));
-}
-
-TEST(Partition, OfEntriesAtOneAddressTheLongestSurvivesWhole)
-{
-    EXPECT_THAT(blocksOf(Ranges{{5, 1}, {5, 7}, {5, 3}}), ElementsAre(Pair(5, 7)));
-}
-
 TEST(Partition, AnEntryThatComesTooLateAndOverlapsGoesByItsAddressesOwnLength)
 {
     EXPECT_THAT(blocksOf({entryAt(10, 5), entryAt(8, 4, 8)}), ElementsAre(Pair(8, 4))) << "8 + 8 is past 15";
     EXPECT_THAT(blocksOf({entryAt(10, 5), entryAt(8, 4, 7)}), ElementsAre(Pair(10, 6))) << "15 - 1 - 8 cells";
-}
-
-TEST(Partition, SumsWrapAt32Bits)
-{
-    EXPECT_THAT(blocksOf(Ranges{{most - 1, 5}, {most, 1}}), ElementsAre(Pair(most - 1, 5), Pair(most, 1)));
-    EXPECT_THAT(blocksOf(Ranges{{0, 10}, {5, most}}), ElementsAre(Pair(0, 10)))
-        << "the later end wraps to below the earlier one";
-    EXPECT_THAT(blocksOf(Ranges{{least, -1}, {0, most}}), ElementsAre(Pair(least, -2)))
-        << "the earlier end wraps to the greatest number, and so does the folded length";
-}
-
-TEST(Partition, HasNoLimitOnEntries)
-{
-    Ranges apart;
-    for (int i = 0; i < 20000; ++i)
-        apart.emplace_back(2 * i, 1);
-    EXPECT_EQ(blocksOf(apart), apart);
 }
 
 TEST(Partition, AppendsToTheListBlocksWithAllFieldsOfTheirEntrysAddress)

@@ -155,14 +155,6 @@ TEST_F(RestoreOperations, WordsAreFoundByTheirBlocksPlace)
                       " 8: " + std::to_string(wordIn("0002")) + " " + std::to_string(wordIn("0003")) + "\n");
 }
 
-TEST_F(RestoreOperations, BlocksWithoutCellsDoNotMoveTheRunningNumber)
-{
-    openFiles(QByteArray::fromHex("05"), QByteArray(1, '\0'), QByteArray(1, '\0'));
-    EXPECT_EQ(restored({blockAt("LB", 0, 0), blockAt("LB", 1, -5), blockAt("LB", 2, 1), blockAt("LW", 1, -3),
-                        blockAt("LB", 3, 0), blockAt("LB", 4, 2)}),
-              "LB 2: 1\nLB 4: 0\nLB 5: 1\n");
-}
-
 TEST_F(RestoreOperations, OtherAreasAreNotRestoredAndMoveTheRunningNumber)
 {
     openFiles(QByteArray::fromHex("21"), QByteArray(20, '\0'), QByteArray(20, '\0'));
@@ -187,10 +179,10 @@ TEST_F(RestoreOperations, OtherAreasAreNotRestoredAndMoveTheRunningNumber)
 
 TEST_F(RestoreOperations, TheHostsResultDoesNotMatter)
 {
-    openFiles(QByteArray::fromHex("03"), wordBytes("0100"), QByteArray(1, '\0'));
+    openFiles(QByteArray::fromHex("06"), wordBytes("0100"), QByteArray(1, '\0'));
     for (const int result : {-1, 0, 1}) {
         comm.result = result;
-        EXPECT_EQ(restored({blockAt("LB", 0, 2), blockAt("LW", 0, 1)}), "LB 0: 1\nLB 1: 1\nLW 0: 1\n");
+        EXPECT_EQ(restored({blockAt("LW", 0, 1), blockAt("LB", 0, 2)}), "LW 0: 1\nLB 0: 1\nLB 1: 1\n");
     }
 }
 

@@ -85,13 +85,6 @@ TEST_F(Restore, WritesEveryWordBlockInOneCallAndEveryBitInItsOwn)
                wrote("LW", 100, {1, 2}), wrote("LW", 200, {3, 65535}), wrote("RWI", 9, {0x1234})}));
 }
 
-TEST_F(Restore, WordsBehindTheEndOfAShortFileStartAtZero)
-{
-    writeRetentionFile(wordFileName, wordBytes("010002000300"));
-    EXPECT_EQ(restored({{LW, 0, 4}}), lines({wrote("LW", 0, {1, 2, 3, 0})})) << "one word short";
-    EXPECT_EQ(retentionFile(wordFileName)->size(), 6) << "the file keeps its length";
-}
-
 TEST_F(Restore, HalfAWordAtTheEndOfAFileComesBackWithItsLowByteAlone)
 {
     writeRetentionFile(wordFileName, wordBytes("01000200ab"));
@@ -108,15 +101,6 @@ TEST_F(Restore, WordsKeepTheirStartValuesWhereNobodyCanTellThatThereIsAFile)
     writeRetentionFile(rwiFileName, QByteArray::fromHex("3412"));
     EXPECT_EQ(restored({{LW, 0, 2}, {RWI, 9, 1}}), lines({wrote("RWI", 9, {0x1234})}))
         << "neither a look at it nor opening it succeeds";
-}
-
-TEST_F(Restore, AFullDiskStillGetsItsNewFiles)
-{
-    NEEDS_A_MOUNT();
-    mountOnProjectDirectory("size=4k");
-    writeRetentionFile("filler.dat", QByteArray(4096, '\x11'));
-    EXPECT_EQ(restored({{LB, 0, 8}, {LW, 0, 10}}), "");
-    EXPECT_EQ(retentionFile(wordFileName), QByteArray(20, '\0')) << "a hole takes no room";
 }
 
 TEST_F(Restore, WithoutACommunicationInterfaceOpensTheFilesAndRestoresNothing)

@@ -148,14 +148,6 @@ TEST_F(SystemCalls, AChangedBitCostsTwoSeeksOneReadAndOneWriteOfOneByte)
     EXPECT_EQ(callsOfChange(LB, 177), "seek read:1 seek write:1");
 }
 
-TEST_F(SystemCalls, AChangeOfACellThatIsNotKeptCostsNone)
-{
-    start(perAddressProject({{LW, 100, 10}}));
-    panel->reportChange(LW, 100);
-    EXPECT_EQ(callsOfChange(LW, 110), "");
-    EXPECT_EQ(callsOfChange(LW, 109), "seek write:20");
-}
-
 TEST_F(SystemCalls, AWholeAreaSaveSeeksAndWritesThreeTimesStraightFromTheAreas)
 {
     start(wholeAreaProject(1, 5));
@@ -187,18 +179,6 @@ TEST_F(SystemCalls, ARestoredBitCostsOneReadOfOneByteHoweverLongTheFileIs)
         EXPECT_GE(seeks, static_cast<size_t>(count));
         EXPECT_LE(seeks, static_cast<size_t>(count) + 10) << "the cost of a bit grows with the file";
     }
-}
-
-TEST_F(SystemCalls, ARestoredWordBlockCostsOneRead)
-{
-    writeRetentionFile(wordFileName, QByteArray(131072, '\x55'));
-    const auto words = perAddressProject({{LW, 0, 65536}});
-    const auto restored = makePanel(words.get());
-    restored->open();
-    startRecording();
-    restored->init();
-    EXPECT_THAT(recordedCalls(), testing::HasSubstr("read:131072"));
-    EXPECT_EQ(callsOf(Kind::Read), 1U);
 }
 
 TEST_F(SystemCalls, NoStreamBufferIsEverAllocated)

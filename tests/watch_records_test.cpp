@@ -9,7 +9,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 /// The record's 56 bytes; those of the alignment gap, which are never set, as zeros.
 QByteArray bytesOf(const RegisterValueChangeSize& record)
@@ -63,20 +62,16 @@ TEST_F(WatchRecords, NameEveryKeptCellInTheOrderOfAreasAndThenOfBlocks)
         << "the ignored bit among them";
 }
 
-TEST_F(WatchRecords, LeaveOutBlocksWithoutCellsAndTheCellThatAFoldedBlockLacks)
-{
-    EXPECT_THAT(cellsFor({{LW, 0, 2}, {LW, 1, 3}, {LW, 4, 0}, {LW, 10, -3}, {LB, 0, 0}}),
-                ElementsAre("LW 0", "LW 1", "LW 2"));
-}
-
 TEST_F(WatchRecords, HaveTheirFiftySixBytes)
 {
-    for (const char* area : {"LB", "LW", "RWI"})
+    const QByteArray longName = "0123456789abcdefghijklmnopqrstuvwxyz"; // cut off at 32 bytes
+    for (const QByteArray& area :
+         {QByteArray("LB"), QByteArray("RWI"), longName.left(31), longName.left(32), longName})
         for (const int address : {0, 1, 258, 65535, -3}) {
-            const auto records = recordsOf(address, 1, area);
+            const auto records = recordsOf(address, 1, area.constData());
             ASSERT_EQ(records.size(), 1);
-            EXPECT_EQ(bytesOf(records[0]).toHex(), expectedBytes(address, area).toHex())
-                << area << ' ' << address;
+            EXPECT_EQ(bytesOf(records[0]).toHex(), expectedBytes(address, area.left(32)).toHex())
+                << area.constData() << ' ' << address;
         }
 }
 
@@ -93,30 +88,10 @@ TEST_F(WatchRecords, AreAppendedWithEveryCall)
     EXPECT_THAT(cellsOf(records), ElementsAre("own 7", "LB 1", "LW 4", "LW 5", "LB 1", "LW 4", "LW 5"));
 }
 
-TEST_F(WatchRecords, AreNoneInWholeAreaModeAndWithoutAProject)
-{
-    const auto wholeAreas = wholeAreaProject(1, 5);
-    addEntry(*wholeAreas->findChild(QStringLiteral("DataRetention")), {LW, 5, 1});
-    EXPECT_THAT(watchedCells(*startPanel(wholeAreas.get())->model), IsEmpty());
-    EXPECT_THAT(watchedCells(*startPanel(nullptr)->model), IsEmpty());
-    EXPECT_THAT(cellsFor({{LW, 5, 1}}), ElementsAre("LW 5")) << "with the entry alone there are";
-}
-
 TEST_F(WatchRecords, CarryTheGivenNameAndNotTheBlocks)
 {
     EXPECT_THAT(cellsOf(recordsOf(3, 2, "RWI")), ElementsAre("RWI 3", "RWI 4"));
     EXPECT_THAT(cellsOf(recordsOf(3, 1, "")), ElementsAre(" 3"));
-}
-
-TEST_F(WatchRecords, CutTheNameOffAt32Bytes)
-{
-    const QByteArray name = "0123456789abcdefghijklmnopqrstuvwxyz";
-    for (const int length : {31, 32, 36}) {
-        const auto records = recordsOf(3, 1, name.left(length).constData());
-        ASSERT_EQ(records.size(), 1);
-        EXPECT_EQ(bytesOf(records[0]).toHex(), expectedBytes(3, name.left(length).left(32)).toHex())
-            << length;
-    }
 }
 
 TEST_F(WatchRecords, GoOnWithWrappedAddresses)

@@ -5,42 +5,31 @@
 
 namespace {
 
-struct ImageFile
+QByteArray memoryOf(const MemoryAreas& areas, const TestArea& area)
 {
-    const char* name;
-    const char* area;
-    int size;
-    int code; ///< of the whole area
-};
-
-const ImageFile imageFiles[] = {
-    {bitFileName, "LB", 65536, 1}, {wordFileName, "LW", 131072, 0}, {rwiFileName, "RWI", 131072, 2}};
-
-QByteArray memoryOf(const MemoryAreas& areas, const ImageFile& file)
-{
-    const auto& memory = areas.named(QLatin1String(file.area))->memory();
+    const auto& memory = areas.named(QLatin1String(area.name))->memory();
     return QByteArray(reinterpret_cast<const char*>(memory.data()), static_cast<int>(memory.size()));
 }
 
 void fillMemory(MemoryAreas& areas, int seed)
 {
-    for (const ImageFile& file : imageFiles) {
-        const QByteArray bytes = pattern(file.size, seed);
-        std::copy(bytes.begin(), bytes.end(), areas.named(QLatin1String(file.area))->memory().begin());
+    for (const TestArea& area : testAreas) {
+        const QByteArray bytes = pattern(area.imageBytes, seed);
+        std::copy(bytes.begin(), bytes.end(), areas.named(QLatin1String(area.name))->memory().begin());
     }
 }
 
 /// Images with that many bytes more than necessary.
 void writeFiles(int seed, int more = 0)
 {
-    for (const ImageFile& file : imageFiles)
-        writeRetentionFile(file.name, pattern(file.size + more, seed));
+    for (const TestArea& area : testAreas)
+        writeRetentionFile(area.fileName, pattern(area.imageBytes + more, seed));
 }
 
 void expectFiles(int seed)
 {
-    for (const ImageFile& file : imageFiles)
-        EXPECT_EQ(retentionFile(file.name), pattern(file.size, seed)) << file.name;
+    for (const TestArea& area : testAreas)
+        EXPECT_EQ(retentionFile(area.fileName), pattern(area.imageBytes, seed)) << area.fileName;
 }
 
 /// A panel that can withhold the memory of one area.
@@ -62,41 +51,18 @@ class WholeArea : public ModuleTest
 protected:
     void open() { module->extModelOpen(project.get(), QString(), &comm); }
 
-    void expectZeroFilesAndAreas()
-    {
-        for (const ImageFile& file : imageFiles) {
-            EXPECT_EQ(retentionFile(file.name), QByteArray(file.size, '\0')) << file.name;
-            EXPECT_EQ(memoryOf(areas, file), QByteArray(file.size, '\0')) << file.area;
-        }
-    }
-
     std::unique_ptr<object> project = wholeAreaProject(1, 5);
     MemoryAreas areas;
     ShyComm comm{areas};
     ModelPointer module = moduleLibrary().createModel();
 };
 
-TEST_F(WholeArea, FirstStartMakesZeroFilesAndZeroesTheAreas)
-{
-    fillMemory(areas, 1);
-    open();
-    expectZeroFilesAndAreas();
-}
-
-TEST_F(WholeArea, FilesOneByteShortAreRefilledWithZerosAndTheAreasZeroed)
-{
-    writeFiles(5, -1);
-    fillMemory(areas, 1);
-    open();
-    expectZeroFilesAndAreas();
-}
-
 TEST_F(WholeArea, FilesOfExactlyTheAreasSizeAreRestoredInFull)
 {
     writeFiles(2);
     open();
-    for (const ImageFile& file : imageFiles)
-        EXPECT_EQ(memoryOf(areas, file), pattern(file.size, 2)) << file.area;
+    for (const TestArea& area : testAreas)
+        EXPECT_EQ(memoryOf(areas, area), pattern(area.imageBytes, 2)) << area.name;
     expectFiles(2);
 }
 
@@ -104,13 +70,14 @@ TEST_F(WholeArea, LongerFilesKeepTheirLengthAndTheirTail)
 {
     writeFiles(3, 100);
     open();
-    for (const ImageFile& file : imageFiles)
-        EXPECT_EQ(memoryOf(areas, file), pattern(file.size + 100, 3).left(file.size)) << file.area;
+    for (const TestArea& area : testAreas)
+        EXPECT_EQ(memoryOf(areas, area), pattern(area.imageBytes + 100, 3).left(area.imageBytes))
+            << area.name;
     fillMemory(areas, 4);
     module->cyclicRun();
-    for (const ImageFile& file : imageFiles)
-        EXPECT_EQ(retentionFile(file.name),
-                  pattern(file.size, 4) + pattern(file.size + 100, 3).mid(file.size));
+    for (const TestArea& area : testAreas)
+        EXPECT_EQ(retentionFile(area.fileName),
+                  pattern(area.imageBytes, 4) + pattern(area.imageBytes + 100, 3).mid(area.imageBytes));
 }
 
 TEST_F(WholeArea, EveryCyclicCallSavesTheAreasAndThenSyncs)
@@ -125,46 +92,29 @@ TEST_F(WholeArea, EveryCyclicCallSavesTheAreasAndThenSyncs)
     }
 }
 
-TEST_F(WholeArea, DestructionSavesNothing)
-{
-    open();
-    fillMemory(areas, 9);
-    module->cyclicRun();
-    fillMemory(areas, 10);
-    module.reset();
-    expectFiles(9);
-    EXPECT_EQ(syncs(), 1);
-}
-
 TEST_F(WholeArea, AnAreaThatTheHostDoesNotOfferKeepsItsFileUntilItIsOffered)
 {
-    for (const ImageFile& hidden : imageFiles)
+    for (const TestArea& hidden : testAreas)
         for (const bool atRestore : {true, false}) {
-            SCOPED_TRACE(hidden.area + std::string(atRestore ? " at the restore" : ""));
+            SCOPED_TRACE(hidden.name + std::string(atRestore ? " at the restore" : ""));
             module = moduleLibrary().createModel();
             writeFiles(20);
-            comm.hidden = atRestore ? hidden.code : -1;
+            comm.hidden = atRestore ? areas.named(QLatin1String(hidden.name))->areaCode() : -1;
             fillMemory(areas, 21);
             open();
-            for (const ImageFile& file : imageFiles)
-                EXPECT_EQ(memoryOf(areas, file), pattern(file.size, &file == &hidden && atRestore ? 21 : 20));
+            for (const TestArea& area : testAreas)
+                EXPECT_EQ(memoryOf(areas, area),
+                          pattern(area.imageBytes, &area == &hidden && atRestore ? 21 : 20));
             expectFiles(20);
-            comm.hidden = hidden.code;
+            comm.hidden = areas.named(QLatin1String(hidden.name))->areaCode();
             fillMemory(areas, 22);
             module->cyclicRun();
-            for (const ImageFile& file : imageFiles)
-                EXPECT_EQ(retentionFile(file.name), pattern(file.size, &file == &hidden ? 20 : 22));
+            for (const TestArea& area : testAreas)
+                EXPECT_EQ(retentionFile(area.fileName), pattern(area.imageBytes, &area == &hidden ? 20 : 22));
             comm.hidden = -1;
             module->cyclicRun();
             expectFiles(22);
         }
-}
-
-TEST_F(WholeArea, AnAreaThatTheHostNeverOffersStillGetsItsFile)
-{
-    comm.hidden = 2;
-    open();
-    EXPECT_EQ(retentionFile(rwiFileName), QByteArray(131072, '\0'));
 }
 
 TEST_F(WholeArea, ASecondOpenRestoresNothingAndEndsTheSaving)
@@ -174,8 +124,8 @@ TEST_F(WholeArea, ASecondOpenRestoresNothingAndEndsTheSaving)
     module->cyclicRun();
     fillMemory(areas, 14);
     open();
-    for (const ImageFile& file : imageFiles)
-        EXPECT_EQ(memoryOf(areas, file), pattern(file.size, 14)) << "nothing restored";
+    for (const TestArea& area : testAreas)
+        EXPECT_EQ(memoryOf(areas, area), pattern(area.imageBytes, 14)) << "nothing restored";
     module->cyclicRun();
     expectFiles(13);
     EXPECT_EQ(syncs(), 2) << "sync goes on";

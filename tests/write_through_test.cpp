@@ -142,18 +142,6 @@ TEST_F(WriteThrough, TakesAllSixteenBitsOfABitsValueAndNoNoticeOfTheHostsResult)
     }
 }
 
-TEST_F(WriteThrough, GivesTheHostZeroedBuffersAndStoresWhatItLeavesInThem)
-{
-    writeRetentionFile(fileName, QByteArray(6, '\x77'));
-    blocks = {blockAt(0, 3, 0)};
-    EXPECT_EQ(changed("LW", 0), "00 00 00 00 00 00");
-    ASSERT_EQ(comm.calls.size(), 1U);
-    EXPECT_THAT(comm.calls[0].data, testing::Each(0));
-    writeRetentionFile(fileName, QByteArray(1, '\xff'));
-    EXPECT_EQ(changed("LB", 2).substr(0, 2), "fb");
-    EXPECT_THAT(comm.calls[0].data, testing::ElementsAre(0));
-}
-
 TEST_F(WriteThrough, ABlockInFrontOfTheFileFailsTheStreamForGood)
 {
     comm.value = [](const QString&, int) { return 0x0102; };

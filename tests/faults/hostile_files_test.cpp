@@ -110,26 +110,28 @@ protected:
         EXPECT_EQ(identityOfTargets(), targetsBefore);
     }
 
-    static bool isHostile(std::size_t area) { return qstrcmp(files[area], GetParam().fileName) == 0; }
+    static bool isHostile(std::size_t area)
+    {
+        return qstrcmp(testAreas[area].fileName, GetParam().fileName) == 0;
+    }
 
     /// Checks that the cell is `value` in every area with a regular file.
     static void expectCells(Panel& panel, int address, ushort value)
     {
-        for (std::size_t a = 0; a < files.size(); ++a)
+        for (std::size_t a = 0; a < testAreas.size(); ++a)
             if (!isHostile(a)) {
-                EXPECT_EQ(panel.areas.all()[a].cell(address), value) << files[a];
+                EXPECT_EQ(panel.areas.all()[a].cell(address), value) << testAreas[a].name;
             }
     }
 
     static void expectFiles(const std::array<QByteArray, 3>& expected)
     {
-        for (std::size_t a = 0; a < files.size(); ++a)
+        for (std::size_t a = 0; a < testAreas.size(); ++a)
             if (!isHostile(a)) {
-                EXPECT_EQ(retentionFile(QLatin1String(files[a])), expected[a]) << files[a];
+                EXPECT_EQ(retentionFile(QLatin1String(testAreas[a].fileName)), expected[a])
+                    << testAreas[a].name;
             }
     }
-
-    inline static const std::array<const char*, 3> files = {bitFileName, wordFileName, rwiFileName};
 
 private:
     std::string before, targetsBefore;
@@ -143,8 +145,8 @@ TEST_P(HostileFiles, StopNoPerAddressLifeAndCostNoOtherArea)
         auto panel = startPanel(project.get());
         expectCells(*panel, 1, last);
         calls.clear();
-        for (const char* const area : {"LB", "LW", "RWI"})
-            panel->setCells(QLatin1String(area), 1, {value});
+        for (const TestArea& area : testAreas)
+            panel->setCells(QLatin1String(area.name), 1, {value});
         EXPECT_EQ(syncs(), 3);
         panel.reset();
         const auto word = QByteArray(2, '\0') + static_cast<char>(value) + '\0';
@@ -178,8 +180,8 @@ std::vector<Place> everyPlace()
     std::vector<Place> places;
     for (const Thing thing : {Thing::Fifo, Thing::Directory, Thing::LinkToFullDevice, Thing::LinkToItself,
                               Thing::LinkToNowhere, Thing::Socket})
-        for (const char* const fileName : {bitFileName, wordFileName, rwiFileName})
-            places.push_back({thing, fileName});
+        for (const TestArea& area : testAreas)
+            places.push_back({thing, area.fileName});
     return places;
 }
 

@@ -12,10 +12,6 @@
 
 #include <unistd.h>
 
-const std::array<LifeArea, 3> lifeAreas = {{{"LB", bitFileName, true, 65536},
-                                            {"LW", wordFileName, false, 131072},
-                                            {"RWI", rwiFileName, false, 131072}}};
-
 // The second bit block begins in the middle of a byte that both share.
 const std::vector<LifeBlock> lifeBlocks = {{0, 20, 12, 0},  {0, 40, 9, 12}, {1, 100, 10, 0},
                                            {1, 200, 5, 20}, {2, 0, 4, 0},   {2, 300, 6, 8}};
@@ -27,11 +23,11 @@ const std::vector<Change> lifeChanges = {{0, 25, 1},     {1, 103, 1111}, {2, 2, 
 namespace {
 
 /// Length of an area's file in that mode.
-int fileLength(Mode mode, int area)
+int fileLength(Mode mode, std::size_t area)
 {
     if (mode == Mode::WholeAreas)
-        return lifeAreas[static_cast<std::size_t>(area)].imageBytes;
-    return std::array<int, 3>{21 / 8 + 1, 2 * 15, 2 * 10}[static_cast<std::size_t>(area)];
+        return testAreas[area].imageBytes;
+    return std::array<int, 3>{21 / 8 + 1, 2 * 15, 2 * 10}[area];
 }
 
 std::unique_ptr<object> projectFor(Mode mode)
@@ -40,12 +36,11 @@ std::unique_ptr<object> projectFor(Mode mode)
         return wholeAreaProject(1, 5);
     std::vector<Entry> entries;
     for (const LifeBlock& block : lifeBlocks)
-        entries.push_back({QString::fromLatin1(lifeAreas[static_cast<std::size_t>(block.area)].name),
-                           block.first, block.count});
+        entries.push_back({QString::fromLatin1(testAreas[block.area].name), block.first, block.count});
     return perAddressProject(entries);
 }
 
-void setMemory(MemoryAreas& areas, const LifeArea& area, const QByteArray& image)
+void setMemory(MemoryAreas& areas, const TestArea& area, const QByteArray& image)
 {
     std::copy(image.begin(), image.end(), areas.named(QString::fromLatin1(area.name))->memory().begin());
 }
@@ -54,7 +49,7 @@ Images memoriesOf(MemoryAreas& areas)
 {
     Images images;
     for (std::size_t a = 0; a < images.size(); ++a) {
-        const auto& memory = areas.named(QString::fromLatin1(lifeAreas[a].name))->memory();
+        const auto& memory = areas.named(QString::fromLatin1(testAreas[a].name))->memory();
         images[a] = QByteArray(reinterpret_cast<const char*>(memory.data()), static_cast<int>(memory.size()));
     }
     return images;
@@ -64,13 +59,13 @@ Images memoriesOf(MemoryAreas& areas)
 void runEvent(Mode mode, MemoryAreas& areas, ExtendFuncModelBase& model, int event, const StepRunner& run)
 {
     if (mode == Mode::WholeAreas) {
-        for (const LifeArea& area : lifeAreas)
+        for (const TestArea& area : testAreas)
             setMemory(areas, area, imageForCycle(area, event + 1));
         run(FirstEvent + event, [&] { model.cyclicRun(); });
         return;
     }
     const Change& change = lifeChanges[static_cast<std::size_t>(event)];
-    const QString area = QString::fromLatin1(lifeAreas[static_cast<std::size_t>(change.area)].name);
+    const QString area = QString::fromLatin1(testAreas[change.area].name);
     areas.named(area)->setCell(change.address, change.value);
     const _ExtendTriggerMsg_t message = changeMessage(area, change.address);
     run(FirstEvent + event, [&] { model.addrOptChangeMsg(&message); });
@@ -85,8 +80,8 @@ public:
     int writeRegisterValues(const QString& link, const QString& area, int address, int selector, int count,
                             const ushort* data) override
     {
-        for (std::size_t a = 0; a < lifeAreas.size(); ++a)
-            areaWrites[a] += area == QLatin1String(lifeAreas[a].name);
+        for (std::size_t a = 0; a < testAreas.size(); ++a)
+            areaWrites[a] += area == QLatin1String(testAreas[a].name);
         return SimulatedComm::writeRegisterValues(link, area, address, selector, count, data);
     }
 };
@@ -128,7 +123,7 @@ LifeRecord live(Mode mode, const StepRunner& run)
     EXPECT_TRUE(library.isLoaded()) << library.error().toStdString();
     const auto project = projectFor(mode);
     MemoryAreas areas;
-    for (const LifeArea& area : lifeAreas)
+    for (const TestArea& area : testAreas)
         setMemory(areas, area, imageAtStart(area));
     CountingComm comm(areas);
     areaWrites = {};
@@ -154,7 +149,7 @@ LifeRecord live(Mode mode, const StepRunner& run)
     return record;
 }
 
-QByteArray imageAtStart(const LifeArea& area)
+QByteArray imageAtStart(const TestArea& area)
 {
     static const QByteArray words = pattern(131072, 77);
     static const QByteArray bits = [] {
@@ -166,7 +161,7 @@ QByteArray imageAtStart(const LifeArea& area)
     return area.bits ? bits : words;
 }
 
-QByteArray imageForCycle(const LifeArea& area, int cycle)
+QByteArray imageForCycle(const TestArea& area, int cycle)
 {
     static const QByteArray images[lifeCycles] = {pattern(131072, 101), pattern(131072, 102),
                                                   pattern(131072, 103)};
@@ -177,9 +172,9 @@ Files filesAtStart(Mode mode, StartFiles kind)
 {
     static const QByteArray bytes = pattern(131072, 30);
     Files files;
-    for (int a = 0; a < 3; ++a) {
+    for (std::size_t a = 0; a < files.size(); ++a) {
         const QByteArray full = bytes.left(fileLength(mode, a));
-        auto& file = files[static_cast<std::size_t>(a)];
+        auto& file = files[a];
         if (kind == StartFiles::Kept)
             file = full;
         else if (kind == StartFiles::Shorter)

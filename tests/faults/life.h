@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "tests/support/areas.h"
 #include "tests/support/module_test.h"
 #include "tests/support/retention_files.h"
 
@@ -18,21 +19,11 @@ enum class Mode
     PerAddress
 };
 
-/// One of the three areas.
-struct LifeArea
-{
-    const char* name;
-    const char* fileName;
-    bool bits;
-    int imageBytes;
-};
-extern const std::array<LifeArea, 3> lifeAreas; ///< "LB", "LW", "RWI"
-
 /// The retained cells `first` to `first + count - 1` of an area, and their place in its file: in bits for
 /// "LB", in bytes for the others. Each is one entry of the project.
 struct LifeBlock
 {
-    int area; ///< index into lifeAreas
+    std::size_t area; ///< index into testAreas
     int first;
     int count;
     int place;
@@ -42,7 +33,7 @@ extern const std::vector<LifeBlock> lifeBlocks;
 /// A change of a cell, as the panel reports it.
 struct Change
 {
-    int area;
+    std::size_t area;
     int address;
     ushort value;
 };
@@ -54,8 +45,8 @@ const int lifeCycles = 3;
 using Images = std::array<QByteArray, 3>; ///< the areas' memories
 
 /// The contents of an area's memory when the panel starts, and before the n-th cyclic call (from 1).
-QByteArray imageAtStart(const LifeArea& area);
-QByteArray imageForCycle(const LifeArea& area, int cycle);
+QByteArray imageAtStart(const TestArea& area);
+QByteArray imageForCycle(const TestArea& area, int cycle);
 
 /// The file states that lives start from. Lengths are those of the mode's own files.
 enum class StartFiles

@@ -29,9 +29,9 @@ struct Unit
     int first, bytes;
 };
 
-std::vector<Unit> unitsOf(Mode mode, int area)
+std::vector<Unit> unitsOf(Mode mode, std::size_t area)
 {
-    const LifeArea& facts = lifeAreas[static_cast<std::size_t>(area)];
+    const TestArea& facts = testAreas[area];
     if (mode == Mode::WholeAreas)
         return {{0, facts.imageBytes}};
     std::vector<Unit> units;
@@ -54,7 +54,7 @@ bool isCompleteButForUnits(const QByteArray& memory, QByteArray before, const QB
 
 /// Whether the watched addresses of an area are all of its blocks' or, unless `complete`, lack only whole
 /// blocks.
-bool isWatchedButForBlocks(const QList<int>& addresses, int area, bool complete)
+bool isWatchedButForBlocks(const QList<int>& addresses, std::size_t area, bool complete)
 {
     int at = 0;
     for (const LifeBlock& block : lifeBlocks) {
@@ -178,7 +178,7 @@ protected:
             << "std::bad_alloc out of step " << *life.thrownIn;
         EXPECT_EQ(life.record.syncs, life.thrownIn ? 0 : eventsOf(mode));
         int leftOut = 0;
-        for (int a = 0; a < 3; ++a)
+        for (std::size_t a = 0; a < testAreas.size(); ++a)
             leftOut += !checkArea(a, life, fault.lasting);
         EXPECT_TRUE(leftOut <= 1 || life.thrownIn || fault.lasting) << "a single fault reaches one area";
         checkNextLife();
@@ -187,16 +187,16 @@ protected:
 
 private:
     /// Compares one area with the model; returns whether it is as after a life without a fault.
-    bool checkArea(int area, const MemoryLife& life, bool lasting) const
+    bool checkArea(std::size_t area, const MemoryLife& life, bool lasting) const
     {
-        const LifeArea& facts = lifeAreas[static_cast<std::size_t>(area)];
+        const TestArea& facts = testAreas[area];
         const auto mayLeaveOut = [&](int step) {
             return life.failedIn && (step == *life.failedIn || (lasting && step > *life.failedIn));
         };
-        const AreaStart areaStart = {mode, area, start[static_cast<std::size_t>(area)], hasDirectory};
+        const AreaStart areaStart = {mode, area, start[area], hasDirectory};
         const AreaOutcome clean = outcome(areaStart, {});
 
-        const QByteArray& restored = life.record.restored[static_cast<std::size_t>(area)];
+        const QByteArray& restored = life.record.restored[area];
         const bool isRestored = restored == clean.restored;
         const bool isRestoredInPart =
             restored == notOpened(areaStart).restored ||
@@ -211,7 +211,7 @@ private:
                     (mayLeaveOut(Watch) && isWatchedButForBlocks(watched, area, false)))
             << facts.name << " as watched";
 
-        const std::optional<QByteArray>& file = life.files[static_cast<std::size_t>(area)];
+        const std::optional<QByteArray>& file = life.files[area];
         bool isExpected = false;
         for (const AreaStart& made : afterStartUp(areaStart, clean, life))
             isExpected =
@@ -272,9 +272,9 @@ private:
         const LifeRecord record = live(mode, plainly);
         const Files files = filesNow();
         for (std::size_t a = 0; a < files.size(); ++a) {
-            const AreaOutcome expected = outcome({mode, static_cast<int>(a), between[a], true}, {});
-            EXPECT_EQ(files[a], expected.files.back().file) << lifeAreas[a].name << " in the next life";
-            EXPECT_TRUE(record.restored[a] == expected.restored) << lifeAreas[a].name << " in the next life";
+            const AreaOutcome expected = outcome({mode, a, between[a], true}, {});
+            EXPECT_EQ(files[a], expected.files.back().file) << testAreas[a].name << " in the next life";
+            EXPECT_TRUE(record.restored[a] == expected.restored) << testAreas[a].name << " in the next life";
         }
     }
 };

@@ -113,9 +113,8 @@ protected:
                 stops->push_back({step, filesNow()});
             if (!turn.fault)
                 return;
-            const int area = areaOfPath(turn.path);
-            hits.push_back({*turn.fault, step, area, turn.onStream,
-                            area < 0 ? 0 : areaWrites[static_cast<std::size_t>(area)],
+            const auto area = areaOfPath(turn.path);
+            hits.push_back({*turn.fault, step, area, turn.onStream, area ? areaWrites[*area] : 0,
                             static_cast<int>(turn.position)});
             hits.back().fault.kind = turn.kind;
         });
@@ -150,9 +149,9 @@ protected:
         EXPECT_EQ(record.syncs, eventsOf(mode));
         const Files files = filesNow();
         for (std::size_t a = 0; a < files.size(); ++a) {
-            const AreaOutcome expected = outcome({mode, static_cast<int>(a), start[a], hasDirectory}, hits);
-            EXPECT_EQ(files[a], expected.files.back().file) << lifeAreas[a].name;
-            EXPECT_TRUE(record.restored[a] == expected.restored) << lifeAreas[a].name << " as restored";
+            const AreaOutcome expected = outcome({mode, a, start[a], hasDirectory}, hits);
+            EXPECT_EQ(files[a], expected.files.back().file) << testAreas[a].name;
+            EXPECT_TRUE(record.restored[a] == expected.restored) << testAreas[a].name << " as restored";
         }
     }
 
@@ -162,14 +161,14 @@ protected:
                     const std::vector<Stop>& stops) const
     {
         for (std::size_t a = 0; a < start.size(); ++a) {
-            const auto states = outcome({mode, static_cast<int>(a), start[a], hasDirectory}, hits).files;
+            const auto states = outcome({mode, a, start[a], hasDirectory}, hits).files;
             std::size_t at = 0;
             for (const Stop& stop : stops) {
                 while (at < states.size() &&
                        (states[at].file != stop.files[a] || isOver(states, at, stop.step)))
                     ++at;
                 EXPECT_TRUE(at < states.size() && states[at].step <= stop.step)
-                    << lifeAreas[a].name << " when the process stops in step " << stop.step;
+                    << testAreas[a].name << " when the process stops in step " << stop.step;
             }
         }
     }
@@ -180,12 +179,12 @@ protected:
         return at + 1 < states.size() && states[at + 1].step < step;
     }
 
-    static int areaOfPath(const std::string& path)
+    static std::optional<std::size_t> areaOfPath(const std::string& path)
     {
-        for (int a = 0; a < 3; ++a)
-            if (path.find(lifeAreas[static_cast<std::size_t>(a)].fileName) != std::string::npos)
+        for (std::size_t a = 0; a < testAreas.size(); ++a)
+            if (path.find(testAreas[a].fileName) != std::string::npos)
                 return a;
-        return -1;
+        return std::nullopt;
     }
 
 private:
@@ -263,11 +262,10 @@ TEST_P(StorageFaults, OfASyncThatNeverReturnsFindEverythingWritten)
     for (const Stop& stop : stops) {
         for (std::size_t a = 0; a < start.size(); ++a) {
             std::optional<QByteArray> written;
-            for (const FileState& state :
-                 outcome({mode, static_cast<int>(a), start[a], hasDirectory}, {}).files)
+            for (const FileState& state : outcome({mode, a, start[a], hasDirectory}, {}).files)
                 if (state.step <= stop.step)
                     written = state.file;
-            EXPECT_EQ(stop.files[a], written) << lifeAreas[a].name << " in step " << stop.step;
+            EXPECT_EQ(stop.files[a], written) << testAreas[a].name << " in step " << stop.step;
         }
         restart(stop.files);
     }

@@ -11,9 +11,9 @@ namespace {
 using Extent = StorageFault::Extent;
 using Kind = FileCall::Kind;
 
-const LifeArea& areaOf(const AreaStart& start)
+const TestArea& areaOf(const AreaStart& start)
 {
-    return lifeAreas[static_cast<std::size_t>(start.area)];
+    return testAreas[start.area];
 }
 
 /// Whether the fault has no effect: short transfers are continued, failures to close do not matter, creating
@@ -44,7 +44,7 @@ struct Course
     const Hit* hitBy(std::initializer_list<Kind> kinds, int step) const
     {
         for (const Hit& hit : hits) {
-            const bool here = step == hit.step && (hit.area < 0 || hit.area == start.area);
+            const bool here = step == hit.step && (!hit.area || hit.area == start.area);
             const bool later = hit.fault.extent == Extent::Lasting &&
                                (step > hit.step || (step == hit.step && start.area > hit.area));
             if (!heals(hit) && (here || later) &&
@@ -112,7 +112,7 @@ int readBefore(const Hit& hit, int place, int there)
 
 void startWholeArea(Course& course)
 {
-    const LifeArea& area = areaOf(course.start);
+    const TestArea& area = areaOf(course.start);
     if (!course.hitBy({Kind::Look}, Open) && (!course.file || course.file->size() < area.imageBytes))
         make(course, Open, area.imageBytes);
     openStream(course, Open);
@@ -132,7 +132,7 @@ int bitInFile(const QByteArray& file, int bit)
 }
 
 /// The number of writes to the area that a restore completes.
-int writesUntil(const Hit* hit, int area)
+int writesUntil(const Hit* hit, std::size_t area)
 {
     return !hit ? INT_MAX : hit->area == area ? hit->areaWrites : 0;
 }

@@ -12,10 +12,10 @@ struct Hit
 {
     StorageFault fault; ///< with its kind
     int step;
-    int area;       ///< index into lifeAreas of the file concerned; below 0 for the directory
-    bool onStream;  ///< on an open retention stream, not while a file is created
-    int areaWrites; ///< the module's writes to that area by then
-    int position;   ///< the file offset of the read that was hit
+    std::optional<std::size_t> area; ///< index into testAreas; nothing for the directory
+    bool onStream;                   ///< on an open retention stream, not while a file is created
+    int areaWrites;                  ///< the module's writes to that area by then
+    int position;                    ///< the file offset of the read that was hit
 };
 using Hits = std::vector<Hit>;
 
@@ -23,7 +23,7 @@ using Hits = std::vector<Hit>;
 struct AreaStart
 {
     Mode mode;
-    int area; ///< index into lifeAreas
+    std::size_t area; ///< index into testAreas
     std::optional<QByteArray> file;
     bool hasDirectory;
 };

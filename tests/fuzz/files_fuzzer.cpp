@@ -4,9 +4,9 @@
 // SPDX-License-Identifier: MIT
 #include "poweroff_protect/poweroff_protect.h"
 #include "tests/fuzz/fuzz_check.h"
-#include "tests/fuzz/fuzz_start.h"
 #include "tests/fuzz/hostile_files.h"
 #include "tests/fuzz/project_from_bytes.h"
+#include "tests/support/areas.h"
 #include "tests/support/checked_life.h"
 
 #include <algorithm>
@@ -36,7 +36,7 @@ _ExtendTriggerMsg_t messageFrom(FuzzInput& input, int form)
     std::memset(&message, form, sizeof message); // nothing else of it may matter
     message.address = input.number();
     if (form % 4 < 3) {
-        std::strcpy(message.areaName, areaNames[form % 4]);
+        std::strcpy(message.areaName, testAreas[form % 4].name);
     } else {
         const QByteArray name = input.bytes();
         std::copy_n(name.constData(), std::min<int>(name.size(), sizeof message.areaName), message.areaName);
@@ -61,20 +61,13 @@ std::unique_ptr<CheckedLife> start(object& project, const Files& files)
 
 std::unique_ptr<object> nextProject(FuzzInput& input)
 {
-    const QByteArray bytes = input.bytes();
-    FuzzInput projectInput(reinterpret_cast<const std::uint8_t*>(bytes.constData()),
-                           static_cast<std::size_t>(bytes.size()));
+    FuzzInput projectInput = input.part();
     return projectFromBytes(projectInput);
 }
 
 const int mostLives = 8;
 
 } // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    return startFuzzing();
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

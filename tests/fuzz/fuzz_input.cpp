@@ -54,16 +54,14 @@ std::int32_t FuzzInput::number()
 
 QByteArray FuzzInput::bytes()
 {
-    const std::size_t length = std::min<std::size_t>(byte(), size);
-    const QByteArray result(reinterpret_cast<const char*>(data), static_cast<int>(length));
-    data += length;
-    size -= length;
-    return result;
+    const FuzzInput taken = part();
+    return {reinterpret_cast<const char*>(taken.data), static_cast<int>(taken.size)};
 }
 
-QByteArray FuzzInput::rest()
+FuzzInput FuzzInput::part()
 {
-    const QByteArray result(reinterpret_cast<const char*>(data), static_cast<int>(size));
-    size = 0;
-    return result;
+    const std::size_t length = std::min<std::size_t>(byte(), size);
+    size -= length;
+    data += length;
+    return {data - length, length};
 }

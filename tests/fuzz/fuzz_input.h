@@ -22,7 +22,8 @@ public:
     /// The next bytes; the first one gives their number.
     QByteArray bytes();
     QString text() { return QString::fromUtf8(bytes()); }
-    QByteArray rest();
+    /// The same bytes as an input of their own.
+    FuzzInput part();
 
 private:
     std::uint32_t littleEndian(int bytes);

@@ -1,7 +1,6 @@
-// Sets up the private directory of the fuzzers.
+// Gives the process of a fuzzer its own /usr/tavrin in memory, with an empty project directory, and a shell
+// that runs nothing.
 // SPDX-License-Identifier: MIT
-#include "tests/fuzz/fuzz_start.h"
-
 #include "simulated_host/private_directory.h"
 #include "simulated_host/shell.h"
 
@@ -10,7 +9,7 @@
 #include <cstdlib>
 #include <iostream>
 
-int startFuzzing()
+extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
     const QString error = enterPrivateUsr();
     if (!error.isEmpty() || !QDir().mkpath(QLatin1String(fixedProjectDirectory))) {

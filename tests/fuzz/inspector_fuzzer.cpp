@@ -2,10 +2,10 @@
 // that says the same in every format, and kept cells must be those that a start restores.
 // SPDX-License-Identifier: MIT
 #include "tests/fuzz/fuzz_check.h"
-#include "tests/fuzz/fuzz_start.h"
 #include "tests/fuzz/hostile_files.h"
 #include "tests/fuzz/project_from_bytes.h"
 #include "tests/fuzz/report_check.h"
+#include "tests/support/areas.h"
 #include "tests/support/kept_files_model.h"
 #include "tests/support/memory_file.h"
 #include "tools/retention_core/kept_values.h"
@@ -73,13 +73,13 @@ void writeTable(FuzzInput& input)
         const int form = input.byte();
         const int address = form % 16 == 15 ? input.number() : input.byte();
         const int value = form % 16 == 14 ? input.number() : input.byte() % 2;
-        file.write(areaNames[form % 3] + (',' + QByteArray::number(address)) + ',' +
+        file.write(testAreas[form % 3].name + (',' + QByteArray::number(address)) + ',' +
                    QByteArray::number(value) + '\n');
     }
 }
 
-/// Commands of which no input has led to a report.
-std::set<QString> unreported;
+/// Commands of which an input has led to a report.
+std::set<QString> reportedCommands;
 
 /// A value for an option, of the kind that its name in the help promises, or of another.
 QString optionValue(const Option& option, FuzzInput& input)
@@ -94,7 +94,7 @@ QString optionValue(const Option& option, FuzzInput& input)
     if (form % 16 == 15)
         return input.text();
     if (name.startsWith(QLatin1String("AREA")))
-        return QLatin1String(areaNames[form % 3]);
+        return QLatin1String(testAreas[form % 3].name);
     if (name.startsWith(QLatin1String("A["))) // a few cells: all of them would take too long
         return QStringLiteral("%1-%2").arg(form * 8).arg(form * 8 + 40);
     return QString::number(form % 4 == 3 ? input.number() : form + 1) +
@@ -155,7 +155,7 @@ std::optional<QJsonObject> reported(const Command& command, const Inputs& inputs
     try {
         Report report = command.run(inputs);
         report.command = QLatin1String(command.name);
-        unreported.erase(report.command);
+        reportedCommands.insert(report.command);
         for (Table& table : report.tables)
             thinOut(table, rows);
         return checkFormats(report);
@@ -236,7 +236,7 @@ void checkShown(const QJsonObject& report, const RestoredCells& restored)
         if (cell.value(QStringLiteral("state")) != QLatin1String("kept"))
             continue;
         std::size_t a = 0;
-        while (cell.value(QStringLiteral("area")) != QLatin1String(areaNames[a]))
+        while (cell.value(QStringLiteral("area")) != QLatin1String(testAreas[a].name))
             FUZZ_CHECK(++a < 3);
         const int address = cell.value(QStringLiteral("address")).toInt(-1);
         FUZZ_CHECK(address >= 0 && address < MemoryArea::cellCount);
@@ -265,18 +265,12 @@ void checkMigrated(const World& world)
 
 } // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    for (const Command* command : commands())
-        unreported.insert(QLatin1String(command->name));
-    return startFuzzing();
-}
-
 extern "C" bool reachedAll()
 {
-    for (const QString& command : unreported)
-        std::fprintf(stderr, "every input of \"%s\" was refused\n", qPrintable(command));
-    return unreported.empty();
+    for (const Command* command : commands())
+        if (reportedCommands.count(QLatin1String(command->name)) == 0)
+            std::fprintf(stderr, "every input of \"%s\" was refused\n", command->name);
+    return reportedCommands.size() == commands().size();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -285,12 +279,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Command& command = *commands().at(input.byte() % commands().size());
     const Files bytes = filesFrom(input);
     const Files otherBytes = otherFiles(bytes, filesFrom(input));
-    const QByteArray optionBytes = input.bytes();
-    FuzzInput options(reinterpret_cast<const std::uint8_t*>(optionBytes.constData()),
-                      static_cast<std::size_t>(optionBytes.size()));
-    const QByteArray otherProjectBytes = input.bytes();
-    FuzzInput otherInput(reinterpret_cast<const std::uint8_t*>(otherProjectBytes.constData()),
-                         static_cast<std::size_t>(otherProjectBytes.size()));
+    FuzzInput options = input.part();
+    FuzzInput otherInput = input.part();
     const auto otherProject = projectFromBytes(otherInput);
     const auto project = projectFromBytes(input);
     const ExpectedProject expected = expectedOf(*project);

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "tests/fuzz/project_from_bytes.h"
 
+#include "tests/support/areas.h"
+
 #include <QtCore/QStringList>
 
 #include <vector>
@@ -10,6 +12,16 @@ namespace {
 
 const int mostObjects = 4000;
 
+const QStringList objectNames = {QStringLiteral("DataRetention"), QStringLiteral("sourceAddress"),
+                                 QStringLiteral("Entry"), QStringLiteral("dataRetention"), QString()};
+const QStringList propertyNames =
+    QStringLiteral(
+        "open Save all,Save Time,addressLength,addressType,Link,Block,No,index,station,length,Bit_or_Word")
+        .split(QLatin1Char(','));
+const QStringList propertyTexts = {
+    QStringLiteral("LB"),  QStringLiteral("LW"),    QStringLiteral("RWI"), QStringLiteral("lb"),
+    QStringLiteral("LB "), QStringLiteral("LW100"), QStringLiteral("Bit"), QString()};
+
 /// A name from the list, or one from the input.
 QString choice(FuzzInput& input, const QStringList& known)
 {
@@ -17,44 +29,12 @@ QString choice(FuzzInput& input, const QStringList& known)
     return at < known.size() ? known.at(at) : input.text();
 }
 
-QString objectName(FuzzInput& input)
-{
-    static const QStringList known = {QStringLiteral("DataRetention"), QStringLiteral("sourceAddress"),
-                                      QStringLiteral("Entry"), QStringLiteral("dataRetention"), QString()};
-    return choice(input, known);
-}
-
-QString propertyName(FuzzInput& input)
-{
-    static const QStringList known = {QStringLiteral("open Save all"),
-                                      QStringLiteral("Save Time"),
-                                      QStringLiteral("addressLength"),
-                                      QStringLiteral("addressType"),
-                                      QStringLiteral("Link"),
-                                      QStringLiteral("Block"),
-                                      QStringLiteral("No"),
-                                      QStringLiteral("index"),
-                                      QStringLiteral("station"),
-                                      QStringLiteral("length"),
-                                      QStringLiteral("Bit_or_Word")};
-    return choice(input, known);
-}
-
-QString propertyText(FuzzInput& input)
-{
-    static const QStringList known = {
-        QStringLiteral("LB"),  QStringLiteral("LW"),    QStringLiteral("RWI"), QStringLiteral("lb"),
-        QStringLiteral("LB "), QStringLiteral("LW100"), QStringLiteral("Bit"), QString()};
-    return choice(input, known);
-}
-
 void appendEntry(FuzzInput& input, object& parent)
 {
-    static const QString areas[] = {QStringLiteral("LB"), QStringLiteral("LW"), QStringLiteral("RWI")};
     object& entry = parent.addChild(QStringLiteral("Entry"));
     const std::uint8_t form = input.byte();
     object& source = entry.addChild(QStringLiteral("sourceAddress"));
-    source.setText(QStringLiteral("Block"), areas[form % 3]);
+    source.setText(QStringLiteral("Block"), QLatin1String(testAreas[form % 3].name));
     source.setNumber(QStringLiteral("index"), input.number());
     entry.setNumber(QStringLiteral("addressLength"), input.number());
     if (form & 64)
@@ -73,9 +53,11 @@ std::unique_ptr<object> projectFromBytes(FuzzInput& input)
         open.push_back(&root->addChild(QStringLiteral("DataRetention")));
     for (int objects = 0; !input.atEnd() && objects < mostObjects;) {
         object& here = *open.back();
-        switch (input.byte() % 8) {
+        const int step = input.byte() % 8;
+        const QString name = step == 2 || step == 3 ? choice(input, propertyNames) : QString();
+        switch (step) {
         case 0:
-            open.push_back(&here.addChild(objectName(input)));
+            open.push_back(&here.addChild(choice(input, objectNames)));
             ++objects;
             break;
         case 1:
@@ -83,10 +65,10 @@ std::unique_ptr<object> projectFromBytes(FuzzInput& input)
                 open.pop_back();
             break;
         case 2:
-            here.setNumber(propertyName(input), input.number());
+            here.setNumber(name, input.number());
             break;
         case 3:
-            here.setText(propertyName(input), propertyText(input));
+            here.setText(name, choice(input, propertyTexts));
             break;
         default:
             appendEntry(input, here);

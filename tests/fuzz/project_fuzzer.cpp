@@ -5,8 +5,8 @@
 #include "simulated_host/memory_areas.h"
 #include "simulated_host/simulated_comm.h"
 #include "tests/fuzz/fuzz_check.h"
-#include "tests/fuzz/fuzz_start.h"
 #include "tests/fuzz/project_from_bytes.h"
+#include "tests/support/areas.h"
 #include "tests/support/expected_project.h"
 #include "tests/support/literal_rules.h"
 
@@ -37,7 +37,7 @@ void checkWatchList(poweroff_protect& module, const ExpectedProject& model)
                 FUZZ_CHECK(at < watched.size());
                 const RegisterValueChangeSize& record = watched.at(at);
                 FUZZ_CHECK(record.address == sum32(block.entry.index, j));
-                FUZZ_CHECK(std::strcmp(record.areaName, areaNames[a]) == 0);
+                FUZZ_CHECK(std::strcmp(record.areaName, testAreas[a].name) == 0);
                 FUZZ_CHECK(record.hostWord0 == 0 && record.hostWord4 == -1 && record.hostWord12 == 0);
                 FUZZ_CHECK(record.hostFlag48 == 0 && record.changeSize == 1);
             }
@@ -66,11 +66,6 @@ SimulatedComm& commWithoutMemory()
 }
 
 } // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    return startFuzzing();
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

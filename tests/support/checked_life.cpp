@@ -3,6 +3,7 @@
 #include "tests/support/checked_life.h"
 
 #include "simulated_host/shell.h"
+#include "tests/support/areas.h"
 
 #include <utility>
 
@@ -76,7 +77,7 @@ std::string CheckedLife::cellDifference() const
             continue;
         for (int address = 0; address < MemoryArea::cellCount; ++address)
             if (area.cell(address) != must.cell(address))
-                return areaNames[a] + (' ' + std::to_string(address)) + " is " +
+                return testAreas[a].name + (' ' + std::to_string(address)) + " is " +
                        std::to_string(*area.cell(address)) + " and must be " +
                        std::to_string(*must.cell(address)) + '\n';
     }

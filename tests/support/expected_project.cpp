@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/expected_project.h"
 
+#include "tests/support/areas.h"
 #include "tests/support/literal_rules.h"
 
 #include <algorithm>
@@ -103,7 +104,7 @@ ExpectedProject expectedOf(const object& project)
     for (const auto& node : retention->children) {
         const ExpectedEntry entry = entryOf(*node);
         for (std::size_t a = 0; a < 3; ++a)
-            if (entry.block == QLatin1String(areaNames[a]))
+            if (entry.block == QLatin1String(testAreas[a].name))
                 model.entries[a].push_back(entry);
     }
     for (std::size_t a = 0; a < 3; ++a) {
@@ -113,7 +114,7 @@ ExpectedProject expectedOf(const object& project)
         for (std::size_t k = 1; k < model.entries[a].size(); ++k)
             model.isAmbiguous =
                 model.isAmbiguous || onlyIndexIsSame(model.entries[a][k - 1], model.entries[a][k]);
-        model.blocks[a] = expectedBlocks(model.entries[a], QLatin1String(areaNames[a]));
+        model.blocks[a] = expectedBlocks(model.entries[a], QLatin1String(testAreas[a].name));
     }
     return model;
 }

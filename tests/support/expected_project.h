@@ -12,8 +12,6 @@
 #include <optional>
 #include <vector>
 
-inline const char* const areaNames[3] = {"LB", "LW", "RWI"};
-
 /// A retention entry as configured in the project.
 struct ExpectedEntry
 {

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/kept_files_model.h"
 
+#include "tests/support/areas.h"
 #include "tests/support/literal_rules.h"
 
 #include <algorithm>
@@ -9,11 +10,6 @@
 #include <utility>
 
 namespace {
-
-int imageBytes(std::size_t area)
-{
-    return area == 0 ? 65536 : 131072;
-}
 
 /// The bytes of the file at that place, zeros past its end. A negative place breaks the stream.
 QByteArray readAt(ModelFile& file, std::int32_t offset, std::int32_t length)
@@ -97,10 +93,10 @@ void KeptFilesModel::open()
 void KeptFilesModel::restoreImage(std::size_t area)
 {
     ModelFile& file = files[area];
-    if (!file.bytes || file.bytes->size() < imageBytes(area))
-        file.bytes = QByteArray(imageBytes(area), '\0');
+    if (!file.bytes || file.bytes->size() < testAreas[area].imageBytes)
+        file.bytes = QByteArray(testAreas[area].imageBytes, '\0');
     file.open = true;
-    std::copy_n(file.bytes->constData(), imageBytes(area), memory(area).memory().begin());
+    std::copy_n(file.bytes->constData(), testAreas[area].imageBytes, memory(area).memory().begin());
 }
 
 void KeptFilesModel::init()
@@ -171,7 +167,8 @@ void KeptFilesModel::cyclicRun()
         return;
     for (std::size_t a = 0; a < 3; ++a) {
         const auto& image = memory(a).memory();
-        writeAt(files[a], 0, QByteArray(reinterpret_cast<const char*>(image.data()), imageBytes(a)));
+        writeAt(files[a], 0,
+                QByteArray(reinterpret_cast<const char*>(image.data()), testAreas[a].imageBytes));
     }
     sync();
 }
@@ -181,7 +178,7 @@ void KeptFilesModel::change(const QByteArray& nameField, std::int32_t address)
     if (!ready)
         return;
     for (std::size_t a = 0; a < 3; ++a) {
-        if (nameField.left(nameField.indexOf('\0')) != areaNames[a] || !nameField.contains('\0'))
+        if (nameField.left(nameField.indexOf('\0')) != testAreas[a].name || !nameField.contains('\0'))
             continue;
         if (a == 0 && address == 60100)
             return;

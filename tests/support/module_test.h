@@ -7,6 +7,7 @@
 #include "simulated_host/panel.h"
 #include "simulated_host/private_directory.h"
 #include "simulated_host/shell.h"
+#include "tests/support/areas.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
@@ -24,9 +25,9 @@ inline const QString LB = QStringLiteral("LB");
 inline const QString LW = QStringLiteral("LW");
 inline const QString RWI = QStringLiteral("RWI");
 
-inline const char* const bitFileName = "maintenance-bit.dat";
-inline const char* const wordFileName = "maintenance-word.dat";
-inline const char* const rwiFileName = "maintenance-RWI.dat";
+inline const char* const bitFileName = testAreas[0].fileName;
+inline const char* const wordFileName = testAreas[1].fileName;
+inline const char* const rwiFileName = testAreas[2].fileName;
 
 /// The module binary under test, loaded once: the one that the environment variable MODULE_UNDER_TEST names,
 /// or that of the build.

@@ -3,12 +3,11 @@
 #include "tests/support/retention_files.h"
 
 #include "simulated_host/private_directory.h"
+#include "tests/support/areas.h"
 
 #include <QtCore/QFile>
 
 namespace {
-
-const char* const fileNames[3] = {"maintenance-bit.dat", "maintenance-word.dat", "maintenance-RWI.dat"};
 
 std::string beginningOf(const std::optional<QByteArray>& bytes)
 {
@@ -21,7 +20,7 @@ std::string beginningOf(const std::optional<QByteArray>& bytes)
 
 QString pathOfFile(std::size_t area)
 {
-    return QLatin1String(fixedProjectDirectory) + QLatin1Char('/') + QLatin1String(fileNames[area]);
+    return QLatin1String(fixedProjectDirectory) + QLatin1Char('/') + QLatin1String(testAreas[area].fileName);
 }
 
 void layFile(std::size_t area, const std::optional<QByteArray>& file)
@@ -30,7 +29,7 @@ void layFile(std::size_t area, const std::optional<QByteArray>& file)
     if (!file)
         onDisk.remove();
     else if (!onDisk.open(QIODevice::WriteOnly) || onDisk.write(*file) != file->size())
-        qFatal("%s: cannot be written", fileNames[area]);
+        qFatal("%s: cannot be written", testAreas[area].fileName);
 }
 
 void layFiles(const Files& files)
@@ -55,5 +54,6 @@ std::string fileDifference(std::size_t area, const std::optional<QByteArray>& fi
 {
     if (file == must)
         return {};
-    return fileNames[area] + (": " + beginningOf(file)) + "; it must be: " + beginningOf(must) + '\n';
+    return testAreas[area].fileName + (": " + beginningOf(file)) + "; it must be: " + beginningOf(must) +
+           '\n';
 }

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "simulated_host/private_directory.h"
-#include "simulated_host/remove_directory.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QDir>
@@ -35,14 +34,6 @@ inline void remountProjectDirectory(const char* options, unsigned long flags = 0
 {
     ASSERT_EQ(mount(nullptr, fixedProjectDirectory, nullptr, MS_REMOUNT | flags, options), 0)
         << strerror(errno);
-}
-
-/// Puts a file in place of the fixed directory, so that there is none and none can be created.
-inline void blockProjectDirectory()
-{
-    removeDirectory(QLatin1String(fixedProjectDirectory));
-    QDir().mkpath(QStringLiteral("/usr/tavrin"));
-    ASSERT_TRUE(QFile(QLatin1String(fixedProjectDirectory)).open(QIODevice::WriteOnly));
 }
 
 /// The retention files that this process has open.

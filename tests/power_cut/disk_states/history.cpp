@@ -34,7 +34,7 @@ DiskImage randomFiles(const RetainedCells& cells, RandomSource& random)
         QByteArray bytes(cells.wholeAreas ? length : length & ~1, '\0');
         for (char& byte : bytes)
             byte = static_cast<char>(random.oneIn(4) ? 0 : random.below(256));
-        image.files[QLatin1String(retentionFileNames[area])] = bytes;
+        image.files[QLatin1String(testAreas[area].fileName)] = bytes;
     }
     return image;
 }

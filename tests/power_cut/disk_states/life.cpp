@@ -126,7 +126,7 @@ LifeState::LifeState(const RetainedCells& cells, const DiskImage& found, Disk di
 {
     promise.restart(found.files);
     for (std::size_t area = 0; area < 3; ++area) {
-        const QString name = QLatin1String(retentionFileNames[area]);
+        const QString name = QLatin1String(testAreas[area].fileName);
         const auto file = found.files.find(name);
         // A file that is too short for its whole area is emptied and filled with zeros.
         if (file != found.files.end() &&

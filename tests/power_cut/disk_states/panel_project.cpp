@@ -58,12 +58,12 @@ Ranges separateRanges(RandomSource& random, bool few)
         for (int left = random.below(few ? 3 : 6); left > 0; --left) {
             // The last one of many may end at the last cell of the area.
             const int count = std::min(randomCount(random, area == 0, few), 65536 - next);
-            ranges.push_back({areaNames[area], next, count});
+            ranges.push_back({testAreas[area].name, next, count});
             next = std::min(next + count + (random.oneIn(3) ? 0 : random.between(1, 50)), 65536);
         }
         // Around the one bit whose changes are never written.
         if (area == 0 && random.oneIn(4))
-            ranges.push_back({areaNames[area], random.between(60092, 60100), random.between(9, 20)});
+            ranges.push_back({testAreas[area].name, random.between(60092, 60100), random.between(9, 20)});
     }
     return ranges;
 }

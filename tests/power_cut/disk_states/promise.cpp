@@ -29,7 +29,7 @@ void Promise::restart(const Files& files)
         if (cells->wholeAreas) {
             saved[area] = storedImage(area, files);
             changedSectors[area].assign(static_cast<std::size_t>(saved[area].size() / sectorBytes), false);
-            const auto found = files.find(QLatin1String(retentionFileNames[area]));
+            const auto found = files.find(QLatin1String(testAreas[area].fileName));
             repaired[area].clear();
             if (found != files.end() && found->second.size() < saved[area].size())
                 repaired[area] = found->second + QByteArray(saved[area].size() - found->second.size(), '\0');
@@ -74,14 +74,14 @@ QStringList Promise::missingOf(const Write& write, const Files& files) const
     for (std::size_t i = 0; i < stored.size(); ++i)
         if (stored[i] != write.values[i])
             missing.append(QStringLiteral("%1 %2 was to be written as %3, its file has %4")
-                               .arg(QLatin1String(areaNames[write.area]))
+                               .arg(QLatin1String(testAreas[write.area].name))
                                .arg(cells->addressAt(write.area, write.place + static_cast<int>(i)))
                                .arg(write.values[i])
                                .arg(valueText(stored[i])));
     for (std::size_t area = 0; write.images && area < 3; ++area)
         if (storedImage(area, files) != (*write.images)[area])
             missing.append(QStringLiteral("%1 was to be saved, its file has other bytes")
-                               .arg(QLatin1String(areaNames[area])));
+                               .arg(QLatin1String(testAreas[area].name)));
     return missing;
 }
 
@@ -89,7 +89,7 @@ Verdict Promise::check(const Files& files, const JudgedBytes& judged) const
 {
     Verdict verdict;
     for (std::size_t area = 0; area < 3; ++area) {
-        const auto found = judged.find(QLatin1String(retentionFileNames[area]));
+        const auto found = judged.find(QLatin1String(testAreas[area].fileName));
         if (cells->wholeAreas)
             checkSectors(area, files, verdict);
         else
@@ -117,7 +117,7 @@ void Promise::checkCells(std::size_t area, const Files& files, int judgedBytes, 
             found == underWay->values[static_cast<std::size_t>(place - underWay->place)])
             continue;
         verdict.lost.append(QStringLiteral("%1 %2 comes back as %3, promised was %4%5")
-                                .arg(QLatin1String(areaNames[area]))
+                                .arg(QLatin1String(testAreas[area].name))
                                 .arg(cells->addressAt(area, place))
                                 .arg(valueText(found), valueText(value.kept),
                                      value.changed && found == value.before
@@ -136,7 +136,7 @@ void Promise::checkSectors(std::size_t area, const Files& files, Verdict& verdic
             !sameSector(image, repaired[area], offset))
             verdict.lost.append(
                 QStringLiteral("%1: sector %2 is neither that of the last save nor that of a save under way")
-                    .arg(QLatin1String(areaNames[area]))
+                    .arg(QLatin1String(testAreas[area].name))
                     .arg(offset / sectorBytes));
     }
 }

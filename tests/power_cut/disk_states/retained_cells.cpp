@@ -18,13 +18,8 @@ int wordAt(const QByteArray& bytes, int at)
 
 QByteArray fileOf(std::size_t area, const Files& files)
 {
-    const auto found = files.find(QLatin1String(retentionFileNames[area]));
+    const auto found = files.find(QLatin1String(testAreas[area].fileName));
     return found == files.end() ? QByteArray() : found->second;
-}
-
-int imageBytes(std::size_t area)
-{
-    return area == 0 ? 65536 : 131072;
 }
 
 } // namespace
@@ -83,20 +78,21 @@ std::vector<int> storedCells(std::size_t area, const Files& files, int place, in
 QByteArray storedImage(std::size_t area, const Files& files)
 {
     const QByteArray file = fileOf(area, files);
-    return file.size() < imageBytes(area) ? QByteArray(imageBytes(area), '\0') : file.left(imageBytes(area));
+    return file.size() < testAreas[area].imageBytes ? QByteArray(testAreas[area].imageBytes, '\0')
+                                                    : file.left(testAreas[area].imageBytes);
 }
 
 Files filesAfterStart(const Files& files, const RetainedCells& cells, MemoryAreas& areas)
 {
     std::array<std::optional<QByteArray>, 3> kept;
     for (std::size_t area = 0; area < 3; ++area)
-        if (files.count(QLatin1String(retentionFileNames[area])) != 0)
+        if (files.count(QLatin1String(testAreas[area].fileName)) != 0)
             kept[area] = fileOf(area, files);
     KeptFilesModel panel(cells.project, areas, kept);
     panel.open();
     panel.init();
     Files after = files;
     for (std::size_t area = 0; area < 3; ++area)
-        after[QLatin1String(retentionFileNames[area])] = *panel.file(area);
+        after[QLatin1String(testAreas[area].fileName)] = *panel.file(area);
     return after;
 }

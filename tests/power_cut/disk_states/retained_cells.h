@@ -4,6 +4,7 @@
 #pragma once
 
 #include "simulated_host/memory_areas.h"
+#include "tests/support/areas.h"
 #include "tests/support/expected_project.h"
 
 #include <QtCore/QByteArray>
@@ -11,9 +12,6 @@
 #include <array>
 #include <map>
 #include <vector>
-
-inline const char* const retentionFileNames[3] = {"maintenance-bit.dat", "maintenance-word.dat",
-                                                  "maintenance-RWI.dat"};
 
 /// Files of a directory and their bytes.
 using Files = std::map<QString, QByteArray>;

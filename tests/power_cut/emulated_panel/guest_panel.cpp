@@ -19,6 +19,7 @@
 // between which lines each write happened.
 #include "project_tree/project_reader.h"
 #include "simulated_host/panel.h"
+#include "tests/support/areas.h"
 #include "tests/support/expected_project.h"
 #include "tests/support/random_source.h"
 #include "tests/support/retention_files.h"
@@ -107,7 +108,7 @@ void sayCells(Story& story, const Panel& panel)
     for (std::size_t area = 0; area < 3; ++area)
         for (int address = 0; address < MemoryArea::cellCount; ++address)
             if (const int value = *panel.areas.all()[area].cell(address))
-                story.say(QByteArray("cell ") + areaNames[area] + numbers({address, value}));
+                story.say(QByteArray("cell ") + testAreas[area].name + numbers({address, value}));
 }
 
 void saySectors(Story& story, const Panel& panel)
@@ -118,7 +119,7 @@ void saySectors(Story& story, const Panel& panel)
         const auto* const bytes = reinterpret_cast<const char*>(memory.data());
         const int sectors = static_cast<int>(memory.size()) / sectorBytes;
         for (int first = 0; first < sectors; first += sectorsInLine) {
-            QByteArray line = QByteArray("sectors ") + areaNames[area] + numbers({first});
+            QByteArray line = QByteArray("sectors ") + testAreas[area].name + numbers({first});
             for (int sector = first; sector < first + sectorsInLine; ++sector)
                 line += ' ' + QCryptographicHash::hash(
                                   QByteArray::fromRawData(bytes + sector * sectorBytes, sectorBytes),
@@ -189,7 +190,7 @@ private:
 void makeChanges(Story& story, Panel& panel, const std::vector<Change>& changes)
 {
     for (const Change& change : changes)
-        story.say("change" + numbers({change.number}) + " " + areaNames[change.cells.area] +
+        story.say("change" + numbers({change.number}) + " " + testAreas[change.cells.area].name +
                   numbers({change.cells.first, change.cells.count, change.start, change.step}));
     story.publish();
     for (const Change& change : changes) {

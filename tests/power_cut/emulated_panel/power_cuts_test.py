@@ -11,6 +11,7 @@ import power_cuts
 from emulator import DISK, STUCK_SECONDS
 from project import Project
 from serial_log import StartLog
+from storage import DamagedStorage
 from write_log import SECTOR_BYTES, Request
 
 MARK = 1  # the sector of the panel's marks
@@ -21,7 +22,7 @@ class Panel(contextlib.AbstractContextManager):
 
     flushes = True
     forgets = False  # what is on its disk when the power is cut
-    fails = False
+    end_of_start = "panel restored"
     writes = []  # of the latest start
 
     def __init__(self, _machine, _parts, image, *_):
@@ -36,10 +37,10 @@ class Panel(contextlib.AbstractContextManager):
     def start_panel(self, _):
         self.log.feed("panel lengths -1 -1 2")
         self.log.feed(f"panel cell RWI 0 {self._word()}")
-        self.log.feed("panel failed: no storage" if self.fails else "panel restored")
+        self.log.feed(self.end_of_start)
 
     def run_until(self, reached, seconds=STUCK_SECONDS):
-        while not reached() and seconds == STUCK_SECONDS and not self.fails:
+        while not reached() and seconds == STUCK_SECONDS and self.log.restored:
             number = len(self.log.changes) + 1
             value = self._word() + 1
             self._say(f"panel change {number} RWI 0 1 {value} 0")
@@ -66,7 +67,7 @@ class Panel(contextlib.AbstractContextManager):
 
 
 class PowerCutsTest(unittest.TestCase):
-    def run_with(self, *options, **panel):
+    def run_with(self, *options, files=lambda image: {"maintenance-RWI.dat": bytes(image[:2])}, **panel):
         """Exit status and messages of a run over a panel with these properties."""
         messages = io.StringIO()
         with tempfile.TemporaryDirectory() as folder, contextlib.ExitStack() as patched:
@@ -75,8 +76,7 @@ class PowerCutsTest(unittest.TestCase):
             (parts / DISK.blank_image).write_bytes(bytes(2 * SECTOR_BYTES))
             for name, value in {
                     "life.Emulator": type("Panel", (Panel,), panel), "life.waiting_state": mock.Mock(),
-                    "life.read_write_log": lambda _: Panel.writes,
-                    "life.retention_files": lambda image: {"maintenance-RWI.dat": bytes(image[:2])},
+                    "life.read_write_log": lambda _: Panel.writes, "life.retention_files": files,
                     "power_cuts.PROJECTS": (Project("one word", (("RWI", 0, 1),)),),
                     "sys.argv": ["", "--parts", str(parts), "--flash-cuts", "0", "--seed", "1", *options]}.items():
                 patched.enter_context(mock.patch(name, value))
@@ -99,11 +99,17 @@ class PowerCutsTest(unittest.TestCase):
         self.assertEqual(status, 1, said)
         self.assertRegex(said, r"cut after request(.|\n)*RWI 0 came back as \d+, possible were \[[1-9]")
 
-    def test_a_panel_that_cannot_go_on_is_found(self):
+    def test_a_file_system_that_is_lost_with_the_cache_is_found(self):
+        status, said = self.run_with("--cuts", "0", "--replays", "1", files=mock.Mock(side_effect=DamagedStorage("torn")))
+        self.assertEqual(status, 1, said)
+        self.assertIn("torn", said)
+
+    def test_a_panel_that_does_not_start_is_found(self):
         for medium in ("--cuts", "--replays"):
-            status, said = self.run_with("--cuts", "0", "--replays", "0", medium, "1", fails=True)
-            self.assertEqual(status, 1, said)
-            self.assertIn("no storage", said)
+            for says, finding in (("panel failed: no storage", "no storage"), ("", "did not restore its values")):
+                status, said = self.run_with("--cuts", "0", "--replays", "0", medium, "1", end_of_start=says)
+                self.assertEqual(status, 1, said)
+                self.assertIn(finding, said)
 
     def test_a_planted_fault_that_is_not_found_is_a_failure(self):
         status, said = self.run_with("--cuts", "0", "--replays", "0", "--sabotage")
