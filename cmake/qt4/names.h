@@ -5,12 +5,18 @@
 #if __has_include(<QtCore/QString>) // what does not use Qt is built without its folders
 #include <QtCore/QString>
 
+#include <cstdlib>
+
 #define QStringLiteral(text) QString::fromUtf8("" text, sizeof(text) - 1)
 
 namespace Qt {
 constexpr QString::SplitBehavior SkipEmptyParts = QString::SkipEmptyParts;
 } // namespace Qt
 
+inline bool qunsetenv(const char* name)
+{
+    return unsetenv(name) == 0;
+}
 inline bool qEnvironmentVariableIsEmpty(const char* name)
 {
     return qgetenv(name).isEmpty();
