@@ -103,15 +103,6 @@ TEST_F(Restore, WordsKeepTheirStartValuesWhereNobodyCanTellThatThereIsAFile)
         << "neither a look at it nor opening it succeeds";
 }
 
-TEST_F(Restore, AFullDiskStillGetsItsNewFiles)
-{
-    NEEDS_A_MOUNT();
-    mountOnProjectDirectory("size=4k");
-    writeRetentionFile("filler.dat", QByteArray(4096, '\x11'));
-    EXPECT_EQ(restored({{LB, 0, 8}, {LW, 0, 10}}), "");
-    EXPECT_EQ(retentionFile(wordFileName), QByteArray(20, '\0')) << "a hole takes no room";
-}
-
 TEST_F(Restore, WithoutACommunicationInterfaceOpensTheFilesAndRestoresNothing)
 {
     writeRetentionFile(wordFileName, QByteArray("\7\0", 2));

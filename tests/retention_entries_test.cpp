@@ -76,14 +76,6 @@ TEST_F(RetentionEntries, GoToTheirOwnAreasWhateverTheirOrder)
         << "and are folded there alone";
 }
 
-TEST_F(RetentionEntries, OfUnknownAreasAreDropped)
-{
-    for (const char* name : {"lb", "LB ", " LB", "Lw", "RW", "RWIX", ""})
-        addEntry(retention(), {QLatin1String(name), 1, 1});
-    addEntry(retention(), {RWI, 8, 1});
-    EXPECT_THAT(openedCells(), ElementsAre("RWI 8"));
-}
-
 TEST_F(RetentionEntries, WithoutAPropertyHaveItsDefault)
 {
     setEntries({{LW, 9, 3}, {LW, 9, 3}, {LW, 9, 3}, {LW, 4, 3}});

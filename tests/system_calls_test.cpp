@@ -181,18 +181,6 @@ TEST_F(SystemCalls, ARestoredBitCostsOneReadOfOneByteHoweverLongTheFileIs)
     }
 }
 
-TEST_F(SystemCalls, ARestoredWordBlockCostsOneRead)
-{
-    writeRetentionFile(wordFileName, QByteArray(131072, '\x55'));
-    const auto words = perAddressProject({{LW, 0, 65536}});
-    const auto restored = makePanel(words.get());
-    restored->open();
-    startRecording();
-    restored->init();
-    EXPECT_THAT(recordedCalls(), testing::HasSubstr("read:131072"));
-    EXPECT_EQ(callsOf(Kind::Read), 1U);
-}
-
 TEST_F(SystemCalls, NoStreamBufferIsEverAllocated)
 {
 #if defined(__SANITIZE_ADDRESS__)

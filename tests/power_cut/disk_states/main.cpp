@@ -8,7 +8,6 @@
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QElapsedTimer>
-#include <QtCore/QFileInfo>
 
 #include <iostream>
 #include <unistd.h>
@@ -18,7 +17,6 @@ namespace {
 struct Options
 {
     RunPlan plan;
-    QString module;
     QString evidence;
 };
 
@@ -32,7 +30,6 @@ Options readOptions(int argc, char** argv)
     parser.addHelpOption();
     const char* const options[][4] = {{"states", "How many states to make at least.", "N", "100000"},
                                       {"seed", "Where the random numbers begin.", "S", "1"},
-                                      {"module", "The module binary.", "PATH", MODULE_PATH},
                                       {"evidence",
                                        "Folder for what belongs to a failure: project, files and a report.",
                                        "DIR", "build/power_cut"}};
@@ -57,8 +54,7 @@ Options readOptions(int argc, char** argv)
     RunPlan plan;
     plan.states = number(QStringLiteral("states"), 1);
     plan.seed = static_cast<quint64>(number(QStringLiteral("seed"), 0));
-    return {plan, QFileInfo(parser.value(QStringLiteral("module"))).absoluteFilePath(),
-            parser.value(QStringLiteral("evidence"))};
+    return {plan, parser.value(QStringLiteral("evidence"))};
 }
 
 /// Shows the progress of the run on a terminal.
@@ -102,7 +98,7 @@ int main(int argc, char** argv)
         giveUp(error);
     if (!pathMappingNotice().isEmpty())
         std::cerr << qPrintable(pathMappingNotice()) << std::endl;
-    const ModuleLibrary library(options.module);
+    const ModuleLibrary library(QStringLiteral(MODULE_PATH));
     if (!library.isLoaded())
         giveUp(library.error());
     setCommandRunner({});
