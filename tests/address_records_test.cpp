@@ -15,23 +15,12 @@
 
 namespace {
 
-// What Qt writes for numbers and texts, most significant byte first.
-
-QByteArray encoded(int value)
+/// What Qt writes for a number or a text.
+template <typename Field> QByteArray encoded(const Field& field)
 {
     QByteArray bytes;
-    for (int shift = 24; shift >= 0; shift -= 8)
-        bytes.append(static_cast<char>((static_cast<unsigned>(value) >> shift) & 0xff));
-    return bytes;
-}
-
-QByteArray encoded(const QString& text)
-{
-    if (text.isNull())
-        return encoded(-1);
-    QByteArray bytes = encoded(2 * text.size());
-    for (const QChar letter : text)
-        bytes.append(static_cast<char>(letter.row())).append(static_cast<char>(letter.cell()));
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream << field;
     return bytes;
 }
 

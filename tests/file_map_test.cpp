@@ -59,7 +59,7 @@ TEST(FileMap, GoesByEachBlocksExactAreaName)
 {
     EXPECT_THAT(placesOf({{"LB", 3}, {"LW", 2}, {"RWI", 1}, {"LB", 5}, {"LB", 0}}),
                 ElementsAre(Pair(0, 0), Pair(0, 3), Pair(4, 3), Pair(6, 3), Pair(7, 0)));
-    for (const char* other : {"lb", "Lw", "LB ", "RW", "RWIX", ""})
+    for (const char* other : {"lb", "Lw", "LB ", " LW", "RW", "RWIX", ""})
         EXPECT_THAT(placesOf({{"LW", 1}, {other, 9}, {"LW", 1}}),
                     ElementsAre(Pair(0, 0), Pair(2, 0), Pair(2, 0)))
             << '"' << other << '"';

@@ -13,14 +13,19 @@
 
 namespace {
 
-enum class Thing
+struct Thing
 {
-    Fifo,
-    Directory,
-    LinkToFullDevice,
-    LinkToItself,
-    LinkToNowhere,
-    Socket
+    const char* name;
+    int (*put)(const char* path); ///< 0 when it succeeds
+};
+
+const Thing things[] = {
+    {"a FIFO", [](const char* path) { return mkfifo(path, 0600); }},
+    {"a directory", [](const char* path) { return mkdir(path, 0700); }},
+    {"a link to a full device", [](const char* path) { return symlink("/dev/full", path); }},
+    {"a link to itself", [](const char* path) { return symlink(path, path); }},
+    {"a link to nowhere", [](const char* path) { return symlink("/usr/tavrin/missing/file", path); }},
+    {"a socket", [](const char* path) { return mknod(path, S_IFSOCK | 0600, 0); }},
 };
 
 struct Place
@@ -31,33 +36,7 @@ struct Place
 
 void PrintTo(const Place& place, std::ostream* out)
 {
-    *out << "thing " << static_cast<int>(place.thing) << " as " << place.fileName;
-}
-
-void putThing(const Place& place)
-{
-    QDir().mkpath(QLatin1String(fixedProjectDirectory));
-    const QByteArray path = retentionPath(QLatin1String(place.fileName)).toLatin1();
-    switch (place.thing) {
-    case Thing::Fifo:
-        ASSERT_EQ(mkfifo(path.constData(), 0600), 0);
-        break;
-    case Thing::Directory:
-        ASSERT_TRUE(QDir().mkpath(QString::fromLatin1(path)));
-        break;
-    case Thing::LinkToFullDevice:
-        ASSERT_EQ(symlink("/dev/full", path.constData()), 0);
-        break;
-    case Thing::LinkToItself:
-        ASSERT_EQ(symlink(path.constData(), path.constData()), 0);
-        break;
-    case Thing::LinkToNowhere:
-        ASSERT_EQ(symlink("/usr/tavrin/missing/file", path.constData()), 0);
-        break;
-    case Thing::Socket:
-        ASSERT_EQ(mknod(path.constData(), S_IFSOCK | 0600, 0), 0);
-        break;
-    }
+    *out << place.thing.name << " as " << place.fileName;
 }
 
 QByteArray linkTarget(const QByteArray& path)
@@ -99,7 +78,9 @@ protected:
 
     void SetUp() override
     {
-        ASSERT_NO_FATAL_FAILURE(putThing(GetParam()));
+        QDir().mkpath(QLatin1String(fixedProjectDirectory));
+        const QByteArray path = retentionPath(QLatin1String(GetParam().fileName)).toLatin1();
+        ASSERT_EQ(GetParam().thing.put(path.constData()), 0);
         before = identityOf(GetParam().fileName);
         targetsBefore = identityOfTargets();
     }
@@ -178,8 +159,7 @@ TEST_P(HostileFiles, StopNoWholeAreaLifeAndCostNoOtherArea)
 std::vector<Place> everyPlace()
 {
     std::vector<Place> places;
-    for (const Thing thing : {Thing::Fifo, Thing::Directory, Thing::LinkToFullDevice, Thing::LinkToItself,
-                              Thing::LinkToNowhere, Thing::Socket})
+    for (const Thing& thing : things)
         for (const TestArea& area : testAreas)
             places.push_back({thing, area.fileName});
     return places;

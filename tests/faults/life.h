@@ -61,6 +61,22 @@ Files filesAtStart(Mode mode, StartFiles kind);
 /// Puts the fixed directory into that state. Without a directory, `files` is ignored.
 void lay(const Files& files, bool withDirectory);
 
+/// Where the lives of a sweep start, and the number of faults that it reaches.
+struct Sweep
+{
+    const char* name;
+    Mode mode;
+    StartFiles start;
+    int faults;    ///< one in a life
+    int pairs = 0; ///< two in a life
+    int stops = 0; ///< states of the files left by a stop after a fault
+};
+
+inline void PrintTo(const Sweep& sweep, std::ostream* out)
+{
+    *out << sweep.name;
+}
+
 /// Steps of a life. From FirstEvent on, each change or cyclic call is a step; the stop is the last one.
 enum Step
 {

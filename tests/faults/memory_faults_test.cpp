@@ -92,20 +92,6 @@ std::vector<std::set<int>> subsets(const std::vector<int>& steps)
     return result;
 }
 
-/// Where lives start, and the number of faults that a sweep reaches.
-struct Sweep
-{
-    const char* name;
-    Mode mode;
-    StartFiles start;
-    int faults;
-};
-
-void PrintTo(const Sweep& sweep, std::ostream* out)
-{
-    *out << sweep.name;
-}
-
 struct MemoryLife
 {
     LifeRecord record;

@@ -31,22 +31,6 @@ const NamedCall callKinds[] = {
 const std::vector<int> errors = {ENOSPC, EIO, EROFS, EACCES, EMFILE, EDQUOT, EINTR};
 const std::vector<int> errorsOfLooks = {EIO, EACCES, ENOMEM, EINTR, EOVERFLOW, ELOOP, ENAMETOOLONG};
 
-/// Where lives start, and the number of faults that the sweeps reach.
-struct Sweep
-{
-    const char* name;
-    Mode mode;
-    StartFiles start;
-    int faults; ///< one in a life
-    int pairs;  ///< two in a life
-    int stops;  ///< states of the files left by a stop after a fault
-};
-
-void PrintTo(const Sweep& sweep, std::ostream* out)
-{
-    *out << sweep.name;
-}
-
 std::string described(const StorageFault& fault)
 {
     static const char* const extents[] = {"fails", "fails from now on", "comes short",

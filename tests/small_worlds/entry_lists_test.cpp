@@ -108,7 +108,7 @@ private:
 };
 
 /// Checks every list of `size` entries of the set `world`, in every order.
-void checkEveryList(std::size_t size, const Entries& world, Lists& lists)
+void checkListsOf(std::size_t size, const Entries& world, Lists& lists)
 {
     Entries entries(size);
     std::vector<std::size_t> choice(size, 0);
@@ -155,34 +155,32 @@ void printCount(const Lists& lists)
     std::cout << lists.checked() << " lists\n";
 }
 
-TEST(EveryList, OfUpToThreeEntriesOverSixAddressesBecomesTheBlocksOfTheRules)
+void checkEveryList(std::size_t leastSize, std::size_t mostSize, const Entries& world)
 {
     Lists lists;
-    for (std::size_t size = 0; size <= 3; ++size)
-        checkEveryList(size, sixAddresses(), lists);
+    for (std::size_t size = leastSize; size <= mostSize; ++size)
+        checkListsOf(size, world, lists);
     printCount(lists);
+}
+
+TEST(EveryList, OfUpToThreeEntriesOverSixAddressesBecomesTheBlocksOfTheRules)
+{
+    checkEveryList(0, 3, sixAddresses());
 }
 
 TEST(EveryList, OfFourEntriesOverSixAddressesBecomesTheBlocksOfTheRules)
 {
-    Lists lists;
-    checkEveryList(4, sixAddresses(), lists);
-    printCount(lists);
+    checkEveryList(4, 4, sixAddresses());
 }
 
 TEST(EveryList, OfUpToTwoEntriesWithLengthValuesBecomesTheBlocksOfTheRules)
 {
-    Lists lists;
-    for (std::size_t size = 1; size <= 2; ++size)
-        checkEveryList(size, fourAddressesWithLengthValues(), lists);
-    printCount(lists);
+    checkEveryList(1, 2, fourAddressesWithLengthValues());
 }
 
 TEST(EveryList, OfThreeEntriesWithLengthValuesBecomesTheBlocksOfTheRules)
 {
-    Lists lists;
-    checkEveryList(3, fourAddressesWithLengthValues(), lists);
-    printCount(lists);
+    checkEveryList(3, 3, fourAddressesWithLengthValues());
 }
 
 Entries randomEntries(RandomSource& random)

@@ -66,8 +66,7 @@ bool onlyIndexIsSame(const ExpectedEntry& one, const ExpectedEntry& other)
     return one.index == other.index && rest(one) != rest(other);
 }
 
-} // namespace
-
+/// The blocks of one area's entries, taken in the given order, each with its place in the file.
 std::vector<ExpectedBlock> expectedBlocks(const std::vector<ExpectedEntry>& entries, const QString& area)
 {
     std::vector<RuleEntry> ruleEntries;
@@ -84,6 +83,8 @@ std::vector<ExpectedBlock> expectedBlocks(const std::vector<ExpectedEntry>& entr
                           block.bitOffset});
     return blocks;
 }
+
+} // namespace
 
 ExpectedProject expectedOf(const object& project)
 {

@@ -44,6 +44,3 @@ struct ExpectedProject
 };
 
 ExpectedProject expectedOf(const object& project);
-
-/// The blocks of one area's entries, taken in the given order, each with its place in the file.
-std::vector<ExpectedBlock> expectedBlocks(const std::vector<ExpectedEntry>& entries, const QString& area);

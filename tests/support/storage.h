@@ -1,4 +1,4 @@
-// Puts storage into odd states: mounts file systems on the fixed directory, and shows files as text.
+// Shows what is in files and which of them are open, for messages and comparisons.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -10,31 +10,8 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
-#include <gtest/gtest.h>
-
 #include <optional>
 #include <string>
-
-#include <sys/mount.h>
-
-/// Skips the test where nothing can be mounted.
-#define NEEDS_A_MOUNT()                                                                                      \
-    if (!pathMappingNotice().isEmpty())                                                                      \
-    GTEST_SKIP() << "needs a mount"
-
-/// Mounts a file system with these options ("size=8k") on the fixed directory. The fixture unmounts it.
-inline void mountOnProjectDirectory(const char* options)
-{
-    QDir().mkpath(QLatin1String(fixedProjectDirectory));
-    ASSERT_EQ(mount("tmpfs", fixedProjectDirectory, "tmpfs", 0, options), 0) << strerror(errno);
-}
-
-/// Changes that file system: its size or, with MS_RDONLY, whether it is writable.
-inline void remountProjectDirectory(const char* options, unsigned long flags = 0)
-{
-    ASSERT_EQ(mount(nullptr, fixedProjectDirectory, nullptr, MS_REMOUNT | flags, options), 0)
-        << strerror(errno);
-}
 
 /// The retention files that this process has open.
 inline QStringList openFiles()
