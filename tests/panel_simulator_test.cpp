@@ -98,15 +98,16 @@ TEST_F(PanelSimulator, KeepsAddressRangesOverAPowerCut)
     const ToolRun first =
         run("ranges.xml", "set LW 203 7 8\nset LB 20 1 0 1\nset LW 300 9\npower-cut\nget LW 0\n");
     EXPECT_EQ(first.status, -SIGKILL);
-    EXPECT_EQ(first.out, "started: per-address entries (2)\n"
+    EXPECT_EQ(first.out, "started: per-address entries (mode 2)\n"
                          "set 2 cells, 2 reported to the module\n"
                          "set 3 cells, 3 reported to the module\n"
                          "set 1 cell, 0 reported to the module\n"
                          "power cut\n");
     const ToolRun second = run("ranges.xml", "get LW 200 5\nget LB 20 4\nget LW 300\nstop\n");
     EXPECT_EQ(second.status, 0);
-    EXPECT_EQ(second.out,
-              "started: per-address entries (2)\nLW 200: 0 0 0 7 8\nLB 20: 1 0 1 0\nLW 300: 0\nstopped\n");
+    EXPECT_EQ(
+        second.out,
+        "started: per-address entries (mode 2)\nLW 200: 0 0 0 7 8\nLB 20: 1 0 1 0\nLW 300: 0\nstopped\n");
 }
 
 TEST_F(PanelSimulator, KeepsTheLastSaveOfWholeAreas)
@@ -125,7 +126,7 @@ TEST_F(PanelSimulator, ShowsWhatIsWatched)
 TEST_F(PanelSimulator, ShowsModePeriodSyncsAndFiles)
 {
     const std::string out = run("areas.xml", "cycle\ncycle\nstatus\n").out.constData();
-    EXPECT_THAT(out, HasSubstr("mode       whole areas (1)\n"));
+    EXPECT_THAT(out, HasSubstr("mode       whole areas (mode 1)\n"));
     EXPECT_THAT(out, HasSubstr("period     cyclic call every 300000 ms, next in "));
     EXPECT_THAT(out, HasSubstr("ready      yes\nsyncs run  2\n"));
     EXPECT_THAT(out, HasSubstr("maintenance-bit.dat  65536 bytes\n"));
@@ -156,11 +157,11 @@ TEST_F(PanelSimulator, StartsAgainWithWhatIsKept)
     EXPECT_EQ(run("ranges.xml", "set LW 100 7\nset LW 0 8\nrestart\nget LW 100\nget LW 0\nset LW 101 9\n"
                                 "restart\nexpect LW 100 7 9\n")
                   .out,
-              "started: per-address entries (2)\n"
+              "started: per-address entries (mode 2)\n"
               "set 1 cell, 1 reported to the module\nset 1 cell, 0 reported to the module\n"
-              "stopped\nstarted: per-address entries (2)\nLW 100: 7\nLW 0: 0\n"
+              "stopped\nstarted: per-address entries (mode 2)\nLW 100: 7\nLW 0: 0\n"
               "set 1 cell, 1 reported to the module\n"
-              "stopped\nstarted: per-address entries (2)\nLW 100: 7 9 as expected\nstopped\n");
+              "stopped\nstarted: per-address entries (mode 2)\nLW 100: 7 9 as expected\nstopped\n");
 }
 
 TEST_F(PanelSimulator, SaysWhatAnEndLosesOfWholeAreas)
@@ -392,7 +393,7 @@ TEST_F(PanelSimulatorOnATerminal, ShowsTheRunningPanelLive)
                                  {{"set 1 cell", "\x03"}, {left, "get RWI 7\rcycle\rstop\r"}})
                                 .out.constData();
     EXPECT_THAT(out, HasSubstr("\x1b[?1049h")) << "a screen of its own";
-    EXPECT_THAT(out, HasSubstr("whole areas (1)  cyclic call in "));
+    EXPECT_THAT(out, HasSubstr("whole areas (mode 1)  cyclic call in "));
     EXPECT_THAT(out, HasSubstr("\x1b[?1049l")) << "which is given back";
     const std::string after = out.substr(out.find("\x1b[?1049l"));
     EXPECT_THAT(after, HasSubstr("RWI 7: 1234\r\n")) << "Ctrl-C leaves the view and nothing else";
@@ -503,7 +504,7 @@ TEST_F(LiveContentTest, FollowsThePanel)
 TEST_F(LiveContentTest, LeavesOutWholeWordsOnANarrowTerminal)
 {
     start(perAddressProject({{LW, 100, 9}}));
-    EXPECT_EQ(content->lines(45).front(), "per-address entries (2)  no cyclic calls");
+    EXPECT_EQ(content->lines(45).front(), "per-address entries (mode 2)  no cyclic calls");
     run("set LW 9 1");
     content->lines(45);
     run("set LW 60000 60000 60001");

@@ -18,7 +18,8 @@ install_missing() {
     if [ "$(id -u)" -ne 0 ]; then
         if ! command -v sudo >/dev/null; then
             echo "missing: ${missing[*]}" >&2
-            echo "Install them as root with apt-get install, or install sudo, and run this again." >&2
+            echo "As root: apt-get install --no-install-recommends ${missing[*]}" >&2
+            echo "Then run this again. With sudo installed, it installs them itself." >&2
             exit 2
         fi
         as_root=(sudo)

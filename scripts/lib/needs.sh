@@ -68,6 +68,6 @@ need() {
     local missing
     find_missing "$@"
     [ ${#missing[@]} -gt 0 ] || return 0
-    echo "missing: ${missing[*]}; run scripts/bootstrap" >&2
+    echo "missing: ${missing[*]}; run scripts/bootstrap ${0##*/}" >&2
     exit 2
 }

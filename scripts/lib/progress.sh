@@ -30,9 +30,9 @@ show_progress() {
     function narrow(line) { return length(line) > 79 ? substr(line, 1, 76) "..." : line }
 
     kind == "apt" {
-        if ($1 == "Unpacking" || $1 == "Setting") show(++count, packages, $1 == "Setting" ? "setting up " $3 : "unpacking " $2)
+        if ($1 == "Unpacking" || $1 == "Setting") show(int(++count / 2), packages, $1 == "Setting" ? "setting up " $3 : "unpacking " $2)
         else if ($1 ~ /^Get:/) { if (terminal) show(++fetched, 0, "fetching " $5) }
-        else if ($0 ~ /newly installed/) { packages = 2 * ($1 + $3); print "   " $3 " packages, including dependencies" }
+        else if ($0 ~ /newly installed/) { packages = $1 + $3; print "   " $3 " packages, including dependencies" }
         next
     }
     kind == "ninja" && match($0, /^\[[0-9]+\/[0-9]+\] /) {

@@ -1,9 +1,10 @@
 // Runs a fuzzer without a fuzzing engine: over its corpus, then over mutated copies of it, the same in every
-// run.
+// run. Keeps an input for which a check does not hold.
 // SPDX-License-Identifier: MIT
 #include "tests/support/random_source.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -12,6 +13,9 @@
 #include <iterator>
 #include <string>
 #include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 extern "C" __attribute__((weak)) int LLVMFuzzerInitialize(int* argc, char*** argv);
@@ -52,6 +56,25 @@ Bytes changed(Bytes bytes, RandomSource& random)
     return bytes;
 }
 
+Bytes input; ///< the one that is being tried
+/// The file for an input for which a check does not hold. Absolute, because a fuzzer may change its folder.
+std::string kept;
+
+/// Writes `input` to the file `kept`, when the process is about to abort.
+void keepInput(int)
+{
+    const int file = open(kept.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    if (file >= 0 && write(file, input.data(), input.size()) == static_cast<ssize_t>(input.size()))
+        std::cerr << "the input is in " << kept << "; alone in a folder it is a CORPUS to try again"
+                  << std::endl;
+}
+
+void tryInput(const Bytes& bytes)
+{
+    input = bytes;
+    LLVMFuzzerTestOneInput(input.data(), input.size());
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -60,17 +83,17 @@ int main(int argc, char** argv)
         std::cerr << "usage: " << argv[0] << " CORPUS CHANGED_COPIES\n";
         return 2;
     }
+    kept = std::filesystem::absolute(std::filesystem::path(argv[0]).filename()).string() + ".input";
+    std::signal(SIGABRT, keepInput);
     if (LLVMFuzzerInitialize)
         LLVMFuzzerInitialize(&argc, &argv);
     const std::vector<Bytes> corpus = readCorpus(argv[1]);
     for (const Bytes& bytes : corpus)
-        LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
+        tryInput(bytes);
     RandomSource random(1); // the same copies in every run
     const int copies = std::atoi(argv[2]);
-    for (int k = 0; k < copies && !corpus.empty(); ++k) {
-        const Bytes bytes = changed(random.oneOf(corpus), random);
-        LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
-    }
+    for (int k = 0; k < copies && !corpus.empty(); ++k)
+        tryInput(changed(random.oneOf(corpus), random));
     std::cout << corpus.size() << " files and " << copies << " changed copies\n";
     return corpus.empty() || (reachedAll && !reachedAll()) ? 1 : 0;
 }

@@ -10,8 +10,6 @@
 
 namespace {
 
-using testing::HasSubstr;
-
 class InspectorGuide : public ToolTest
 {
 protected:
@@ -67,7 +65,7 @@ TEST_F(InspectorGuide, ShowsWhatTheToolsPrint)
 TEST_F(InspectorGuide, ShowsThePictureThatTheToolDraws)
 {
     output("map examples/overlapping_ranges.xml --output map.svg", 1);
-    EXPECT_EQ(QString::fromUtf8(read("map.svg")), contents("docs/images/retention_map.svg"))
+    EXPECT_EQ(read("map.svg").toStdString(), contents("docs/images/retention_map.svg").toStdString())
         << "redraw both: retention_inspector map examples/overlapping_ranges.xml --force "
            "-o docs/images/retention_map.svg; rsvg-convert docs/images/retention_map.svg -o "
            "docs/images/retention_map.png";
@@ -124,16 +122,19 @@ TEST_F(InspectorGuide, NamesEveryKey)
 
 TEST_F(InspectorGuide, ManPageNamesEveryCommandAndOption)
 {
-    const std::string page =
-        contents("docs/man/retention_inspector.1").remove(QLatin1Char('\\')).toStdString();
+    const QString page = contents("docs/man/retention_inspector.1").remove(QLatin1Char('\\'));
+    const auto expectOn = [&page](const QString& text) {
+        EXPECT_TRUE(page.contains(text))
+            << "docs/man/retention_inspector.1 lacks \"" << text.trimmed().toStdString() << '"';
+    };
     for (const Command* form : commands()) {
-        EXPECT_THAT(page, HasSubstr(".B " + std::string(form->name) + '\n'));
-        EXPECT_THAT(page, HasSubstr(".B retention_inspector " + std::string(form->name) + '\n'));
+        const QString name = QString::fromLatin1(form->name);
+        expectOn(".B " + name + "\n");
+        expectOn(".B retention_inspector " + name + "\n");
         for (const Option& option : form->options) {
-            EXPECT_THAT(page, HasSubstr("--" + std::string(option.name)));
-            if (option.usual) {
-                EXPECT_THAT(page, HasSubstr(std::string(" (default: ") + option.usual + ").")) << option.name;
-            }
+            expectOn("--" + QString(option.name));
+            if (option.usual)
+                expectOn(" (default: " + QString(option.usual) + ").");
         }
     }
 }
@@ -154,12 +155,16 @@ TEST_F(InspectorGuide, CompletionOffersEveryCommandAndOption)
     };
     for (const Command* form : commands()) {
         const QString name = QString::fromLatin1(form->name);
-        EXPECT_TRUE(offered({QString()}).contains(name)) << form->name;
+        EXPECT_TRUE(offered({QString()}).contains(name))
+            << "tools/retention_inspector/completion.bash lacks the command " << form->name;
         const QStringList options = offered({name, "--"});
         for (const Option& option : form->options)
             EXPECT_TRUE(options.contains(QLatin1String("--") + QLatin1String(option.name)))
-                << form->name << ' ' << option.name;
-        EXPECT_EQ(options.size(), static_cast<int>(form->options.size()) + 4) << form->name;
+                << "tools/retention_inspector/completion.bash lacks --" << option.name << " of "
+                << form->name;
+        EXPECT_EQ(options.size(), static_cast<int>(form->options.size()) + 4)
+            << "tools/retention_inspector/completion.bash offers " << options.join(' ').toStdString()
+            << " for " << form->name;
     }
     EXPECT_THAT(offered({"layout", "examples/over"}),
                 testing::ElementsAre("examples/overlapping_ranges.xml"));

@@ -77,11 +77,11 @@ QString modeText(const ExtendFuncModelBase& model)
 {
     switch (model.retentionMode) {
     case 1:
-        return QStringLiteral("whole areas (1)");
+        return QStringLiteral("whole areas (mode 1)");
     case 2:
-        return QStringLiteral("per-address entries (2)");
+        return QStringLiteral("per-address entries (mode 2)");
     default:
-        return QStringLiteral("no retention (%1)").arg(model.retentionMode);
+        return QStringLiteral("no retention (mode %1)").arg(model.retentionMode);
     }
 }
 

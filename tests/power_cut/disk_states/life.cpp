@@ -99,7 +99,7 @@ QString differenceText(const MemoryArea& area, std::size_t byte, const MemoryAre
         .arg(address)
         .arg(*area.cell(address))
         .arg(*expected.cell(address))
-        .arg(block ? QStringLiteral("as its file says") : QStringLiteral("it is not retained"));
+        .arg(block ? QStringLiteral("as its file says") : QStringLiteral("as before: it is not retained"));
 }
 
 } // namespace

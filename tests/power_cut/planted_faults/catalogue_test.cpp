@@ -57,7 +57,7 @@ const PlantedFault faults[] = {
     {"change 1000 clears a word of another block", "after change 1000 of this life: .* comes back as 0"},
     {"a write is one cell too long", "comes back as 0, promised was|is not what the start must leave"},
     {"the restore is one cell too long",
-     "after the start and must be \\d+, (it is not retained|as its file says)"},
+     "after the start and must be \\d+, (as before: it is not retained|as its file says)"},
     {"the restore clears the bits of an empty byte", "LB \\d+ is 0 after the start and must be 1"},
     {"a missing file restores zeros", "is 0 after the start and must be"},
     {"LB 60100 is written", "LB 60100 comes back as"},
