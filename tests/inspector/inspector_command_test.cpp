@@ -168,6 +168,8 @@ TEST_F(Inspector, SaysWhyCellsThatAreAskedForAreNotRetained)
             output(QStringLiteral("show examples/overlapping_ranges.xml dir%1").arg(QLatin1String(cells))),
             HasSubstr("No findings."))
             << cells;
+    EXPECT_THAT(output("show examples/address_ranges.xml dir --area LB --address 60100", 1),
+                HasSubstr("-> Use another bit: the module never writes changes of this one.\n"));
     write("none.xml", "<object name='p'/>");
     EXPECT_THAT(output("show none.xml dir --area LB --address 5", 1),
                 HasSubstr("error: LB 5: the project retains nothing.\n"));

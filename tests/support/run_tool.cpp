@@ -111,7 +111,13 @@ ToolRun runToolOnTerminal(const QString& program, const QStringList& arguments, 
     char buffer[4096];
     auto next = later.begin();
     int seen = 0;
-    for (ssize_t length; (length = read(terminal, buffer, sizeof buffer)) > 0;) {
+    // Twice, because the end may be reported while the last output is still on its way.
+    for (int ends = 0; ends < 2;) {
+        const ssize_t length = read(terminal, buffer, sizeof buffer);
+        if (length <= 0) {
+            ++ends;
+            continue;
+        }
         out.append(buffer, static_cast<int>(length));
         if (next != later.end() && out.indexOf(next->after, seen) >= 0) {
             seen = out.size();

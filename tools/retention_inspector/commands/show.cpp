@@ -220,6 +220,10 @@ Finding notRetained(const Inputs& inputs)
     const AreaFacts* const area = wantedArea(inputs);
     const CellRanges cells({wantedAddresses(inputs)});
     const QString name = QString::fromLatin1(area ? area->name : "");
+    const bool neverWritten = area && cells.minus(ignoredCells(*area)).isEmpty();
+    const char* const remedy =
+        neverWritten ? "Use another bit: the module never writes changes of this one."
+                     : "Check area and address; to retain a cell, add an entry that contains it.";
     return {Finding::Severity::Error,
             "not-retained",
             (area ? name : QStringLiteral("LB, LW, RWI")) + QLatin1Char(' ') + cells.text(),
@@ -227,7 +231,7 @@ Finding notRetained(const Inputs& inputs)
                 inputs.layout().settings.mode == RetentionMode::None ? "the project retains nothing."
                 : cells.count() == 1 ? "no entry contains this cell, so it is not retained."
                                      : "no entry contains these cells, so they are not retained."),
-            QStringLiteral("Check area and address; to retain a cell, add an entry that contains it."),
+            QString::fromLatin1(remedy),
             name,
             cells};
 }
