@@ -200,6 +200,8 @@ void History::report(const QString& when, const QStringList& lost, const Files& 
                               .arg(plan.seed)
                               .arg(when);
     QStringList events;
+    for (const auto& [name, file] : life->begin.written().names)
+        events += QStringLiteral("  file %1 is %2").arg(file).arg(name);
     for (std::size_t i = 0; i < eventsDone; ++i)
         events += QStringLiteral("  %1  %2")
                       .arg(life->eventsBefore + static_cast<int>(i) + 1)
