@@ -195,10 +195,10 @@ TEST_F(PanelSimulator, NamesTheCellsThatWereNotWrittenAndSaysWhy)
                   "module never writes changes of this bit\n"));
     QFile::remove("data/maintenance-word.dat");
     QDir().mkpath("data/maintenance-word.dat");
-    EXPECT_THAT(
-        run("ranges.xml", "set LW 99 1 2 3\n").out.constData(),
-        HasSubstr("set 3 cells, 2 reported to the module, but only 0 written: not LW 100, LW 101, because "
-                  "maintenance-word.dat is not a regular file\n"));
+    EXPECT_THAT(run("ranges.xml", "set LW 99 1 2 3\n").out.constData(),
+                HasSubstr("set 3 cells, 2 reported to the module (not LW 99), but only 0 written: not LW "
+                          "100, LW 101, because "
+                          "maintenance-word.dat is not a regular file\n"));
     EXPECT_THAT(run("ranges.xml", "set LW 200 1 2 3 4 5\n").out.constData(),
                 HasSubstr("not LW 200, LW 201, LW 202, LW 203 and 1 more, because "));
     QFile::remove("data/maintenance-bit.dat");

@@ -167,9 +167,16 @@ void Session::set(const Command& command, std::ostream& out)
     });
     endReport();
     const int missed = static_cast<int>(unwritten.size());
+    QStringList unwatched;
+    qint64 missing = 0;
+    for (int j = 0; j < static_cast<int>(count); ++j)
+        if (!current->watched.contains(command.area, command.address + j) && ++missing <= mostNamed)
+            unwatched.append(QStringLiteral("%1 %2").arg(command.area).arg(command.address + j));
     reported += watched;
     lost += missed;
     out << "set " << count << (count == 1 ? " cell, " : " cells, ") << watched << " reported to the module";
+    if (watched > 0 && missing > 0)
+        out << " (not " << text(firstOf(unwatched, missing)) << ')';
     if (missed > 0)
         out << ", but only " << watched - missed << " written: not "
             << text(unwrittenText(command.area, unwritten));
