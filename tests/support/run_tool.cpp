@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <vector>
 
 #include <pty.h>
@@ -43,6 +44,7 @@ std::vector<char*> pointersTo(QList<QByteArray>& words)
 /// Executes the program, for at most a minute.
 [[noreturn]] void becomeProgram(const std::vector<char*>& argv)
 {
+    signal(SIGINT, SIG_DFL); // a shell ignores it for what it starts in the background
     alarm(60);
     execvp(argv.front(), argv.data());
     _exit(127);

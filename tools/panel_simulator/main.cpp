@@ -17,9 +17,10 @@
 
 #include <QtCore/QElapsedTimer>
 
-#include <csignal>
+#include <cerrno>
 #include <cstdlib>
 #include <iostream>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
@@ -197,15 +198,16 @@ int runCommands(int descriptor, const Options& options, Session& session)
     return lines.exitStatus();
 }
 
-/// While a command runs, std::system() keeps Ctrl-C from this program, and during a long "set" that is most
-/// of the time.
+/// Not std::system(), which ignores Ctrl-C while the command runs: during a long "set", that is most of the
+/// time.
 int runInShell(const char* command)
 {
-    const int status = std::system(command);
-    const int shellStatusAfterInterrupt = 128 + SIGINT;
-    if ((WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) ||
-        (WIFEXITED(status) && WEXITSTATUS(status) == shellStatusAfterInterrupt))
-        std::raise(SIGINT);
+    const char* const words[] = {"sh", "-c", command, nullptr};
+    pid_t shell = 0;
+    int status = -1;
+    if (posix_spawn(&shell, "/bin/sh", nullptr, nullptr, const_cast<char* const*>(words), environ) == 0)
+        while (waitpid(shell, &status, 0) == -1 && errno == EINTR)
+            continue;
     return status;
 }
 
