@@ -22,7 +22,8 @@ extern const AreaFacts areaFacts[areaCount];
 
 /// The area of exactly that name; null for any other.
 const AreaFacts* areaNamed(const QString& name);
-const AreaFacts* areaNamed(const char* name); ///< never null; reads no further than where it differs
+/// The same. `name` must not be null, and is read no further than where it differs.
+const AreaFacts* areaNamed(const char* name);
 
 /// The number of cells: 65536 in each of the three. An image of bits has one byte per cell.
 inline qint64 cellCount(const AreaFacts& area)

@@ -45,8 +45,10 @@ void openRetentionFile(std::fstream& file, const QByteArray& path)
         [&file, &path] { file.open(path.constData(), std::ios::in | std::ios::out | std::ios::binary); });
     // Otherwise the stream may hold the file but can neither read nor write. It was closed before: an open
     // one fails without an allocation, and keeps what it holds.
-    if (!ended)
+    if (!ended) {
         file.close();
+        file.setstate(std::ios::failbit);
+    }
 }
 
 void poweroff_protect::checkFile(std::basic_fstream<char>& file, const char* fileName)

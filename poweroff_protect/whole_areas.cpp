@@ -28,7 +28,7 @@ void poweroff_protect::initFile(std::fstream& file, QString name, int areaCode)
     openRetentionFile(file, path);
 
     char* const memory = static_cast<char*>(interfaceComm ? interfaceComm->getAreaMemory(areaCode) : nullptr);
-    if (!memory)
+    if (!memory || size == 0)
         return;
     file.seekg(0);
     file.read(memory, size);

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <fstream>
+#include <sys/stat.h>
 
 namespace {
 
@@ -36,6 +37,8 @@ TEST_F(HostileCalls, AnUnknownAreaCodeMakesAnEmptyFileAndMovesNothing)
     GenerousComm comm;
     poweroff_protect module;
     module.extModelOpen(nullptr, QString(), &comm);
+    const QString pipeName = QStringLiteral("pipe");
+    ASSERT_EQ(mkfifo(retentionPath(pipeName).toLatin1().constData(), 0600), 0);
     for (const int code : {7, 0}) { // and a known one, which has a visible effect
         comm.memory.fill('\x11');
         std::fstream file;
@@ -50,6 +53,9 @@ TEST_F(HostileCalls, AnUnknownAreaCodeMakesAnEmptyFileAndMovesNothing)
         std::fstream closed;
         module.writeFile(closed, code);
         EXPECT_EQ(closed.good(), code == 7) << "only a stream that is written to fails";
+        std::fstream pipe;
+        module.initFile(pipe, pipeName, code);
+        EXPECT_EQ(pipe.good(), code == 7) << "only where it is read from, it must be able to seek";
     }
 }
 

@@ -65,8 +65,8 @@ void keepInput(int)
 {
     const int file = open(kept.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
     if (file >= 0 && write(file, input.data(), input.size()) == static_cast<ssize_t>(input.size()))
-        std::cerr << "the input is in " << kept << "; alone in a folder it is a CORPUS to try again"
-                  << std::endl;
+        std::cerr << "the input is in " << kept
+                  << "; to try it again, put it alone in a folder and name that as CORPUS" << std::endl;
 }
 
 void tryInput(const Bytes& bytes)

@@ -261,8 +261,8 @@ TEST_F(MigrationTest, SaysWhyNothingMovesByName)
           "Nothing moved by name to entries 1 \"Recipe\" and 2 \"mix\": OLD.xml has no entry with the same "
           "name.",
           "Nothing moved by name to entry 3 \"twice\": OLD.xml has several entries with the same name.",
-          "Nothing moved by name to entry 4 \"lamp\": one holds bits, the other one words.",
-          "Nothing moved by name to entry 5 \"nowhere\": its cells are not retained in both projects."})
+          "Nothing moved by name to entry 4 \"lamp\": bits in one project, words in the other.",
+          "Nothing moved by name to entry 5 \"nowhere\": none of the cells is retained in both projects."})
         EXPECT_THAT(other, HasSubstr(note));
     const std::string same = notesOf(namedEntries({{"recipe", {LW, 0, 4}}, {"lamp", {LB, 0, 2}}}));
     EXPECT_THAT(

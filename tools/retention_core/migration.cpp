@@ -85,7 +85,7 @@ std::vector<const ProjectEntry*> entriesNamed(const Layout& layout, const QStrin
     return found;
 }
 
-const char* const notRetainedInBoth = "its cells are not retained in both projects.";
+const char* const notRetainedInBoth = "none of the cells is retained in both projects.";
 
 /// Why no cells move between the entries of one name; null when they can.
 const char* obstacle(const std::vector<const ProjectEntry*>& sources,
@@ -101,7 +101,7 @@ const char* obstacle(const std::vector<const ProjectEntry*>& sources,
     const ProjectEntry& target = *targets.front();
     if (!source.area || !target.area || source.length() <= 0 || target.length() <= 0)
         return notRetainedInBoth;
-    return source.area->bits != target.area->bits ? "one holds bits, the other one words." : nullptr;
+    return source.area->bits != target.area->bits ? "bits in one project, words in the other." : nullptr;
 }
 
 /// The cells of two entries that both projects retain, from the first entry to the second.

@@ -10,10 +10,11 @@
 /// What becomes of the cells of one area.
 struct AreaMigration
 {
-    CellRanges carried;         ///< of the new project, with their values
-    CellRanges without;         ///< kept by both projects, but without a value in the old file; 0
-    CellRanges added;           ///< of the new project: neither kept by the old one nor moved to; 0
-    CellRanges dropped;         ///< of the old project: neither kept by the new one nor moved
+    CellRanges carried; ///< of the new project, with their values
+    CellRanges without; ///< kept by both projects, but without a value in the old file; 0
+    CellRanges added;   ///< of the new project: neither kept by the old one nor moved to; 0
+    CellRanges
+        dropped; ///< of the old project: neither kept by the new one nor moved, or overwritten by a move
     bool foreignBits = false;   ///< no bit was carried because of these bytes
     std::vector<ushort> values; ///< for the new file
     AreaValues old;

@@ -43,10 +43,10 @@ FAULTS = [
     ("a second failed opening empties the file", STORAGE, PAIRS + "PerAddressLifeWithKeptFiles",
      r"files\[a\](.|\n)*file call .*, file call ",
      [("module_object.cpp", "    const QDir directory", "    plantedCount() = 0;\n    const QDir directory"),
-      ("file_access.cpp", "    if (!ended)\n",
+      ("file_access.cpp", "    if (!ended) {\n",
        "    if (FAULT && ended && !file.is_open() && ++plantedCount() == 2)\n"
        "        truncate(path.constData(), 0);\n"
-       "    if (!ended)\n")]),
+       "    if (!ended) {\n")]),
     ("a save empties its file first", STORAGE, STOPS + "WholeAreaLifeWithKeptFiles", "when the process stops in step",
      [("whole_areas.cpp", "    file.seekp(0);",
        "    for (const AreaFacts& area : areaFacts)\n"

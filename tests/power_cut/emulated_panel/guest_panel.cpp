@@ -3,10 +3,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Lines, each beginning with "panel", in this order:
-//   lengths BYTES BYTES BYTES                       of the retention files before the start; -1: it is
-//   missing cell AREA ADDRESS VALUE                         a cell that is not 0 after the start, only in
-//   per-address
-//                                                   mode
+//   lengths BYTES BYTES BYTES                       of the retention files before the start; -1: missing
+//   cell AREA ADDRESS VALUE                         a cell that is not 0 after the start, per address
 //   sectors AREA SECTOR DIGEST...                   sectors as the start left them, only in whole-area mode
 //   restored                                        nothing more was restored
 //   change NUMBER AREA ADDRESS COUNT START STEP     is about to be made; cell i gets the low bits of

@@ -144,9 +144,8 @@ extern const Command compareCommand = {
     "cell\n"
     "by cell, with the value that more than half of the panels have. One line per panel. The exit status is "
     "1\n"
-    "if files do not fit or values differ. Of two panels neither is the majority: \"diff\" lists their "
-    "differences,\n"
-    "and those between two states of one panel.",
+    "if files do not fit or values differ. Two panels have no majority: only the number\n"
+    "of differing cells is given. \"diff\" lists them, and compares two states of one panel.",
     "project.xml backups/*\nproject.xml backups/* --tags tags.csv --format csv",
     {{"tags", "TAGS.csv", "Names of the cells"}},
     run};

@@ -221,16 +221,16 @@ Finding notRetained(const Inputs& inputs)
     const CellRanges cells({wantedAddresses(inputs)});
     const QString name = QString::fromLatin1(area ? area->name : "");
     const bool neverWritten = area && cells.minus(ignoredCells(*area)).isEmpty();
-    const char* const remedy =
-        neverWritten ? "Use another bit: the module never writes changes of this one."
-                     : "Check area and address; to retain a cell, add an entry that contains it.";
+    const char* const remedy = neverWritten ? "Use another bit: the module never writes changes of this one."
+                                            : "Check area and address, and what \"layout\" finds about the "
+                                              "entries; to retain a cell, add an entry that contains it.";
     return {Finding::Severity::Error,
             "not-retained",
             (area ? name : QStringLiteral("LB, LW, RWI")) + QLatin1Char(' ') + cells.text(),
             QString::fromLatin1(
                 inputs.layout().settings.mode == RetentionMode::None ? "the project retains nothing."
-                : cells.count() == 1 ? "no entry contains this cell, so it is not retained."
-                                     : "no entry contains these cells, so they are not retained."),
+                : area && cells.count() == 1 ? "no entry contains this cell, so it is not retained."
+                                             : "no entry contains these cells, so they are not retained."),
             QString::fromLatin1(remedy),
             name,
             cells};
@@ -299,8 +299,8 @@ extern const Command showCommand = {
     {{"PROJECT.xml", Argument::Kind::Project}, {"DIR", Argument::Kind::Files}},
     "retained values by address",
     "Shows the values in the files of DIR by address, after the findings of \"check\": values in files that\n"
-    "do not fit the project belong to other cells. When --address or --entry names cells that are not\n"
-    "retained, a finding says why.",
+    "do not fit the project belong to other cells. When --address or --entry names cells of which none\n"
+    "is retained, or of which an error in the project loses some, a finding says why.",
     "project.xml /usr/tavrin/project\nproject.xml copy --area LW --address 100-109 --hex\n"
     "project.xml copy --entry recipe --watch",
     {{"area", "AREA", "Only this area: LB, LW or RWI"},
