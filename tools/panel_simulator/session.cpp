@@ -148,7 +148,7 @@ QString Session::unsavedText() const
 
 void Session::set(const Command& command, std::ostream& out)
 {
-    const auto count = command.values.size();
+    const auto count = static_cast<qint64>(command.values.size());
     int watched = 0;
     int cell = 0; // the last one that was reported
     int writes = 0;
@@ -167,16 +167,17 @@ void Session::set(const Command& command, std::ostream& out)
     });
     endReport();
     const int missed = static_cast<int>(unwritten.size());
-    QStringList unwatched;
-    qint64 missing = 0;
-    for (int j = 0; j < static_cast<int>(count); ++j)
-        if (!current->watched.contains(command.area, command.address + j) && ++missing <= mostNamed)
-            unwatched.append(QStringLiteral("%1 %2").arg(command.area).arg(command.address + j));
     reported += watched;
     lost += missed;
     out << "set " << count << (count == 1 ? " cell, " : " cells, ") << watched << " reported to the module";
-    if (watched > 0 && missing > 0)
-        out << " (not " << text(firstOf(unwatched, missing)) << ')';
+    if (watched > 0 && watched < count) {
+        const qint64 others = count - watched;
+        QStringList first;
+        for (int at = command.address; first.size() < std::min<qint64>(others, mostNamed); ++at)
+            if (!current->watched.contains(command.area, at))
+                first.append(QStringLiteral("%1 %2").arg(command.area).arg(at));
+        out << " (not " << text(firstOf(first, others)) << ')';
+    }
     if (missed > 0)
         out << ", but only " << watched - missed << " written: not "
             << text(unwrittenText(command.area, unwritten));
